@@ -1,0 +1,12 @@
+#pragma once
+
+/// Marks what a host may use: the library is built with hidden visibility, and nothing else is exported.
+#if defined(_WIN32)
+#if defined(VARNET_BUILDING_LIBRARY)
+#define VARNET_API __declspec(dllexport)
+#else
+#define VARNET_API __declspec(dllimport)
+#endif
+#else
+#define VARNET_API __attribute__((visibility("default")))
+#endif

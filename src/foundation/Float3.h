@@ -1,0 +1,25 @@
+#pragma once
+
+// The float arithmetic behind Vec3f for the library's inner loops: the same operations in the same order,
+// without the count of living vectors, which any computation would return to its value anyway.
+
+struct Float3 {
+    float x;
+    float y;
+    float z;
+};
+
+inline float Dot(Float3 const& a, Float3 const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+inline Float3 Sum(Float3 const& a, Float3 const& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+
+inline Float3 Cross(Float3 const& a, Float3 const& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+template <class Point>
+Float3 ToFloat3(Point const& point) {
+    return {static_cast<float>(point.x), static_cast<float>(point.y), static_cast<float>(point.z)};
+}
+
+inline Float3 ToFloat3(float const (&normal)[3]) { return {normal[0], normal[1], normal[2]}; }

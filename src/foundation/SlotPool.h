@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+
+// Storage for the two records of which a mesh has millions, facets and vertices: slots of one size, cut from
+// large chunks without a word of bookkeeping a slot.
+//
+// A thread hands out slots from a chunk of its own; any thread may give a slot back. A chunk goes back to the
+// heap when all its slots have come back, so that a released model leaves nothing behind. Single slots are
+// not handed out again before that: meshes are built and released as a whole.
+//
+// Under the address sanitizer both go to the plain heap, one by one, so that it sees every record.
+
+void* AllocateFacetSlot();
+void FreeFacetSlot(void* pSlot) noexcept;
+
+void* AllocateVertexSlot();
+void FreeVertexSlot(void* pSlot) noexcept;
+
+// Sizes that the slots hold at least; the records assert that they fit.
+inline constexpr std::size_t kFacetSlotSize = 56;
+// Two cache lines, and slots start on a line: a descent of the vertex tree reads the first line of a vertex
+// only.
+inline constexpr std::size_t kVertexSlotSize = 128;

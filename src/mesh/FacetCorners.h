@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "mesh/Facet.h"
+
+// The corners and directed edges of a facet, as the topics of the mesh use them.
+
+/// An edge in the direction that a facet's winding gives it.
+struct DirectedEdge {
+    tagVertexNode* pStart;
+    tagVertexNode* pEnd;
+};
+
+/// The three edges in the order in which every walk takes them.
+inline std::array<DirectedEdge, 3> DirectedEdges(CFacet const& facet) {
+    return {{{facet.m_pVertex1, facet.m_pVertex2},
+             {facet.m_pVertex2, facet.m_pVertex3},
+             {facet.m_pVertex3, facet.m_pVertex1}}};
+}
+
+inline std::array<tagVertexNode*, 3> Corners(CFacet const& facet) {
+    return {facet.m_pVertex1, facet.m_pVertex2, facet.m_pVertex3};
+}
+
+inline bool HasCorner(CFacet const& facet, tagVertexNode const* pVertex) {
+    return facet.m_pVertex1 == pVertex || facet.m_pVertex2 == pVertex || facet.m_pVertex3 == pVertex;
+}
+
+/// Whether the facet's winding runs from the one vertex straight to the other.
+inline bool HasDirectedEdge(CFacet const& facet, tagVertexNode const* pStart, tagVertexNode const* pEnd) {
+    return (facet.m_pVertex1 == pStart && facet.m_pVertex2 == pEnd) ||
+           (facet.m_pVertex2 == pStart && facet.m_pVertex3 == pEnd) ||
+           (facet.m_pVertex3 == pStart && facet.m_pVertex1 == pEnd);
+}
+
+inline void SetCorners(CFacet& facet, tagVertexNode* p1, tagVertexNode* p2, tagVertexNode* p3) {
+    facet.m_pVertex1 = p1;
+    facet.m_pVertex2 = p2;
+    facet.m_pVertex3 = p3;
+}
+
+/// Turns the winding and leaves all else, the normal too, as it is.
+inline void SwapWinding(CFacet& facet) { std::swap(facet.m_pVertex2, facet.m_pVertex3); }
+
+/// The slope bit that goes with the corners as they stand.
+inline std::uint32_t SlopeFlag(CFacet const& facet) {
+    return facet.m_pVertex3->z >= facet.m_pVertex2->z ? FACET_SLOPE_HIGH : FACET_SLOPE_LOW;
+}
+
+inline bool IsDegenerate(CFacet const& facet) {
+    return facet.m_fNormal[0] == 1.0f && facet.m_fNormal[1] == 1.0f && facet.m_fNormal[2] == 1.0f;
+}
+
+/// The facets across V1V2, V2V3 and V3V1, null where there is none.
+inline std::array<CFacet*, 3> Neighbors(CFacet& facet) {
+    return {facet.FindNeighborFacet(facet.m_pVertex1, facet.m_pVertex2),
+            facet.FindNeighborFacet(facet.m_pVertex2, facet.m_pVertex3),
+            facet.FindNeighborFacet(facet.m_pVertex3, facet.m_pVertex1)};
+}

@@ -1,0 +1,143 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+// The balanced tree that the vertex tree and the point tree share (G. M. Adelson-Velsky and E. M. Landis,
+// "An algorithm for the organization of information", 1962). Greater keys are on the left. A node's balance
+// is 0 when both sides are equally deep, +1 when the left side is deeper, -1 when the right side is.
+//
+// Balancing looks at depths only, never at keys. So the tree stays balanced, and every walk ends, also where
+// a key that is not a number makes the comparisons contradict each other.
+
+namespace avl {
+
+struct RightSide;
+
+struct LeftSide {
+    using Other = RightSide;
+    static constexpr int kTilt = 1;
+    template <class Node>
+    static Node*& Child(Node* pNode) {
+        return pNode->m_pLeft;
+    }
+};
+
+struct RightSide {
+    using Other = LeftSide;
+    static constexpr int kTilt = -1;
+    template <class Node>
+    static Node*& Child(Node* pNode) {
+        return pNode->m_pRight;
+    }
+};
+
+/// Makes the node's child on the side the root of the slot, above the node. Balances stay as they are.
+template <class Side, class Node>
+void Rotate(Node* pNode, Node*& slot) {
+    using Other = typename Side::Other;
+    Node* const pChild = Side::Child(pNode);
+    Side::Child(pNode) = Other::Child(pChild);
+    Other::Child(pChild) = pNode;
+    slot = pChild;
+}
+
+/// Restores the node in the slot, whose side has grown two deeper than the other, and sets nTaller to 0.
+/// A child in balance does not arise from insertion; nothing is done then.
+template <class Side, class Node>
+void Balance(Node*& slot, int& nTaller) {
+    using Other = typename Side::Other;
+    Node* const pNode = slot;
+    Node* const pChild = Side::Child(pNode);
+    if (pChild->m_nBalance == Side::kTilt) {
+        pNode->m_nBalance = 0;
+        pChild->m_nBalance = 0;
+        Rotate<Side>(pNode, slot);
+    } else if (pChild->m_nBalance == Other::kTilt) {
+        Node* const pGrandchild = Other::Child(pChild);
+        pNode->m_nBalance = pGrandchild->m_nBalance == Side::kTilt ? Other::kTilt : 0;
+        pChild->m_nBalance = pGrandchild->m_nBalance == Other::kTilt ? Side::kTilt : 0;
+        pGrandchild->m_nBalance = 0;
+        Rotate<Other>(pChild, Side::Child(pNode));
+        Rotate<Side>(pNode, slot);
+    } else {
+        return;
+    }
+    nTaller = 0;
+}
+
+// An AVL tree of 2^64 nodes is less than 1.4405 * 64 + 1 levels deep.
+inline constexpr std::size_t kDeepest = 96;
+
+/// Walks down from the slot and puts a node into the empty slot where the walk ends, then restores the
+/// balance.
+///
+/// compare(node) is called once a level: above 0 goes right, below 0 goes left, and 0 ends the walk at that
+/// node. make() gives the new node, with both children null and balance 0. Returns the node that was put in
+/// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
+template <class Node, class Compare, class Make>
+Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
+    std::array<bool, kDeepest> wentLeft;  // below the pivot, from the pivot on
+    std::size_t nDepth = 0;
+    Node** pPivot = &top;  // the lowest slot on the way whose node is out of balance, else the top
+    Node** pSlot = &top;
+    while (Node* const pNode = *pSlot) {
+        if (pNode->m_nBalance != 0) {
+            pPivot = pSlot;
+            nDepth = 0;
+        }
+        int const nOrder = compare(pNode);
+        if (nOrder == 0) {
+            nTaller = 0;
+            return pNode;
+        }
+        wentLeft[nDepth++] = nOrder < 0;
+        pSlot = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
+    }
+    Node* const pMade = make();
+    *pSlot = pMade;
+    nTaller = 1;
+    if (nDepth == 0) return pMade;
+
+    // All nodes between the pivot and the new node were in balance: each tilts to the side that has grown.
+    Node* const pTop = *pPivot;
+    Node* pNode = wentLeft[0] ? pTop->m_pLeft : pTop->m_pRight;
+    for (std::size_t i = 1; i < nDepth; ++i) {
+        pNode->m_nBalance = wentLeft[i] ? LeftSide::kTilt : RightSide::kTilt;
+        pNode = wentLeft[i] ? pNode->m_pLeft : pNode->m_pRight;
+    }
+    int const nTilt = wentLeft[0] ? LeftSide::kTilt : RightSide::kTilt;
+    if (pTop->m_nBalance == 0) {
+        pTop->m_nBalance = nTilt;
+    } else if (pTop->m_nBalance != nTilt) {
+        pTop->m_nBalance = 0;
+        nTaller = 0;
+    } else if (wentLeft[0]) {
+        Balance<LeftSide>(*pPivot, nTaller);
+    } else {
+        Balance<RightSide>(*pPivot, nTaller);
+    }
+    return pMade;
+}
+
+/// Visits the node, then the subtree of the right child, then that of the left child: the order of all walks.
+template <class Node, class Visit>
+void Walk(Node* pNode, Visit const& visit) {
+    while (pNode != nullptr) {
+        visit(pNode);
+        Walk(pNode->m_pRight, visit);
+        pNode = pNode->m_pLeft;
+    }
+}
+
+/// Hands every node to the visitor, children before their parent: right subtree, left subtree, node. The
+/// visitor may unlink or free the node.
+template <class Node, class Visit>
+void WalkUp(Node* pNode, Visit const& visit) {
+    if (pNode == nullptr) return;
+    WalkUp(pNode->m_pRight, visit);
+    WalkUp(pNode->m_pLeft, visit);
+    visit(pNode);
+}
+
+}  // namespace avl

@@ -1,0 +1,199 @@
+#include "trees/VertexTree.h"
+
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+#include "foundation/LittleEndian.h"
+#include "foundation/SlotPool.h"
+#include "trees/Avl.h"
+#include "trees/VertexInsertion.h"
+
+using vertex_insertion::CompareAndSnap;
+using vertex_insertion::InsertPoint;
+using vertex_insertion::NoWatch;
+
+static_assert(sizeof(tagVertexNode) <= kVertexSlotSize);
+
+namespace {
+
+// Corners within this distance on every axis are one vertex. Millimetres.
+constexpr double kVertexTolerance = 0.0001;
+
+// A vertex that has come to lie on another is pushed aside by this many tolerances.
+constexpr double kPushAside = 3.0;
+
+void WriteVertex(tagVertexNode const& node, FILE* pFile) {
+    std::array<unsigned char, 12> bytes;
+    StoreFloat(bytes.data(), static_cast<float>(node.x));
+    StoreFloat(bytes.data() + 4, static_cast<float>(node.y));
+    StoreFloat(bytes.data() + 8, static_cast<float>(node.z));
+    std::fwrite(bytes.data(), 1, bytes.size(), pFile);
+}
+
+}  // namespace
+
+void* tagVertexNode::operator new(std::size_t nSize) {
+    return nSize == sizeof(tagVertexNode) ? AllocateVertexSlot() : ::operator new(nSize);
+}
+
+void* tagVertexNode::operator new(std::size_t nSize, std::nothrow_t const&) noexcept {
+    try {
+        return operator new(nSize);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
+}
+
+void tagVertexNode::operator delete(void* pNode, std::size_t nSize) noexcept {
+    if (nSize == sizeof(tagVertexNode)) {
+        FreeVertexSlot(pNode);
+    } else {
+        ::operator delete(pNode);
+    }
+}
+
+CVertexTree::CVertexTree()
+    : m_pRoot(nullptr), m_nCount(0), m_dTolerance(kVertexTolerance), m_dTolerance2(kVertexTolerance) {}
+
+CVertexTree::~CVertexTree() { ReleaseAll(); }
+
+COMPARE CVertexTree::CompareVertex(CPoint3D& node, CPoint3D& point) {
+    NoWatch watch;
+    return CompareAndSnap(node, point.x, point.y, point.z, m_dTolerance, watch);
+}
+
+COMPARE CVertexTree::CompareVertex(tagVertexNode* pNode, tagVertexNode* pOther) {
+    if (COMPARE const order = CompareVertex(*pNode, *pOther)) return order;
+    pOther->x = pNode->x + kPushAside * m_dTolerance;
+    return COMPARE_GREATER;
+}
+
+tagVertexNode* CVertexTree::AddNode(CPoint3D& point) {
+    int nTaller = 0;
+    return InsertToTree(m_pRoot, point, nTaller);
+}
+
+tagVertexNode* CVertexTree::InsertToTree(tagVertexNode*& slot, CPoint3D& point, int& nTaller) {
+    NoWatch watch;
+    return InsertPoint(*this, slot, point, nTaller, watch);
+}
+
+void CVertexTree::InsertToTree(tagVertexNode*& slot, tagVertexNode* pNode, int& nTaller) {
+    avl::Insert(
+        slot, nTaller, [this, pNode](tagVertexNode* pMet) { return CompareVertex(pMet, pNode); },
+        [this, pNode] {
+            ++m_nCount;
+            m_BoundBox += *pNode;
+            return pNode;
+        });
+}
+
+void CVertexTree::BalanceLeft(tagVertexNode*& slot, int& nTaller) {
+    avl::Balance<avl::RightSide>(slot, nTaller);
+}
+
+void CVertexTree::BalanceRight(tagVertexNode*& slot, int& nTaller) {
+    avl::Balance<avl::LeftSide>(slot, nTaller);
+}
+
+void CVertexTree::RotateLeft(tagVertexNode* pNode, tagVertexNode*& slot) {
+    avl::Rotate<avl::LeftSide>(pNode, slot);
+}
+
+void CVertexTree::RotateRight(tagVertexNode* pNode, tagVertexNode*& slot) {
+    avl::Rotate<avl::RightSide>(pNode, slot);
+}
+
+void CVertexTree::ReBuildTree() {
+    if (m_pRoot == nullptr) return;
+    m_nCount = 0;
+    m_BoundBox = CBoundBox3D();
+    tagVertexNode* pNewRoot = nullptr;
+    avl::WalkUp(m_pRoot, [this, &pNewRoot](tagVertexNode* pNode) {
+        pNode->m_pLeft = nullptr;
+        pNode->m_pRight = nullptr;
+        pNode->m_nBalance = 0;
+        int nTaller = 0;
+        InsertToTree(pNewRoot, pNode, nTaller);
+    });
+    m_pRoot = pNewRoot;
+}
+
+void CVertexTree::ReleaseAll() {
+    ReleaseVertexNode(m_pRoot);
+    m_pRoot = nullptr;
+}
+
+void CVertexTree::ReleaseVertexNode(tagVertexNode* pNode) {
+    avl::WalkUp(pNode, [](tagVertexNode* pReleased) {
+        std::free(static_cast<void*>(pReleased->m_ppFacet));
+        delete pReleased;
+    });
+}
+
+void CVertexTree::Transform(double (*const pMatrix)[4]) {
+    Transform(m_pRoot, pMatrix);
+    ReBuildTree();
+}
+
+void CVertexTree::Transform(tagVertexNode* pNode, double (*const pMatrix)[4]) {
+    avl::Walk(pNode, [pMatrix](tagVertexNode* pMoved) { pMoved->Transform(pMatrix); });
+}
+
+void CVertexTree::Transfer(double* const pOffset) {
+    CPoint3D const offset(pOffset[0], pOffset[1], pOffset[2]);
+    Transfer(m_pRoot, pOffset);
+    m_BoundBox.m_ptMin += offset;
+    m_BoundBox.m_ptMax += offset;
+}
+
+void CVertexTree::Transfer(tagVertexNode* pNode, double* const pOffset) {
+    CPoint3D const offset(pOffset[0], pOffset[1], pOffset[2]);
+    avl::Walk(pNode, [&offset](tagVertexNode* pMoved) { *pMoved += offset; });
+}
+
+void CVertexTree::ExchangeXYZ(int nMode) {
+    ExchangeXYZ(m_pRoot, nMode);
+    ReBuildTree();
+}
+
+void CVertexTree::ExchangeXYZ(tagVertexNode* pNode, int nMode) {
+    avl::Walk(pNode, [nMode](tagVertexNode* pSwapped) {
+        if (nMode == 1) std::swap(pSwapped->x, pSwapped->z);
+        if (nMode == 2) std::swap(pSwapped->y, pSwapped->z);
+        if (nMode == 3) std::swap(pSwapped->x, pSwapped->y);
+    });
+}
+
+CBoundBox3D CVertexTree::GetBoundBox(double (*const pMatrix)[4]) {
+    CBoundBox3D box;
+    GetBoundBox(&box, m_pRoot, pMatrix);
+    return box;
+}
+
+void CVertexTree::GetBoundBox(CBoundBox3D* pBox, tagVertexNode* pNode, double (*const pMatrix)[4]) {
+    avl::Walk(pNode, [pBox, pMatrix](tagVertexNode* pVisited) {
+        CPoint3D point(*pVisited);
+        if (pMatrix != nullptr) point.Transform(pMatrix);
+        *pBox += point;
+    });
+}
+
+void CVertexTree::SetPointID(int nFirst) {
+    auto nCounter = static_cast<unsigned int>(nFirst);
+    SetPointID(m_pRoot, nCounter);
+}
+
+void CVertexTree::SetPointID(tagVertexNode* pNode, unsigned int& nCounter) {
+    avl::Walk(pNode, [&nCounter](tagVertexNode* pNumbered) { pNumbered->m_nID = nCounter++; });
+}
+
+void CVertexTree::SavePoint(FILE* pFile, unsigned int& nCounter) { SavePoint(m_pRoot, pFile, nCounter); }
+
+void CVertexTree::SavePoint(tagVertexNode* pNode, FILE* pFile, unsigned int& nCounter) {
+    avl::Walk(pNode, [pFile, &nCounter](tagVertexNode* pSaved) {
+        pSaved->m_nID = nCounter++;
+        WriteVertex(*pSaved, pFile);
+    });
+}
