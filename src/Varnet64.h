@@ -4,14 +4,19 @@
 
 #include "foundation/Array.h"
 #include "foundation/BoundBox.h"
+#include "foundation/CompTable.h"
 #include "foundation/Export.h"
+#include "foundation/Geometry.h"
 #include "foundation/List.h"
+#include "foundation/Mat4f.h"
 #include "foundation/Point.h"
+#include "foundation/Quaternion.h"
 #include "foundation/Vec3f.h"
 #include "mesh/Facet.h"
 #include "mesh/STLModel.h"
 #include "support/FeatureEdge.h"
 #include "support/FeatureSurface.h"
+#include "trees/PointTree.h"
 #include "trees/VertexTree.h"
 
 /// Marks the module; it has no use beyond that.

@@ -80,22 +80,44 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
     for (tagVertexNode* const pVertex : offered) LinkFacet(*pVertex, pFacet);
 }
 
-template <class Vertices>
-void Enter(CSTLModel& model, Vertices& vertices, tagFACET& facet) {
+// Calls addNode(corner, i) for the three corners of a triangle within range, in order, and lets it in.
+template <class AddNode>
+void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
     if (!IsInRange(facet)) return;
     std::array<tagVertexNode*, 3> corners;
-    for (int i = 0; i < 3; ++i) corners[static_cast<std::size_t>(i)] = vertices.AddNode(facet.m_ptVertex[i]);
+    for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = addNode(facet.m_ptVertex[i], i);
     EnterTriangle(model, corners, facet.m_fNormal);
 }
 
+// How many triangles ahead the table of vertices is touched, and how many the vertices themselves.
+constexpr std::size_t kLinesAhead = 16;
+constexpr std::size_t kVerticesAhead = 8;
+
 }  // namespace
 
-void CSTLModel::AddFacet(tagFACET& facet) { Enter(*this, m_VertexTree, facet); }
+void CSTLModel::AddFacet(tagFACET& facet) {
+    Enter(*this, facet, [this](CPoint3D& corner, std::size_t) { return m_VertexTree.AddNode(corner); });
+}
 
-void FacetIntake::Add(tagFACET& facet) { Enter(m_Model, m_Cache, facet); }
+void FacetIntake::Add(tagFACET& facet) {
+    Enter(m_Model, facet, [this](CPoint3D& corner, std::size_t) { return m_Cache.AddNode(corner); });
+}
 
-void FacetIntake::Announce(std::span<tagFACET const> facets) const {
-    for (tagFACET const& facet : facets) {
-        for (CPoint3D const& point : facet.m_ptVertex) m_Cache.Prefetch(point);
+void FacetIntake::AddAll(std::span<tagFACET> facets) {
+    m_Hashes.resize(facets.size());
+    for (std::size_t i = 0; i < facets.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
+    }
+    for (std::size_t i = 0; i < facets.size(); ++i) {
+        if (LoadShared(m_Model.m_bStopRead) != 0) return;
+        if (i + kLinesAhead < facets.size()) {
+            for (std::size_t const nHash : m_Hashes[i + kLinesAhead]) m_Cache.PrefetchLine(nHash);
+        }
+        if (i + kVerticesAhead < facets.size()) {
+            for (std::size_t const nHash : m_Hashes[i + kVerticesAhead]) m_Cache.PrefetchVertex(nHash);
+        }
+        Enter(m_Model, facets[i], [this, &hashes = m_Hashes[i]](CPoint3D& corner, std::size_t k) {
+            return m_Cache.AddNode(corner, hashes[k]);
+        });
     }
 }

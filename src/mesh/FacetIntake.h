@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <span>
+#include <vector>
 
 #include "mesh/Facet.h"
 #include "mesh/STLModel.h"
@@ -10,15 +13,18 @@
 /// Between the calls nothing else may add to the model.
 class FacetIntake {
 public:
-    explicit FacetIntake(CSTLModel& model) : m_Model(model), m_Cache(model.m_VertexTree) {}
+    /// nExpected, the number of triangles that will come, is only a hint: memory is taken for it in advance.
+    explicit FacetIntake(CSTLModel& model, std::size_t nExpected = 0)
+        : m_Model(model), m_Cache(model.m_VertexTree, nExpected / 2) {}
 
     /// As CSTLModel::AddFacet. The z of the corners may be changed.
     void Add(tagFACET& facet);
 
-    /// Tells which triangles come next, so that what they touch can be brought near. Changes nothing.
-    void Announce(std::span<tagFACET const> facets) const;
+    /// Adds the triangles one after the other, until StopReadModel. The z of the corners may be changed.
+    void AddAll(std::span<tagFACET> facets);
 
 private:
     CSTLModel& m_Model;
     VertexCache m_Cache;
+    std::vector<std::array<std::size_t, 3>> m_Hashes;  // of the corners of a block
 };

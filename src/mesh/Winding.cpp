@@ -6,6 +6,7 @@
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
+#include "mesh/WindingParity.h"
 
 namespace {
 
@@ -90,6 +91,15 @@ private:
 }  // namespace
 
 void CSTLModel::FixNormal() {
+    WindingParity parity(*this);
+    if (parity.IsUnique()) {
+        std::size_t nFacet = 0;
+        ForEachFacet(m_SurfaceArray, [&parity, &nFacet](CFacet& facet) {
+            if (parity.IsTurned(nFacet++)) facet.Reverse();
+            facet.CalculateNormalAndResetFlag();
+        });
+        return;
+    }
     ForEachFacet(m_SurfaceArray, [](CFacet& facet) { facet.m_nRegion = kNotVisited; });
     WindingWalk walk;
     ForEachFacet(m_SurfaceArray, [&walk](CFacet& facet) {

@@ -1,5 +1,6 @@
 // Binary STL, and the files that differ from it in the length of the header only.
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -24,9 +25,6 @@ constexpr char kHeaderText[] = "Deiklug";
 
 // Records are read and written in blocks of so many.
 constexpr std::size_t kBlockRecords = 1024;
-
-// So many triangles are looked at in advance, to bring near what they will touch.
-constexpr std::size_t kAhead = 64;
 
 void LoadNormal(unsigned char const* pBytes, tagFACET& facet) {
     for (std::size_t i = 0; i < 3; ++i) facet.m_fNormal[i] = LoadFloat(pBytes + 4 * i);
@@ -127,14 +125,13 @@ int CSTLModel::ReadSTLBINARY(char* pszPath, int bCountOnly, int nHeaderLen) {
     StoreShared(m_nTotalFacet, static_cast<std::int32_t>(nAnnounced));
     if (bCountOnly != 0) return m_nTotalFacet;
 
-    FacetIntake intake(*this);
+    auto const nMostRecords = static_cast<std::uint32_t>(FileSize(file.get())) / kRecordSize;
+    FacetIntake intake(*this, std::min<std::size_t>(nAnnounced, nMostRecords));
     RecordReader reader(file.get(), nAnnounced);
-    for (std::span<tagFACET> facets = reader.Next(); !facets.empty(); facets = reader.Next()) {
-        for (std::size_t i = 0; i < facets.size(); ++i) {
-            if (i % kAhead == 0) intake.Announce(facets.subspan(i, std::min(kAhead, facets.size() - i)));
-            if (LoadShared(m_bStopRead) != 0) return 0;
-            intake.Add(facets[i]);
-        }
+    while (LoadShared(m_bStopRead) == 0) {
+        std::span<tagFACET> const facets = reader.Next();
+        if (facets.empty()) break;
+        intake.AddAll(facets);
     }
     return LoadShared(m_bStopRead) == 0 ? 1 : 0;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
+#include <cstdint>
 
 // The balanced tree that the vertex tree and the point tree share (G. M. Adelson-Velsky and E. M. Landis,
 // "An algorithm for the organization of information", 1962). Greater keys are on the left. A node's balance
@@ -66,9 +65,6 @@ void Balance(Node*& slot, int& nTaller) {
     nTaller = 0;
 }
 
-// An AVL tree of 2^64 nodes is less than 1.4405 * 64 + 1 levels deep.
-inline constexpr std::size_t kDeepest = 96;
-
 /// Walks down from the slot and puts a node into the empty slot where the walk ends, then restores the
 /// balance.
 ///
@@ -77,8 +73,10 @@ inline constexpr std::size_t kDeepest = 96;
 /// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
 template <class Node, class Compare, class Make>
 Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
-    std::array<bool, kDeepest> wentLeft;  // below the pivot, from the pivot on
-    std::size_t nDepth = 0;
+    // The turns taken from the pivot down, a bit each, 1 for left, the last in the lowest bit. A tree of 2^32
+    // nodes is not deeper than 46 levels.
+    std::uint64_t nTurns = 0;
+    int nDepth = 0;
     Node** pPivot = &top;  // the lowest slot on the way whose node is out of balance, else the top
     Node** pSlot = &top;
     while (Node* const pNode = *pSlot) {
@@ -91,8 +89,10 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
             nTaller = 0;
             return pNode;
         }
-        wentLeft[nDepth++] = nOrder < 0;
-        pSlot = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
+        bool const bLeft = nOrder < 0;
+        nTurns = nTurns << 1 | static_cast<std::uint64_t>(bLeft);
+        ++nDepth;
+        pSlot = bLeft ? &pNode->m_pLeft : &pNode->m_pRight;
     }
     Node* const pMade = make();
     *pSlot = pMade;
@@ -101,18 +101,19 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
 
     // All nodes between the pivot and the new node were in balance: each tilts to the side that has grown.
     Node* const pTop = *pPivot;
-    Node* pNode = wentLeft[0] ? pTop->m_pLeft : pTop->m_pRight;
-    for (std::size_t i = 1; i < nDepth; ++i) {
-        pNode->m_nBalance = wentLeft[i] ? LeftSide::kTilt : RightSide::kTilt;
-        pNode = wentLeft[i] ? pNode->m_pLeft : pNode->m_pRight;
+    auto const wentLeft = [nTurns, nDepth](int nLevel) { return (nTurns >> (nDepth - 1 - nLevel) & 1) != 0; };
+    Node* pNode = wentLeft(0) ? pTop->m_pLeft : pTop->m_pRight;
+    for (int i = 1; i < nDepth; ++i) {
+        pNode->m_nBalance = wentLeft(i) ? LeftSide::kTilt : RightSide::kTilt;
+        pNode = wentLeft(i) ? pNode->m_pLeft : pNode->m_pRight;
     }
-    int const nTilt = wentLeft[0] ? LeftSide::kTilt : RightSide::kTilt;
+    int const nTilt = wentLeft(0) ? LeftSide::kTilt : RightSide::kTilt;
     if (pTop->m_nBalance == 0) {
         pTop->m_nBalance = nTilt;
     } else if (pTop->m_nBalance != nTilt) {
         pTop->m_nBalance = 0;
         nTaller = 0;
-    } else if (wentLeft[0]) {
+    } else if (wentLeft(0)) {
         Balance<LeftSide>(*pPivot, nTaller);
     } else {
         Balance<RightSide>(*pPivot, nTaller);

@@ -1,23 +1,30 @@
 #include "trees/VertexCache.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <utility>
 
+#include "foundation/LittleEndian.h"
 #include "trees/VertexInsertion.h"
 
 namespace {
 
-constexpr std::size_t kFirstSize = 1024;
+constexpr std::size_t kFirstLines = 64;
 
-// Where this many slots in a row are taken by others, the vertex is not remembered.
-constexpr std::size_t kProbes = 8;
+// So many vertices a pair of lines, which have room for twelve: few find their line full.
+constexpr std::size_t kMostPerTwoLines = 9;
+
+// The height of a band of y that a mark stands for, in tolerances.
+constexpr double kTolerancesPerBand = 64.0;
+
+constexpr std::size_t kMarkBits = std::size_t{1} << 20;
 
 // Sees a vertex at the point's height whose y is near the point's, but not the same.
 struct RowWatch {
-    bool bNearRows = false;
+    bool bNearRow = false;
     void MetRow(double dDifference) {
-        if (dDifference != 0.0) bNearRows = true;
+        if (dDifference != 0.0) bNearRow = true;
     }
 };
 
@@ -25,21 +32,42 @@ bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
 }
 
-bool IsSame(CPoint3D const& a, CPoint3D const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+// Zeros of both signs are equal numbers, so they get one hash: 0.0 is added.
+std::uint64_t Bits(double d) { return std::bit_cast<std::uint64_t>(d + 0.0); }
+
+// Factors that spread the bits of three numbers over one hash.
+constexpr std::uint64_t kFactorX = 0x9E3779B97F4A7C15u;
+constexpr std::uint64_t kFactorY = 0xC2B2AE3D27D4EB4Fu;
+constexpr std::uint64_t kFactorZ = 0x165667B19E3779F9u;
+
+std::uint64_t Spread(std::uint64_t n) { return (n ^ (n >> 32)) * kFactorX; }
 
 }  // namespace
 
-VertexCache::VertexCache(CVertexTree& tree) : m_Tree(tree), m_bOn(tree.m_pRoot == nullptr) {
-    if (m_bOn) m_Slots.resize(kFirstSize);
+VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
+    : m_Tree(tree),
+      m_bOn(tree.m_pRoot == nullptr),
+      m_dReach(2.0 * tree.m_dTolerance),
+      m_dBandsPerUnit(1.0 / (kTolerancesPerBand * tree.m_dTolerance)),
+      m_Heights(tree.m_dTolerance) {
+    if (m_bOn) m_Lines.resize(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
 }
 
-tagVertexNode* VertexCache::AddNode(CPoint3D& point) {
+tagVertexNode* VertexCache::AddNode(CPoint3D& point, std::size_t nHash) {
     if (!m_bOn) return m_Tree.AddNode(point);
-    std::size_t const nHash = Hash(point);
-    if (tagVertexNode* const pFound = Find(point, nHash)) {
-        point.z = pFound->z;  // they may differ in the sign of a zero
-        return pFound;
+    tagVertexNode* pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
+    if (pNode == nullptr) {
+        HeightSet::Answer const drawn = m_Heights.Find(point.z);
+        if (drawn.near == HeightSet::Near::kOne && drawn.dHeight != point.z) {
+            pNode = FindInCleanRow(point.x, point.y, drawn.dHeight, Hash(point.x, point.y, drawn.dHeight));
+        }
     }
+    if (pNode == nullptr) return Insert(point);
+    point.z = pNode->z;
+    return pNode;
+}
+
+tagVertexNode* VertexCache::Insert(CPoint3D& point) {
     if (!IsNumber(point)) {
         SwitchOff();
         return m_Tree.AddNode(point);
@@ -48,62 +76,112 @@ tagVertexNode* VertexCache::AddNode(CPoint3D& point) {
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
-    if (watch.bNearRows) {
-        SwitchOff();
-    } else if (m_Tree.m_nCount != nCount) {
-        Remember(pNode, Hash(*pNode));
-    }
+    if (m_Tree.m_nCount == nCount) return pNode;
+    Remember(pNode);
+    m_Heights.Add(pNode->z);
+    bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
+    if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
     return pNode;
 }
 
-void VertexCache::Prefetch(CPoint3D const& point) const {
+void VertexCache::PrefetchLine(std::size_t nHash) const {
 #if defined(__GNUC__)
-    if (m_bOn) __builtin_prefetch(&m_Slots[Hash(point) & (m_Slots.size() - 1)]);
+    if (m_bOn) __builtin_prefetch(&LineOf(nHash));
 #else
-    (void)point;
+    (void)nHash;
 #endif
 }
 
-// Zeros of both signs are equal numbers, so they get one hash: 0.0 is added.
-std::size_t VertexCache::Hash(CPoint3D const& point) {
-    std::uint64_t n = std::bit_cast<std::uint64_t>(point.x + 0.0) * 0x9E3779B97F4A7C15u;
-    n = (std::rotl(n, 32) ^ std::bit_cast<std::uint64_t>(point.y + 0.0)) * 0xC2B2AE3D27D4EB4Fu;
-    n = (std::rotl(n, 32) ^ std::bit_cast<std::uint64_t>(point.z + 0.0)) * 0x9E3779B97F4A7C15u;
+void VertexCache::PrefetchVertex(std::size_t nHash) const {
+#if defined(__GNUC__)
+    if (!m_bOn) return;
+    VisitTagged(LineOf(nHash), TagOf(nHash), [](tagVertexNode const* pNode) {
+        __builtin_prefetch(pNode);
+        __builtin_prefetch(reinterpret_cast<char const*>(pNode) + 64);
+        return false;
+    });
+#else
+    (void)nHash;
+#endif
+}
+
+std::size_t VertexCache::Hash(double x, double y, double z) {
+    std::uint64_t const n = Spread(Bits(x) * kFactorX ^ Bits(y) * kFactorY ^ Bits(z) * kFactorZ);
     return static_cast<std::size_t>(n ^ (n >> 32));
 }
 
-tagVertexNode* VertexCache::Find(CPoint3D const& point, std::size_t nHash) const {
-    std::size_t const nMask = m_Slots.size() - 1;
-    for (std::size_t i = 0; i < kProbes; ++i) {
-        tagVertexNode* const pNode = m_Slots[(nHash + i) & nMask];
-        if (pNode == nullptr) return nullptr;
-        if (IsSame(*pNode, point)) return pNode;
-    }
-    return nullptr;
-}
-
-void VertexCache::Remember(tagVertexNode* pNode, std::size_t nHash) {
-    if (++m_nUsed > m_Slots.size() / 2) Grow();
-    std::size_t const nMask = m_Slots.size() - 1;
-    for (std::size_t i = 0; i < kProbes; ++i) {
-        tagVertexNode*& slot = m_Slots[(nHash + i) & nMask];
-        if (slot == nullptr) {
-            slot = pNode;
-            return;
+// Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are
+// compared four at a time: a 16-bit field of x becomes 0 where the tag is the same, and the lowest such field
+// is found exactly by the borrow of a subtraction (H. S. Warren, "Hacker's Delight", chapter 6).
+template <class Visit>
+void VertexCache::VisitTagged(Line const& line, std::uint16_t nTag, Visit const& visit) {
+    constexpr std::uint64_t kOnes = 0x0001000100010001u;
+    constexpr std::uint64_t kTops = kOnes << 15;
+    for (std::size_t nFirst = 0; nFirst < line.tags.size(); nFirst += 4) {
+        std::uint64_t const x = LoadUnsigned<std::uint64_t>(&line.tags[nFirst]) ^ (nTag * kOnes);
+        for (std::uint64_t nFound = (x - kOnes) & ~x & kTops; nFound != 0; nFound &= nFound - 1) {
+            std::size_t const i = nFirst + static_cast<std::size_t>(std::countr_zero(nFound)) / 16;
+            if (line.tags[i] == nTag && visit(line.vertices[i])) return;
         }
     }
 }
 
+tagVertexNode* VertexCache::FindInCleanRow(double x, double y, double z, std::size_t nHash) const {
+    tagVertexNode* pFound = nullptr;
+    VisitTagged(LineOf(nHash), TagOf(nHash), [&pFound, x, y, z](tagVertexNode* pNode) {
+        if (pNode->x != x || pNode->y != y || pNode->z != z) return false;
+        pFound = pNode;
+        return true;
+    });
+    return pFound != nullptr && IsMarked(y, z) ? nullptr : pFound;
+}
+
+void VertexCache::Remember(tagVertexNode* pNode) {
+    if (2 * ++m_nUsed > kMostPerTwoLines * m_Lines.size()) Grow();
+    std::size_t const nHash = HashOf(*pNode);
+    Line& line = LineOf(nHash);
+    for (std::size_t i = 0; i < Line::kCapacity; ++i) {
+        if (line.tags[i] != 0) continue;
+        line.vertices[i] = pNode;
+        line.tags[i] = TagOf(nHash);
+        return;
+    }
+}
+
 void VertexCache::Grow() {
-    std::vector<tagVertexNode*> const old = std::exchange(m_Slots, {});
-    m_Slots.resize(old.size() * 2);
+    std::vector<Line> const old = std::exchange(m_Lines, {});
+    m_Lines.resize(old.size() * 2);
     m_nUsed = 1;
-    for (tagVertexNode* const pNode : old) {
-        if (pNode != nullptr) Remember(pNode, Hash(*pNode));
+    for (Line const& line : old) {
+        for (std::size_t i = 0; i < Line::kCapacity; ++i) {
+            if (line.tags[i] != 0) Remember(line.vertices[i]);
+        }
     }
 }
 
 void VertexCache::SwitchOff() {
     m_bOn = false;
-    m_Slots = {};
+    m_Lines = {};
+}
+
+std::size_t VertexCache::MarkOf(double y, double dHeight) const {
+    // Two bands about 0 count as one, since the conversion truncates.
+    auto const nBand = static_cast<std::uint64_t>(static_cast<std::int64_t>(y * m_dBandsPerUnit));
+    std::uint64_t const n = Spread(nBand * kFactorY ^ Bits(dHeight) * kFactorZ);
+    return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
+}
+
+bool VertexCache::IsMarked(double y, double dHeight) const {
+    if (m_Marks.empty()) return false;
+    std::size_t const nMark = MarkOf(y, dHeight);
+    return (m_Marks[nMark / 64] >> (nMark % 64) & 1) != 0;
+}
+
+// A band is wider than the reach to both sides, so that the ends lie in all the bands there are.
+void VertexCache::MarkAround(double y, double dHeight) {
+    if (m_Marks.empty()) m_Marks.resize(kMarkBits / 64);
+    for (double const dEnd : {y - m_dReach, y + m_dReach}) {
+        std::size_t const nMark = MarkOf(dEnd, dHeight);
+        m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);
+    }
 }

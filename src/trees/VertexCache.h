@@ -1,57 +1,95 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "trees/HeightSet.h"
 #include "trees/VertexTree.h"
 
 /// Answers, while a file is read into an empty tree, most corners by a look into a hash table instead of a
 /// descent of the tree. The result is the same as that of CVertexTree::AddNode, node for node.
 ///
-/// Why that is exact. The cache answers only where a vertex with exactly the coordinates of the point exists,
-/// in a tree that AddNode alone has filled since it was empty. Write a ~ b for two numbers neither of which
-/// exceeds the other by more than the tolerance, as rounded subtraction has it. Rounding is monotonic: where
-/// a < b < c, and a, b are more than the tolerance apart, so are a, c.
+/// Why that is exact. Write a ~ b for two numbers that differ by no more than the tolerance, as rounded
+/// subtraction has it. Rounding is monotonic: where a < b < c and not a ~ b, then not a ~ c. The tree has
+/// been filled by AddNode alone, with numbers, since it was empty.
 ///
-/// 1. Heights in the tree are equal or more than the tolerance apart. A point takes the height of the first
-/// vertex
-///    on its way with height ~ its own. While none has come, all comparisons agree with the order of the
-///    numbers, and the way passes the neighbours of the point's place in that order; so, if any vertex's
-///    height is ~ the point's, one of the neighbours' is, and it is met. From then on the point is at a
-///    height of the tree.
-/// 2. Suppose that no comparison so far has met two different y with y ~ y' at one height. Then, by the same
-///    argument, the y of the vertices at one height are equal or more than the tolerance apart, and so are
-///    the x of those of equal height and y, since a point that meets a vertex within tolerance on all axes
-///    becomes it.
-/// 3. So comparisons agree with a strict order on (z, y, x), and a point with exactly the coordinates of a
-/// vertex
-///    meets no other vertex within tolerance on all axes: its descent ends at that vertex. Its z does not
-///    change.
+/// 1. Different heights in the tree are never ~. A point takes the height of the first vertex on its way with
+/// height ~
+///    its own. While none has come, all comparisons agree with the order of heights, so the way passes the
+///    neighbours of the point's place in that order; if any vertex's height is ~ the point's, one of these
+///    neighbours' is, and is met. So, if just one height H of the tree is ~ the point's, the point ends at H,
+///    whatever shape the tree has.
+/// 2. Call two different y at one height near rows when they are ~, and call a row clean when it has no near
+/// row. A
+///    point at H meets vertices of near rows on its way, if there are any, by the same argument: all other
+///    rows at H are strictly below or above it. So the descent that puts a near row into the tree sees it,
+///    and the y of the point and all y within the tolerance of it are marked then: a row that is not marked
+///    is clean. Where a mark is found around a new point, all around it is marked as well.
+/// 3. Vertices of a clean row have x that are not ~: each met its neighbours in the row when it came.
+/// 4. A point (x, y, z) where just one height H is ~ z, where a vertex (x, y, H) stands in a clean row, meets
+/// on its way
+///    no vertex that is within tolerance on all axes but that one, and all comparisons agree with the order
+///    in which the tree holds its rows and the vertices of this row: the descent ends at that vertex, and z
+///    becomes H.
 ///
-/// The condition of 2 is watched on every descent. Once it breaks, or a coordinate is not a number, the cache
-/// answers nothing any more.
+/// All else goes down the tree. A coordinate that is not a number ends the cache's work.
 class VertexCache {
 public:
     /// For a tree that nothing but this cache adds to while the cache lives. On a tree that is not empty, the
     /// cache passes everything on to the tree.
-    explicit VertexCache(CVertexTree& tree);
+    ///
+    /// nExpected, the number of vertices that will come, is only a hint.
+    explicit VertexCache(CVertexTree& tree, std::size_t nExpected = 0);
 
     /// As CVertexTree::AddNode.
-    tagVertexNode* AddNode(CPoint3D& point);
+    tagVertexNode* AddNode(CPoint3D& point) { return AddNode(point, HashOf(point)); }
 
-    /// Brings what a later AddNode of the point will look at into the processor's cache. Changes nothing.
-    void Prefetch(CPoint3D const& point) const;
+    // For callers that know their points in advance: what a later AddNode looks at is brought into the
+    // processor's cache, first the place in the table, then, some time later, the vertex found there. Neither
+    // changes anything.
+    static std::size_t HashOf(CPoint3D const& point) { return Hash(point.x, point.y, point.z); }
+    void PrefetchLine(std::size_t nHash) const;
+    void PrefetchVertex(std::size_t nHash) const;
+    tagVertexNode* AddNode(CPoint3D& point, std::size_t nHash);
 
 private:
-    static std::size_t Hash(CPoint3D const& point);
-    tagVertexNode* Find(CPoint3D const& point, std::size_t nHash) const;
-    void Remember(tagVertexNode* pNode, std::size_t nHash);
+    // A cache line of vertices whose hashes lead to it. The tags, other bits of the hashes and never 0, keep
+    // a search from looking at vertices that are not the one. A vertex that finds its line full is not
+    // remembered.
+    struct alignas(64) Line {
+        static constexpr std::size_t kCapacity = 6;
+        std::array<tagVertexNode*, kCapacity> vertices;
+        std::array<std::uint16_t, 8> tags;  // two more than there are vertices: those stay 0
+    };
+    static_assert(sizeof(Line) == 64);
+
+    static std::uint16_t TagOf(std::size_t nHash) { return static_cast<std::uint16_t>(nHash >> 48 | 1); }
+    Line& LineOf(std::size_t nHash) { return m_Lines[nHash & (m_Lines.size() - 1)]; }
+    Line const& LineOf(std::size_t nHash) const { return m_Lines[nHash & (m_Lines.size() - 1)]; }
+    template <class Visit>
+    static void VisitTagged(Line const& line, std::uint16_t nTag, Visit const& visit);
+
+    static std::size_t Hash(double x, double y, double z);
+    tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
+    tagVertexNode* Insert(CPoint3D& point);
+    void Remember(tagVertexNode* pNode);
     void Grow();
     void SwitchOff();
 
+    // Marks stand for bands of y at a height, a bit each in a table of hashes: a mark too many costs a
+    // descent.
+    std::size_t MarkOf(double y, double dHeight) const;
+    bool IsMarked(double y, double dHeight) const;
+    void MarkAround(double y, double dHeight);
+
     CVertexTree& m_Tree;
     bool m_bOn;
-    std::vector<tagVertexNode*> m_Slots;  // a power of two; open addressing with a few probes
+    double m_dReach;            // a little more than the tolerance
+    double m_dBandsPerUnit;     // of the marks
+    std::vector<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
+    HeightSet m_Heights;
+    std::vector<std::uint64_t> m_Marks;  // empty until there is one
 };

@@ -1,0 +1,85 @@
+#include "mesh/WindingParity.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "mesh/FacetCorners.h"
+#include "mesh/FacetWalk.h"
+
+WindingParity::WindingParity(CSTLModel& model) {
+    m_Facets.reserve(static_cast<std::size_t>(model.GetFacetsNum()));
+    ForEachFacet(model.m_SurfaceArray, [this](CFacet& facet) {
+        facet.m_nRegion = static_cast<std::int32_t>(m_Facets.size());
+        m_Facets.push_back(&facet);
+    });
+    m_Links.resize(m_Facets.size());
+    for (std::size_t i = 0; i < m_Links.size(); ++i) m_Links[i] = static_cast<std::uint32_t>(2 * i);
+
+    // Each vertex is looked at when the first of its facets comes.
+    for (CFacet const* const pFacet : m_Facets) {
+        for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
+            if (pVertex->m_ppFacet[0] == pFacet && !JoinAt(*pVertex)) {
+                m_bUnique = false;
+                return;
+            }
+        }
+    }
+}
+
+// Joins the facets at the edges from this vertex to those with higher addresses: each edge is looked at from
+// one end.
+bool WindingParity::JoinAt(tagVertexNode const& vertex) {
+    m_Spokes.clear();
+    for (int i = 0; i < vertex.m_nFacetNum; ++i) {
+        CFacet const& facet = *vertex.m_ppFacet[i];
+        auto const nFacet = static_cast<std::uint32_t>(facet.m_nRegion);
+        if (nFacet >= m_Facets.size() || m_Facets[nFacet] != &facet) return false;  // stands in no surface
+        for (DirectedEdge const& edge : DirectedEdges(facet)) {
+            if (edge.pStart == &vertex) AddSpoke(vertex, edge.pEnd, nFacet, 1);
+            if (edge.pEnd == &vertex) AddSpoke(vertex, edge.pStart, nFacet, 0);
+        }
+    }
+    return JoinSpokes();
+}
+
+void WindingParity::AddSpoke(tagVertexNode const& vertex, tagVertexNode const* pEnd, std::uint32_t nFacet,
+                             std::uint32_t nOutward) {
+    if (std::less<>()(&vertex, pEnd)) m_Spokes.push_back({pEnd, nFacet, nOutward});
+}
+
+// Two facets at an edge agree where one runs outward and the other inward. Three are too many.
+bool WindingParity::JoinSpokes() {
+    std::sort(m_Spokes.begin(), m_Spokes.end(),
+              [](Spoke const& a, Spoke const& b) { return std::less<>()(a.pEnd, b.pEnd); });
+    for (std::size_t i = 0; i + 1 < m_Spokes.size(); ++i) {
+        Spoke const& a = m_Spokes[i];
+        Spoke const& b = m_Spokes[i + 1];
+        if (a.pEnd != b.pEnd) continue;
+        if (i + 2 < m_Spokes.size() && m_Spokes[i + 2].pEnd == a.pEnd) return false;
+        if (!Join(a.nFacet, b.nFacet, a.nOutward == b.nOutward ? 1 : 0)) return false;
+    }
+    return true;
+}
+
+bool WindingParity::Join(std::uint32_t a, std::uint32_t b, std::uint32_t nTurned) {
+    Place const placeA = Find(a);
+    Place const placeB = Find(b);
+    std::uint32_t const nAgainst = nTurned ^ placeA.nTurned ^ placeB.nTurned;
+    if (placeA.nFirst == placeB.nFirst) return nAgainst == 0;
+    auto const [nEarlier, nLater] = std::minmax(placeA.nFirst, placeB.nFirst);
+    m_Links[nLater] = 2 * nEarlier | nAgainst;
+    return true;
+}
+
+// Follows the links to the first facet of the set, and halves the way for the next time.
+WindingParity::Place WindingParity::Find(std::uint32_t nFacet) {
+    std::uint32_t nTurned = 0;
+    while (m_Links[nFacet] / 2 != nFacet) {
+        std::uint32_t const nLink = m_Links[nFacet];
+        std::uint32_t const nNext = m_Links[nLink / 2];
+        m_Links[nFacet] = nNext ^ (nLink & 1);
+        nTurned ^= m_Links[nFacet] & 1;
+        nFacet = m_Links[nFacet] / 2;
+    }
+    return {nFacet, nTurned};
+}

@@ -1,0 +1,84 @@
+#include "trees/HeightSet.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kFirstLines = 16;
+constexpr std::size_t kHeightsPerLine = 3;  // on average, at most
+constexpr double kTolerancesPerInterval = 4.0;
+
+// Heights reach from -1e10 to 1e10; interval numbers stay whole numbers of a double far beyond that.
+constexpr double kLargestInterval = 1e15;
+
+}  // namespace
+
+HeightSet::HeightSet(double dTolerance)
+    : m_dTolerance(dTolerance),
+      m_dIntervalsPerUnit(1.0 / (kTolerancesPerInterval * dTolerance)),
+      m_Lines(kFirstLines) {}
+
+std::int64_t HeightSet::IntervalOf(double z) const {
+    double const dInterval = std::clamp(z * m_dIntervalsPerUnit, -kLargestInterval, kLargestInterval);
+    auto const nInterval = static_cast<std::int64_t>(dInterval);
+    return nInterval - (dInterval < static_cast<double>(nInterval) ? 1 : 0);
+}
+
+std::size_t HeightSet::PlaceOf(std::int64_t nInterval) const {
+    std::uint64_t const n = static_cast<std::uint64_t>(nInterval) * 0x9E3779B97F4A7C15u;
+    return static_cast<std::size_t>(n >> 32) & (m_Lines.size() - 1);
+}
+
+HeightSet::Answer HeightSet::Find(double z) const {
+    Answer answer{Near::kNone, 0.0};
+    auto const look = [this, z, &answer](std::int64_t nInterval) {
+        Line const& line = m_Lines[PlaceOf(nInterval)];
+        if (line.nCount > kCapacity) answer.near = Near::kUnknown;
+        std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
+        for (std::size_t i = 0; i < nHeights; ++i) {
+            double const d = line.heights[i] - z;
+            if (d > m_dTolerance || d < -m_dTolerance) continue;
+            if (answer.near == Near::kOne && answer.dHeight == line.heights[i])
+                continue;  // two intervals, one line
+            answer.near = answer.near == Near::kNone ? Near::kOne : Near::kUnknown;
+            answer.dHeight = line.heights[i];
+        }
+    };
+    // Twice the tolerance, so that rounding cannot hide an interval.
+    std::int64_t const nFirst = IntervalOf(z - 2.0 * m_dTolerance);
+    std::int64_t const nLast = IntervalOf(z + 2.0 * m_dTolerance);
+    for (std::int64_t n = nFirst; n <= nLast; ++n) look(n);
+    return answer;
+}
+
+void HeightSet::Add(double dHeight) {
+    Line const& line = m_Lines[PlaceOf(IntervalOf(dHeight))];
+    std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
+    for (std::size_t i = 0; i < nHeights; ++i) {
+        if (line.heights[i] == dHeight) return;
+    }
+    if (++m_nHeights > kHeightsPerLine * m_Lines.size()) Grow();
+    Insert(dHeight);
+}
+
+void HeightSet::Insert(double dHeight) {
+    Line& line = m_Lines[PlaceOf(IntervalOf(dHeight))];
+    if (line.nCount < kCapacity) {
+        line.heights[line.nCount++] = dHeight;
+    } else {
+        line.nCount = kCapacity + 1;
+        m_Overflow.push_back(dHeight);
+    }
+}
+
+void HeightSet::Grow() {
+    std::vector<Line> const lines = std::exchange(m_Lines, std::vector<Line>(2 * m_Lines.size()));
+    std::vector<double> const overflow = std::exchange(m_Overflow, {});
+    for (Line const& line : lines) {
+        std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
+        for (std::size_t i = 0; i < nHeights; ++i) Insert(line.heights[i]);
+    }
+    for (double const dHeight : overflow) Insert(dHeight);
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <tuple>
+#include <vector>
+
+/// The distinct heights of the vertices of a tree, more than the tolerance apart from each other, and the
+/// question to which of them a new height would be drawn.
+class HeightSet {
+public:
+    explicit HeightSet(double dTolerance);
+
+    /// Adds a height, unless the set has it.
+    void Add(double dHeight);
+
+    enum class Near { kNone, kOne, kUnknown };
+    struct Answer {
+        Near near;
+        double dHeight;
+    };
+    /// Which heights lie within the tolerance of z, as rounded subtraction has it: none, the one given, or
+    /// several (or it would take longer to tell).
+    Answer Find(double z) const;
+
+private:
+    // As many heights as share a cache line with their count. Heights are gathered by the interval of four
+    // tolerances in which they lie, and intervals by their hash.
+    struct Line {
+        std::array<double, 7> heights;
+        std::uint64_t nCount;  // above the capacity when some heights stand in m_Overflow instead
+    };
+
+    static constexpr std::size_t kCapacity = std::tuple_size_v<decltype(Line::heights)>;
+
+    std::int64_t IntervalOf(double z) const;
+    std::size_t PlaceOf(std::int64_t nInterval) const;
+    void Insert(double dHeight);
+    void Grow();
+
+    double m_dTolerance;
+    double m_dIntervalsPerUnit;
+    std::size_t m_nHeights = 0;
+    std::vector<Line> m_Lines;  // a power of two
+    std::vector<double> m_Overflow;
+};
