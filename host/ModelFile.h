@@ -1,0 +1,31 @@
+#pragma once
+
+#include <Varnet64.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+/// A path as the library takes it: a char* to a zero-terminated string of 16-bit characters. Throws Failure
+/// when the name is not valid text.
+class WidePath {
+public:
+    explicit WidePath(std::filesystem::path const& path);
+    char* Get() { return reinterpret_cast<char*>(m_Text.data()); }
+
+private:
+    std::u16string m_Text;
+};
+
+/// Reads an STL file into the model, with a progress bar. Throws Failure with what is wrong with the file, or
+/// when the read was interrupted.
+void ReadModel(std::string const& file, CSTLModel& model);
+
+/// Writes the model as binary STL. The file appears under its name only when it is complete: a failure or
+/// Ctrl-C leaves what was there before. Throws Failure.
+void WriteModel(CSTLModel& model, std::string const& file);
+
+/// Lets write() make a file beside the named one, checks its size where nBytes is not negative, and gives it
+/// the name.
+void WriteWhole(std::string const& file, std::function<bool(std::filesystem::path const&)> const& write,
+                long long nBytes = -1);
