@@ -22,7 +22,15 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/Varnet64Config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/Varnet64ConfigVersion.cmake
         DESTINATION ${VARNET_CMAKE_DIR})
 
-# Paths in the file are taken from the prefix, so that it can be moved, unless a folder was given as absolute.
+# Paths in the file are taken from where it stands, so that the installed tree can be moved, unless a folder was given
+# as absolute.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(VARNET_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+else()
+    file(RELATIVE_PATH up "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+    string(REGEX REPLACE "/$" "" up "${up}")
+    set(VARNET_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
 foreach(kind INCLUDE LIB)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_${kind}DIR}")
         set(VARNET_PC_${kind}DIR "${CMAKE_INSTALL_${kind}DIR}")

@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# The varnet program, as a person uses it: results, messages, exit codes, no half-written files.
+# usage: varnet.sh VARNET
+set -euo pipefail
+varnet=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+fail() { echo "FAILED: $*"; exit 1; }
+# expect CODE COMMAND...: output goes to out and err
+expect() {
+    local wanted=$1 code=0
+    shift
+    "$@" >out 2>err || code=$?
+    [ "$code" -eq "$wanted" ] || { cat out err; fail "exit code $code, wanted $wanted: $*"; }
+}
+
+expect 0 "$varnet" demo made
+tail -n 1 out | grep -qE '^[0-9]+ checks passed in [0-9.]+ seconds' || fail "the demo's last line"
+test -s made/bracket.stl && test -s made/bracket_ascii.stl && test -s made/bracket_repaired.stl
+
+expect 0 "$varnet" info made/bracket.stl
+grep -q '1,060 of 1,061 announced, 1 dropped' out || fail "announced and accepted facets"
+grep -qE 'doubled facets +1$' out || fail "doubled facets"
+expect 0 "$varnet" info --json made/bracket.stl made/bracket_ascii.stl
+grep -q '"type": "ASCII STL"' out && grep -q '"facets": 1060' out && grep -q '"rim_edges": 0' out || fail "JSON"
+
+expect 0 "$varnet" repair made/bracket.stl fixed.stl
+grep -qE 'facets turned to agree +118$' out || fail "facets turned"
+cmp fixed.stl made/bracket_repaired.stl || fail "the repaired file"
+[ "$(stat -c %s fixed.stl)" -eq $((84 + 50 * 1060)) ] || fail "the size of the repaired file"
+
+expect 1 "$varnet" info missing.stl
+grep -q 'missing.stl: no such file' err || fail "message for a missing file"
+[ ! -s out ] || fail "output for a missing file"
+expect 1 "$varnet" info made
+grep -q 'is a folder' err || fail "message for a folder"
+printf 'short' >short.stl
+expect 1 "$varnet" info short.stl made/bracket.stl
+grep -q 'short.stl: too short' err || fail "message for a short file"
+grep -q 'made/bracket.stl' out || fail "the other files are shown all the same"
+
+expect 2 "$varnet"
+expect 2 "$varnet" info
+expect 2 "$varnet" nonsense
+expect 2 "$varnet" repair made/bracket.stl
+expect 0 "$varnet" --help
+
+# What cannot be written leaves no file, and leaves an older one as it was.
+expect 1 "$varnet" repair made/bracket.stl nofolder/out.stl
+grep -q 'nofolder/out.stl: cannot be created' err || fail "message for a folder that is not there"
+expect 1 "$varnet" repair missing.stl fixed.stl
+[ "$(stat -c %s fixed.stl)" -eq $((84 + 50 * 1060)) ] || fail "the older file"
+ls | grep -q '\.part$' && fail "a half-written file is left"
+
+exit 0

@@ -1,0 +1,153 @@
+#include "trees/VertexCache.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "Shapes.h"
+#include "trees/LiteralVertexTree.h"
+#include "trees/PointSoup.h"
+
+// The cache against the plain tree, node for node and bit for bit.
+
+namespace {
+
+class CachedAndPlain {
+public:
+    void Add(CPoint3D const& point) {
+        CPoint3D expected(point);
+        CPoint3D offered(point);
+        tagVertexNode const* const pExpected = m_Plain.AddNode(expected);
+        tagVertexNode const* const pNode = m_Cache.AddNode(offered);
+        ASSERT_EQ(pExpected->m_nIndex, pNode->m_nIndex);
+        ASSERT_TRUE(SameBits(*pExpected, *pNode));
+        ASSERT_TRUE(SameBits(expected, offered));
+    }
+
+    void ExpectSame() {
+        ASSERT_EQ(m_Plain.m_nCount, m_Cached.m_nCount);
+        ASSERT_TRUE(SameShape(m_Plain.m_pRoot, m_Cached.m_pRoot));
+        ASSERT_TRUE(SameBox(m_Plain.m_BoundBox, m_Cached.m_BoundBox));
+    }
+
+    CVertexTree m_Plain;
+    CVertexTree m_Cached;
+    VertexCache m_Cache{m_Cached};
+};
+
+class VertexCacheTwin : public testing::TestWithParam<int> {
+protected:
+    PointSoup Soup(int nSeed) {
+        return PointSoup(static_cast<unsigned>(nSeed), static_cast<PointSoup::Kind>(GetParam()));
+    }
+};
+
+CPoint3D ToPoint(shapes::Corner const& corner) { return CPoint3D(corner.x, corner.y, corner.z); }
+
+void ExpectSameOnMesh(shapes::Mesh const& mesh) {
+    CachedAndPlain trees;
+    for (shapes::Triangle const& triangle : mesh) {
+        for (shapes::Corner const& corner : triangle) ASSERT_NO_FATAL_FAILURE(trees.Add(ToPoint(corner)));
+    }
+    trees.ExpectSame();
+}
+
+}  // namespace
+
+TEST_P(VertexCacheTwin, GivesTheSameNodesAsTheTree) {
+    for (int nSeed = 0; nSeed < 60; ++nSeed) {
+        PointSoup soup = Soup(nSeed);
+        CachedAndPlain trees;
+        for (int n = 0; n < 500; ++n) ASSERT_NO_FATAL_FAILURE(trees.Add(soup.Next()));
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// As in a mesh, most points come again exactly as before.
+TEST_P(VertexCacheTwin, GivesTheSameNodesWhenPointsComeAgain) {
+    for (int nSeed = 200; nSeed < 230; ++nSeed) {
+        PointSoup soup = Soup(nSeed);
+        CachedAndPlain trees;
+        std::vector<CPoint3D> seen;
+        for (int n = 0; n < 1500; ++n) {
+            bool const bAgain = !seen.empty() && soup.Below(4) != 0;
+            CPoint3D const point =
+                bAgain ? seen[soup.Below(static_cast<unsigned>(seen.size()))] : soup.Next();
+            if (!bAgain) seen.push_back(point);
+            ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllSoups, VertexCacheTwin, testing::Range(0, static_cast<int>(PointSoup::kKinds)));
+
+// Two rows of one height lie within the tolerance of a third: which row a point belongs to then depends on
+// its way through the tree, and an exact match may not be the answer.
+TEST(VertexCache, RowsThatRunIntoEachOtherGiveTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 400; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        for (int n = 0; n < 120; ++n) {
+            double const x = soup.Below(3) * 0.00007;
+            double const y = soup.Below(5) * 0.00007;
+            double const z = soup.Below(2) * 0.00007;
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, z)));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+TEST(VertexCache, ManyVerticesGiveTheSameTree) {
+    PointSoup soup(1, PointSoup::kAnywhere);
+    CachedAndPlain trees;
+    std::vector<CPoint3D> points;
+    for (int n = 0; n < 20000; ++n) points.push_back(soup.Next());
+    for (int nRound = 0; nRound < 2; ++nRound) {
+        for (CPoint3D const& point : points) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+    }
+    trees.ExpectSame();
+    EXPECT_EQ(20000u, trees.m_Plain.m_nCount);
+}
+
+TEST(VertexCache, ShapesGiveTheSameTree) {
+    ExpectSameOnMesh(shapes::Cube(10.0f));
+    ExpectSameOnMesh(shapes::Bracket());
+    ExpectSameOnMesh(shapes::Torus(20.0, 5.0, 48, 24));
+    ExpectSameOnMesh(shapes::IcoSphere(15.0, 4));
+    ExpectSameOnMesh(shapes::Gyroid(20));
+    ExpectSameOnMesh(shapes::Shuffled(shapes::Gyroid(20), 3));
+    ExpectSameOnMesh(shapes::Tray(3, 3, 2));
+}
+
+TEST(VertexCache, TinyShapesWhoseCornersMergeGiveTheSameTree) {
+    for (double const dRadius : {0.01, 0.003, 0.001, 0.0003}) {
+        ExpectSameOnMesh(shapes::IcoSphere(dRadius, 3));
+        ExpectSameOnMesh(shapes::Torus(dRadius, dRadius / 4.0, 24, 12));
+    }
+}
+
+TEST(VertexCache, ZeroesOfBothSignsAreOneVertexAndTheHeightIsTheVertexs) {
+    CVertexTree tree;
+    VertexCache cache(tree);
+    CPoint3D positive(0.0, 0.0, 0.0);
+    tagVertexNode* const pNode = cache.AddNode(positive);
+    CPoint3D negative(-0.0, -0.0, -0.0);
+    EXPECT_EQ(pNode, cache.AddNode(negative));
+    EXPECT_EQ(BitsOf(0.0), BitsOf(negative.z));
+    EXPECT_EQ(BitsOf(-0.0), BitsOf(negative.x));
+    EXPECT_EQ(1u, tree.m_nCount);
+}
+
+TEST(VertexCache, TreeThatIsNotEmptyIsAskedItself) {
+    CVertexTree tree;
+    CPoint3D first(0.0, 0.0, 0.0);
+    tagVertexNode* const pFirst = tree.AddNode(first);
+    VertexCache cache(tree);
+    CPoint3D near(0.00005, 0.0, 0.00005);
+    EXPECT_EQ(pFirst, cache.AddNode(near));
+    EXPECT_EQ(0.0, near.z);
+    CPoint3D far(1.0, 0.0, 0.00005);
+    EXPECT_EQ(1, cache.AddNode(far)->m_nIndex);
+    EXPECT_EQ(0.0, far.z);
+}
