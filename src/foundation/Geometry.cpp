@@ -196,6 +196,7 @@ int LineIntersect(CPoint2D const& a, CPoint2D const& b, CPoint2D const& c, CPoin
     return IsOutsideUnitRange(u) ? 0 : 1;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): hosts link against points by value.
 int IsInterSect(CPoint2D a, CPoint2D b, CPoint2D c, CPoint2D d) {
     if (!(DoubledArea(a, b, c) * DoubledArea(a, b, d) < kBothSides)) return 0;
     return DoubledArea(c, d, a) * DoubledArea(c, d, b) < kBothSides ? 1 : 0;
@@ -208,6 +209,7 @@ int IsInTriangle(CPoint2D a, CPoint2D b, CPoint2D c, CPoint2D p) {
     };
     return isRightOf(a, b) || isRightOf(b, c) || isRightOf(c, a) ? 0 : 1;
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 CPoint2D ExtendLine(CPoint2D* a, CPoint2D* b, double dDist, int nFrom) {
     return Moved(nFrom == 1 ? *a : *b, CalAngleRad(*a, *b), dDist);

@@ -19,8 +19,8 @@ VARNET_API double D2ofPtoP(CPoint3D const& a, CPoint3D const& b);
 /// On which side of the directed line from a to b the point lies: Cross(p - a, b - a), positive on the right.
 /// Exactly 0.0 when the squared distance from the line is below 1e-10 (that is, within 0.00001 mm).
 VARNET_API double SideofLine(CPoint2D const& p, CPoint2D const& a, CPoint2D const& b);
-/// The squared distance of p from the infinite line through a and b, or from a when |b - a|² is not above
-/// 1e-8. It is a difference of two squares: close to the line it may come out a hair below zero.
+/// The squared distance of p from the infinite line through a and b, or from a when the squared length of a-b
+/// is not above 1e-8. It is a difference of two squares: close to the line it may come out a hair below zero.
 VARNET_API double D2ofPtoLine(CPoint2D& p, CPoint2D& a, CPoint2D& b);
 /// The squared distance of p from the segment a to b; where p lies beside it, the same as D2ofPtoLine.
 VARNET_API double CalMinD2ofPtoLine(CPoint2D p, CPoint2D a, CPoint2D b);

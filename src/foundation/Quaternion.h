@@ -67,7 +67,7 @@ VARNET_API quaternion operator/(quaternion const& a, quaternion const& b);
 /// Exact comparison of all four components.
 VARNET_API bool operator==(quaternion const& a, quaternion const& b);
 VARNET_API bool operator!=(quaternion const& a, quaternion const& b);
-/// w * w + |v|².
+/// w * w + the squared length of v.
 VARNET_API float SquaredNorm(quaternion const& a);
 /// The conjugate divided by the squared norm; not a number for a zero quaternion.
 VARNET_API quaternion Inverse(quaternion const& a);

@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::size_t kFirstLines = 64;
 
+// Below this tolerance, which a host may set, the numbers of bands and intervals would not fit in 64 bits.
+constexpr double kLeastTolerance = 1e-7;
+
 // So many vertices a pair of lines, which have room for twelve: few find their line full.
 constexpr std::size_t kMostPerTwoLines = 9;
 
@@ -46,7 +49,7 @@ std::uint64_t Spread(std::uint64_t n) { return (n ^ (n >> 32)) * kFactorX; }
 
 VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
     : m_Tree(tree),
-      m_bOn(tree.m_pRoot == nullptr),
+      m_bOn(tree.m_pRoot == nullptr && tree.m_dTolerance >= kLeastTolerance),
       m_dReach(2.0 * tree.m_dTolerance),
       m_dBandsPerUnit(1.0 / (kTolerancesPerBand * tree.m_dTolerance)),
       m_Heights(tree.m_dTolerance) {
@@ -56,6 +59,10 @@ VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
 tagVertexNode* VertexCache::AddNode(CPoint3D& point, std::size_t nHash) {
     if (!m_bOn) return m_Tree.AddNode(point);
     tagVertexNode* pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
+    if (pNode == nullptr && !IsNumber(point)) {
+        SwitchOff();
+        return m_Tree.AddNode(point);
+    }
     if (pNode == nullptr) {
         HeightSet::Answer const drawn = m_Heights.Find(point.z);
         if (drawn.near == HeightSet::Near::kOne && drawn.dHeight != point.z) {
@@ -68,10 +75,6 @@ tagVertexNode* VertexCache::AddNode(CPoint3D& point, std::size_t nHash) {
 }
 
 tagVertexNode* VertexCache::Insert(CPoint3D& point) {
-    if (!IsNumber(point)) {
-        SwitchOff();
-        return m_Tree.AddNode(point);
-    }
     RowWatch watch;
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <string>
+
+#include "Shapes.h"
+
+// What the benchmarks of meshes work on: gyroids of about 100,000, 1 million and 4 million facets.
+
+enum class Kind { kBinary, kShuffled, kTurned, kAscii };
+
+/// The mesh of about so many facets, made when it is first asked for.
+shapes::Mesh const& GyroidMesh(std::size_t nFacets);
+
+/// The path of a file of that mesh, in the order of the generator or shuffled, with one facet in ten turned,
+/// or as ASCII. Made in the temporary folder when it is first asked for, and left there for the next run.
+std::string GyroidFile(std::size_t nFacets, Kind kind = Kind::kBinary);
+
+/// A path as the library takes it.
+class WidePath {
+public:
+    explicit WidePath(std::string const& path) : m_Text(path.begin(), path.end()) {}
+    char* Get() { return reinterpret_cast<char*>(m_Text.data()); }
+
+private:
+    std::u16string m_Text;
+};
+
+/// Reports the time a facet, and the facets a second.
+inline void ReportFacets(benchmark::State& state, double dFacets) {
+    state.counters["time/facet"] = benchmark::Counter(
+        dFacets, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.SetItemsProcessed(static_cast<std::int64_t>(dFacets) *
+                            static_cast<std::int64_t>(state.iterations()));
+}

@@ -1,0 +1,114 @@
+// What happens to a mesh in memory: facets entering, winding, measures, rebuilding, release; and its peak
+// size.
+
+#include <Varnet64.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <memory>
+#include <vector>
+
+#include "BenchFiles.h"
+
+namespace {
+
+std::unique_ptr<CSTLModel> Load(std::int64_t nFacets, Kind kind = Kind::kBinary) {
+    WidePath path(GyroidFile(static_cast<std::size_t>(nFacets), kind));
+    auto pModel = std::make_unique<CSTLModel>();
+    pModel->ReadSTLFile(path.Get(), 0);
+    return pModel;
+}
+
+void AddFacet(benchmark::State& state) {
+    std::vector<tagFACET> facets;
+    for (shapes::Triangle const& t : GyroidMesh(static_cast<std::size_t>(state.range(0)))) {
+        tagFACET facet;
+        for (std::size_t i = 0; i < 3; ++i) facet.m_ptVertex[i] = CPoint3D(t[i].x, t[i].y, t[i].z);
+        facets.push_back(facet);
+    }
+    for (auto _ : state) {
+        auto pModel = std::make_unique<CSTLModel>();
+        for (tagFACET facet : facets) pModel->AddFacet(facet);
+        state.PauseTiming();
+        pModel.reset();
+        state.ResumeTiming();
+    }
+    ReportFacets(state, static_cast<double>(facets.size()));
+}
+
+void FixNormal(benchmark::State& state) {
+    double dFacets = 0.0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto pModel = Load(state.range(0), Kind::kTurned);
+        dFacets = pModel->GetFacetsNum();
+        state.ResumeTiming();
+        pModel->FixNormal();
+        state.PauseTiming();
+        pModel.reset();
+        state.ResumeTiming();
+    }
+    ReportFacets(state, dFacets);
+}
+
+void CalAreaAndCalVolume(benchmark::State& state) {
+    auto const pModel = Load(state.range(0));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(pModel->CalArea());
+        benchmark::DoNotOptimize(pModel->CalVolume());
+    }
+    ReportFacets(state, pModel->GetFacetsNum());
+}
+
+void ReBuildTree(benchmark::State& state) {
+    auto const pModel = Load(state.range(0));
+    for (auto _ : state) pModel->m_VertexTree.ReBuildTree();
+    ReportFacets(state, pModel->GetFacetsNum());
+}
+
+void ReleaseAllFacet(benchmark::State& state) {
+    double dFacets = 0.0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto pModel = Load(state.range(0));
+        dFacets = pModel->GetFacetsNum();
+        state.ResumeTiming();
+        pModel->ReleaseAllFacet();
+    }
+    ReportFacets(state, dFacets);
+}
+
+// The peak of a process that does nothing but read the file, less that of one that reads a file of one facet.
+double PeakBytes(std::string const& file) {
+    pid_t const nChild = fork();
+    if (nChild == 0) {
+        WidePath path(file);
+        CSTLModel model;
+        model.ReadSTLFile(path.Get(), 0);
+        _exit(0);
+    }
+    rusage usage{};
+    int nStatus = 0;
+    wait4(nChild, &nStatus, 0, &usage);
+    return static_cast<double>(usage.ru_maxrss) * 1024.0;
+}
+
+void PeakBytesPerFacet(benchmark::State& state) {
+    auto const nFacets = static_cast<std::size_t>(state.range(0));
+    std::string const file = GyroidFile(nFacets);
+    std::string const none = GyroidFile(1);
+    double dPeak = 0.0;
+    for (auto _ : state) dPeak = PeakBytes(file) - PeakBytes(none);
+    state.counters["bytes/facet"] = dPeak / static_cast<double>(nFacets);
+}
+
+BENCHMARK(PeakBytesPerFacet)->Arg(1000000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(AddFacet)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(FixNormal)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(CalAreaAndCalVolume)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReBuildTree)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReleaseAllFacet)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
