@@ -19,6 +19,4 @@ void FreeVertexSlot(void* pSlot) noexcept;
 
 // Sizes that the slots hold at least; the records assert that they fit.
 inline constexpr std::size_t kFacetSlotSize = 56;
-// Two cache lines, and slots start on a line: a descent of the vertex tree reads the first line of a vertex
-// only.
-inline constexpr std::size_t kVertexSlotSize = 128;
+inline constexpr std::size_t kVertexSlotSize = 104;

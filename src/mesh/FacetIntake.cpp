@@ -2,6 +2,7 @@
 
 #include "mesh/FacetIntake.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdlib>
@@ -24,15 +25,22 @@ bool IsInRange(tagFACET const& facet) {
     return true;
 }
 
-// The facet that has the three vertices as its corners, or null. It stands in the lists of all three; the
-// shortest list is walked, so that a vertex with very many facets is not a burden to its neighbours.
+// Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
+// tells, and the facet itself, which may be far away in memory, need not be looked at.
+bool IsCorner(tagVertexNode const& vertex, CFacet const* pFacet) {
+    constexpr int kShortList = 32;
+    if (vertex.m_nFacetNum > kShortList) return HasCorner(*pFacet, &vertex);
+    return std::count(vertex.m_ppFacet, vertex.m_ppFacet + vertex.m_nFacetNum, pFacet) != 0;
+}
+
+// The facet that has the three vertices as its corners, or null. The shortest of their lists is walked, so
+// that a vertex with very many facets is not a burden to its neighbours.
 CFacet* FindTriangle(tagVertexNode const* a, tagVertexNode const* b, tagVertexNode const* c) {
-    tagVertexNode const* pWalked = a;
-    if (b->m_nFacetNum < pWalked->m_nFacetNum) pWalked = b;
-    if (c->m_nFacetNum < pWalked->m_nFacetNum) pWalked = c;
-    for (int i = 0; i < pWalked->m_nFacetNum; ++i) {
-        CFacet* const g = pWalked->m_ppFacet[i];
-        if (HasCorner(*g, a) && HasCorner(*g, b) && HasCorner(*g, c)) return g;
+    if (b->m_nFacetNum < a->m_nFacetNum) std::swap(a, b);
+    if (c->m_nFacetNum < a->m_nFacetNum) std::swap(a, c);
+    for (int i = 0; i < a->m_nFacetNum; ++i) {
+        CFacet* const g = a->m_ppFacet[i];
+        if (IsCorner(*b, g) && IsCorner(*c, g)) return g;
     }
     return nullptr;
 }
@@ -89,9 +97,23 @@ void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
     EnterTriangle(model, corners, facet.m_fNormal);
 }
 
-// How many triangles ahead the table of vertices is touched, and how many the vertices themselves.
+// Triangles are brought near in groups of so many, where they lie scattered.
+constexpr std::size_t kGroup = 32;
+
+// Where they do not, only the table of vertices is, so many triangles ahead.
 constexpr std::size_t kLinesAhead = 16;
-constexpr std::size_t kVerticesAhead = 8;
+
+// In a block of scattered triangles, fewer than one corner in so many is a corner of one of the last few
+// triangles.
+constexpr std::size_t kFewRepeats = 8;
+
+void Prefetch(void const* pMemory) {
+#if defined(__GNUC__)
+    __builtin_prefetch(pMemory);
+#else
+    (void)pMemory;
+#endif
+}
 
 }  // namespace
 
@@ -103,21 +125,63 @@ void FacetIntake::Add(tagFACET& facet) {
     Enter(m_Model, facet, [this](CPoint3D& corner, std::size_t) { return m_Cache.AddNode(corner); });
 }
 
+void FacetIntake::Add(tagFACET& facet, Hashes const& hashes) {
+    Enter(m_Model, facet,
+          [this, &hashes](CPoint3D& corner, std::size_t i) { return m_Cache.AddNode(corner, hashes[i]); });
+}
+
 void FacetIntake::AddAll(std::span<tagFACET> facets) {
     m_Hashes.resize(facets.size());
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
+    bool const bScattered = IsScattered();
     for (std::size_t i = 0; i < facets.size(); ++i) {
         if (LoadShared(m_Model.m_bStopRead) != 0) return;
-        if (i + kLinesAhead < facets.size()) {
+        if (bScattered && i % kGroup == 0) {
+            std::size_t const nGroup = std::min(kGroup, facets.size() - i);
+            BringNear(facets.subspan(i, nGroup), std::span<Hashes const>(m_Hashes).subspan(i, nGroup));
+        }
+        if (!bScattered && i + kLinesAhead < facets.size()) {
             for (std::size_t const nHash : m_Hashes[i + kLinesAhead]) m_Cache.PrefetchLine(nHash);
         }
-        if (i + kVerticesAhead < facets.size()) {
-            for (std::size_t const nHash : m_Hashes[i + kVerticesAhead]) m_Cache.PrefetchVertex(nHash);
-        }
-        Enter(m_Model, facets[i], [this, &hashes = m_Hashes[i]](CPoint3D& corner, std::size_t k) {
-            return m_Cache.AddNode(corner, hashes[k]);
-        });
+        Add(facets[i], m_Hashes[i]);
     }
+}
+
+// Most files hold neighbours near each other, and what a triangle touches is at hand from the last ones.
+bool FacetIntake::IsScattered() const {
+    std::array<std::size_t, 256> recent{};
+    std::size_t nRepeats = 0;
+    for (Hashes const& hashes : m_Hashes) {
+        for (std::size_t const nHash : hashes) {
+            std::size_t& place = recent[nHash % recent.size()];
+            if (place == nHash) ++nRepeats;
+            place = nHash;
+        }
+    }
+    return nRepeats * kFewRepeats < 3 * m_Hashes.size();
+}
+
+// In steps, each of which needs the memory that the one before has asked for: the table, the vertices, the
+// way of new ones down the tree, the facet lists.
+void FacetIntake::BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const {
+    std::array<tagVertexNode const*, 3 * kGroup> found;
+    std::array<CPoint3D const*, 3 * kGroup> notFound;
+    std::size_t nFound = 0;
+    std::size_t nNotFound = 0;
+    for (Hashes const& corners : hashes) {
+        for (std::size_t const nHash : corners) m_Cache.PrefetchLine(nHash);
+    }
+    for (std::size_t i = 0; i < facets.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            if (tagVertexNode const* const pVertex = m_Cache.PrefetchVertex(hashes[i][k])) {
+                found[nFound++] = pVertex;
+            } else {
+                notFound[nNotFound++] = &facets[i].m_ptVertex[k];
+            }
+        }
+    }
+    m_Cache.PrefetchDescents({notFound.data(), nNotFound});
+    for (std::size_t i = 0; i < nFound; ++i) Prefetch(found[i]->m_ppFacet);
 }

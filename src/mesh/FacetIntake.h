@@ -24,7 +24,13 @@ public:
     void AddAll(std::span<tagFACET> facets);
 
 private:
+    using Hashes = std::array<std::size_t, 3>;  // of a triangle's corners
+
+    void Add(tagFACET& facet, Hashes const& hashes);
+    bool IsScattered() const;
+    void BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const;
+
     CSTLModel& m_Model;
     VertexCache m_Cache;
-    std::vector<std::array<std::size_t, 3>> m_Hashes;  // of the corners of a block
+    std::vector<Hashes> m_Hashes;  // of a block
 };

@@ -31,6 +31,14 @@ struct RowWatch {
     }
 };
 
+void Prefetch(void const* pMemory) {
+#if defined(__GNUC__)
+    __builtin_prefetch(pMemory);
+#else
+    (void)pMemory;
+#endif
+}
+
 bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
 }
@@ -88,24 +96,50 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point) {
 }
 
 void VertexCache::PrefetchLine(std::size_t nHash) const {
-#if defined(__GNUC__)
-    if (m_bOn) __builtin_prefetch(&LineOf(nHash));
-#else
-    (void)nHash;
-#endif
+    if (m_bOn) Prefetch(&LineOf(nHash));
 }
 
-void VertexCache::PrefetchVertex(std::size_t nHash) const {
-#if defined(__GNUC__)
-    if (!m_bOn) return;
-    VisitTagged(LineOf(nHash), TagOf(nHash), [](tagVertexNode const* pNode) {
-        __builtin_prefetch(pNode);
-        __builtin_prefetch(reinterpret_cast<char const*>(pNode) + 64);
-        return false;
+tagVertexNode* VertexCache::PrefetchVertex(std::size_t nHash) const {
+    if (!m_bOn) return nullptr;
+    tagVertexNode* pFound = nullptr;
+    VisitTagged(LineOf(nHash), TagOf(nHash), [&pFound](tagVertexNode* pNode) {
+        pFound = pNode;
+        return true;
     });
-#else
-    (void)nHash;
-#endif
+    if (pFound != nullptr) {
+        Prefetch(pFound);
+        Prefetch(&pFound->m_ppFacet);
+    }
+    return pFound;
+}
+
+// All go down a level at a time, so that the memory of many levels is under way at once. The heights that
+// points take on their way are left out: a way that differs costs time, no more.
+void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) const {
+    struct Way {
+        CPoint3D const* pPoint;
+        tagVertexNode const* pNode;
+    };
+    std::array<Way, 32> ways;
+    for (std::size_t nFirst = 0; nFirst < points.size(); nFirst += ways.size()) {
+        std::size_t nWays = std::min(ways.size(), points.size() - nFirst);
+        for (std::size_t i = 0; i < nWays; ++i) ways[i] = {points[nFirst + i], m_Tree.m_pRoot};
+        while (nWays > 0) {
+            std::size_t nStill = 0;
+            for (std::size_t i = 0; i < nWays; ++i) {
+                auto const [pPoint, pNode] = ways[i];
+                if (pNode == nullptr) continue;
+                double z = pPoint->z;
+                vertex_insertion::NoWatch watch;
+                COMPARE const order = vertex_insertion::CompareAndSnap(*pNode, pPoint->x, pPoint->y, z,
+                                                                       m_Tree.m_dTolerance, watch);
+                tagVertexNode const* const pNext = order == COMPARE_LESS ? pNode->m_pLeft : pNode->m_pRight;
+                Prefetch(pNext);
+                ways[nStill++] = {pPoint, pNext};
+            }
+            nWays = nStill;
+        }
+    }
 }
 
 std::size_t VertexCache::Hash(double x, double y, double z) {
@@ -131,22 +165,26 @@ void VertexCache::VisitTagged(Line const& line, std::uint16_t nTag, Visit const&
 
 tagVertexNode* VertexCache::FindInCleanRow(double x, double y, double z, std::size_t nHash) const {
     tagVertexNode* pFound = nullptr;
-    VisitTagged(LineOf(nHash), TagOf(nHash), [&pFound, x, y, z](tagVertexNode* pNode) {
+    auto const isSame = [&pFound, x, y, z](tagVertexNode* pNode) {
         if (pNode->x != x || pNode->y != y || pNode->z != z) return false;
         pFound = pNode;
         return true;
-    });
+    };
+    Line const& line = LineOf(nHash);
+    VisitTagged(line, TagOf(nHash), isSame);
+    if (pFound == nullptr && IsFull(line)) VisitTagged(LineOf(Beside(nHash)), TagOf(nHash), isSame);
     return pFound != nullptr && IsMarked(y, z) ? nullptr : pFound;
 }
 
 void VertexCache::Remember(tagVertexNode* pNode) {
     if (2 * ++m_nUsed > kMostPerTwoLines * m_Lines.size()) Grow();
     std::size_t const nHash = HashOf(*pNode);
-    Line& line = LineOf(nHash);
+    Line* pLine = &LineOf(nHash);
+    if (IsFull(*pLine)) pLine = &LineOf(Beside(nHash));
     for (std::size_t i = 0; i < Line::kCapacity; ++i) {
-        if (line.tags[i] != 0) continue;
-        line.vertices[i] = pNode;
-        line.tags[i] = TagOf(nHash);
+        if (pLine->tags[i] != 0) continue;
+        pLine->vertices[i] = pNode;
+        pLine->tags[i] = TagOf(nHash);
         return;
     }
 }

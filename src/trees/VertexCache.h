@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "trees/HeightSet.h"
@@ -46,12 +47,14 @@ public:
     /// As CVertexTree::AddNode.
     tagVertexNode* AddNode(CPoint3D& point) { return AddNode(point, HashOf(point)); }
 
-    // For callers that know their points in advance: what a later AddNode looks at is brought into the
-    // processor's cache, first the place in the table, then, some time later, the vertex found there. Neither
-    // changes anything.
+    // For callers that know their points in advance. None of these changes anything but what the processor's
+    // cache holds: first the places in the table are brought near, then the vertices found there, and the way
+    // down the tree of the points that are not there.
     static std::size_t HashOf(CPoint3D const& point) { return Hash(point.x, point.y, point.z); }
     void PrefetchLine(std::size_t nHash) const;
-    void PrefetchVertex(std::size_t nHash) const;
+    /// The vertex that the point probably is; null when the table has none.
+    tagVertexNode* PrefetchVertex(std::size_t nHash) const;
+    void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* AddNode(CPoint3D& point, std::size_t nHash);
 
 private:
@@ -66,8 +69,10 @@ private:
     static_assert(sizeof(Line) == 64);
 
     static std::uint16_t TagOf(std::size_t nHash) { return static_cast<std::uint16_t>(nHash >> 48 | 1); }
+    static bool IsFull(Line const& line) { return line.tags[Line::kCapacity - 1] != 0; }
     Line& LineOf(std::size_t nHash) { return m_Lines[nHash & (m_Lines.size() - 1)]; }
     Line const& LineOf(std::size_t nHash) const { return m_Lines[nHash & (m_Lines.size() - 1)]; }
+    static std::size_t Beside(std::size_t nHash) { return nHash ^ 1; }
     template <class Visit>
     static void VisitTagged(Line const& line, std::uint16_t nTag, Visit const& visit);
 
