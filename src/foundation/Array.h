@@ -139,7 +139,7 @@ void XR_CArray<TYPE, ARG_TYPE>::SetSize(int nNewSize, int nGrowBy) {
         return;
     }
     if (m_pData == nullptr) {
-        m_nSize = 0;
+        StoreSize(0);
         Reallocate(nNewSize);
     } else if (nNewSize > m_nMaxSize) {
         constexpr std::int64_t kLargestCapacity = 0x7FFFFFFF;

@@ -31,6 +31,13 @@ struct NumberText {
 constexpr int kMantissaDigits = 19;  // always fit in 64 bits
 constexpr std::int64_t kHugeExponent = 100000;
 
+bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+// Whether the text behind a sign starts as a hexadecimal number does.
+bool IsHexadecimal(char const* p, char const* pEnd) {
+    return pEnd - p > 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X') && IsHexDigit(p[2]);
+}
+
 // Goes as far as a number can go on, as stream extraction does.
 NumberText ScanNumber(char const* p, char const* pEnd) {
     NumberText number{};
@@ -40,6 +47,8 @@ NumberText ScanNumber(char const* p, char const* pEnd) {
         ++p;
         if (!number.bNegative) number.pFirst = p;
     }
+    number.pEnd = p;
+    if (IsHexadecimal(p, pEnd)) return number;
     bool bAnyDigit = false;
     bool bPoint = false;
     for (; p != pEnd; ++p) {

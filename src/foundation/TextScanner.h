@@ -16,8 +16,8 @@ public:
 
     /// A decimal number: optional sign, digits with at most one point, optional exponent. The number ends at
     /// the first character that cannot go on with it ("1.5abc" gives 1.5, and what follows is the next
-    /// token). Fails on a value out of range, on an exponent without digits, and on words such as "inf"; a
-    /// value too small becomes a denormal or zero.
+    /// token). Fails on a value out of range, on an exponent without digits, on a hexadecimal number, and on
+    /// words such as "inf"; a value too small becomes a denormal or zero.
     bool Number(double& dValue);
     bool Number(float& fValue);
 

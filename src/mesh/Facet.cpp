@@ -6,6 +6,7 @@
 #include "foundation/Float3.h"
 #include "foundation/SlotPool.h"
 #include "mesh/FacetCorners.h"
+#include "mesh/FacetMeasures.h"
 
 static_assert(sizeof(CFacet) <= kFacetSlotSize);
 
@@ -26,7 +27,9 @@ template <class Visit>
 void VisitNeighbors(CFacet const* pFacet, tagVertexNode* a, tagVertexNode* b, Visit const& visit) {
     tagVertexNode const* pWalked = a;
     tagVertexNode const* pWanted = b;
-    if (a->m_nFacetNum > kLongFacetList && b->m_nFacetNum < a->m_nFacetNum) std::swap(pWalked, pWanted);
+    if (a->m_nFacetNum > kLongFacetList && b != nullptr && b->m_nFacetNum < a->m_nFacetNum) {
+        std::swap(pWalked, pWanted);
+    }
     CFacet** const ppFacet = pWalked->m_ppFacet;
     int const nFacets = pWalked->m_nFacetNum;
     for (int i = 0; i < nFacets; ++i) {
@@ -131,13 +134,7 @@ void CFacet::Reverse() {
     CalculateNormalAndResetFlag();
 }
 
-double CFacet::Area() {
-    Float3 const p1 = ToFloat3(*m_pVertex1);
-    Float3 const p2 = ToFloat3(*m_pVertex2);
-    Float3 const p3 = ToFloat3(*m_pVertex3);
-    Float3 const s = Sum(Sum(Cross(p1, p2), Cross(p2, p3)), Cross(p3, p1));
-    return std::fabs(static_cast<double>(Dot(ToFloat3(m_fNormal), s)) * 0.5);
-}
+double CFacet::Area() { return AreaOf(*this); }
 
 double CFacet::ProjectArea() {
     double const bx = m_pVertex2->x - m_pVertex1->x;

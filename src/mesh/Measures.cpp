@@ -5,6 +5,7 @@
 
 #include "foundation/Counter.h"
 #include "foundation/Float3.h"
+#include "mesh/FacetMeasures.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 
@@ -24,7 +25,7 @@ double CSTLModel::CalVolume() {
     double dSum = 0.0;
     ForEachFacet(m_SurfaceArray, [&dSum](CFacet& facet) {
         double const dDistance = Dot(ToFloat3(facet.m_fNormal), ToFloat3(*facet.m_pVertex1));
-        dSum += dDistance * facet.Area();
+        dSum += dDistance * AreaOf(facet);
     });
     m_dVolume = std::fabs(dSum / 3.0);
     return m_dVolume;

@@ -15,15 +15,20 @@ WindingParity::WindingParity(CSTLModel& model) {
     m_Links.resize(m_Facets.size());
     for (std::size_t i = 0; i < m_Links.size(); ++i) m_Links[i] = static_cast<std::uint32_t>(2 * i);
 
-    // Each vertex is looked at when the first of its facets comes.
+    // Each vertex is looked at when the first facet of its list comes.
+    std::size_t nListed = 0;
     for (CFacet const* const pFacet : m_Facets) {
         for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
-            if (pVertex->m_ppFacet[0] == pFacet && !JoinAt(*pVertex)) {
+            if (pVertex->m_nFacetNum == 0 || pVertex->m_ppFacet[0] != pFacet) continue;
+            nListed += static_cast<std::size_t>(pVertex->m_nFacetNum);
+            if (!JoinAt(*pVertex)) {
                 m_bUnique = false;
                 return;
             }
         }
     }
+    // A vertex that was not looked at has a list of other facets than the surfaces hold.
+    m_bUnique = nListed == 3 * m_Facets.size();
 }
 
 // Joins the facets at the edges from this vertex to those with higher addresses: each edge is looked at from

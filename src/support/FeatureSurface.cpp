@@ -5,6 +5,7 @@
 
 #include "foundation/Counter.h"
 #include "mesh/FacetCorners.h"
+#include "mesh/FacetMeasures.h"
 #include "support/RimWalk.h"
 
 namespace {
@@ -55,7 +56,7 @@ double CFeatureSurface::Area() { return m_dArea > 0.0 ? m_dArea : CalArea(); }
 
 double CFeatureSurface::CalArea() {
     double dArea = 0.0;
-    for (int i = 0; i < m_aFacet.m_nSize; ++i) dArea += m_aFacet.m_pData[i]->Area();
+    for (int i = 0; i < m_aFacet.m_nSize; ++i) dArea += AreaOf(*m_aFacet.m_pData[i]);
     m_dArea = dArea;
     return m_dArea;
 }

@@ -117,6 +117,18 @@ TEST(TextScanner, BrokenNumbersFailAndStoreNothing) {
     }
 }
 
+TEST(TextScanner, HexadecimalNumbersFailAndStoreNothing) {
+    for (char const* const pText : {"0x10", "0XaB", "-0x1p3", "+0xf", " 0x0"}) ExpectNoNumber(pText);
+    // Without a hexadecimal digit it is a zero, and a word.
+    TextScanner scanner("0x 0xyz");
+    double d = 7.0;
+    EXPECT_TRUE(scanner.Number(d));
+    EXPECT_EQ(0.0, d);
+    EXPECT_TRUE(scanner.SkipWord());
+    EXPECT_TRUE(scanner.Number(d));
+    EXPECT_FALSE(scanner.Number(d));
+}
+
 TEST(TextScanner, NumbersTooSmallBecomeDenormalOrZero) {
     EXPECT_EQ(5e-324, NumberOf("5e-324"));
     EXPECT_EQ(0.0, NumberOf("1e-999"));
@@ -179,7 +191,10 @@ TEST(TextScanner, TextEndsAtAZeroByte) {
 TEST(TextScanner, NumbersAgreeWithAStreamOnRandomText) {
     std::mt19937 random(1);
     for (int n = 0; n < 60000; ++n) {
-        ASSERT_NO_FATAL_FAILURE(ExpectBothRealsAgree(RandomText(random, "0123456789+-.eE xnaif", 14)));
+        std::string const text = RandomText(random, "0123456789+-.eE xnaif", 14);
+        // A stream takes the 0 of a hexadecimal number, or all of it, as its library likes.
+        if (text.find("0x") != std::string::npos) continue;
+        ASSERT_NO_FATAL_FAILURE(ExpectBothRealsAgree(text));
     }
     for (int n = 0; n < 60000; ++n) {
         ASSERT_NO_FATAL_FAILURE(ExpectBothRealsAgree(RandomText(random, "00159.e-+ ", 24)));

@@ -32,8 +32,7 @@ void SplitSurface(CSTLModel& model) {
 }
 
 struct Scale {
-    Scale(double x, double y, double z)
-        : matrix{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}} {}
+    Scale(double x, double y, double z) : matrix{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}} {}
     double matrix[4][4];
 };
 

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -46,12 +48,28 @@ void TurnSome(CSTLModel const& a, CSTLModel const& b, unsigned nSeed, unsigned n
     }
 }
 
+// Deals the facets of both models out to three surfaces, in another order than they stand at the vertices.
+void DealOut(CSTLModel& a, CSTLModel& b, unsigned nSeed) {
+    for (CSTLModel* const pModel : {&a, &b}) {
+        std::vector<CFacet*> facets = FacetsOf(*pModel);
+        std::shuffle(facets.begin(), facets.end(), std::mt19937(nSeed));
+        auto& surfaces = pModel->m_SurfaceArray.m_aSurface;
+        surfaces[0]->m_aFacet.RemoveAll();
+        surfaces.Add(new CFeatureSurface);
+        surfaces.Add(new CFeatureSurface);
+        for (std::size_t i = 0; i < facets.size(); ++i) {
+            surfaces[static_cast<int>(i % 3)]->m_aFacet.Add(facets[i]);
+        }
+    }
+}
+
 void ExpectFixedAsDefined(shapes::Mesh const& mesh, unsigned nSeed, unsigned nOneIn) {
     CSTLModel expected;
     CSTLModel model;
     AddMesh(expected, mesh);
     AddMesh(model, mesh);
     TurnSome(expected, model, nSeed, nOneIn);
+    if (nSeed % 2 == 1) DealOut(expected, model, nSeed);
     literal::FixNormal(FacetsOf(expected));
     model.FixNormal();
     ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model));
@@ -146,16 +164,19 @@ TEST(FixNormal, OnceANeighborAgreesTheNextAtThatEdgeKeepsItsWinding) {
     EXPECT_TRUE(RunsUp(model, 2));
 }
 
-// All twelve run up. The start reaches the first ten of the others; the last is a start of its own.
+// Thirteen leaves, of which the last is the first in the surface. From it the winding goes to leaf 0, which
+// is turned, and from there to the ten next ones, which all disagree and are turned. Leaf 11 stays as it is.
 TEST(FixNormal, FacetsBeyondTheTenthAtAnEdgeAreNotReachedThroughIt) {
     CSTLModel model;
-    AddMesh(model, Leaves(12, 0));
+    AddMesh(model, Leaves(13, 0b0111111111110));
+    auto& facets = model.m_SurfaceArray.m_aSurface[0]->m_aFacet;
+    facets.InsertAt(0, facets[12]);
+    facets.RemoveAt(13);
     model.FixNormal();
-    EXPECT_TRUE(RunsUp(model, 11));
-    CSTLModel expected;
-    AddMesh(expected, Leaves(12, 0));
-    literal::FixNormal(FacetsOf(expected));
-    ExpectSameModels(expected, model);
+    EXPECT_TRUE(RunsUp(model, 0));
+    EXPECT_FALSE(RunsUp(model, 1));
+    for (int nLeaf = 1; nLeaf <= 10; ++nLeaf) EXPECT_TRUE(RunsUp(model, nLeaf + 1));
+    EXPECT_FALSE(RunsUp(model, 12));
 }
 
 TEST(FixNormal, ClearsMarksAndAllFlagsButTheSlope) {
@@ -226,6 +247,75 @@ TEST(FixNormal, LargeShellDoesNotExhaustTheStack) {
     AddMesh(model, shapes::WithTurned(shapes::Torus(50.0, 20.0, 600, 300), 3));
     model.FixNormal();
     EXPECT_TRUE(IsConsistent(model));
+}
+
+// The same with a fin on one edge, where three facets meet.
+TEST(FixNormal, LargeShellWithAnEdgeOfThreeFacetsDoesNotExhaustTheStack) {
+    shapes::Mesh mesh = shapes::Torus(50.0, 20.0, 600, 300);
+    mesh.push_back({mesh[7][0], mesh[7][1], shapes::Corner{0.0f, 0.0f, 99.0f}});
+    CSTLModel model;
+    AddMesh(model, shapes::WithTurned(mesh, 3));
+    model.FixNormal();
+    int nDisagree = 0;
+    for (CFacet const* f : FacetsOf(model)) {
+        std::vector<CFacet*> const others = literal::Neighbors(f, f->m_pVertex1, f->m_pVertex2);
+        if (others.size() == 1 && !literal::RunsFromTo(others[0], f->m_pVertex2, f->m_pVertex1)) ++nDisagree;
+    }
+    EXPECT_EQ(0, nDisagree);
+}
+
+namespace {
+
+// A band of quads whose end is joined to its beginning with half a turn.
+shapes::Mesh TwistedBand(int nQuads) {
+    shapes::Mesh mesh;
+    auto const corner = [nQuads](int n, bool bUpper) {
+        bool const bTwisted = n >= nQuads;
+        double const a = 6.283185307179586 * (n % nQuads) / nQuads;
+        double const w = bUpper != bTwisted ? 1.0 : -1.0;
+        double const r = 10.0 + w * std::cos(a / 2.0);
+        return shapes::Corner{static_cast<float>(r * std::cos(a)), static_cast<float>(r * std::sin(a)),
+                              static_cast<float>(w * std::sin(a / 2.0))};
+    };
+    for (int n = 0; n < nQuads; ++n) {
+        mesh.push_back({corner(n, false), corner(n + 1, false), corner(n + 1, true)});
+        mesh.push_back({corner(n, false), corner(n + 1, true), corner(n, true)});
+    }
+    return mesh;
+}
+
+}  // namespace
+
+TEST(FixNormal, BandsThatCannotBeWoundConsistentlyAreFixedAsDefined) {
+    for (int const nQuads : {3, 4, 7, 20}) {
+        for (unsigned nSeed = 0; nSeed < 12; ++nSeed) {
+            shapes::Mesh const band = shapes::Shuffled(TwistedBand(nQuads), nSeed);
+            ASSERT_NO_FATAL_FAILURE(ExpectFixedAsDefined(band, nSeed, 3));
+            CSTLModel model;
+            AddMesh(model, band);
+            ASSERT_EQ(2 * nQuads, model.GetFacetsNum());
+            model.FixNormal();
+            EXPECT_FALSE(IsConsistent(model));
+        }
+    }
+}
+
+// The host has moved vertices without making normals and corners anew.
+TEST(FixNormal, CornersThatAreOutOfOrderAreFixedAsDefined) {
+    for (shapes::Mesh const& mesh : {shapes::Bracket(), Tangle(5, 12, 90)}) {
+        for (int nMode = 1; nMode <= 3; ++nMode) {
+            CSTLModel expected;
+            CSTLModel model;
+            AddMesh(expected, mesh);
+            AddMesh(model, mesh);
+            TurnSome(expected, model, 3, 4);
+            expected.m_VertexTree.ExchangeXYZ(nMode);
+            model.m_VertexTree.ExchangeXYZ(nMode);
+            literal::FixNormal(FacetsOf(expected));
+            model.FixNormal();
+            ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model));
+        }
+    }
 }
 
 TEST(FixNormal, FixingTwiceChangesNothing) {

@@ -108,8 +108,7 @@ TEST(STLBinary, EmptyModelIsEightyFourBytes) {
     EXPECT_EQ(std::string(4, '\0'), bytes.substr(80));
 }
 
-// Corners (0, 0, 1), (2, 0, 1), (0, 3, 0): the third is the lowest and comes first. The normal is
-// (2, 0, 1) x (0, -3, 1)... worked out from (0, 3, 0): b = (0, -3, 1), c = (2, -3, 1), b x c = (0, 2, 6).
+// The third corner is the lowest and comes first, with the winding kept.
 TEST(STLBinary, OneFacetByteForByte) {
     TestFolder const folder;
     CSTLModel model;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include "Shapes.h"
@@ -95,6 +96,55 @@ TEST(VertexCache, RowsThatRunIntoEachOtherGiveTheSameNodesAsTheTree) {
             ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, z)));
         }
         ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Steps of y less than the tolerance apart, over many tolerances: rows that chain without an end.
+TEST(VertexCache, StairsOfNearRowsGiveTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 300; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        double const dFirst = soup.Below(3) * 0.0064 - 0.0064;
+        unsigned const nSteps = 4 + soup.Below(60);
+        for (int n = 0; n < 300; ++n) {
+            double const x = soup.Below(4) * 0.00007;
+            double const y = dFirst + (soup.Below(nSteps) - 0.5 * nSteps) * 0.00006;
+            double const z = soup.Below(3) * 0.00008;
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, z)));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// A host may have set another tolerance.
+TEST(VertexCache, OtherTolerancesGiveTheSameTree) {
+    for (double const dTolerance : {0.0, 1e-300, 1e-9, 1e-6, 0.01, 0.3, 1.0, 100.0}) {
+        for (unsigned nSeed = 0; nSeed < 20; ++nSeed) {
+            CVertexTree plain;
+            CVertexTree cached;
+            plain.m_dTolerance = cached.m_dTolerance = dTolerance;
+            VertexCache cache(cached);
+            PointSoup soup(nSeed, static_cast<PointSoup::Kind>(nSeed % PointSoup::kKinds));
+            for (int n = 0; n < 200; ++n) {
+                CPoint3D expected = soup.Next();
+                CPoint3D offered(expected);
+                ASSERT_EQ(plain.AddNode(expected)->m_nIndex, cache.AddNode(offered)->m_nIndex);
+                ASSERT_TRUE(SameBits(expected, offered));
+            }
+            ASSERT_TRUE(SameShape(plain.m_pRoot, cached.m_pRoot));
+        }
+    }
+}
+
+// Such a height takes that of the vertex at the root, whatever others there are.
+TEST(VertexCache, HeightThatIsNotANumberGivesTheSameNodeAsTheTree) {
+    for (int nHeights = 1; nHeights < 6; ++nHeights) {
+        CachedAndPlain trees;
+        for (int n = 0; n < nHeights; ++n)
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(0.0, 0.0, n * 0.00015)));
+        ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(0.0, 0.0, std::nan(""))));
+        ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(0.0, 0.0, 0.0)));
+        trees.ExpectSame();
     }
 }
 
