@@ -8,7 +8,8 @@
 
 // Files of the tests, and paths as the library takes them.
 
-/// A path as the library takes it: a char* to a zero-terminated string of 16-bit characters. Alive as long as the object.
+/// A path as the library takes it: a char* to a zero-terminated string of 16-bit characters. Alive as long as
+/// the object.
 class WidePath {
 public:
     explicit WidePath(std::filesystem::path const& path) : m_Text(path.u16string()) {}

@@ -75,6 +75,50 @@ public:
     /// Empties m_ExtrudeList and clears m_pExtrude of all corners.
     void ClearUsedPoint();
 
+    // ---- support
+
+    /// 1 when the surface hangs free; 0 when a wall holds it, and then the edge that shows it is added to the
+    /// head of m_EdgeList. Looked at are the edges with a vertex less than 0.1 mm above the lowest point of
+    /// the surface: a wall is a neighbour outside the surface that goes off on the outer side of the facet
+    /// (JudgeNeighborSide 1, tolerance 0.01). A wall that meets the surface higher up does not count, and a
+    /// base on the build plane hangs free like any other. 1 without facets.
+    ///
+    /// Uses m_nRegion as FindSurfaceEdge does.
+    int IsSuspendSupport();
+    /// 0 when a neighbour that is not marked FACET_SUPPORT holds an edge of a facet (CFacet::IsSupportEdge),
+    /// else 1. Rests on the marks of the last FindSupportSurface or FindSuspendEdge. Changes nothing.
+    int IsSuspendSurface();
+    /// Adds the walls that reach dDistance (millimetres) below the rim to the model, two facets for each edge
+    /// of m_EdgeList (see FindSurfaceEdge), wound to point out of the solid; a distance of 0.0 or below leads
+    /// up instead. Without a model, a new one is made, which the caller owns. Returns the model, with the
+    /// header "EXTEND SUPPORT STRUCT" and the name "extend.stl", 8-bit text. Facets with a corner that is not
+    /// finite are left out.
+    CSTLModel* ExtendEdge(double dDistance, CSTLModel* pModel);
+    /// The same with walls that reach the height dZ. Where the rim lies on that height already, a facet has
+    /// no area and is dropped.
+    CSTLModel* ExtendEdgeTo(double dZ, CSTLModel* pModel);
+
+    // ---- offset shells
+
+    /// Computes the offset position (tagVertexNode::CalExtrudePoint) of each corner once, keeps them in
+    /// m_ExtrudeList and points m_pExtrude of the vertices at them. What was there before goes;
+    /// ClearUsedPoint takes it back.
+    void CalExtrudePoint(double dDistance);
+    /// CalExtrudePoint, then adds a copy of the surface at the offset positions to the model, with the
+    /// winding turned. m_pExtrude of the corners stays, for ExtrudeSurfaceVerge. The model may be the
+    /// surface's own.
+    void ExtrudeSurface(CSTLModel* pModel, double dDistance);
+    /// Adds the strips between the rim and the offset rim to the model, AddExtrudeEdge for each edge in the
+    /// order of FindSurfaceEdge. The offset positions are those that ExtrudeSurface has left; the distance
+    /// must be the same.
+    void ExtrudeSurfaceVerge(CSTLModel* pModel, double dDistance);
+    /// Adds the two facets between an edge and its offset to the model. The winding turns with the sign of
+    /// the distance, which is not used otherwise. m_pExtrude of both vertices must be set. Facets with a
+    /// corner that is not finite are left out.
+    void AddExtrudeEdge(CSTLModel* pModel, double dDistance, tagVertexNode* pA, tagVertexNode* pB);
+
+    // ---- without effect
+
     /// Does nothing; there for hosts that link against it.
     void ClearSmallVerge(double);
     /// There is no projected contour: null.
@@ -113,3 +157,9 @@ public:
 
     XR_CArray<CFeatureSurface*, CFeatureSurface*> m_aSurface;
 };
+
+/// On which side of the facet's plane its neighbour across the edge A-B goes off: 1 on the outer side, -1 on
+/// the inner side, 0 in the plane, where the sine of the angle to it is below dTol in absolute value. Taken
+/// from the corner of the neighbour that is not on the edge, and the facet's stored normal.
+VARNET_API int JudgeNeighborSide(CFacet* pFacet, CFacet* pNeighbor, tagVertexNode* pA, tagVertexNode* pB,
+                                 double dTol);
