@@ -117,8 +117,8 @@ void ExpectTriangle(CSTLModel const& model) {
 
 // Breaks a text in a few random places.
 std::string Broken(std::string text, std::mt19937& random, int nPlaces) {
-    static std::string const kPieces[] = {"\n", "\n\n",   "\r\n", " ",   "x",    "-",  "1e",    "e5",
-                                          ".",  "inf",    "nan",  "x1p", "1e99", "+7", "facet", "1.5.",
+    static std::string const kPieces[] = {"\n", "\n\n",   "\r\n", " ",   "y",    "-",  "1e",    "e5",
+                                          ".",  "inf",    "nan",  "y1p", "1e99", "+7", "facet", "1.5.",
                                           "\t", "1e-400", "9",    "\f",  ",",    "--", "1e+",   "\v"};
     for (int n = 0; n < nPlaces; ++n) {
         std::size_t const nPlace = random() % (text.size() + 1);
