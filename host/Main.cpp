@@ -12,9 +12,7 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     CLI::App app("Varnet64: looks at, repairs and writes the meshes of 3D-printing parts.", "varnet");
     app.require_subcommand(1);
 
@@ -42,9 +40,17 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? 0 : kUsage;
-    } catch (std::exception const& error) {
-        std::fprintf(stderr, "varnet: %s\n", error.what());
-        return kFailed;
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (std::exception const& error) {
+        std::fprintf(stderr, "varnet: %s\n", error.what());
+    }
+    return kFailed;
 }

@@ -61,8 +61,14 @@ public:
     /// Appends; returns the index of the new element.
     int Add(ARG_TYPE element) {
         int const nIndex = m_nSize;
-        SetSize(nIndex + 1, -1);
-        m_pData[nIndex] = element;
+        if (nIndex < m_nMaxSize) {
+            m_pData[nIndex] = element;
+            StoreSize(nIndex + 1);
+        } else {
+            TYPE const value = element;
+            SetSize(nIndex + 1, -1);
+            m_pData[nIndex] = value;
+        }
         return nIndex;
     }
     /// Appends all elements of the other array; returns the former size.

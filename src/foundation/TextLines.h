@@ -20,7 +20,7 @@ public:
     /// Makes the piece that Next gave last the next one again.
     void Unread() { m_nNext = m_nPieceStart; }
 
-    static constexpr std::size_t kLongestPiece = 16 * 1024;
+    static constexpr std::size_t kLongestPiece = std::size_t{16} * 1024;
 
 private:
     static constexpr std::size_t kBufferSize = 8 * kLongestPiece;

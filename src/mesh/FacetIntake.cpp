@@ -107,6 +107,9 @@ constexpr std::size_t kLinesAhead = 16;
 // triangles.
 constexpr std::size_t kFewRepeats = 8;
 
+// So many triangles at the start of a block tell whether all of it is scattered.
+constexpr std::size_t kSample = 128;
+
 void Prefetch(void const* pMemory) {
 #if defined(__GNUC__)
     __builtin_prefetch(pMemory);
@@ -153,14 +156,15 @@ void FacetIntake::AddAll(std::span<tagFACET> facets) {
 bool FacetIntake::IsScattered() const {
     std::array<std::size_t, 256> recent{};
     std::size_t nRepeats = 0;
-    for (Hashes const& hashes : m_Hashes) {
+    auto const sample = std::span(m_Hashes).first(std::min(m_Hashes.size(), kSample));
+    for (Hashes const& hashes : sample) {
         for (std::size_t const nHash : hashes) {
             std::size_t& place = recent[nHash % recent.size()];
             if (place == nHash) ++nRepeats;
             place = nHash;
         }
     }
-    return nRepeats * kFewRepeats < 3 * m_Hashes.size();
+    return nRepeats * kFewRepeats < 3 * sample.size();
 }
 
 // In steps, each of which needs the memory that the one before has asked for: the table, the vertices, the
