@@ -9,6 +9,7 @@
 #include <new>
 
 #include "foundation/Counter.h"
+#include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
 namespace {
@@ -99,6 +100,7 @@ void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
 
 // Triangles are brought near in groups of so many, where they lie scattered.
 constexpr std::size_t kGroup = 32;
+static_assert(3 * kGroup <= VertexCache::kLargestGroup);
 
 // Where they do not, only the table of vertices is, so many triangles ahead.
 constexpr std::size_t kLinesAhead = 16;
@@ -109,14 +111,6 @@ constexpr std::size_t kFewRepeats = 8;
 
 // So many triangles at the start of a block tell whether all of it is scattered.
 constexpr std::size_t kSample = 128;
-
-void Prefetch(void const* pMemory) {
-#if defined(__GNUC__)
-    __builtin_prefetch(pMemory);
-#else
-    (void)pMemory;
-#endif
-}
 
 }  // namespace
 
@@ -167,25 +161,19 @@ bool FacetIntake::IsScattered() const {
     return nRepeats * kFewRepeats < 3 * sample.size();
 }
 
-// In steps, each of which needs the memory that the one before has asked for: the table, the vertices, the
-// way of new ones down the tree, the facet lists.
+// The corners' vertices, then the lists of their facets.
 void FacetIntake::BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const {
+    std::array<CPoint3D const*, 3 * kGroup> points;
+    std::array<std::size_t, 3 * kGroup> pointHashes;
     std::array<tagVertexNode const*, 3 * kGroup> found;
-    std::array<CPoint3D const*, 3 * kGroup> notFound;
-    std::size_t nFound = 0;
-    std::size_t nNotFound = 0;
-    for (Hashes const& corners : hashes) {
-        for (std::size_t const nHash : corners) m_Cache.PrefetchLine(nHash);
-    }
+    std::size_t nPoints = 0;
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) {
-            if (tagVertexNode const* const pVertex = m_Cache.PrefetchVertex(hashes[i][k])) {
-                found[nFound++] = pVertex;
-            } else {
-                notFound[nNotFound++] = &facets[i].m_ptVertex[k];
-            }
+            points[nPoints] = &facets[i].m_ptVertex[k];
+            pointHashes[nPoints++] = hashes[i][k];
         }
     }
-    m_Cache.PrefetchDescents({notFound.data(), nNotFound});
+    std::size_t const nFound =
+        m_Cache.PrefetchGroup({points.data(), nPoints}, {pointHashes.data(), nPoints}, found);
     for (std::size_t i = 0; i < nFound; ++i) Prefetch(found[i]->m_ppFacet);
 }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "foundation/Prefetch.h"
+
 namespace {
 
 constexpr std::size_t kFirstLines = 16;
@@ -51,6 +53,11 @@ HeightSet::Answer HeightSet::Find(double z) const {
     std::int64_t const nLast = IntervalOf(z + 2.0 * m_dTolerance);
     for (std::int64_t n = nFirst; n <= nLast; ++n) look(n);
     return answer;
+}
+
+void HeightSet::Prefetch(double z) const {
+    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z - 2.0 * m_dTolerance))]);
+    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z + 2.0 * m_dTolerance))]);
 }
 
 void HeightSet::Add(double dHeight) {

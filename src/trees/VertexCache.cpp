@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/LittleEndian.h"
+#include "foundation/Prefetch.h"
 #include "trees/VertexInsertion.h"
 
 namespace {
@@ -30,14 +31,6 @@ struct RowWatch {
         if (dDifference != 0.0) bNearRow = true;
     }
 };
-
-void Prefetch(void const* pMemory) {
-#if defined(__GNUC__)
-    __builtin_prefetch(pMemory);
-#else
-    (void)pMemory;
-#endif
-}
 
 bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
@@ -99,17 +92,54 @@ void VertexCache::PrefetchLine(std::size_t nHash) const {
     if (m_bOn) Prefetch(&LineOf(nHash));
 }
 
-tagVertexNode* VertexCache::PrefetchVertex(std::size_t nHash) const {
-    if (!m_bOn) return nullptr;
+std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
+                                       std::span<std::size_t const> hashes,
+                                       std::span<tagVertexNode const*> found) const {
+    if (!m_bOn) return 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        PrefetchLine(hashes[i]);
+        m_Heights.Prefetch(points[i]->z);
+    }
+    std::size_t nFound = 0;
+    auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
+        if (pVertex == nullptr) return false;
+        Prefetch(pVertex);
+        Prefetch(&pVertex->m_ppFacet);
+        found[nFound++] = pVertex;
+        return true;
+    };
+    // Points that take another height are looked for there.
+    std::array<CPoint3D const*, kLargestGroup> drawn;
+    std::array<std::size_t, kLargestGroup> drawnHashes;
+    std::array<CPoint3D const*, kLargestGroup> fresh;
+    std::size_t nDrawn = 0;
+    std::size_t nFresh = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (take(FindTagged(hashes[i]))) continue;
+        HeightSet::Answer const height =
+            IsNumber(*points[i]) ? m_Heights.Find(points[i]->z) : HeightSet::Answer{};
+        if (height.near != HeightSet::Near::kOne || height.dHeight == points[i]->z) {
+            fresh[nFresh++] = points[i];
+            continue;
+        }
+        drawn[nDrawn] = points[i];
+        drawnHashes[nDrawn] = Hash(points[i]->x, points[i]->y, height.dHeight);
+        PrefetchLine(drawnHashes[nDrawn++]);
+    }
+    for (std::size_t i = 0; i < nDrawn; ++i) {
+        if (!take(FindTagged(drawnHashes[i]))) fresh[nFresh++] = drawn[i];
+    }
+    PrefetchDescents({fresh.data(), nFresh});
+    return nFound;
+}
+
+// A vertex with the tag of the hash, most likely the one that is looked for.
+tagVertexNode* VertexCache::FindTagged(std::size_t nHash) const {
     tagVertexNode* pFound = nullptr;
     VisitTagged(LineOf(nHash), TagOf(nHash), [&pFound](tagVertexNode* pNode) {
         pFound = pNode;
         return true;
     });
-    if (pFound != nullptr) {
-        Prefetch(pFound);
-        Prefetch(&pFound->m_ppFacet);
-    }
     return pFound;
 }
 

@@ -47,15 +47,21 @@ public:
     /// As CVertexTree::AddNode.
     tagVertexNode* AddNode(CPoint3D& point) { return AddNode(point, HashOf(point)); }
 
-    // For callers that know their points in advance. None of these changes anything but what the processor's
-    // cache holds: first the places in the table are brought near, then the vertices found there, and the way
-    // down the tree of the points that are not there.
     static std::size_t HashOf(CPoint3D const& point) { return Hash(point.x, point.y, point.z); }
-    void PrefetchLine(std::size_t nHash) const;
-    /// The vertex that the point probably is; null when the table has none.
-    tagVertexNode* PrefetchVertex(std::size_t nHash) const;
-    void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* AddNode(CPoint3D& point, std::size_t nHash);
+
+    // For callers that know their points in advance: what AddNode will look at is brought into the
+    // processor's cache. Nothing else changes. Each step needs the memory that the one before has asked for.
+
+    /// The first place in the table.
+    void PrefetchLine(std::size_t nHash) const;
+    /// All that a group of points needs: the table, the vertices found there, and the way down the tree of
+    /// the points that are not there. Returns how many vertices were found; they stand at the start of found,
+    /// which has room for as many as there are points.
+    std::size_t PrefetchGroup(std::span<CPoint3D const* const> points, std::span<std::size_t const> hashes,
+                              std::span<tagVertexNode const*> found) const;
+
+    static constexpr std::size_t kLargestGroup = 96;
 
 private:
     // A cache line of vertices whose hashes lead to it. The tags, other bits of the hashes and never 0, keep
@@ -77,6 +83,8 @@ private:
     static void VisitTagged(Line const& line, std::uint16_t nTag, Visit const& visit);
 
     static std::size_t Hash(double x, double y, double z);
+    tagVertexNode* FindTagged(std::size_t nHash) const;
+    void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
     tagVertexNode* Insert(CPoint3D& point);
     void Remember(tagVertexNode* pNode);
