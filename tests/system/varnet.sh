@@ -53,4 +53,19 @@ expect 1 "$varnet" repair missing.stl fixed.stl
 [ "$(stat -c %s fixed.stl)" -eq $((84 + 50 * 1060)) ] || fail "the older file"
 ls | grep -q '\.part$' && fail "a half-written file is left"
 
+
+# Ctrl-C during a long read: a file of 40 million collapsed triangles, which takes no room on the disk.
+head -c 80 /dev/zero >long.stl
+printf '\310\377\377\077' >>long.stl
+truncate -s 2G long.stl
+set -m
+"$varnet" repair long.stl out.stl >out 2>err &
+job=$!
+sleep 0.5
+kill -INT "$job"
+code=0
+wait "$job" || code=$?
+[ "$code" -eq 1 ] || fail "exit code $code after Ctrl-C"
+grep -q 'interrupted' err || fail "message after Ctrl-C"
+[ ! -e out.stl ] && [ ! -e out.stl.part ] || fail "a file is left after Ctrl-C"
 exit 0
