@@ -6,6 +6,7 @@
 #include "foundation/Counter.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetMeasures.h"
+#include "mesh/FacetWalk.h"
 #include "support/RimWalk.h"
 
 namespace {
@@ -56,7 +57,7 @@ double CFeatureSurface::Area() { return m_dArea > 0.0 ? m_dArea : CalArea(); }
 
 double CFeatureSurface::CalArea() {
     double dArea = 0.0;
-    for (int i = 0; i < m_aFacet.m_nSize; ++i) dArea += AreaOf(*m_aFacet.m_pData[i]);
+    ForEachFacet(m_aFacet, [&dArea](CFacet const& facet) { dArea += AreaOf(facet); });
     m_dArea = dArea;
     return m_dArea;
 }
@@ -65,7 +66,7 @@ double CFeatureSurface::ProjectArea() { return m_dProjectArea > 0.0 ? m_dProject
 
 double CFeatureSurface::CalProjectArea() {
     double dArea = 0.0;
-    for (int i = 0; i < m_aFacet.m_nSize; ++i) dArea += m_aFacet.m_pData[i]->ProjectArea();
+    ForEachFacet(m_aFacet, [&dArea](CFacet& facet) { dArea += facet.ProjectArea(); });
     m_dProjectArea = dArea;
     return m_dProjectArea;
 }
@@ -74,20 +75,20 @@ double CFeatureSurface::MinZ() { return kNoMinZ > m_dMinZ ? m_dMinZ : CalMinZ();
 
 double CFeatureSurface::CalMinZ() {
     double dMinZ = kNoMinZ;
-    for (int i = 0; i < m_aFacet.m_nSize; ++i) {
-        for (tagVertexNode const* pVertex : Corners(*m_aFacet.m_pData[i])) {
+    ForEachFacet(m_aFacet, [&dMinZ](CFacet const& facet) {
+        for (tagVertexNode const* const pVertex : Corners(facet)) {
             if (pVertex->z < dMinZ) dMinZ = pVertex->z;
         }
-    }
+    });
     m_dMinZ = dMinZ;
     return m_dMinZ;
 }
 
 CBoundBox3D CFeatureSurface::GetBoundBox() {
     CBoundBox3D box;
-    for (int i = 0; i < m_aFacet.m_nSize; ++i) {
-        for (tagVertexNode const* pVertex : Corners(*m_aFacet.m_pData[i])) box += *pVertex;
-    }
+    ForEachFacet(m_aFacet, [&box](CFacet const& facet) {
+        for (tagVertexNode const* const pVertex : Corners(facet)) box += *pVertex;
+    });
     m_BoundBox = box;
     return box;
 }
