@@ -7,28 +7,24 @@
 #include "mesh/FacetWalk.h"
 
 WindingParity::WindingParity(CSTLModel& model) {
-    m_Facets.reserve(static_cast<std::size_t>(model.GetFacetsNum()));
+    m_Links.reserve(static_cast<std::size_t>(model.GetFacetsNum()));
     ForEachFacet(model.m_SurfaceArray, [this](CFacet& facet) {
-        facet.m_nRegion = static_cast<std::int32_t>(m_Facets.size());
-        m_Facets.push_back(&facet);
+        auto const nFacet = static_cast<std::uint32_t>(m_Links.size());
+        facet.m_nRegion = static_cast<std::int32_t>(nFacet);
+        m_Links.push_back(2 * nFacet);
     });
-    m_Links.resize(m_Facets.size());
-    for (std::size_t i = 0; i < m_Links.size(); ++i) m_Links[i] = static_cast<std::uint32_t>(2 * i);
 
     // Each vertex is looked at when the first facet of its list comes.
     std::size_t nListed = 0;
-    for (CFacet const* const pFacet : m_Facets) {
-        for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
-            if (pVertex->m_nFacetNum == 0 || pVertex->m_ppFacet[0] != pFacet) continue;
+    ForEachFacet(model.m_SurfaceArray, [this, &nListed](CFacet const& facet) {
+        for (tagVertexNode const* const pVertex : Corners(facet)) {
+            if (pVertex->m_nFacetNum == 0 || pVertex->m_ppFacet[0] != &facet) continue;
             nListed += static_cast<std::size_t>(pVertex->m_nFacetNum);
-            if (!JoinAt(*pVertex)) {
-                m_bUnique = false;
-                return;
-            }
+            m_bUnique = m_bUnique && JoinAt(*pVertex);
         }
-    }
+    });
     // A vertex that was not looked at has a list of other facets than the surfaces hold.
-    m_bUnique = nListed == 3 * m_Facets.size();
+    m_bUnique = m_bUnique && nListed == 3 * m_Links.size();
 }
 
 // Joins the facets at the edges from this vertex to those with higher addresses: each edge is looked at from
@@ -38,18 +34,23 @@ bool WindingParity::JoinAt(tagVertexNode const& vertex) {
     for (int i = 0; i < vertex.m_nFacetNum; ++i) {
         CFacet const& facet = *vertex.m_ppFacet[i];
         auto const nFacet = static_cast<std::uint32_t>(facet.m_nRegion);
-        if (nFacet >= m_Facets.size() || m_Facets[nFacet] != &facet) return false;  // stands in no surface
-        for (DirectedEdge const& edge : DirectedEdges(facet)) {
-            if (edge.pStart == &vertex) AddSpoke(vertex, edge.pEnd, nFacet, 1);
-            if (edge.pEnd == &vertex) AddSpoke(vertex, edge.pStart, nFacet, 0);
+        if (nFacet >= m_Links.size()) return false;  // stands in no surface
+        if (facet.m_pVertex1 == &vertex) {
+            AddSpokes(vertex, nFacet, facet.m_pVertex2, facet.m_pVertex3);
+        } else if (facet.m_pVertex2 == &vertex) {
+            AddSpokes(vertex, nFacet, facet.m_pVertex3, facet.m_pVertex1);
+        } else {
+            AddSpokes(vertex, nFacet, facet.m_pVertex1, facet.m_pVertex2);
         }
     }
     return JoinSpokes();
 }
 
-void WindingParity::AddSpoke(tagVertexNode const& vertex, tagVertexNode const* pEnd, std::uint32_t nFacet,
-                             std::uint32_t nOutward) {
-    if (std::less<>()(&vertex, pEnd)) m_Spokes.push_back({pEnd, nFacet, nOutward});
+// A facet's winding runs outward to the vertex behind this one, and inward from the one before.
+void WindingParity::AddSpokes(tagVertexNode const& vertex, std::uint32_t nFacet, tagVertexNode const* pBehind,
+                              tagVertexNode const* pBefore) {
+    if (std::less<>()(&vertex, pBehind)) m_Spokes.push_back({pBehind, nFacet, 1});
+    if (std::less<>()(&vertex, pBefore)) m_Spokes.push_back({pBefore, nFacet, 0});
 }
 
 // Two facets at an edge agree where one runs outward and the other inward. Three are too many.

@@ -41,13 +41,12 @@ private:
     };
 
     bool JoinAt(tagVertexNode const& vertex);
-    void AddSpoke(tagVertexNode const& vertex, tagVertexNode const* pEnd, std::uint32_t nFacet,
-                  std::uint32_t nOutward);
+    void AddSpokes(tagVertexNode const& vertex, std::uint32_t nFacet, tagVertexNode const* pBehind,
+                   tagVertexNode const* pBefore);
     bool JoinSpokes();
     bool Join(std::uint32_t a, std::uint32_t b, std::uint32_t nTurned);
     Place Find(std::uint32_t nFacet);
 
-    std::vector<CFacet*> m_Facets;
     std::vector<std::uint32_t>
         m_Links;  // to an earlier facet of the set, times two, plus the bit against that one
     std::vector<Spoke> m_Spokes;
