@@ -1,5 +1,7 @@
 // Random facets, then a random walk over the operations of a model.
 
+#include <cmath>
+
 #include "FuzzInput.h"
 #include "MeshInvariants.h"
 
@@ -32,8 +34,98 @@ void Transform(ByteSource& source, CSTLModel& model) {
     model.Transform(matrix);
 }
 
+int AnyJudge(int n, CFacet* pA, CFacet* pB, double d) {
+    CFacet const& facet = pA != nullptr ? *pA : *pB;
+    return facet.m_fNormal[0] + static_cast<float>(n % 3) > static_cast<float>(d) ? 1 : 0;
+}
+
+// A model without surfaces takes no facets: the walk gives it one.
+void RequireSurface(CSTLModel& model) {
+    if (model.GetCharacterFacetsNum() == 0) model.m_SurfaceArray.m_aSurface.Add(new CFeatureSurface);
+}
+
+void Classify(ByteSource& source, CSTLModel& model) {
+    double const d = Coordinate(source);
+    switch (source.Take<std::uint8_t>() % 6) {
+        case 0:
+            model.ClassifySurf(CSTLModel::EightClassifyFun, d);
+            break;
+        case 1:
+            model.ClassifySurf(AnyJudge, d);
+            break;
+        case 2:
+            model.ExtractFeatherSurf(CSTLModel::JionJudgeFun, d);
+            break;
+        case 3:
+            model.ExtractFeatherSurf(CSTLModel::NormalJudgeFun, d);
+            break;
+        case 4:
+            model.ExtractFeatherSurf(AnyJudge, d);
+            break;
+        default:
+            model.ExtractSurfaceAndEdge();
+    }
+    RequireSurface(model);
+}
+
+void Disjoin(CSTLModel& model) {
+    XR_CList<void*, void*> shells;
+    model.Disjoin(shells);
+    while (shells.IsEmpty() == 0) {
+        auto* const pShell = static_cast<CSTLModel*>(shells.RemoveHead());
+        RequireInvariants(*pShell);
+        delete pShell;
+    }
+}
+
+void FindLevelPlanes(ByteSource& source, CSTLModel& model) {
+    CSurfaceArray planes;
+    model.ExtractHorizonPlane(Coordinate(source), &planes);
+    for (int i = 0; i < planes.m_aSurface.GetSize(); ++i) planes.m_aSurface[i]->m_aFacet.RemoveAll();
+}
+
+void RequireFiniteSolids(CSTLModel& model) {
+    XR__POSITION* position = model.m_SupportModelList.GetHeadPosition();
+    while (position != nullptr) {
+        auto const& solid = *static_cast<CSTLModel*>(model.m_SupportModelList.GetNext(position));
+        RequireInvariants(solid);
+        avl::Walk(solid.m_VertexTree.m_pRoot, [](tagVertexNode const* p) {
+            Require(std::isfinite(p->x) && std::isfinite(p->y) && std::isfinite(p->z));
+        });
+    }
+    model.ClearSupportSTL();
+}
+
+void Support(ByteSource& source, CSTLModel& model) {
+    model.FindSupportSurface(100.0 * Coordinate(source), source.Take<std::uint8_t>() % 2);
+    model.FilterUnSuspendSupport(Coordinate(source));
+    for (int i = 0; i < model.m_SupportArray.m_aSurface.GetSize(); ++i)
+        model.m_SupportArray.m_aSurface[i]->IsSuspendSurface();
+    model.GenSupportSTL(Coordinate(source) - 1.0);
+    RequireFiniteSolids(model);
+    model.ClearSupport();
+}
+
+void SuspendedEdges(ByteSource& source, CSTLModel& model) {
+    model.FindSuspendEdge(source.Take<std::uint8_t>() % 3 - 1, 100.0 * Coordinate(source),
+                          100.0 * Coordinate(source), Coordinate(source));
+    model.GenSuspendSTL(Coordinate(source) - 1.0);
+    RequireFiniteSolids(model);
+    model.ClearSuspendEdge();
+}
+
+void Extrude(ByteSource& source, CSTLModel& model) {
+    double const d = Coordinate(source) - 1.0;
+    CFeatureSurface& surface = *model.m_SurfaceArray.m_aSurface[0];
+    CSTLModel shell;
+    surface.ExtrudeSurface(&shell, d);
+    surface.ExtrudeSurfaceVerge(&shell, d);
+    RequireInvariants(shell);
+    surface.ClearUsedPoint();
+}
+
 void Step(ByteSource& source, CSTLModel& model) {
-    switch (source.Take<std::uint8_t>() % 12) {
+    switch (source.Take<std::uint8_t>() % 18) {
         case 0:
             return AddFacets(source, model);
         case 1:
@@ -67,6 +159,18 @@ void Step(ByteSource& source, CSTLModel& model) {
             }
             return;
         }
+        case 11:
+            return Classify(source, model);
+        case 12:
+            return Disjoin(model);
+        case 13:
+            return FindLevelPlanes(source, model);
+        case 14:
+            return Support(source, model);
+        case 15:
+            return SuspendedEdges(source, model);
+        case 16:
+            return Extrude(source, model);
         default: {
             double offset[3] = {Coordinate(source), Coordinate(source), Coordinate(source)};
             return model.Transfer(offset);

@@ -19,6 +19,36 @@ struct RepairOptions {
 };
 void RunRepair(RepairOptions const& options);
 
+struct SplitOptions {
+    std::string input;
+    std::string folder;
+};
+void RunSplit(SplitOptions const& options);
+
+struct SurfacesOptions {
+    std::string input;
+    std::string output;  // empty: no picture
+    std::string judge = "normal";
+};
+void RunSurfaces(SurfacesOptions const& options);
+
+// Angles in degrees, lengths in millimetres.
+struct SupportOptions {
+    std::string input;
+    std::string output;
+    std::string ply;  // empty: no picture
+    double dAngle = 45.0;
+    std::string connect = "edge";
+    double dMinArea = 1.0;
+    double dDown = 0.0;     // 0: down to the plate
+    bool bToPlate = false;  // says what dDown says anyway
+    double dEdgesUp = 45.0;
+    double dEdgesDown = 45.0;
+    double dEdgeLength = 1.0;
+    bool bJson = false;
+};
+void RunSupport(SupportOptions const& options);
+
 struct DemoOptions {
     std::string folder = "varnet-demo";
 };

@@ -12,6 +12,40 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
+void AddSupport(CLI::App& app, SupportOptions& support) {
+    CLI::App* const pSupport =
+        app.add_subcommand("support", "Find what hangs in the air and write support solids for it");
+    pSupport->add_option("IN", support.input, "STL file to read")->required();
+    pSupport->add_option("-o", support.output, "STL file to write the solids to")->required();
+    pSupport->add_option("--ply", support.ply, "PLY file to write, with the regions coloured");
+    pSupport->add_option("--angle", support.dAngle, "Faces less than this from straight down need support")
+        ->check(CLI::Range(0.0, 90.0))
+        ->capture_default_str();
+    pSupport->add_option("--connect", support.connect, "What joins facets to one region")
+        ->check(CLI::IsMember({"edge", "vertex"}))
+        ->capture_default_str();
+    pSupport->add_option("--min-area", support.dMinArea, "Regions with less projected area need to hang free")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    CLI::Option* const pDown = pSupport->add_option("--down", support.dDown, "Closed solids of this height")
+                                   ->check(CLI::PositiveNumber);
+    pSupport
+        ->add_flag("--to-plate", support.bToPlate,
+                   "Solids down to the lowest point of the part, open at the bottom below faces (default)")
+        ->excludes(pDown);
+    pSupport->add_option("--edges-up", support.dEdgesUp, "Facets less than this from straight up hold edges")
+        ->check(CLI::Range(0.0, 90.0))
+        ->capture_default_str();
+    pSupport->add_option("--edges-down", support.dEdgesDown, "And those less than this from straight down")
+        ->check(CLI::Range(0.0, 90.0))
+        ->capture_default_str();
+    pSupport->add_option("--edge-length", support.dEdgeLength, "Chains of edges must be longer than this")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    pSupport->add_flag("--json", support.bJson, "Print JSON instead of a table");
+    pSupport->callback([&support] { RunSupport(support); });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Varnet64: looks at, repairs and writes the meshes of 3D-printing parts.", "varnet");
     app.require_subcommand(1);
@@ -29,6 +63,28 @@ int Run(int argc, char** argv) {
     pRepair->add_option("IN", repair.input, "STL file to read")->required();
     pRepair->add_option("OUT", repair.output, "STL file to write")->required();
     pRepair->callback([&repair] { RunRepair(repair); });
+
+    SplitOptions split;
+    CLI::App* const pSplit = app.add_subcommand(
+        "split", "Write each connected shell to a file of its own: part_1.STL, part_2.STL");
+    pSplit->add_option("IN", split.input, "STL file to read")->required();
+    pSplit->add_option("-o", split.folder, "Folder for the files")->required();
+    pSplit->callback([&split] { RunSplit(split); });
+
+    SurfacesOptions surfaces;
+    CLI::App* const pSurfaces =
+        app.add_subcommand("surfaces", "Divide a part into surfaces: count, areas, rim lengths");
+    pSurfaces->add_option("IN", surfaces.input, "STL file to read")->required();
+    pSurfaces->add_option("-o", surfaces.output, "PLY file to write, with a colour for each surface");
+    pSurfaces
+        ->add_option("--judge", surfaces.judge,
+                     "What makes a surface: similar normals, the octant of the normal, or one winding")
+        ->check(CLI::IsMember({"normal", "eight", "winding"}))
+        ->capture_default_str();
+    pSurfaces->callback([&surfaces] { RunSurfaces(surfaces); });
+
+    SupportOptions support;
+    AddSupport(app, support);
 
     DemoOptions demo;
     CLI::App* const pDemo = app.add_subcommand("demo", "Make a part and run everything on it");

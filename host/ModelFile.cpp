@@ -66,6 +66,16 @@ void WriteModel(CSTLModel& model, std::string const& file) {
         kHeader + kRecord * model.GetFacetsNum());
 }
 
+void WriteBytes(std::string const& file, std::string const& bytes) {
+    WriteWhole(
+        file,
+        [&bytes](fs::path const& partial) {
+            std::ofstream stream(partial, std::ios::binary);
+            return static_cast<bool>(stream << bytes);
+        },
+        static_cast<long long>(bytes.size()));
+}
+
 void WriteWhole(std::string const& file, std::function<bool(fs::path const&)> const& write,
                 long long nBytes) {
     fs::path const partial = fs::path(file).concat(".part");

@@ -25,6 +25,9 @@ void ReadModel(std::string const& file, CSTLModel& model);
 /// Ctrl-C leaves what was there before. Throws Failure.
 void WriteModel(CSTLModel& model, std::string const& file);
 
+/// Writes a file of these bytes, under its name only when it is complete.
+void WriteBytes(std::string const& file, std::string const& bytes);
+
 /// Lets write() make a file beside the named one, checks its size where nBytes is not negative, and gives it
 /// the name.
 void WriteWhole(std::string const& file, std::function<bool(std::filesystem::path const&)> const& write,

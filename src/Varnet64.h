@@ -2,6 +2,10 @@
 
 // Varnet64, the geometry core of a 3D-printing host: this header is all that a host includes.
 
+#include "contours/Hatch.h"
+#include "contours/IntervalLists.h"
+#include "contours/Layer.h"
+#include "contours/LoopTreeNode.h"
 #include "foundation/Array.h"
 #include "foundation/BoundBox.h"
 #include "foundation/CompTable.h"

@@ -41,3 +41,23 @@ inline float LoadFloat(void const* pBytes) {
 inline void StoreFloat(void* pBytes, float fValue) {
     StoreUnsigned(pBytes, std::bit_cast<std::uint32_t>(fValue));
 }
+
+inline double LoadDouble(void const* pBytes) {
+    return std::bit_cast<double>(LoadUnsigned<std::uint64_t>(pBytes));
+}
+
+inline void StoreDouble(void* pBytes, double dValue) {
+    StoreUnsigned(pBytes, std::bit_cast<std::uint64_t>(dValue));
+}
+
+// Numbers of three bytes. Of a value to store, the low 24 bits count.
+
+inline std::uint32_t LoadUnsigned24(void const* pBytes) {
+    auto const* const p = static_cast<unsigned char const*>(pBytes);
+    return static_cast<std::uint32_t>(p[0] | p[1] << 8 | p[2] << 16);
+}
+
+inline void StoreUnsigned24(void* pBytes, std::uint32_t nValue) {
+    auto* const p = static_cast<unsigned char*>(pBytes);
+    for (unsigned i = 0; i < 3; ++i) p[i] = static_cast<unsigned char>(nValue >> (8 * i) & 0xFF);
+}

@@ -112,6 +112,100 @@ public:
     /// The number of surfaces (not of facets): 1 for a model that has not been classified.
     int GetCharacterFacetsNum();
 
+    // ---- shells
+
+    /// Copies each connected shell to a new model, which the caller owns, and adds the models (CSTLModel*) to
+    /// the list, in the order of the shells' first facets. Facets are connected as FindNeighborFacet connects
+    /// them, across edges, whatever their winding: where an edge has more than two, only the first other one
+    /// on each way. They are offered to AddFacet of the new model breadth first, so that repeated ones
+    /// vanish. This model is not changed but for m_nRegion, which is 0 on all facets that were reached.
+    ///
+    /// The n-th shell of "part.stl" is named "part_n.STL": the suffix takes the place of the last four
+    /// characters of m_Status.m_szFileName, or of all of a shorter name. What does not fit into the field is
+    /// cut off; the name always ends in a zero byte.
+    ///
+    /// StopCurOperate ends it: the shells before the present one are whole, the present one holds what was
+    /// found until then, and there is nothing for the rest.
+    void Disjoin(XR_CList<void*, void*>& ShellList);
+
+    // ---- feature surfaces
+
+    /// Divides the facets anew into connected surfaces of facets of one class. m_SurfaceArray is rebuilt: its
+    /// old surfaces are destroyed, their facets live on. Surfaces come in the order of their first facets,
+    /// the facets of a surface in the order of a breadth-first walk from the first one.
+    ///
+    /// The judge is called as judge(n, seed, null, d) for the class of a new surface, with n the class of the
+    /// surface before, at first the number of surfaces on entry; and as judge(class, null, candidate, d) for
+    /// whether a facet beside the surface joins it. m_nRegion is 0 on all facets afterwards. A model without
+    /// facets is left without surfaces: AddFacet is not allowed then. Support surfaces and chains stay.
+    void ClassifySurf(int (*pJudge)(int, CFacet*, CFacet*, double), double d);
+    /// The same with a judge that compares neighbours: judge(k, member, candidate, d) decides whether the
+    /// facet across the member's edge k (1 V1V2, 2 V2V3, 3 V3V1) joins the member's surface.
+    void ExtractFeatherSurf(int (*pJudge)(int, CFacet*, CFacet*, double), double d);
+    /// Merges each surface of at most 10 facets and at most 2 square millimetres with the surface of the
+    /// neighbouring facet whose normal is nearest to that of the facet beside it, if they differ by less than
+    /// 60 degrees over the root of the area, 120 at most. In the order of the surfaces, each as the merges
+    /// before have left it; cached areas are those from the beginning. Surfaces left without facets are taken
+    /// out of the array and destroyed. m_nRegion is 0 on all facets afterwards.
+    void UnionSmallSurface();
+    /// ExtractFeatherSurf with JionJudgeFun at 30 degrees, UnionSmallSurface, then FindSurfaceVerge on every
+    /// surface.
+    void ExtractSurfaceAndEdge();
+    /// A judge for ClassifySurf: the class is CFacet::EightClassify(d).
+    static int EightClassifyFun(int nClass, CFacet* pSeed, CFacet* pCandidate, double d);
+    /// A judge for ExtractFeatherSurf: 1 when the squared distance of the two unit normals, 4 sin(t / 2)^2 at
+    /// an angle t, is below d.
+    static int JionJudgeFun(int nEdge, CFacet* pMember, CFacet* pCandidate, double d);
+    /// A judge for ExtractFeatherSurf that lets everyone join, and turns a candidate whose winding does not
+    /// agree with the member's, by CFacet::Reverse. d is ignored.
+    static int NormalJudgeFun(int nEdge, CFacet* pMember, CFacet* pCandidate, double d);
+    /// Adds to the caller's array a new surface for each connected group of level facets, up or down: those
+    /// with dTolerance > 1 - |z of the normal|. Orders are those of ClassifySurf. The surfaces refer to
+    /// facets that stay the model's: the caller frees their m_aFacet (RemoveAll) before they are destroyed.
+    /// m_SurfaceArray is not changed; m_nRegion is 0 on all facets afterwards.
+    void ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult);
+
+    // ---- support
+
+    /// Fills m_SupportArray, which is emptied first, with the connected regions of facets that face down by
+    /// less than dAngle degrees from straight down, and returns their number. Facets are connected by common
+    /// edges where nMode is not 0, by common vertices where it is 0. They get FACET_SUPPORT, all others lose
+    /// it. The surfaces have FS_SUPPORT_SURFACE, FS_NEEDS_SUPPORT and their box; orders are those of
+    /// ClassifySurf. The grouping in m_SurfaceArray does not matter. m_nRegion is 0 on all facets afterwards.
+    ///
+    /// The angle is not checked: one outside 0 to 180 gives what its cosine gives, one that is not a number
+    /// finds nothing.
+    int FindSupportSurface(double dAngle, int nMode);
+    /// Sorts out the support surfaces whose projected area in square millimetres is below dMinArea. One that
+    /// hangs free (IsSuspendSupport) is kept and gets FS_SMALL_SUSPENDED; one that leans on a wall loses
+    /// FS_NEEDS_SUPPORT. All others have FS_NEEDS_SUPPORT afterwards, those too that an earlier call dropped.
+    /// Returns how many have it.
+    int FilterUnSuspendSupport(double dMinArea);
+    /// Replaces m_SuspendEdgeArray by the chains of suspended edges (IsSuspendEdge) of one kind: nMode -1 the
+    /// keels below the part, nMode 1 the bottoms of grooves in its upper side. Returns the number of chains
+    /// longer than dMinLength (millimetres), which get FE_SELECTED; shorter ones stay in the array.
+    ///
+    /// Facets less than dUpAngle degrees from straight up get FACET_SUSPEND, those less than dDownAngle from
+    /// straight down FACET_SUPPORT, all others lose them; their edges do not count. Neither do edges that
+    /// slope by the angle of the mode less one degree, or more. Angles and mode are not checked: any other
+    /// mode than 1 goes by dDownAngle, and mode 0 makes chains of all edges that are not suspended. m_nRegion
+    /// is 0 on all facets afterwards.
+    ///
+    /// Chains grow in the order of their edges. At a vertex of three suspended edges or more the first one
+    /// goes on. The chain of a ring holds the edge that closes it at both ends.
+    int FindSuspendEdge(int nMode, double dUpAngle, double dDownAngle, double dMinLength);
+    /// Adds a solid to m_SupportModelList for each support surface. With a distance above 0.0 only for those
+    /// with FS_NEEDS_SUPPORT, a closed one: walls and a lower cap that distance (millimetres) below the
+    /// surface. With 0.0 or less for all, with walls down to that height above the lowest z of the model,
+    /// open at the bottom. Solids that are there stay. m_EdgeList of the surfaces becomes their rim. Facets
+    /// with a corner that is not finite are left out.
+    void GenSupportSTL(double dDistance);
+    /// Adds a bar (CFeatureEdge::GenSTL) to m_SupportModelList for each chain, with the half width and rise
+    /// that the chain holds. With a distance above 0.0 only for those with FE_SELECTED, the bottom that
+    /// distance below the chain; with 0.0 or less for all, the bottom at that height above the lowest z of
+    /// the model. m_bGenerated of the bars is 1. A chain that makes no bar leaves an empty solid.
+    void GenSuspendSTL(double dDistance);
+
     // ---- STL files
 
     /// 1 ASCII, 2 binary, 0 cannot tell or cannot open. A file of fewer than 80 bytes gives 0. Only bytes 80
@@ -132,6 +226,53 @@ public:
     /// surfaces.
     int SaveSTLFile(char* pszPath, int nType);
 
+    // ---- CSM, 3DMF and OLTP files
+
+    /// Reads a compressed model, a CSM file in strips, and adds its facets to the model. The header holds
+    /// "CSM3.0", "CSM4.0" (80 bytes) or "CSM5.0" (4096 bytes) ahead of its first zero byte. 1 on success,
+    /// also when the file ends early; 0 when it cannot be opened, holds no tag, refers to a vertex that it
+    /// has not given, has more vertices than it announces, or when the read was stopped. What was read so far
+    /// stays. With bCountOnly not 0 twice the number of vertices, about the number of facets of a closed
+    /// mesh.
+    ///
+    /// m_nTotalFacet becomes that number before the first facet. m_nStripNum becomes the number of strips,
+    /// m_nMaxBackRef the longest way back of a reference, in vertices, and 1 more on success.
+    int ReadCSMFile1(char* path, int bCountOnly);
+    /// Writes a ring stream, a CSM file of 24-bit points in the order in which a ring of edges grows over the
+    /// mesh. 1, or 0 when the file cannot be created, and then nothing is changed. No operation reads it
+    /// back. m_nRegion of all facets is 0 afterwards.
+    int SaveCSMFile1(char* path);
+    /// Writes a CSM file in strips: each vertex once, as three 16-bit numbers (with bCompress not 0) or
+    /// floats, and a few bits or a number for each facet beyond that. Coordinates read back lie up to one
+    /// step, the largest extent of the box plus 1 mm over 65536, below the true ones, or are narrowed to
+    /// float.
+    ///
+    /// The header is pszHeader, or where that is null the text "Deiklug -- CSM3.0 Compressed data" or
+    /// "Deiklug -- CSM3.0" with zeros behind it; nHeaderLen bytes of it, or 80 where that is 0. Only lengths
+    /// of 80 and, with the text "CSM5.0", 4096 can be read back. With bRotate 0 the corners are taken in
+    /// their stored order, and what is read back is another mesh.
+    ///
+    /// 1, or 0 for 2,097,152 vertices or more, for a length outside 0 to 4096, when the file cannot be
+    /// created (none is, in these cases), and after StopCurOperate, which leaves whole strips and the start
+    /// of one. m_nRegion of all facets is 0 afterwards, m_nID of the vertices their number in the file, from
+    /// 1, and m_nPointCounter how many there are.
+    int ExtractFacetForCSM(int bRotate, char* path, int bCompress, char* pszHeader, int nHeaderLen);
+    /// Writes the first facet of a strip, which goes on across nEdge (1 V1V2, 2 V2V3, 3 V3V1, 0 not at all).
+    /// The file has dScale steps a millimetre from ptOrigin, or floats where that is 0.0. Vertices with m_nID
+    /// 0 are written as points and get the next number of m_nPointCounter.
+    void WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dScale, CPoint3D ptOrigin);
+    /// Writes a further facet of a strip: its vertex nVertex (1 to 3) is the one off the edge nEdge (1 to 3)
+    /// of the facet before. The rest as in WriteCSMHeadFacet.
+    void WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, double dScale, CPoint3D ptOrigin);
+    /// Reads a 3DMF text and adds its facets to the model. 1, or 0 when the file cannot be opened: nothing in
+    /// it is an error. Each line that holds "VERTEX" is a vertex, up to one with "/VERTICES"; from there on
+    /// each line with "TRIANGLE " is a facet, up to one with "/TRIANGLES", in any case of letters. The values
+    /// stand behind three equals signs, whatever they are called. Vertices count from 0; a facet that names
+    /// one that is not there is left out. The read cannot be stopped.
+    int Read3DMFModel(char* path);
+    /// Reads an OLTP file, binary STL with a header of 256 bytes, as ReadSTLFile reads binary STL.
+    int ReadOLTPFile(char* path, int bCountOnly);
+
 private:
     int ReadSTLASCII(char* pszPath, int bCountOnly);
     int ReadSTLBINARY(char* pszPath, int bCountOnly, int nHeaderLen);
@@ -139,21 +280,31 @@ private:
     int ReadSTLFacetASCII(FILE* pFile, tagFACET* pFacet);
     int ReadSTLFacetBINARY(FILE* pFile, tagFACET* pFacet);
     int SaveSTLBINARY(char* pszPath);
+    /// Writes a plain CSM file: the vertices as floats, then three vertex numbers a facet. 1, or 0 when the
+    /// file cannot be created. m_nID of the vertices becomes their number in the file, from 0.
+    int SaveCSMFile(char* path);
+    /// Reads a plain CSM file and adds its facets to the model, whatever the stop flags say. 1, or 0 when the
+    /// file cannot be opened, ends before its last facet, or has a facet with a number that no vertex has. A
+    /// file with the text "CSM2.0" in its header goes to ReadCSMFile1, which refuses it.
+    int ReadCSMFile(char* path);
 
 public:
     CVertexTree m_VertexTree;  ///< its box is the model's box
     CSurfaceArray m_SurfaceArray;
     tagSTLStatus m_Status;
-    double m_dArea;    ///< cached, 0.0 stands for not computed
-    double m_dVolume;  ///< cached, 0.0 stands for not computed
-    std::int32_t m_nPointCounter;
-    std::int32_t m_nTotalFacet;  ///< facets that the file being read announces
-    std::int32_t m_nMaxBackRef;
-    std::int32_t m_nStripNum;
-    CSurfaceArray m_SupportArray;                                ///< refers to facets, does not own them
+    double m_dArea;                ///< cached, 0.0 stands for not computed
+    double m_dVolume;              ///< cached, 0.0 stands for not computed
+    std::int32_t m_nPointCounter;  ///< vertices numbered so far by the writer of CSM strips
+    std::int32_t m_nTotalFacet;    ///< facets that the file being read announces
+    std::int32_t m_nMaxBackRef;    ///< see ReadCSMFile1
+    std::int32_t m_nStripNum;      ///< see ReadCSMFile1
+    CSurfaceArray m_SupportArray;  ///< refers to facets, does not own them
     XR_CArray<CFeatureEdge*, CFeatureEdge*> m_SuspendEdgeArray;  ///< owned
     XR_CList<void*, void*> m_SupportModelList;                   ///< CSTLModel*, owned
     std::int32_t m_nPublicValue;
     std::int32_t m_bStopRead;
     std::int32_t m_bStopOperate;
 };
+
+/// Facets that the writers of CSM strips have written in this process since ExtractFacetForCSM last began.
+extern VARNET_API std::int32_t m_nCSMFacetCount;

@@ -10,6 +10,7 @@
 #include "foundation/Path.h"
 #include "foundation/TextLines.h"
 #include "foundation/TextScanner.h"
+#include "foundation/TextSearch.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
 
@@ -58,24 +59,10 @@ bool ReadFacetLines(NextLine const& nextLine, tagFACET& facet) {
     return true;
 }
 
-char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-// Whether the line holds "FACET", in any case, before a zero byte.
-bool HoldsFacet(std::string_view line) {
-    constexpr std::string_view kWord = "FACET";
-    line = line.substr(0, line.find('\0'));
-    for (std::size_t i = 0; i + kWord.size() <= line.size(); ++i) {
-        std::size_t k = 0;
-        while (k < kWord.size() && ToUpper(line[i + k]) == kWord[k]) ++k;
-        if (k == kWord.size()) return true;
-    }
-    return false;
-}
-
-// Goes to the start of the first line that holds the word, or to the end of the file.
+// Goes to the start of the first line that holds "FACET", in any case, or to the end of the file.
 void SkipPreamble(TextLines& lines) {
     while (std::optional<std::string_view> const line = lines.Next(kPreambleLine - 1)) {
-        if (HoldsFacet(*line)) {
+        if (HoldsWord(*line, "FACET")) {
             lines.Unread();
             return;
         }

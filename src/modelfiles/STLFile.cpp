@@ -6,6 +6,7 @@
 
 #include "foundation/Path.h"
 #include "mesh/STLModel.h"
+#include "modelfiles/StoredName.h"
 
 namespace {
 
@@ -17,16 +18,6 @@ constexpr int kHeaderLen = 80;
 
 // Only so many bytes from the start of a file are looked at to tell its kind.
 constexpr std::int32_t kLookedAt = 256;
-
-// Copies the path byte by byte up to its first zero byte, which for 16-bit characters of the Latin range is
-// the second byte. A path that does not fit is cut.
-void StoreFileName(char const* pszPath, char (&name)[260]) {
-    std::size_t i = 0;
-    if (pszPath != nullptr) {
-        for (; i + 1 < sizeof name && pszPath[i] != '\0'; ++i) name[i] = pszPath[i];
-    }
-    name[i] = '\0';
-}
 
 }  // namespace
 
@@ -46,7 +37,7 @@ int CSTLModel::GetSTLType(char* pszPath) {
 
 int CSTLModel::ReadSTLFile(char* pszPath, int bCountOnly) {
     m_Status.m_nFileType = GetSTLType(pszPath);
-    StoreFileName(pszPath, m_Status.m_szFileName);
+    StoreFileName(pszPath, m_Status);
     if (m_Status.m_nFileType == kAsciiType) return ReadSTLASCII(pszPath, bCountOnly);
     if (m_Status.m_nFileType == kBinaryType) return ReadSTLBINARY(pszPath, bCountOnly, kHeaderLen);
     return 0;

@@ -20,3 +20,17 @@ TEST(LittleEndian, FloatsAreTheirBits) {
     EXPECT_EQ((std::array<unsigned char, 5>{0, 0, 0, 0xC0, 0xBF}), bytes);
     EXPECT_EQ(-1.5f, LoadFloat(bytes.data() + 1));
 }
+
+TEST(LittleEndian, DoublesAreTheirBits) {
+    std::array<unsigned char, 9> bytes{};
+    StoreDouble(bytes.data() + 1, -1.5);  // 0xBFF8000000000000
+    EXPECT_EQ((std::array<unsigned char, 9>{0, 0, 0, 0, 0, 0, 0, 0xF8, 0xBF}), bytes);
+    EXPECT_EQ(-1.5, LoadDouble(bytes.data() + 1));
+}
+
+TEST(LittleEndian, NumbersOfThreeBytesTakeTheLowBits) {
+    std::array<unsigned char, 5> bytes = {0xEE, 0, 0, 0, 0xEE};
+    StoreUnsigned24(bytes.data() + 1, 0xAB832301u);
+    EXPECT_EQ((std::array<unsigned char, 5>{0xEE, 0x01, 0x23, 0x83, 0xEE}), bytes);
+    EXPECT_EQ(0x832301u, LoadUnsigned24(bytes.data() + 1));
+}

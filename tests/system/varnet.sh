@@ -68,4 +68,52 @@ wait "$job" || code=$?
 [ "$code" -eq 1 ] || fail "exit code $code after Ctrl-C"
 grep -q 'interrupted' err || fail "message after Ctrl-C"
 [ ! -e out.stl ] && [ ! -e out.stl.part ] || fail "a file is left after Ctrl-C"
+# ---- shells, surfaces, support
+
+expect 0 "$varnet" split made/bracket_support.stl -o shells
+grep -qE 'shells +4$' out || fail "the number of shells"
+[ "$(ls shells | tr '\n' ' ')" = "bracket_support_1.STL bracket_support_2.STL bracket_support_3.STL bracket_support_4.STL " ] ||
+    fail "the names of the shells: $(ls shells)"
+expect 0 "$varnet" info shells/bracket_support_1.STL
+grep -qE 'open edges +0$' out || fail "a shell is closed"
+cp made/bracket_repaired.stl ab
+expect 0 "$varnet" split ab -o short
+[ "$(ls short)" = "_1.STL" ] || fail "the shell of a file with a short name: $(ls short)"
+expect 1 "$varnet" split missing.stl -o nowhere
+[ ! -e nowhere ] || fail "a folder for a file that is not there"
+expect 1 "$varnet" split made/bracket.stl -o ab
+grep -q 'ab: cannot be made' err || fail "message for a folder that is a file"
+
+expect 0 "$varnet" surfaces fixed.stl -o surfaces.ply
+grep -qE 'surfaces +50$' out || fail "the number of surfaces"
+[ "$(stat -c %s surfaces.ply)" -eq "$(stat -c %s made/bracket_surfaces.ply)" ] || fail "the size of the PLY file"
+head -n 4 surfaces.ply | grep -aq 'element vertex 520' || fail "the vertices of the PLY file"
+grep -aq 'element face 1060' surfaces.ply || fail "the faces of the PLY file"
+expect 0 "$varnet" surfaces fixed.stl --judge winding
+grep -qE 'surfaces +1$' out || fail "shells as surfaces"
+expect 0 "$varnet" surfaces fixed.stl --judge eight
+expect 2 "$varnet" surfaces fixed.stl --judge none
+expect 1 "$varnet" surfaces fixed.stl -o nofolder/surfaces.ply
+grep -q 'nofolder/surfaces.ply: cannot be created' err || fail "message for a PLY file that cannot be made"
+
+expect 0 "$varnet" support fixed.stl -o support.stl --down 3 --ply support.ply
+grep -q 'dropped: rests on the plate' out && grep -q 'kept: faces down' out || fail "the table of regions"
+grep -qE 'suspended edges +1 chains, 15 mm$' out || fail "the keel"
+cmp support.stl made/bracket_support.stl || fail "the solids of the demo"
+cmp support.ply made/bracket_support.ply || fail "the coloured regions of the demo"
+expect 0 "$varnet" info support.stl
+grep -qE 'open edges +0$' out || fail "solids of a height are closed"
+expect 0 "$varnet" support fixed.stl -o plate.stl --to-plate --json
+grep -q '"supported": true' out && grep -q '"solids": 4' out && grep -q '"length": 15.0' out || fail "the regions as JSON"
+expect 0 "$varnet" support fixed.stl -o none.stl --angle 0 --edge-length 1000
+grep -qE 'solids +0, 0 facets$' out || fail "nothing to support"
+[ "$(stat -c %s none.stl)" -eq 84 ] || fail "a file without solids"
+for wrong in '--down -1' '--angle 100' '--connect corner' '--min-area -1' '--down 3 --to-plate' '--edge-length x'; do
+    expect 2 "$varnet" support fixed.stl -o wrong.stl $wrong
+done
+[ ! -e wrong.stl ] || fail "a file for wrong arguments"
+expect 1 "$varnet" support missing.stl -o wrong.stl
+expect 1 "$varnet" support fixed.stl -o nofolder/support.stl
+ls -R | grep -q '\.part$' && fail "a half-written file is left"
+
 exit 0

@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstdint>
+
+#include "contours/Hatch.h"
+#include "contours/LoopTreeNode.h"
+#include "foundation/BoundBox.h"
+#include "foundation/Export.h"
+#include "foundation/List.h"
+#include "foundation/Point.h"
+
+/// One slice of a model: closed loops and open paths in a nesting tree, and hatches. Millimetres.
+///
+/// The layer owns its raw loops, through them every loop of the tree, and its hatches. A raw loop is one that
+/// has no parent. m_LoopList is a cache of the whole tree: it goes stale when the tree changes, and m_Box
+/// when points do. Copies are deep, and flat: the loops come along without their nesting.
+///
+/// A layer belongs to one thread at a time. Walks over the tree need no stack that grows with its depth.
+class VARNET_API CLayer {
+public:
+    CLayer();
+    /// CopyLayer without offsets.
+    CLayer(CLayer& other);
+    /// CopyLayer without offsets: what the layer held is released. Assigning a layer to itself does nothing.
+    CLayer const& operator=(CLayer& other);
+    virtual ~CLayer();
+
+    // ---- loops and their nesting
+
+    /// Appends the loop to the raw loops; the layer owns it from here on. Nothing else happens.
+    void AddRawLoop(tagLoopTreeNode* pLoop);
+    /// Nests the closed raw loops: each moves below the loop that holds its head point, where its cached box
+    /// is strictly inside the other's box as well. So loops whose boxes touch never nest, and loops that
+    /// cross nest by where the one point lies. What is nested stays so: a root that now lies inside another
+    /// moves there with its subtree. Levels count from the level with which a loop comes.
+    ///
+    /// Where bRefresh is not 0, all boxes are refreshed first, and at last every loop, open paths included,
+    /// is turned to run counter-clockwise at even levels and clockwise at odd ones, m_nDirection being 1 and
+    /// 0. Else the cached boxes count, and no loop is turned. The loop list is current afterwards.
+    ///
+    /// The tree and the order of children are those of looking at every raw loop in order, and for each at
+    /// all raw loops behind it in order.
+    void MakeTopology(int bRefresh);
+    /// Places a loop that is in no list below a parent, as deep as it goes: below the child that holds it,
+    /// and above the children that it holds. It is appended to its new parent's children; levels follow.
+    void AddInTree(tagLoopTreeNode* pParent, tagLoopTreeNode* pChild);
+    /// Makes m_LoopList anew: every loop before its children, subtrees together.
+    void BuildLoopList();
+    /// Appends a loop and its subtree to m_LoopList.
+    void AddLoopNodeInList(tagLoopTreeNode* pLoop);
+    /// Sorts m_LoopList, as it stands, by the x of the cached boxes' centres, ascending. The order among
+    /// equal ones is that of an exchange sort: of every node with all behind it, in order.
+    void SortLoopListByBoxCenterX();
+    /// The same by y.
+    void SortLoopListByBoxCenterY();
+    /// 1 when the centre of a's cached box is at a greater x than b's, else 0.
+    int CompareBoxCenterX(tagLoopTreeNode* a, tagLoopTreeNode* b);
+    /// The same by y.
+    int CompareBoxCenterY(tagLoopTreeNode* a, tagLoopTreeNode* b);
+    /// 1 when the point lies in the material: strictly inside m_Box, and inside an odd number of the loops of
+    /// m_LoopList; else 0. Box and list are taken as they stand.
+    int IsInCounter(CPoint2D& point);
+    /// Clears LOOP_USED_FLAG on the loops of m_LoopList as it stands.
+    void ClearLoopsUsedFlag();
+
+    // ---- copying and conversion
+
+    /// A new layer with copies of all loops, flat and at level 0, and nothing else of this one. The caller
+    /// owns it.
+    CLayer* CopyLoop();
+    /// Releases what the layer holds and takes copies of the other's scalars and paths, as AddOtherLayer
+    /// brings them. Paths move by (dx, dy), the height by dz. The other may not be this layer.
+    void CopyLayer(CLayer& other, double dx, double dy, double dz);
+    /// Adds copies of the other's paths, moved by (dx, dy): with bit 1 of nMask all loops that have a list,
+    /// flat, as raw loops at level 0 and at this layer's height, with their directions; with bit 2 hatches
+    /// with an id below 1000, with bit 4 the others, without their flags and only where they have edges. Both
+    /// loop lists and this layer's boxes are refreshed. The other may not be this layer.
+    void AddOtherLayer(CLayer& other, double dx, double dy, int nMask);
+    /// A new layer of this height and these units with one hatch of the given id for each loop of two points
+    /// or more, an edge a segment. The caller owns it.
+    CLayer* ConvertLoopToHatch(unsigned int nID);
+
+    // ---- measures and edits
+
+    /// Row-vector product with a 3 by 3 matrix on all points, and on all hatch edges where bLoopsOnly is 0.
+    /// Attributes stay; boxes are refreshed.
+    void Transform(double (*pMatrix)[3], int bLoopsOnly);
+    /// Refreshes the loop list, every loop's box and m_Box, around loops and hatches; returns a copy of it.
+    CBoundBox2D GetBoundBox();
+    /// Twice the net area, the sum over all loops: holes count against it where they run clockwise. dLength
+    /// becomes the sum of all lengths.
+    double GetAreaLength(double& dLength);
+    /// Destroys all loops and hatches. Height, box and the other scalars stay.
+    void ReleaseAll();
+    /// Forces the layer into a box: loop points are clamped, which keeps their number, and hatch edges are
+    /// clipped, which makes the hatches anew, without flags and in several pieces where the box cuts them
+    /// apart. A stretch that begins within 0.1 of where the last one ended, on either axis, goes on in the
+    /// same hatch. Boxes are refreshed in any case.
+    void LimitInBox(CBoundBox2D box, int bLimitLoops, int bLimitHatchs);
+    /// Adds a rectangle with two opposite corners as a raw loop, counter-clockwise where a has the smaller
+    /// coordinates, and runs MakeTopology(1).
+    void AddBorder(CPoint2D& a, CPoint2D& b);
+
+    XR_CList<void*, void*> m_RawLoopList;  ///< tagLoopTreeNode*, owned
+    XR_CList<void*, void*> m_LoopList;     ///< tagLoopTreeNode*, the whole tree; a cache
+    XR_CList<void*, void*> m_HatchList;    ///< CHatch*, owned
+    double m_dZ;                           ///< height; -1000.0 in a new layer
+    CBoundBox2D m_Box;                     ///< bounds as of the last GetBoundBox
+    double m_dUnits;                       ///< scale of the CLI file that the layer comes from
+    std::int32_t m_nUser1;                 ///< for the host, like those that follow
+    std::int32_t m_nUser2;
+    double m_dUser1;
+    double m_dUser2;
+    double m_dUser3;
+    std::int32_t m_nUser3;
+};
+
+/// A hatch as an open path, which the caller owns, with the given height and flags and the hatch's id. Points
+/// carry -12301.0 in m_fAttr1 where they start an edge, and -12302.0 where they end one; where an edge begins
+/// at the end of the last one, the point stands once.
+VARNET_API tagLoopTreeNode* ConvertHatchToLoop(CHatch* pHatch, double dZ, int nFlag);
+
+/// Clips an edge to a box: 1 with what is left, running the edge's way, or 0 when it misses the box. An edge
+/// with both ends strictly inside stays as it is, attributes included; ends that are cut have attributes 0.
+/// An end on the box's side counts as outside.
+VARNET_API int ClipEdgeToBox(CEdge2D& edge, CBoundBox2D& box, CEdge2D& result);

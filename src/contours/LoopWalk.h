@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "contours/Hatch.h"
+#include "contours/LoopTreeNode.h"
+#include "foundation/List.h"
+
+// Walking the points of a loop, the loops of a list, and the loops of a tree.
+
+using PointList = XR_CList<CPoint2D, CPoint2D&>;
+using PointNode = PointList::XR_CNode;
+using LoopList = XR_CList<void*, void*>;
+using LoopNode = LoopList::XR_CNode;
+
+inline constexpr int kPointBlockSize = 10;
+
+/// The head of the loop's list; null for a loop without points.
+inline PointNode* FirstPoint(tagLoopTreeNode const& loop) {
+    return loop.m_pPointList != nullptr ? loop.m_pPointList->m_pNodeHead : nullptr;
+}
+
+inline int PointCount(tagLoopTreeNode const& loop) {
+    return loop.m_pPointList != nullptr ? loop.m_pPointList->GetCount() : 0;
+}
+
+inline XR__POSITION* PositionOf(PointNode* pNode) { return reinterpret_cast<XR__POSITION*>(pNode); }
+
+inline tagLoopTreeNode* LoopAt(LoopNode const* pNode) { return static_cast<tagLoopTreeNode*>(pNode->data); }
+
+/// The loops of a list, in order.
+template <class Visit>
+void ForEachLoop(LoopList const& list, Visit visit) {
+    for (LoopNode const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) visit(*LoopAt(p));
+}
+
+/// The hatches of a list, in order.
+template <class Visit>
+void ForEachHatch(XR_CList<void*, void*> const& list, Visit visit) {
+    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) visit(*static_cast<CHatch*>(p->data));
+}
+
+/// A loop and all below it, each before its children, children in order. The tree may not change meanwhile.
+/// Trees may be as deep as a host makes them, so that the way back is kept on the heap.
+template <class Visit>
+void ForEachInTree(tagLoopTreeNode& root, Visit visit) {
+    visit(root);
+    if (root.m_ChildList.m_pNodeHead == nullptr) return;
+    std::vector<LoopNode const*> path{root.m_ChildList.m_pNodeHead};  // next sibling to visit, by level
+    while (!path.empty()) {
+        LoopNode const* const pNode = path.back();
+        if (pNode->pNext != nullptr) {
+            path.back() = pNode->pNext;
+        } else {
+            path.pop_back();
+        }
+        visit(*LoopAt(pNode));
+        LoopNode const* const pFirstChild = LoopAt(pNode)->m_ChildList.m_pNodeHead;
+        if (pFirstChild != nullptr) path.push_back(pFirstChild);
+    }
+}
+
+/// Turns the order of a list round. Every element keeps its node.
+template <class List>
+void ReverseOrder(List& list) {
+    for (auto* p = list.m_pNodeHead; p != nullptr; p = p->pPrev) std::swap(p->pNext, p->pPrev);
+    std::swap(list.m_pNodeHead, list.m_pNodeTail);
+}

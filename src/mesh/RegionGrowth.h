@@ -1,0 +1,109 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <unordered_set>
+#include <vector>
+
+#include "mesh/FacetCorners.h"
+#include "mesh/FacetWalk.h"
+#include "mesh/STLModel.h"
+
+// How connected groups of facets are found: classes of facets, level planes, overhangs, shells.
+
+/// Marks in m_nRegion while regions grow. What is placed once is never taken again.
+constexpr std::int32_t kPlaced = 0;
+constexpr std::int32_t kNotPlaced = 1;
+
+/// The facets of the model that pass the test, in their order, marked as not yet placed. All others count as
+/// placed.
+template <class Test>
+std::vector<CFacet*> MarkFacetsToPlace(CSTLModel const& model, Test const& test) {
+    std::vector<CFacet*> facets;
+    ForEachFacet(model.m_SurfaceArray, [&facets, &test](CFacet& facet) {
+        bool const bPasses = test(facet);
+        facet.m_nRegion = bPasses ? kNotPlaced : kPlaced;
+        if (bPasses) facets.push_back(&facet);
+    });
+    return facets;
+}
+
+/// Neighbours by shared edges: the facets across V1V2, V2V3 and V3V1, with the numbers 1 to 3 of the edges.
+/// All three are looked up before the first is offered, since what is done with one may turn its winding.
+struct AcrossEdges {
+    template <class Offer>
+    void operator()(CFacet& facet, Offer const& offer) const {
+        std::array<CFacet*, 3> const neighbors = Neighbors(facet);
+        for (std::size_t k = 0; k < neighbors.size(); ++k) {
+            if (neighbors[k] != nullptr) offer(static_cast<int>(k) + 1, *neighbors[k]);
+        }
+    }
+};
+
+/// Neighbours by shared vertices: the facet lists of V1, V2 and V3, with the number 0 for no edge. Only for
+/// growth that every neighbour joins: a long list is walked just once, as all in it have been placed then.
+class AcrossVertices {
+public:
+    template <class Offer>
+    void operator()(CFacet& facet, Offer const& offer) {
+        for (tagVertexNode const* const pVertex : Corners(facet)) {
+            if (pVertex->m_nFacetNum > kLongList && !m_Walked.insert(pVertex).second) continue;
+            for (int i = 0; i < pVertex->m_nFacetNum; ++i) offer(0, *pVertex->m_ppFacet[i]);
+        }
+    }
+
+private:
+    static constexpr int kLongList = 32;
+    std::unordered_set<tagVertexNode const*> m_Walked;  // of the vertices with long lists
+};
+
+/// Grows regions breadth first, one after the other, with the memory of the last one.
+class RegionGrowth {
+public:
+    /// Takes into the seed's region what can be reached from it through neighbours that are not placed and
+    /// that join, and marks it as placed, the seed first.
+    ///
+    /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order.
+    /// - joins(nEdge, member, candidate) decides. A facet that is refused may be asked about again, from
+    ///   another member.
+    /// - visit(wave) gets the facets that joined across the edges of the wave before, in the order of their
+    ///   joining; the seed alone is the first wave and is not visited. Growth ends when it returns false.
+    template <class NeighborsOf, class Joins, class Visit>
+    void Grow(CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins, Visit const& visit) {
+        seed.m_nRegion = kPlaced;
+        m_Wave.assign(1, &seed);
+        while (!m_Wave.empty()) {
+            m_Next.clear();
+            for (CFacet* const pMember : m_Wave) {
+                neighborsOf(*pMember, [this, pMember, &joins](int nEdge, CFacet& candidate) {
+                    if (candidate.m_nRegion == kPlaced || !joins(nEdge, *pMember, candidate)) return;
+                    candidate.m_nRegion = kPlaced;
+                    m_Next.push_back(&candidate);
+                });
+            }
+            if (!visit(std::span<CFacet* const>(m_Next))) return;
+            m_Wave.swap(m_Next);
+        }
+    }
+
+    /// The same, with the region gathered in a surface's facets, the seed first.
+    template <class NeighborsOf, class Joins>
+    void GrowSurface(CFeatureSurface& surface, CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins) {
+        surface.m_aFacet.Add(&seed);
+        Grow(seed, neighborsOf, joins, [&surface](std::span<CFacet* const> wave) {
+            for (CFacet* const pFacet : wave) surface.m_aFacet.Add(pFacet);
+            return true;
+        });
+    }
+
+private:
+    std::vector<CFacet*> m_Wave;
+    std::vector<CFacet*> m_Next;
+};
+
+/// For growth without a judge.
+struct EveryoneJoins {
+    bool operator()(int, CFacet const&, CFacet const&) const { return true; }
+};

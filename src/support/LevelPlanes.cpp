@@ -1,0 +1,20 @@
+// Collecting the level regions of a model.
+
+#include <cmath>
+
+#include "mesh/RegionGrowth.h"
+#include "mesh/STLModel.h"
+
+void CSTLModel::ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult) {
+    RegionGrowth growth;
+    auto const facets = MarkFacetsToPlace(*this, [dTolerance](CFacet const& facet) {
+        float const fFromLevel = 1.0f - std::fabs(facet.m_fNormal[2]);
+        return dTolerance > static_cast<double>(fFromLevel);
+    });
+    for (CFacet* const pSeed : facets) {
+        if (pSeed->m_nRegion == kPlaced) continue;
+        auto* const pSurface = new CFeatureSurface;
+        pResult->m_aSurface.Add(pSurface);
+        growth.GrowSurface(*pSurface, *pSeed, AcrossEdges(), EveryoneJoins());
+    }
+}

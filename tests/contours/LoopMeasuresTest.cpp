@@ -1,0 +1,153 @@
+#include <cmath>
+#include <limits>
+
+#include "contours/LoopTreeNode.h"
+#include "contours/Paths.h"
+
+TEST(GetArea, IsTwiceTheSignedArea) {
+    LoopPtr const pLoop = Square(3, 4, 1);
+    EXPECT_EQ(pLoop->GetArea(), 2.0);
+    EXPECT_EQ(pLoop->GetLoopDirection(), LOOPDIRECT_CCW);
+    LoopPtr const pTurned = ClockwiseSquare(3, 4, 1);
+    EXPECT_EQ(pTurned->GetArea(), -2.0);
+    EXPECT_EQ(pTurned->GetLoopDirection(), LOOPDIRECT_CW);
+}
+
+TEST(GetArea, OfFewerThanThreePointsIsZeroAndCountsAsClockwise) {
+    LoopPtr const pLoop = OpenPath({{0, 0}, {1, 5}});
+    EXPECT_EQ(pLoop->GetArea(), 0.0);
+    EXPECT_EQ(pLoop->GetLoopDirection(), LOOPDIRECT_CW);
+    tagLoopTreeNode none;
+    EXPECT_EQ(none.GetArea(), 0.0);
+    EXPECT_EQ(none.GetLength(), 0.0);
+}
+
+TEST(GetArea, AddsNoClosingEdgeOfItsOwn) {
+    // The fan from the head does not need the closing copy; the third point makes the first triangle.
+    EXPECT_EQ(OpenPath({{0, 0}, {1, 0}, {1, 1}})->GetArea(), 1.0);
+    EXPECT_EQ(OpenPath({{0, 0}, {1, 0}, {1, 1}})->GetLength(), 2.0);
+}
+
+TEST(GetLength, IsTheSumOfTheSegments) {
+    EXPECT_EQ(OpenPath({{0, 0}, {3, 4}, {3, 10}})->GetLength(), 11.0);
+    EXPECT_EQ(OpenPath({{0, 0}})->GetLength(), 0.0);
+    EXPECT_EQ(Square(0, 0, 2)->GetLength(), 8.0);
+}
+
+TEST(GetBoundBox, RefreshesTheCacheThatStaysStaleOtherwise) {
+    LoopPtr const pLoop = Square(0, 0, 1);
+    pLoop->m_pPointList->GetHead().x = -5.0;
+    EXPECT_EQ(pLoop->m_Box.m_ptMin.x, 0.0);
+    CBoundBox2D const box = pLoop->GetBoundBox();
+    EXPECT_EQ(box.m_ptMin.x, -5.0);
+    EXPECT_TRUE(SameBox(box, pLoop->m_Box));
+    tagLoopTreeNode none;
+    none.m_Box = box;
+    EXPECT_TRUE(SameBox(none.GetBoundBox(), CBoundBox2D()));
+    EXPECT_TRUE(SameBox(none.m_Box, CBoundBox2D()));
+}
+
+TEST(JudgeLoopDirection, LooksAtTheTwoEdgesOfTheLeftmostPoint) {
+    EXPECT_EQ(JudgeLoopDirection(Square(0, 0, 1)->m_pPointList), LOOPDIRECT_CCW);
+    EXPECT_EQ(JudgeLoopDirection(ClockwiseSquare(0, 0, 1)->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{5, 0}, {5, 5}, {0, 2}})->m_pPointList), LOOPDIRECT_CCW);
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{5, 0}, {0, 2}, {5, 5}})->m_pPointList), LOOPDIRECT_CW);
+}
+
+TEST(JudgeLoopDirection, OfThreePointsIsClockwiseWhateverTheirOrder) {
+    EXPECT_EQ(JudgeLoopDirection(OpenPath({{0, 0}, {1, 0}, {1, 1}})->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(JudgeLoopDirection(OpenPath({{0, 0}, {1, 1}, {1, 0}})->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(JudgeLoopDirection(nullptr), LOOPDIRECT_CW);
+}
+
+TEST(JudgeLoopDirection, GoesAroundTheEndsOfTheList) {
+    // The leftmost point is the tail, which only an unclosed list has: the point behind it is the second one.
+    EXPECT_EQ(JudgeLoopDirection(OpenPath({{1, 0}, {5, 0}, {5, 5}, {0, 2}})->m_pPointList), LOOPDIRECT_CCW);
+    // The leftmost point is the head: the point before it is the one before the closing copy.
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{0, 2}, {5, 0}, {5, 5}})->m_pPointList), LOOPDIRECT_CCW);
+}
+
+TEST(JudgeLoopDirection, TakesAnUprightEdgeByItsRise) {
+    // Of two leftmost points the first counts: from (0, 4) the way back goes to (0, 0), the way on to (4, 4).
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 4}, {4, 0}, {0, 0}, {0, 4}})->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{0, 4}, {0, 0}, {4, 0}, {4, 4}})->m_pPointList), LOOPDIRECT_CCW);
+}
+
+TEST(ReverseLoop, TurnsPointsAndDirection) {
+    LoopPtr const pLoop = OpenPath({{0, 0}, {1, 0}, {2, 5}});
+    pLoop->m_nDirection = LOOPDIRECT_CCW;
+    pLoop->ReverseLoop();
+    EXPECT_EQ(PlacesOf(*pLoop), (Places{{2, 5}, {1, 0}, {0, 0}}));
+    EXPECT_EQ(Bits(pLoop->m_pPointList->GetHead()), 2u) << "attributes go along";
+    EXPECT_EQ(pLoop->m_nDirection, LOOPDIRECT_CW);
+    ExpectSound(*pLoop->m_pPointList);
+    pLoop->ReverseLoop();
+    EXPECT_EQ(PlacesOf(*pLoop), (Places{{0, 0}, {1, 0}, {2, 5}}));
+    EXPECT_EQ(pLoop->m_nDirection, LOOPDIRECT_CCW);
+}
+
+TEST(ReverseLoop, LeavesAnUndecidedDirection) {
+    LoopPtr const pLoop = Square(0, 0, 1);
+    pLoop->ReverseLoop();
+    EXPECT_EQ(pLoop->m_nDirection, LOOPDIRECT_NONE);
+    EXPECT_EQ(pLoop->GetArea(), -2.0);
+}
+
+TEST(ReverseLoop, LeavesALoopWithoutAListAloneAndTakesAnEmptyOne) {
+    tagLoopTreeNode none;
+    none.m_nDirection = LOOPDIRECT_CCW;
+    none.ReverseLoop();
+    EXPECT_EQ(none.m_nDirection, LOOPDIRECT_CCW);
+    EXPECT_EQ(none.m_pPointList, nullptr);
+    LoopPtr const pEmpty = OpenPath({});
+    pEmpty->m_nDirection = LOOPDIRECT_CW;
+    pEmpty->ReverseLoop();
+    EXPECT_EQ(pEmpty->m_nDirection, LOOPDIRECT_CCW);
+}
+
+TEST(IsInLoop, TellsInsideFromOutside) {
+    // A U, open at the top.
+    LoopPtr const pLoop = ClosedLoop({{0, 0}, {9, 0}, {9, 9}, {6, 9}, {6, 3}, {3, 3}, {3, 9}, {0, 9}});
+    CPoint2D left(1, 5);
+    CPoint2D between(4, 5);
+    CPoint2D right(7, 5);
+    CPoint2D below(4, 2);
+    EXPECT_EQ(IsInLoop(pLoop.get(), left), 1);
+    EXPECT_EQ(IsInLoop(pLoop.get(), between), 0);
+    EXPECT_EQ(IsInLoop(pLoop.get(), right), 1);
+    EXPECT_EQ(IsInLoop(pLoop.get(), below), 1);
+}
+
+TEST(IsInLoop, APointOnTheEdgeOfTheBoxIsOutsideWhateverTheLoop) {
+    LoopPtr const pLoop = Square(0, 0, 4);
+    CPoint2D onBox(4, 2);
+    EXPECT_EQ(IsInLoop(pLoop.get(), onBox), 0);
+    pLoop->m_Box = CBoundBox2D(CPoint2D(1, 1), CPoint2D(3, 3));
+    CPoint2D inLoop(3.5, 2);
+    CPoint2D inBoth(2, 2);
+    EXPECT_EQ(IsInLoop(pLoop.get(), inLoop), 0) << "the cached box decides";
+    EXPECT_EQ(IsInLoop(pLoop.get(), inBoth), 1);
+}
+
+TEST(IsInLoop, OpenPathsAndLoopsWithoutEdgesHoldNothing) {
+    LoopPtr const pOpen = Square(0, 0, 4);
+    pOpen->m_bClosed = 0;
+    CPoint2D point(2, 2);
+    EXPECT_EQ(IsInLoop(pOpen.get(), point), 0);
+    LoopPtr const pPoint = OpenPath({{2, 2}});
+    pPoint->m_bClosed = 1;
+    pPoint->m_Box = CBoundBox2D(CPoint2D(0, 0), CPoint2D(4, 4));
+    EXPECT_EQ(IsInLoop(pPoint.get(), point), 0);
+    tagLoopTreeNode none;
+    none.m_bClosed = 1;
+    none.m_Box = pPoint->m_Box;
+    EXPECT_EQ(IsInLoop(&none, point), 0);
+}
+
+TEST(IsInLoop, AFlatEdgeStandsAtItsEnd) {
+    // The edge from (8, 1) to (2, 1.0000005) is lower than 1e-6, and taken to stand at x = 2.
+    LoopPtr const pLoop = ClosedLoop({{0, 0}, {9, 0}, {8, 1}, {2, 1.0000005}});
+    pLoop->m_Box = CBoundBox2D(CPoint2D(-1, -1), CPoint2D(10, 10));
+    CPoint2D point(5, 1.0000002);
+    EXPECT_EQ(IsInLoop(pLoop.get(), point), 0) << "crossed at 2, and at the left side near 2";
+}
