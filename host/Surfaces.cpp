@@ -19,9 +19,8 @@ constexpr double kUpright = 0.1;
 constexpr std::size_t kListed = 20;
 
 std::vector<CFeatureSurface*> LargestFirst(CSTLModel const& model) {
-    std::vector<CFeatureSurface*> found;
     auto const& surfaces = model.m_SurfaceArray.m_aSurface;
-    for (int i = 0; i < surfaces.GetSize(); ++i) found.push_back(surfaces.GetAt(i));
+    std::vector<CFeatureSurface*> found(surfaces.GetData(), surfaces.GetData() + surfaces.GetSize());
     std::stable_sort(found.begin(), found.end(),
                      [](CFeatureSurface* a, CFeatureSurface* b) { return a->Area() > b->Area(); });
     return found;

@@ -34,10 +34,10 @@ std::vector<CFacet*> MarkFacetsToPlace(CSTLModel const& model, Test const& test)
 /// All three are looked up before the first is offered, since what is done with one may turn its winding.
 struct AcrossEdges {
     template <class Offer>
-    void operator()(CFacet& facet, Offer const& offer) const {
-        std::array<CFacet*, 3> const neighbors = Neighbors(facet);
+    void operator()(CFacet* pFacet, Offer const& offer) const {
+        std::array<CFacet*, 3> const neighbors = Neighbors(*pFacet);
         for (std::size_t k = 0; k < neighbors.size(); ++k) {
-            if (neighbors[k] != nullptr) offer(static_cast<int>(k) + 1, *neighbors[k]);
+            if (neighbors[k] != nullptr) offer(static_cast<int>(k) + 1, neighbors[k]);
         }
     }
 };
@@ -47,10 +47,10 @@ struct AcrossEdges {
 class AcrossVertices {
 public:
     template <class Offer>
-    void operator()(CFacet& facet, Offer const& offer) {
-        for (tagVertexNode const* const pVertex : Corners(facet)) {
+    void operator()(CFacet* pFacet, Offer const& offer) {
+        for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
             if (pVertex->m_nFacetNum > kLongList && !m_Walked.insert(pVertex).second) continue;
-            for (int i = 0; i < pVertex->m_nFacetNum; ++i) offer(0, *pVertex->m_ppFacet[i]);
+            for (int i = 0; i < pVertex->m_nFacetNum; ++i) offer(0, pVertex->m_ppFacet[i]);
         }
     }
 
@@ -59,33 +59,53 @@ private:
     std::unordered_set<tagVertexNode const*> m_Walked;  // of the vertices with long lists
 };
 
-/// Grows regions breadth first, one after the other, with the memory of the last one.
-class RegionGrowth {
+/// Grows regions breadth first, one after the other, with the memory of the last one. Members are facets, or
+/// numbers that stand for them.
+template <class Member>
+class WaveGrowth {
 public:
-    /// Takes into the seed's region what can be reached from it through neighbours that are not placed and
-    /// that join, and marks it as placed, the seed first.
+    /// Takes what can be reached from the seed, wave by wave.
     ///
     /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order.
-    /// - joins(nEdge, member, candidate) decides. A facet that is refused may be asked about again, from
-    ///   another member.
-    /// - visit(wave) gets the facets that joined across the edges of the wave before, in the order of their
-    ///   joining; the seed alone is the first wave and is not visited. Growth ends when it returns false.
+    /// - takes(nEdge, member, candidate) decides whether a neighbour joins, and marks it then: one that has
+    ///   joined must not be taken again. One that is refused may be offered again, by another member.
+    /// - visit(wave) gets those that joined beside the wave before, in the order of their joining; the seed
+    ///   alone is the first wave and is not visited. Growth ends when it returns false.
+    template <class NeighborsOf, class Takes, class Visit>
+    void Grow(Member seed, NeighborsOf&& neighborsOf, Takes const& takes, Visit const& visit) {
+        m_Wave.assign(1, seed);
+        while (!m_Wave.empty()) {
+            m_Next.clear();
+            for (Member const member : m_Wave) {
+                neighborsOf(member, [this, member, &takes](int nEdge, Member candidate) {
+                    if (takes(nEdge, member, candidate)) m_Next.push_back(candidate);
+                });
+            }
+            if (!visit(std::span<Member const>(m_Next))) return;
+            m_Wave.swap(m_Next);
+        }
+    }
+
+private:
+    std::vector<Member> m_Wave;
+    std::vector<Member> m_Next;
+};
+
+/// Grows regions of facets that are not placed yet, and marks what joins as placed.
+class RegionGrowth {
+public:
+    /// As WaveGrowth::Grow, where joins(nEdge, member, candidate) decides for a facet that is not placed.
     template <class NeighborsOf, class Joins, class Visit>
     void Grow(CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins, Visit const& visit) {
         seed.m_nRegion = kPlaced;
-        m_Wave.assign(1, &seed);
-        while (!m_Wave.empty()) {
-            m_Next.clear();
-            for (CFacet* const pMember : m_Wave) {
-                neighborsOf(*pMember, [this, pMember, &joins](int nEdge, CFacet& candidate) {
-                    if (candidate.m_nRegion == kPlaced || !joins(nEdge, *pMember, candidate)) return;
-                    candidate.m_nRegion = kPlaced;
-                    m_Next.push_back(&candidate);
-                });
-            }
-            if (!visit(std::span<CFacet* const>(m_Next))) return;
-            m_Wave.swap(m_Next);
-        }
+        m_Growth.Grow(
+            &seed, neighborsOf,
+            [&joins](int nEdge, CFacet* pMember, CFacet* pCandidate) {
+                if (pCandidate->m_nRegion == kPlaced || !joins(nEdge, *pMember, *pCandidate)) return false;
+                pCandidate->m_nRegion = kPlaced;
+                return true;
+            },
+            visit);
     }
 
     /// The same, with the region gathered in a surface's facets, the seed first.
@@ -99,8 +119,7 @@ public:
     }
 
 private:
-    std::vector<CFacet*> m_Wave;
-    std::vector<CFacet*> m_Next;
+    WaveGrowth<CFacet*> m_Growth;
 };
 
 /// For growth without a judge.

@@ -71,7 +71,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kBlockSize = 64 * 1024;
+    static constexpr std::size_t kBlockSize = std::size_t{1} << 16;
 
     bool Refill() {
         m_nNext = 0;

@@ -133,6 +133,8 @@ void WriteStrip(CSTLModel& model, CFacet& seed, bool bRotate, FILE* pFile, Point
 
 }  // namespace
 
+// The origin comes by value: so the interface has it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void CSTLModel::WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dScale, CPoint3D ptOrigin) {
     AddToCounter(m_nCSMFacetCount, 1);
     // Edge 1 goes on as (A, B) and edge 3 as (C, A); edge 2, which a record cannot name, is made edge 1.
@@ -155,8 +157,10 @@ void CSTLModel::WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dS
     std::fwrite(record.data(), 1, static_cast<std::size_t>(pEnd - record.data()), fp);
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void CSTLModel::WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, double dScale,
                               CPoint3D ptOrigin) {
+    // NOLINTEND(performance-unnecessary-value-param)
     AddToCounter(m_nCSMFacetCount, 1);
     tagVertexNode& vertex = *Corners(*pFacet)[static_cast<std::size_t>(nVertex - 1)];
     unsigned const nCode = kRecord | (nEdge < 3 ? kSharesFirstEdge : 0u);

@@ -1,10 +1,15 @@
 // Dividing a model's facets into feature surfaces.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "mesh/FacetCorners.h"
+#include "mesh/FacetGraph.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
 #include "support/RimWalk.h"
@@ -45,6 +50,86 @@ std::vector<CFacet*> DissolveSurfaces(CSTLModel& model) {
     for (int i = 0; i < surfaces.m_nSize; ++i) surfaces[i]->m_aFacet.RemoveAll();
     model.m_SurfaceArray.RemoveAllSurface();
     return facets;
+}
+
+// What a walk over a graph wants to know of a facet, so that it need not look at the facet.
+struct SimilarFacet {
+    double dArea;
+    std::array<bool, 3> joins;  // whether the neighbours are similar
+};
+
+// A judge that only compares may be asked in any order: this is the one in which facets lie in memory.
+std::vector<SimilarFacet> CompareNeighbors(FacetGraph const& graph, double dDistance2) {
+    std::vector<SimilarFacet> similar(graph.Size());
+    for (std::uint32_t i = 0; i < graph.Size(); ++i) {
+        CFacet& facet = graph.Facet(i);
+        similar[i].dArea = facet.Area();
+        for (std::size_t k = 0; k < 3; ++k) {
+            std::uint32_t const n = graph.Neighbors(i)[k];
+            similar[i].joins[k] =
+                n != FacetGraph::kNone && dDistance2 > NormalDistance2(facet, graph.Facet(n));
+        }
+    }
+    return similar;
+}
+
+// What ExtractFeatherSurf does with JionJudgeFun, and the areas of the surfaces, which it adds up on its way.
+void GrowSimilarSurfaces(FacetGraph const& graph, double dDistance2, CSurfaceArray& surfaces) {
+    std::vector<SimilarFacet> const similar = CompareNeighbors(graph, dDistance2);
+    std::vector<std::uint8_t> placed(graph.Size(), 0);
+    auto const neighborsOf = [&graph, &similar](std::uint32_t n, auto const& offer) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            if (similar[n].joins[k]) offer(static_cast<int>(k) + 1, graph.Neighbors(n)[k]);
+        }
+    };
+    auto const takes = [&placed](int, std::uint32_t, std::uint32_t nCandidate) {
+        return std::exchange(placed[nCandidate], std::uint8_t{1}) == 0;
+    };
+    WaveGrowth<std::uint32_t> growth;
+    for (std::uint32_t nSeed = 0; nSeed < graph.Size(); ++nSeed) {
+        if (placed[nSeed] != 0 || FacetGraph::NumberOf(graph.Facet(nSeed)) != nSeed) continue;
+        placed[nSeed] = 1;
+        CFeatureSurface& surface = AddSurface(surfaces);
+        double dArea = 0.0;
+        auto const add = [&](std::uint32_t n) {
+            surface.m_aFacet.Add(&graph.Facet(n));
+            dArea += similar[n].dArea;
+        };
+        add(nSeed);
+        growth.Grow(nSeed, neighborsOf, takes, [&add](std::span<std::uint32_t const> wave) {
+            for (std::uint32_t const n : wave) add(n);
+            return true;
+        });
+        surface.m_dArea = dArea;
+    }
+}
+
+// What FindSurfaceVerge does, for all surfaces. All marks are 0 afterwards.
+void FindVerges(FacetGraph const& graph, CSurfaceArray const& surfaces) {
+    for (std::uint32_t i = 0; i < graph.Size(); ++i) FacetGraph::SetNumber(graph.Facet(i), i);
+    std::vector<std::int32_t> surfaceOf(graph.Size(), 0);
+    auto const& array = surfaces.m_aSurface;
+    for (int i = 0; i < array.m_nSize; ++i) {
+        ForEachFacet(array[i]->m_aFacet,
+                     [&surfaceOf, i](CFacet const& facet) { surfaceOf[FacetGraph::NumberOf(facet)] = i; });
+    }
+    for (int i = 0; i < array.m_nSize; ++i) {
+        auto& verges = array[i]->m_VergeList;
+        verges.RemoveAll();
+        auto const isRim = [&graph, &surfaceOf, i](CFacet& facet) {
+            auto const& neighbors = graph.Neighbors(FacetGraph::NumberOf(facet));
+            auto const isOutside = [&surfaceOf, i](std::uint32_t n) {
+                return n == FacetGraph::kNone || surfaceOf[n] != i;
+            };
+            return std::array<bool, 3>{isOutside(neighbors[0]), isOutside(neighbors[1]),
+                                       isOutside(neighbors[2])};
+        };
+        WalkRim(array[i]->m_aFacet, isRim, [&verges](tagVertexNode* pStart, tagVertexNode* pEnd) {
+            verges.AddTail(pStart);
+            verges.AddTail(pEnd);
+        });
+    }
+    for (std::uint32_t i = 0; i < graph.Size(); ++i) graph.Facet(i).m_nRegion = 0;
 }
 
 // The square of the distance of normals below which a small surface of this area merges.
@@ -136,12 +221,14 @@ void CSTLModel::UnionSmallSurface() {
     DropEmptySurfaces(surfaces);
 }
 
+// The three steps are ExtractFeatherSurf, UnionSmallSurface and FindSurfaceVerge on every surface, with the
+// neighbours looked up once for the first and the last.
 void CSTLModel::ExtractSurfaceAndEdge() {
     double const s = std::sin(kHalfJoinAngle);
-    ExtractFeatherSurf(JionJudgeFun, s * 4.0 * s);
+    FacetGraph const graph(DissolveSurfaces(*this));
+    GrowSimilarSurfaces(graph, s * 4.0 * s, m_SurfaceArray);
     UnionSmallSurface();
-    auto const& surfaces = m_SurfaceArray.m_aSurface;
-    for (int i = 0; i < surfaces.m_nSize; ++i) surfaces[i]->FindSurfaceVerge();
+    FindVerges(graph, m_SurfaceArray);
 }
 
 int CSTLModel::EightClassifyFun(int nClass, CFacet* pSeed, CFacet* pCandidate, double d) {

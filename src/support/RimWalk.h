@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "foundation/Array.h"
@@ -9,24 +10,33 @@ inline void MarkFacets(XR_CArray<CFacet*, CFacet*> const& facets, std::int32_t n
     for (int i = 0; i < facets.m_nSize; ++i) facets.m_pData[i]->m_nRegion = nMark;
 }
 
-/// Calls visit(start, end) for each edge of the group that has no neighbour in the group: facet by facet in
-/// the order V1V2, V2V3, V3V1, directed as the facet is wound. All three neighbours of a facet are looked up
-/// before its edges are visited, and only the facets that are there at the beginning are walked: the visitor
-/// may add facets to a model, this one too.
-///
-/// m_nRegion marks the members, and is 0 on all of them afterwards.
-template <class Visit>
-void WalkRim(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
-    MarkFacets(facets, 1);
+/// Calls visit(start, end) for each edge k (from 0) of a facet of the group that isRim(facet)[k] says to be
+/// on the rim: facet by facet in the order V1V2, V2V3, V3V1, directed as the facet is wound. Only the facets
+/// that are there at the beginning are walked: the visitor may add facets to a model, this one too.
+template <class IsRim, class Visit>
+void WalkRim(XR_CArray<CFacet*, CFacet*> const& facets, IsRim const& isRim, Visit const& visit) {
     int const nFacets = facets.m_nSize;
     for (int i = 0; i < nFacets; ++i) {
         CFacet& facet = *facets.m_pData[i];
         auto const edges = DirectedEdges(facet);
-        auto const neighbors = Neighbors(facet);
+        std::array<bool, 3> const rim = isRim(facet);
         for (std::size_t k = 0; k < edges.size(); ++k) {
-            if (neighbors[k] == nullptr || neighbors[k]->m_nRegion == 0)
-                visit(edges[k].pStart, edges[k].pEnd);
+            if (rim[k]) visit(edges[k].pStart, edges[k].pEnd);
         }
     }
+}
+
+/// The rim of the group: the edges that have no neighbour in it.
+///
+/// m_nRegion marks the members, and is 0 on all of them afterwards.
+template <class Visit>
+void WalkRim(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
+    auto const isRim = [](CFacet& facet) {
+        auto const isOutside = [](CFacet const* p) { return p == nullptr || p->m_nRegion == 0; };
+        auto const [p1, p2, p3] = Neighbors(facet);
+        return std::array<bool, 3>{isOutside(p1), isOutside(p2), isOutside(p3)};
+    };
+    MarkFacets(facets, 1);
+    WalkRim(facets, isRim, visit);
     MarkFacets(facets, 0);
 }

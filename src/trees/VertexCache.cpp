@@ -98,7 +98,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     if (!m_bOn) return 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         PrefetchLine(hashes[i]);
-        m_Heights.Prefetch(points[i]->z);
+        if (IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
     }
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {

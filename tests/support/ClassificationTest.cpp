@@ -316,3 +316,32 @@ TEST(Classification, SmallSurfacesMergeAsTheLiteralOnesDo) {
         ExpectClassificationState(real);
     }
 }
+
+TEST(Classification, ReadyMadeSequenceIsItsThreeSteps) {
+    for (std::uint32_t nSeed = 0; nSeed < 210; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        shapes::Mesh const mesh = RandomParts(nSeed).Make(nSeed);
+        NumberedModel whole(mesh), steps(mesh);
+        // Twice, so that the second time starts from other surfaces.
+        for (int nTime = 0; nTime < 2; ++nTime) {
+            whole.model.ExtractSurfaceAndEdge();
+            steps.model.ExtractFeatherSurf(CSTLModel::JionJudgeFun, JoinDistance2());
+            steps.model.UnionSmallSurface();
+            auto const& expected = steps.model.m_SurfaceArray.m_aSurface;
+            auto const& surfaces = whole.model.m_SurfaceArray.m_aSurface;
+            ASSERT_EQ(steps.Numbers(steps.model.m_SurfaceArray), whole.Numbers(whole.model.m_SurfaceArray));
+            for (int i = 0; i < surfaces.GetSize(); ++i) {
+                expected[i]->FindSurfaceVerge();
+                ASSERT_EQ(expected[i]->m_dArea, surfaces[i]->m_dArea);
+                ASSERT_EQ(expected[i]->m_VergeList.GetCount(), surfaces[i]->m_VergeList.GetCount());
+                XR__POSITION* a = expected[i]->m_VergeList.GetHeadPosition();
+                XR__POSITION* b = surfaces[i]->m_VergeList.GetHeadPosition();
+                while (a != nullptr) {
+                    int const nExpected = expected[i]->m_VergeList.GetNext(a)->m_nIndex;
+                    ASSERT_EQ(nExpected, surfaces[i]->m_VergeList.GetNext(b)->m_nIndex);
+                }
+            }
+            ExpectClassificationState(whole);
+        }
+    }
+}

@@ -114,6 +114,44 @@ done
 [ ! -e wrong.stl ] || fail "a file for wrong arguments"
 expect 1 "$varnet" support missing.stl -o wrong.stl
 expect 1 "$varnet" support fixed.stl -o nofolder/support.stl
+
+# ---- converting
+
+for option in '' --floats --ring --plain; do
+    expect 0 "$varnet" convert made/bracket.stl to.csm $option
+    grep -qE 'facets +1,060, read back 1,060$' out || fail "facets of convert $option"
+    grep -qE 'largest coordinate error, mm +(0|0\.00[01][0-9]*|[0-9.]+e-0[5-9])$' out || fail "error of convert $option"
+    expect 0 "$varnet" info to.csm
+    grep -qE 'facets +1,060$' out || fail "info of convert $option"
+    expect 0 "$varnet" convert to.csm back.stl
+    [ "$(stat -c %s back.stl)" -eq $((84 + 50 * 1060)) ] || fail "the way back of convert $option"
+done
+grep -q 'plain CSM -> binary STL' out || fail "the formats of a conversion"
+printf 'a part CSM5.0' >header
+expect 0 "$varnet" convert made/bracket_ascii.stl to.csm --header header
+head -c 13 to.csm | cmp - header || fail "the header"
+grep -q 'ASCII STL -> CSM in strips' out || fail "the formats with a header"
+printf 'no tag' >header
+expect 1 "$varnet" convert made/bracket.stl not.csm --header header
+for wrong in 'to.foo' 'to.stl --ring' 'to.csm --ring --plain' 'to.csm --plain --floats' 'to.csm --ring --header header'; do
+    # shellcheck disable=SC2086
+    expect 2 "$varnet" convert made/bracket.stl $wrong
+done
+[ ! -e not.csm ] && [ ! -e to.foo ] || fail "a file for wrong arguments"
+{ head -c 80 made/bracket.stl; head -c 176 /dev/zero; tail -c +81 made/bracket.stl; } >part.oltp
+expect 0 "$varnet" info part.oltp
+grep -q 'OLTP' out && grep -q '1,060 of 1,061 announced' out || fail "OLTP"
+printf '<VERTICES>\n<VERTEX x="0" y="0" z="0"/>\n<VERTEX x="9" y="0" z="0"/>\n<VERTEX x="0" y="9" z="0"/>\n</VERTICES>\n<TRIANGLES>\n<TRIANGLE a="0" b="1" c="2"/>\n</TRIANGLES>\n' >part.3dmf
+expect 0 "$varnet" convert part.3dmf to.stl
+grep -q '3DMF -> binary STL' out && [ "$(stat -c %s to.stl)" -eq 134 ] || fail "3DMF"
+cp part.3dmf part.xml
+expect 0 "$varnet" info part.xml
+grep -q '3DMF' out || fail "3DMF by its content"
+expect 0 "$varnet" convert made/bracket.stl ring.csm --ring
+head -c 2000 ring.csm >cut.csm
+expect 1 "$varnet" info cut.csm
+grep -q 'cut.csm: the file ends inside' err || fail "message for a ring stream cut short"
+expect 1 "$varnet" convert made/bracket.stl nofolder/to.csm
 ls -R | grep -q '\.part$' && fail "a half-written file is left"
 
 exit 0

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "mesh/FacetCorners.h"
+
+/// Facets by numbers, and the numbers of their neighbours across V1V2, V2V3 and V3V1.
+///
+/// A walk that goes breadth first jumps about in memory, and looking up a neighbour touches a dozen records.
+/// Here they are looked up in the order of the facets, in which neighbours mostly lie near each other, and
+/// the walk touches twelve bytes a facet. It is right as long as nobody changes corners or adds facets.
+class FacetGraph {
+public:
+    static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
+
+    /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards; it must not be below
+    /// 0 before. A facet that stands in the order twice has its first number.
+    explicit FacetGraph(std::vector<CFacet*> facets)
+        : m_Facets(std::move(facets)), m_Neighbors(m_Facets.size()) {
+        for (std::uint32_t i = 0; i < Size(); ++i) {
+            if (m_Facets[i]->m_nRegion >= 0) SetNumber(*m_Facets[i], i);
+        }
+        for (std::uint32_t i = 0; i < Size(); ++i) {
+            std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
+            for (std::size_t k = 0; k < neighbors.size(); ++k) m_Neighbors[i][k] = Find(neighbors[k]);
+        }
+    }
+
+    std::uint32_t Size() const { return static_cast<std::uint32_t>(m_Facets.size()); }
+    CFacet& Facet(std::uint32_t n) const { return *m_Facets[n]; }
+    std::array<std::uint32_t, 3> const& Neighbors(std::uint32_t n) const { return m_Neighbors[n]; }
+
+    /// The number of one of the facets, from its m_nRegion, which is below 0 for the numbers.
+    static std::uint32_t NumberOf(CFacet const& facet) {
+        return static_cast<std::uint32_t>(-1 - facet.m_nRegion);
+    }
+    static void SetNumber(CFacet& facet, std::uint32_t n) {
+        facet.m_nRegion = -1 - static_cast<std::int32_t>(n);
+    }
+
+private:
+    // A facet that is not one of these counts as none.
+    std::uint32_t Find(CFacet const* pFacet) const {
+        if (pFacet == nullptr || pFacet->m_nRegion >= 0) return kNone;
+        std::uint32_t const n = NumberOf(*pFacet);
+        return n < Size() && m_Facets[n] == pFacet ? n : kNone;
+    }
+
+    std::vector<CFacet*> m_Facets;
+    std::vector<std::array<std::uint32_t, 3>> m_Neighbors;
+};
