@@ -1,11 +1,11 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 // The commands of the varnet program. Each prints its result to standard output, and throws Failure when it
-// cannot do its work.
+// cannot do its work, and UsageError when it
+// was asked for something that there is not.
 
 struct InfoOptions {
     std::vector<std::string> files;
@@ -48,6 +48,16 @@ struct SupportOptions {
     bool bJson = false;
 };
 void RunSupport(SupportOptions const& options);
+
+struct ConvertOptions {
+    std::string input;
+    std::string output;
+    bool bFloats = false;
+    bool bRing = false;
+    bool bPlain = false;
+    std::string header;  ///< file with the header of a CSM file in strips; none when empty
+};
+void RunConvert(ConvertOptions const& options);
 
 struct DemoOptions {
     std::string folder = "varnet-demo";

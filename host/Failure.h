@@ -10,3 +10,9 @@ public:
     /// With the name of the file that it is about.
     Failure(std::string const& file, std::string const& what) : std::runtime_error(file + ": " + what) {}
 };
+
+/// What is wrong with how the program was started.
+class UsageError : public Failure {
+public:
+    using Failure::Failure;
+};

@@ -10,30 +10,20 @@
 
 namespace {
 
-constexpr int kAscii = 1;
-
-char const* TypeName(int nType) {
-    switch (nType) {
-        case 1:
-            return "ASCII STL";
-        case 2:
-            return "binary STL";
-        default:
-            return "unknown";
-    }
-}
+// Whether the file says how many facets it has. What the library has in m_nTotalFacet for other kinds is a
+// guess for progress.
+bool IsAnnounced(FileKind kind) { return kind == FileKind::kBinaryStl || kind == FileKind::kOltp; }
 
 nlohmann::json PointJson(CPoint3D const& p) { return {p.x, p.y, p.z}; }
 
 std::string PointText(CPoint3D const& p) { return Number(p.x) + "  " + Number(p.y) + "  " + Number(p.z); }
 
-// Facets that the file announces. An ASCII file announces none: what the library has for it is a guess for
-// progress.
-nlohmann::json ToJson(std::string const& file, CSTLModel const& model, ModelFacts const& facts) {
+nlohmann::json ToJson(std::string const& file, FileKind kind, CSTLModel const& model,
+                      ModelFacts const& facts) {
     nlohmann::json json;
     json["file"] = file;
-    json["type"] = TypeName(model.m_Status.m_nFileType);
-    bool const bAnnounced = model.m_Status.m_nFileType != kAscii;
+    json["type"] = NameOf(kind);
+    bool const bAnnounced = IsAnnounced(kind);
     json["announced"] =
         bAnnounced ? nlohmann::json(static_cast<std::uint32_t>(model.m_nTotalFacet)) : nullptr;
     json["facets"] = facts.nFacets;
@@ -49,10 +39,10 @@ nlohmann::json ToJson(std::string const& file, CSTLModel const& model, ModelFact
     return json;
 }
 
-void PrintTable(std::string const& file, CSTLModel const& model, ModelFacts const& facts) {
+void PrintTable(std::string const& file, FileKind kind, CSTLModel const& model, ModelFacts const& facts) {
     Table table(file);
-    table.Add("type", TypeName(model.m_Status.m_nFileType));
-    if (model.m_Status.m_nFileType == kAscii) {
+    table.Add("type", NameOf(kind));
+    if (!IsAnnounced(kind)) {
         table.Add("facets", Count(facts.nFacets));
     } else {
         auto const nAnnounced = static_cast<std::uint32_t>(model.m_nTotalFacet);
@@ -99,8 +89,9 @@ void RunInfo(InfoOptions const& options) {
     std::size_t nFailed = 0;
     for (std::string const& file : options.files) {
         CSTLModel model;
+        FileKind kind{};
         try {
-            ReadModel(file, model);
+            kind = ReadModel(file, model);
         } catch (Failure const& failure) {
             ThrowIfInterrupted();
             std::fprintf(stderr, "varnet: %s\n", failure.what());
@@ -109,9 +100,9 @@ void RunInfo(InfoOptions const& options) {
         }
         ModelFacts const facts = FactsOf(model);
         if (options.bJson) {
-            all.push_back(ToJson(file, model, facts));
+            all.push_back(ToJson(file, kind, model, facts));
         } else {
-            PrintTable(file, model, facts);
+            PrintTable(file, kind, model, facts);
         }
     }
     if (options.bJson) {

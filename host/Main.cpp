@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "Commands.h"
+#include "Failure.h"
 #include "Progress.h"
 
 namespace {
@@ -15,7 +16,7 @@ constexpr int kUsage = 2;
 void AddSupport(CLI::App& app, SupportOptions& support) {
     CLI::App* const pSupport =
         app.add_subcommand("support", "Find what hangs in the air and write support solids for it");
-    pSupport->add_option("IN", support.input, "STL file to read")->required();
+    pSupport->add_option("IN", support.input, "Mesh file to read")->required();
     pSupport->add_option("-o", support.output, "STL file to write the solids to")->required();
     pSupport->add_option("--ply", support.ply, "PLY file to write, with the regions coloured");
     pSupport->add_option("--angle", support.dAngle, "Faces less than this from straight down need support")
@@ -53,28 +54,28 @@ int Run(int argc, char** argv) {
     InfoOptions info;
     CLI::App* const pInfo =
         app.add_subcommand("info", "Say what a file holds: counts, box, area, volume, open edges");
-    pInfo->add_option("FILE", info.files, "STL files")->required();
+    pInfo->add_option("FILE", info.files, "Mesh files: STL, CSM, 3DMF, OLTP")->required();
     pInfo->add_flag("--json", info.bJson, "Print JSON instead of a table");
     pInfo->callback([&info] { RunInfo(info); });
 
     RepairOptions repair;
     CLI::App* const pRepair = app.add_subcommand(
         "repair", "Make the winding consistent and outward, drop bad facets, and write binary STL");
-    pRepair->add_option("IN", repair.input, "STL file to read")->required();
+    pRepair->add_option("IN", repair.input, "Mesh file to read")->required();
     pRepair->add_option("OUT", repair.output, "STL file to write")->required();
     pRepair->callback([&repair] { RunRepair(repair); });
 
     SplitOptions split;
     CLI::App* const pSplit = app.add_subcommand(
         "split", "Write each connected shell to a file of its own: part_1.STL, part_2.STL");
-    pSplit->add_option("IN", split.input, "STL file to read")->required();
+    pSplit->add_option("IN", split.input, "Mesh file to read")->required();
     pSplit->add_option("-o", split.folder, "Folder for the files")->required();
     pSplit->callback([&split] { RunSplit(split); });
 
     SurfacesOptions surfaces;
     CLI::App* const pSurfaces =
         app.add_subcommand("surfaces", "Divide a part into surfaces: count, areas, rim lengths");
-    pSurfaces->add_option("IN", surfaces.input, "STL file to read")->required();
+    pSurfaces->add_option("IN", surfaces.input, "Mesh file to read")->required();
     pSurfaces->add_option("-o", surfaces.output, "PLY file to write, with a colour for each surface");
     pSurfaces
         ->add_option("--judge", surfaces.judge,
@@ -85,6 +86,22 @@ int Run(int argc, char** argv) {
 
     SupportOptions support;
     AddSupport(app, support);
+
+    ConvertOptions convert;
+    CLI::App* const pConvert = app.add_subcommand(
+        "convert", "Write a mesh file in another format (OUT.stl or OUT.csm), and say what it lost");
+    pConvert->add_option("IN", convert.input, "Mesh file to read: STL, CSM, 3DMF, OLTP")->required();
+    pConvert->add_option("OUT", convert.output, "File to write: .stl, or .csm, in strips of 16-bit points")
+        ->required();
+    CLI::Option* const pFloats =
+        pConvert->add_flag("--floats", convert.bFloats, "CSM strips with float points");
+    CLI::Option* const pRing = pConvert->add_flag("--ring", convert.bRing, "CSM ring stream, 24-bit points");
+    CLI::Option* const pPlain = pConvert->add_flag("--plain", convert.bPlain, "Plain CSM, float points");
+    CLI::Option* const pHeader =
+        pConvert->add_option("--header", convert.header, "File with the header text of CSM strips");
+    pRing->excludes(pFloats, pPlain, pHeader);
+    pPlain->excludes(pFloats, pHeader);
+    pConvert->callback([&convert] { RunConvert(convert); });
 
     DemoOptions demo;
     CLI::App* const pDemo = app.add_subcommand("demo", "Make a part and run everything on it");
@@ -105,6 +122,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
+    } catch (UsageError const& error) {
+        std::fprintf(stderr, "varnet: %s\n", error.what());
+        return kUsage;
     } catch (std::exception const& error) {
         std::fprintf(stderr, "varnet: %s\n", error.what());
     }

@@ -17,9 +17,17 @@ private:
     std::u16string m_Text;
 };
 
-/// Reads an STL file into the model, with a progress bar. Throws Failure with what is wrong with the file, or
-/// when the read was interrupted.
-void ReadModel(std::string const& file, CSTLModel& model);
+/// What a file is, as its content tells it, or where that tells nothing its name.
+enum class FileKind { kAsciiStl, kBinaryStl, kOltp, kThreeDmf, kPlainCsm, kStripCsm, kRingCsm };
+
+/// Throws Failure when the file cannot be read, or is none of these.
+FileKind KindOf(std::string const& file);
+/// "binary STL"
+char const* NameOf(FileKind kind);
+
+/// Reads a file of any kind into the model, with a progress bar, and says which it was. Throws Failure with
+/// what is wrong with the file, or when the read was interrupted.
+FileKind ReadModel(std::string const& file, CSTLModel& model);
 
 /// Writes the model as binary STL. The file appears under its name only when it is complete: a failure or
 /// Ctrl-C leaves what was there before. Throws Failure.

@@ -65,7 +65,8 @@ public:
 private:
     void ReplayStep() {
         char const* const p = m_Bytes.Take(2, "the steps");
-        int const nPosition = static_cast<signed char>(p[0]);
+        int const nByte = static_cast<unsigned char>(p[0]);
+        int const nPosition = nByte < 128 ? nByte : nByte - 256;
         std::size_t const nRun = static_cast<unsigned char>(p[1]);
         ++m_Stream.nSteps;
         if (nPosition == 0) {

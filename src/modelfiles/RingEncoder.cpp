@@ -1,7 +1,9 @@
 #include "modelfiles/RingEncoder.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
 namespace {
@@ -9,8 +11,7 @@ namespace {
 // The longest run that a step can state, and the most edges beyond a run that are looked at.
 constexpr int kLongestRun = 127;
 
-// A vertex with more facets than this is searched from the other end of the edge where that has fewer: both
-// lists hold the facets at the edge in the same order.
+// Vertices of more facets than this are not walked where the other end of the edge has fewer.
 constexpr int kLongFacetList = 32;
 
 // The corner of the facet that is neither a nor b, two of its corners.
@@ -21,18 +22,30 @@ tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVe
 }
 
 // The edge from a to b with the facet beyond it: of the marked facets in a's list that have b as a corner the
-// last one. The winding is not looked at.
-tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b) {
-    tagVertexNode const* pWalked = a;
-    tagVertexNode const* pWanted = b;
-    if (a->m_nFacetNum > kLongFacetList && b->m_nFacetNum < a->m_nFacetNum) std::swap(pWalked, pWanted);
+// last one. The winding is not looked at. The lists of both ends hold the facets at the edge in the same
+// order: walked is the one of pNear, an end that is at hand.
+tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode const* pNear) {
+    tagVertexNode const* pWalked = pNear;
+    tagVertexNode const* pWanted = pNear == a ? b : a;
+    if (pWalked->m_nFacetNum > kLongFacetList && pWanted->m_nFacetNum < pWalked->m_nFacetNum) {
+        std::swap(pWalked, pWanted);
+    }
     for (int i = pWalked->m_nFacetNum; i > 0; --i) {
         CFacet* const pFacet = pWalked->m_ppFacet[i - 1];
         if (pFacet->m_nRegion != 0 && HasCorner(*pFacet, pWanted)) {
-            return {a, b, OppositeCorner(*pFacet, a, b), pFacet};
+            tagVertexNode* const pOpposite = OppositeCorner(*pFacet, a, b);
+            Prefetch(pOpposite);
+            return {a, b, pOpposite, pFacet};
         }
     }
     return {a, b, nullptr, nullptr};
+}
+
+// Has the vertex's facets brought near, where they are few: the next edges will be made from them.
+void BringFacetsNear(tagVertexNode const& vertex) {
+    constexpr int kFew = 12;
+    int const nFacets = std::min(vertex.m_nFacetNum, kFew);
+    for (int i = 0; i < nFacets; ++i) Prefetch(vertex.m_ppFacet[i]);
 }
 
 }  // namespace
@@ -102,7 +115,7 @@ void RingEncoder::Start(CFacet& seed) {
     m_Points.assign({seed.m_pVertex1, seed.m_pVertex2, seed.m_pVertex3});
     seed.m_nRegion = 0;
     for (DirectedEdge const& edge : DirectedEdges(seed)) {
-        m_Ring.AddTail(FindRingEdgeFacet(edge.pStart, edge.pEnd));
+        m_Ring.AddTail(FindRingEdgeFacet(edge.pStart, edge.pEnd, edge.pStart));
     }
 }
 
@@ -114,6 +127,8 @@ RingEncoder::Choice RingEncoder::ChooseStep() const {
     if (head.m_pFacet == nullptr) return {0, CountOpenEdges()};
     if (nSize == 1) return {1, 1};
 
+    Prefetch(head.m_pOpposite->m_ppFacet);
+
     // The edges at the tail that belong to the head's run, across the seam of the ring.
     int nTail = 0;
     std::size_t nEnd = nSize;
@@ -123,6 +138,7 @@ RingEncoder::Choice RingEncoder::ChooseStep() const {
     }
     if (nEnd == 0) return {1, static_cast<int>(nSize)};
 
+    BringFacetsNear(*head.m_pOpposite);
     Choice choice = FindInnerRun(nEnd);
     if (choice.nPosition == 1 && nTail != 0) {
         choice.nPosition = -nTail;
@@ -192,8 +208,8 @@ void RingEncoder::CloseRun(int nRun) {
     for (std::size_t i = 0; i < nEdges; ++i) m_Ring.At(i).m_pFacet->m_nRegion = 0;
     m_Ring.RemoveHead(nEdges);
     m_Points.push_back(pTop);
-    m_Ring.AddHead(FindRingEdgeFacet(pTop, b));
-    m_Ring.AddHead(FindRingEdgeFacet(a, pTop));
+    m_Ring.AddHead(FindRingEdgeFacet(pTop, b, pTop));
+    m_Ring.AddHead(FindRingEdgeFacet(a, pTop, pTop));
 }
 
 void RingEncoder::AddStep(Choice const& choice) {

@@ -73,6 +73,23 @@ struct Continuation {
     StripFacet next;
 };
 
+// Vertices of more facets than this are not walked where the other end of the edge has fewer.
+constexpr int kLongFacetList = 32;
+
+// As CFacet::FindNeighborFacetRightNormal across the edge, but through the list of the end that is rather at
+// hand, which is not that of the newest vertex: the lists of both ends hold the facets at the edge in the
+// same order.
+CFacet* FindNeighbor(CFacet const* pFacet, DirectedEdge const& edge, bool bEndIsNewest) {
+    tagVertexNode const* pWalked = bEndIsNewest ? edge.pStart : edge.pEnd;
+    tagVertexNode const* const pOther = bEndIsNewest ? edge.pEnd : edge.pStart;
+    if (pWalked->m_nFacetNum > kLongFacetList && pOther->m_nFacetNum < pWalked->m_nFacetNum) pWalked = pOther;
+    for (int i = 0; i < pWalked->m_nFacetNum; ++i) {
+        CFacet* const pFound = pWalked->m_ppFacet[i];
+        if (pFound != pFacet && HasDirectedEdge(*pFound, edge.pEnd, edge.pStart)) return pFound;
+    }
+    return nullptr;
+}
+
 // The first facet across the edges of the present one, in their order, that is marked and has its winding in
 // agreement.
 Continuation FindContinuation(StripFacet const& present) {
@@ -80,7 +97,7 @@ Continuation FindContinuation(StripFacet const& present) {
     for (int nEdge = 1; nEdge <= 3; ++nEdge) {
         DirectedEdge const edge = {corner[static_cast<std::size_t>(nEdge - 1)],
                                    corner[static_cast<std::size_t>(nEdge % 3)]};
-        CFacet* const pFacet = present.pFacet->FindNeighborFacetRightNormal(edge.pStart, edge.pEnd);
+        CFacet* const pFacet = FindNeighbor(present.pFacet, edge, nEdge == 3);
         if (pFacet == nullptr || pFacet->m_nRegion == 0) continue;
         if (int const nVertex = CornerOffEdge(*pFacet, edge)) return {nEdge, {pFacet, nVertex}};
     }
@@ -133,8 +150,8 @@ void WriteStrip(CSTLModel& model, CFacet& seed, bool bRotate, FILE* pFile, Point
 
 }  // namespace
 
-// The origin comes by value: so the interface has it.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// NOLINTBEGIN(performance-unnecessary-value-param): hosts link against points by value.
+
 void CSTLModel::WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dScale, CPoint3D ptOrigin) {
     AddToCounter(m_nCSMFacetCount, 1);
     // Edge 1 goes on as (A, B) and edge 3 as (C, A); edge 2, which a record cannot name, is made edge 1.
@@ -157,10 +174,8 @@ void CSTLModel::WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dS
     std::fwrite(record.data(), 1, static_cast<std::size_t>(pEnd - record.data()), fp);
 }
 
-// NOLINTBEGIN(performance-unnecessary-value-param)
 void CSTLModel::WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, double dScale,
                               CPoint3D ptOrigin) {
-    // NOLINTEND(performance-unnecessary-value-param)
     AddToCounter(m_nCSMFacetCount, 1);
     tagVertexNode& vertex = *Corners(*pFacet)[static_cast<std::size_t>(nVertex - 1)];
     unsigned const nCode = kRecord | (nEdge < 3 ? kSharesFirstEdge : 0u);
@@ -174,6 +189,8 @@ void CSTLModel::WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, 
     }
     std::fwrite(record.data(), 1, static_cast<std::size_t>(pEnd - record.data()), fp);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 int CSTLModel::ExtractFacetForCSM(int bRotate, char* path, int bCompress, char* pszHeader, int nHeaderLen) {
     StoreShared(m_nCSMFacetCount, 0);
