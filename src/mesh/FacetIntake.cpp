@@ -127,14 +127,14 @@ void FacetIntake::Add(tagFACET& facet, Hashes const& hashes) {
           [this, &hashes](CPoint3D& corner, std::size_t i) { return m_Cache.AddNode(corner, hashes[i]); });
 }
 
-void FacetIntake::AddAll(std::span<tagFACET> facets) {
+void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
     m_Hashes.resize(facets.size());
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
     bool const bScattered = IsScattered();
     for (std::size_t i = 0; i < facets.size(); ++i) {
-        if (LoadShared(m_Model.m_bStopRead) != 0) return;
+        if (onStop == OnStop::kEnd && LoadShared(m_Model.m_bStopRead) != 0) return;
         if (bScattered && i % kGroup == 0) {
             std::size_t const nGroup = std::min(kGroup, facets.size() - i);
             BringNear(facets.subspan(i, nGroup), std::span<Hashes const>(m_Hashes).subspan(i, nGroup));
