@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 #include "foundation/Counter.h"
@@ -82,9 +83,10 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
     facet.CalculateNormal();
     if (IsDegenerate(facet)) return;
 
-    auto* const pFacet = new CFacet(facet);
-    pFacet->m_nFlag = SlopeFlag(facet);
-    model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(pFacet);
+    auto owned = std::make_unique<CFacet>(facet);
+    owned->m_nFlag = SlopeFlag(facet);
+    model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(owned.get());
+    CFacet* const pFacet = owned.release();
     StoreShared(model.m_Status.m_nFacetNum, model.m_Status.m_nFacetNum + 1);
     for (tagVertexNode* const pVertex : offered) LinkFacet(*pVertex, pFacet);
 }
