@@ -194,15 +194,15 @@ std::int32_t PointSearch::Farthest(double x, double y, double dAbove2) const {
 }
 
 void PointSearch::FindInBox(BoxKey const& box, std::vector<std::int32_t>& ranks) const {
-    auto const isApart = [&box](BoxKey const& other) {
-        return other[0] > box[2] || other[2] < box[0] || other[1] > box[3] || other[3] < box[1];
+    auto const meets = [&box](BoxKey const& other) {
+        return box[0] <= other[2] && other[0] <= box[2] && box[1] <= other[3] && other[1] <= box[3];
     };
     std::array<std::size_t, kStackSize> stack;
     std::size_t nItems = 0;
     stack[nItems++] = 0;
     while (nItems > 0) {
         std::size_t const nNode = stack[--nItems];
-        if (m_Nodes[nNode].nFirstRank == kGone || isApart(m_Nodes[nNode].box)) continue;
+        if (m_Nodes[nNode].nFirstRank == kGone || !meets(m_Nodes[nNode].box)) continue;
         if (!IsLeaf(nNode)) {
             stack[nItems++] = 2 * nNode + 2;
             stack[nItems++] = 2 * nNode + 1;
@@ -212,7 +212,7 @@ void PointSearch::FindInBox(BoxKey const& box, std::vector<std::int32_t>& ranks)
         std::size_t const nBegin = LeafBegin(nLeaf);
         for (std::size_t i = nBegin; i < nBegin + static_cast<std::size_t>(m_nLeft[nLeaf]); ++i) {
             Point const& point = m_Points[i];
-            if (!isApart({point.x, point.y, point.x, point.y})) ranks.push_back(point.nRank);
+            if (meets({point.x, point.y, point.x, point.y})) ranks.push_back(point.nRank);
         }
     }
 }
