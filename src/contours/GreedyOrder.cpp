@@ -5,8 +5,8 @@
 #include <numeric>
 #include <utility>
 
-void GreedyOrder::AddPoint(CPoint2D const& point) {
-    m_Points.push_back({point.x, point.y, static_cast<std::int32_t>(m_Points.size())});
+void GreedyOrder::AddPoint(double x, double y) {
+    m_Points.push_back({x, y, static_cast<std::int32_t>(m_Points.size())});
     m_PathOf.push_back(static_cast<std::int32_t>(m_FirstPoints.size()) - 1);
 }
 
@@ -16,6 +16,7 @@ GreedyOrder::Pick GreedyOrder::Next(CPoint2D const& from) {
     if (nPoint == PointSearch::kNone) return {-1, -1};
     std::int32_t const nPath = m_PathOf[static_cast<std::size_t>(nPoint)];
     Remove(nPath);
+    m_nNearPoint = OtherEnd(nPath, nPoint);
     return {nPath, nPoint - m_FirstPoints[static_cast<std::size_t>(nPath)]};
 }
 
@@ -24,9 +25,15 @@ std::int32_t GreedyOrder::PointsEnd(std::int32_t nPath) const {
     return nNext < m_FirstPoints.size() ? m_FirstPoints[nNext] : static_cast<std::int32_t>(m_PathOf.size());
 }
 
+// A path of two points is left at its other one; of others, any point is as good as another.
+std::int32_t GreedyOrder::OtherEnd(std::int32_t nPath, std::int32_t nPoint) const {
+    std::int32_t const nFirst = m_FirstPoints[static_cast<std::size_t>(nPath)];
+    return PointsEnd(nPath) == nFirst + 2 ? 2 * nFirst + 1 - nPoint : nPoint;
+}
+
 std::int32_t GreedyOrder::NextByDistance(CPoint2D const& from) {
     if (m_pSearch == nullptr) m_pSearch = std::make_unique<PointSearch>(std::exchange(m_Points, {}));
-    return m_nMode == kNearest ? m_pSearch->Nearest(from.x, from.y, m_dStart)
+    return m_nMode == kNearest ? m_pSearch->Nearest(from.x, from.y, m_dStart, m_nNearPoint)
                                : m_pSearch->Farthest(from.x, from.y, m_dStart);
 }
 

@@ -23,7 +23,7 @@ public:
 
     /// The next path in order, which may be left without points; and a point of it.
     void AddPath() { m_FirstPoints.push_back(static_cast<std::int32_t>(m_Points.size())); }
-    void AddPoint(CPoint2D const& point);
+    void AddPoint(double x, double y);
 
     /// A path and a point of it, both by their numbers, from 0.
     struct Pick {
@@ -35,6 +35,7 @@ public:
 
 private:
     std::int32_t PointsEnd(std::int32_t nPath) const;
+    std::int32_t OtherEnd(std::int32_t nPath, std::int32_t nPoint) const;
     std::int32_t NextRandom();
     std::int32_t NextByDistance(CPoint2D const& from);
     void Remove(std::int32_t nPath);
@@ -46,4 +47,5 @@ private:
     std::vector<std::int32_t> m_PathOf;        // by point
     std::vector<std::int32_t> m_Left;          // the paths that are left, in order; only where rand decides
     std::unique_ptr<PointSearch> m_pSearch;
+    std::int32_t m_nNearPoint = PointSearch::kNone;  // where the head is likely to be
 };
