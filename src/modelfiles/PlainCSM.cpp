@@ -10,13 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/ByteStream.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
-#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/StoredName.h"
 

@@ -10,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/ByteStream.h"
 #include "foundation/Counter.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
-#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/StoredName.h"
