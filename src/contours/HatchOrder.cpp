@@ -105,8 +105,8 @@ std::vector<CHatch*> TakeAll(XR_CList<void*, void*>& list) {
     return hatchs;
 }
 
-struct Ends {
-    bool bThere = false;  // not where a hatch has no edges
+// Half a cache line.
+struct alignas(32) Ends {
     double xStart = 0.0;
     double yStart = 0.0;
     double xEnd = 0.0;
@@ -119,7 +119,8 @@ void PrefetchEdge(EdgeList::XR_CNode const* pNode) {
     Prefetch(pNode + 1);
 }
 
-std::vector<Ends> EndsOf(std::vector<CHatch*> const& hatchs) {
+// Offers both ends of every hatch that has edges, and copies them.
+std::vector<Ends> OfferEnds(std::vector<CHatch*> const& hatchs, GreedyOrder& order) {
     constexpr std::size_t kHatchsAhead = 16;
     constexpr std::size_t kEdgesAhead = 8;
     std::vector<Ends> ends(hatchs.size());
@@ -127,8 +128,11 @@ std::vector<Ends> EndsOf(std::vector<CHatch*> const& hatchs) {
         if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
         if (i + kEdgesAhead < hatchs.size()) PrefetchEdge(hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead);
         CHatch& hatch = *hatchs[i];
+        order.AddPath();
         if (hatch.m_EdgeList.IsEmpty() != 0) continue;
-        ends[i] = {true, StartOf(hatch).x, StartOf(hatch).y, EndOf(hatch).x, EndOf(hatch).y};
+        ends[i] = {StartOf(hatch).x, StartOf(hatch).y, EndOf(hatch).x, EndOf(hatch).y};
+        order.AddPoint(ends[i].xStart, ends[i].yStart);
+        order.AddPoint(ends[i].xEnd, ends[i].yEnd);
     }
     return ends;
 }
@@ -149,14 +153,8 @@ void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered
 void CLayer::OptimizeHatchs(CPoint2D& pos, int nMode) {
     if (m_HatchList.IsEmpty() != 0) return;
     std::vector<CHatch*> hatchs = TakeAll(m_HatchList);
-    std::vector<Ends> const ends = EndsOf(hatchs);
     GreedyOrder order(nMode, nMode == GreedyOrder::kNearest ? kPassReach2 : kBelowAll);
-    for (std::size_t i = 0; i < hatchs.size(); ++i) {
-        order.AddPath();
-        if (!ends[i].bThere) continue;
-        order.AddPoint(ends[i].xStart, ends[i].yStart);
-        order.AddPoint(ends[i].xEnd, ends[i].yEnd);
-    }
+    std::vector<Ends> const ends = OfferEnds(hatchs, order);
     std::vector<std::int32_t> sequence;
     sequence.reserve(hatchs.size());
     std::vector<EnteredAt> entered(hatchs.size(), EnteredAt::kNone);
