@@ -113,20 +113,22 @@ struct alignas(32) Ends {
     double yEnd = 0.0;
 };
 
-// An edge in its node fills more than one cache line.
-void PrefetchEdge(EdgeList::XR_CNode const* pNode) {
+// What will be looked at soon. An edge in its node fills more than one cache line.
+void PrefetchBehind(std::vector<CHatch*> const& hatchs, std::size_t i) {
+    constexpr std::size_t kHatchsAhead = 16;
+    constexpr std::size_t kEdgesAhead = 8;
+    if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
+    if (i + kEdgesAhead >= hatchs.size()) return;
+    EdgeList::XR_CNode const* const pNode = hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead;
     Prefetch(pNode);
-    Prefetch(pNode + 1);
+    if (pNode != nullptr) Prefetch(pNode + 1);
 }
 
 // Offers both ends of every hatch that has edges, and copies them.
 std::vector<Ends> OfferEnds(std::vector<CHatch*> const& hatchs, GreedyOrder& order) {
-    constexpr std::size_t kHatchsAhead = 16;
-    constexpr std::size_t kEdgesAhead = 8;
     std::vector<Ends> ends(hatchs.size());
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
-        if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
-        if (i + kEdgesAhead < hatchs.size()) PrefetchEdge(hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead);
+        PrefetchBehind(hatchs, i);
         CHatch& hatch = *hatchs[i];
         order.AddPath();
         if (hatch.m_EdgeList.IsEmpty() != 0) continue;
@@ -142,6 +144,7 @@ enum class EnteredAt : unsigned char { kNone, kStart, kEnd };
 // Turns the hatches that were entered at their ends, and destroys those that were not entered.
 void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered) {
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
+        PrefetchBehind(hatchs, i);
         if (entered[i] == EnteredAt::kNone) delete hatchs[i];
         if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i]);
     }
