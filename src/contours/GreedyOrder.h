@@ -22,7 +22,7 @@ public:
     GreedyOrder(int nMode, double dStart) : m_nMode(nMode), m_dStart(dStart) {}
 
     /// The next path in order, which may be left without points; and a point of it.
-    void AddPath() { m_FirstPoints.push_back(static_cast<std::int32_t>(m_Points.size())); }
+    void AddPath();
     void AddPoint(double x, double y);
 
     /// A path and a point of it, both by their numbers, from 0.
@@ -34,6 +34,9 @@ public:
     Pick Next(CPoint2D const& from);
 
 private:
+    bool HasOnlyPairs() const { return m_bPairs && m_PathOf.size() == 2 * m_FirstPoints.size(); }
+    std::int32_t PathOf(std::int32_t nPoint) const;
+    std::int32_t PointsBegin(std::int32_t nPath) const;
     std::int32_t PointsEnd(std::int32_t nPath) const;
     std::int32_t OtherEnd(std::int32_t nPath, std::int32_t nPoint) const;
     std::int32_t NextRandom();
@@ -43,6 +46,7 @@ private:
     int m_nMode;
     double m_dStart;
     std::vector<PointSearch::Point> m_Points;  // until the search takes them
+    bool m_bPairs = true;                      // all paths before the last one have two points
     std::vector<std::int32_t> m_FirstPoints;   // by path
     std::vector<std::int32_t> m_PathOf;        // by point
     std::vector<std::int32_t> m_Left;          // the paths that are left, in order; only where rand decides

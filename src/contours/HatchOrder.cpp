@@ -105,30 +105,36 @@ std::vector<CHatch*> TakeAll(XR_CList<void*, void*>& list) {
     return hatchs;
 }
 
-struct Ends {
-    bool bThere = false;  // not where a hatch has no edges
+// Half a cache line.
+struct alignas(32) Ends {
     double xStart = 0.0;
     double yStart = 0.0;
     double xEnd = 0.0;
     double yEnd = 0.0;
 };
 
-// An edge in its node fills more than one cache line.
-void PrefetchEdge(EdgeList::XR_CNode const* pNode) {
-    Prefetch(pNode);
-    Prefetch(pNode + 1);
-}
-
-std::vector<Ends> EndsOf(std::vector<CHatch*> const& hatchs) {
+// What will be looked at soon. An edge in its node fills more than one cache line.
+void PrefetchBehind(std::vector<CHatch*> const& hatchs, std::size_t i) {
     constexpr std::size_t kHatchsAhead = 16;
     constexpr std::size_t kEdgesAhead = 8;
+    if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
+    if (i + kEdgesAhead >= hatchs.size()) return;
+    EdgeList::XR_CNode const* const pNode = hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead;
+    Prefetch(pNode);
+    if (pNode != nullptr) Prefetch(pNode + 1);
+}
+
+// Offers both ends of every hatch that has edges, and copies them.
+std::vector<Ends> OfferEnds(std::vector<CHatch*> const& hatchs, GreedyOrder& order) {
     std::vector<Ends> ends(hatchs.size());
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
-        if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
-        if (i + kEdgesAhead < hatchs.size()) PrefetchEdge(hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead);
+        PrefetchBehind(hatchs, i);
         CHatch& hatch = *hatchs[i];
+        order.AddPath();
         if (hatch.m_EdgeList.IsEmpty() != 0) continue;
-        ends[i] = {true, StartOf(hatch).x, StartOf(hatch).y, EndOf(hatch).x, EndOf(hatch).y};
+        ends[i] = {StartOf(hatch).x, StartOf(hatch).y, EndOf(hatch).x, EndOf(hatch).y};
+        order.AddPoint(ends[i].xStart, ends[i].yStart);
+        order.AddPoint(ends[i].xEnd, ends[i].yEnd);
     }
     return ends;
 }
@@ -138,6 +144,7 @@ enum class EnteredAt : unsigned char { kNone, kStart, kEnd };
 // Turns the hatches that were entered at their ends, and destroys those that were not entered.
 void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered) {
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
+        PrefetchBehind(hatchs, i);
         if (entered[i] == EnteredAt::kNone) delete hatchs[i];
         if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i]);
     }
@@ -149,14 +156,8 @@ void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered
 void CLayer::OptimizeHatchs(CPoint2D& pos, int nMode) {
     if (m_HatchList.IsEmpty() != 0) return;
     std::vector<CHatch*> hatchs = TakeAll(m_HatchList);
-    std::vector<Ends> const ends = EndsOf(hatchs);
     GreedyOrder order(nMode, nMode == GreedyOrder::kNearest ? kPassReach2 : kBelowAll);
-    for (std::size_t i = 0; i < hatchs.size(); ++i) {
-        order.AddPath();
-        if (!ends[i].bThere) continue;
-        order.AddPoint(ends[i].xStart, ends[i].yStart);
-        order.AddPoint(ends[i].xEnd, ends[i].yEnd);
-    }
+    std::vector<Ends> const ends = OfferEnds(hatchs, order);
     std::vector<std::int32_t> sequence;
     sequence.reserve(hatchs.size());
     std::vector<EnteredAt> entered(hatchs.size(), EnteredAt::kNone);
