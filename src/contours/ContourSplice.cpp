@@ -5,14 +5,12 @@
 #include <memory>
 #include <utility>
 
+#include "contours/HatchClass.h"
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 #include "contours/PointBits.h"
 
 namespace {
-
-constexpr int kClasses = 100;
-constexpr int kRing = 1;
 
 // Millimetres that are left of a stretch of hatch when it is cut off its ring, or shortened at the opening,
 // and of a contour that is opened.
@@ -175,7 +173,7 @@ void LinkContour(tagLoopTreeNode& contour, LinkableHatchs& hatchs, CPoint2D& pos
     Opening const opening = OpeningOf(link, dCut);
     if (!TurnToFoot(contour, link)) return AddLoopToOrderedLayer(&contour, &out, pos, dCut);
     Open(contour, opening);
-    if (link.m_pHatch->m_nID % kClasses == kRing) {
+    if (ClassOf(*link.m_pHatch) == kRingClass) {
         SpliceRing(contour, link, opening, pos, out, dCut);
     } else {
         SpliceChain(contour, link, opening, pos, out, dCut);

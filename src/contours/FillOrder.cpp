@@ -8,6 +8,7 @@
 #include "contours/BoxIndex.h"
 #include "contours/ContourSplice.h"
 #include "contours/CrossingParity.h"
+#include "contours/HatchClass.h"
 #include "contours/HatchOrder.h"
 #include "contours/Layer.h"
 #include "contours/LoopOrder.h"
@@ -17,9 +18,6 @@
 namespace {
 
 constexpr int kSecondGroup = 1000;  // hatch ids from here on take no part
-constexpr int kClasses = 100;
-constexpr int kRing = 1;
-
 // A loop that has been tested so often gets slabs.
 constexpr int kFewTests = 8;
 
@@ -108,7 +106,7 @@ void TakeHatchsIn(tagLoopTreeNode& loop, CLayer& layer, HatchCopies& copies) {
 
 void EmitHatch(CHatch& hatch, double dZ, CLayer& out, CPoint2D& pos, double dCut) {
     std::unique_ptr<tagLoopTreeNode> pPath(ConvertHatchToLoop(&hatch, dZ, LOOP_KIND_HATCH));
-    if (hatch.m_nID % kClasses == kRing) pPath->CutLoop(dCut, kKeepOfRing, OPERATE_AT_TAIL, 0);
+    if (ClassOf(hatch) == kRingClass) pPath->CutLoop(dCut, kKeepOfRing, OPERATE_AT_TAIL, 0);
     if (PointCount(*pPath) < 2) return;
     pos = pPath->m_pPointList->GetTail();
     out.AddRawLoop(pPath.release());

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "contours/HatchClass.h"
 #include "contours/HatchLinkCost.h"
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
@@ -11,11 +12,6 @@
 namespace {
 
 using EdgeNode = XR_CList<CEdge2D, CEdge2D&>::XR_CNode;
-
-// Classes of hatches, by the remainder of their ids by 100. Others are chains.
-constexpr int kClasses = 100;
-constexpr int kRing = 1;
-constexpr int kNeverLinked = 2;
 
 // So many edges from an end of a chain offer link points.
 constexpr int kEdgesFromEnd = 3;
@@ -26,11 +22,9 @@ constexpr double kLeastRest = 1.0;
 // So many contours are held against all hatches.
 constexpr int kFewSearches = 2;
 
-int ClassOf(CHatch const& hatch) { return hatch.m_nID % kClasses; }
-
 bool IsOnOffer(CHatch const& hatch) {
     return (hatch.m_nFlag & HATCH_USED_FLAG) == 0 && hatch.m_EdgeList.IsEmpty() == 0 &&
-           ClassOf(hatch) != kNeverLinked;
+           ClassOf(hatch) != kNeverLinkedClass;
 }
 
 double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
@@ -49,7 +43,7 @@ public:
     tagHatchLink const& Best() const { return m_Link; }
 
     void LookAt(CHatch& hatch) {
-        if (ClassOf(hatch) != kRing) return LookAtChain(hatch);
+        if (ClassOf(hatch) != kRingClass) return LookAtChain(hatch);
         for (EdgeNode const* p = hatch.m_EdgeList.m_pNodeHead; p != nullptr; p = p->pNext) {
             LookAtRing(hatch, p);
         }
@@ -160,7 +154,7 @@ void LinkableHatchs::BuildTree() {
     };
     for (std::size_t i = 0; i < m_Hatchs.size(); ++i) {
         auto const nHatch = static_cast<std::int32_t>(i);
-        bool const bRing = ClassOf(*m_Hatchs[i]) == kRing;
+        bool const bRing = ClassOf(*m_Hatchs[i]) == kRingClass;
         for (EdgeNode const* p = m_Hatchs[i]->m_EdgeList.m_pNodeHead; p != nullptr; p = p->pNext) {
             if (!bRing) add(p->data.m_ptStart, {nHatch, nullptr});
             add(p->data.m_ptEnd, {nHatch, bRing ? p : nullptr});

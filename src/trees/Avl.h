@@ -141,4 +141,18 @@ void WalkUp(Node* pNode, Visit const& visit) {
     visit(pNode);
 }
 
+/// Sorts all nodes anew: takes them one by one, children before their parent, and puts each, alone and in
+/// balance, into the new tree by insert(root, node). Returns the new root.
+template <class Node, class InsertNode>
+Node* Rebuild(Node* pRoot, InsertNode const& insert) {
+    Node* pNewRoot = nullptr;
+    WalkUp(pRoot, [&pNewRoot, &insert](Node* pNode) {
+        pNode->m_pLeft = nullptr;
+        pNode->m_pRight = nullptr;
+        pNode->m_nBalance = 0;
+        insert(pNewRoot, pNode);
+    });
+    return pNewRoot;
+}
+
 }  // namespace avl

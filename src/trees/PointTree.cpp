@@ -88,15 +88,10 @@ void CPointTree::ReBuildTree() {
     if (m_pRoot == nullptr) return;
     m_nCount = 0;
     m_BoundBox = CBoundBox2D();
-    tagPointNode* pNewRoot = nullptr;
-    avl::WalkUp(m_pRoot, [this, &pNewRoot](tagPointNode* pNode) {
-        pNode->m_pLeft = nullptr;
-        pNode->m_pRight = nullptr;
-        pNode->m_nBalance = 0;
+    m_pRoot = avl::Rebuild(m_pRoot, [this](tagPointNode*& root, tagPointNode* pNode) {
         int nTaller = 0;
-        InsertToTree(pNewRoot, pNode, nTaller);
+        InsertToTree(root, pNode, nTaller);
     });
-    m_pRoot = pNewRoot;
 }
 
 void CPointTree::ReleaseAll() {

@@ -109,15 +109,10 @@ void CVertexTree::ReBuildTree() {
     if (m_pRoot == nullptr) return;
     m_nCount = 0;
     m_BoundBox = CBoundBox3D();
-    tagVertexNode* pNewRoot = nullptr;
-    avl::WalkUp(m_pRoot, [this, &pNewRoot](tagVertexNode* pNode) {
-        pNode->m_pLeft = nullptr;
-        pNode->m_pRight = nullptr;
-        pNode->m_nBalance = 0;
+    m_pRoot = avl::Rebuild(m_pRoot, [this](tagVertexNode*& root, tagVertexNode* pNode) {
         int nTaller = 0;
-        InsertToTree(pNewRoot, pNode, nTaller);
+        InsertToTree(root, pNode, nTaller);
     });
-    m_pRoot = pNewRoot;
 }
 
 void CVertexTree::ReleaseAll() {
