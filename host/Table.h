@@ -11,9 +11,13 @@ public:
     void Add(std::string const& label, std::string const& value) { m_Rows.emplace_back(label, value); }
     void Print() const;
 
+    using Row = std::pair<std::string, std::string>;
+    std::string const& Title() const { return m_Title; }
+    std::vector<Row> const& Rows() const { return m_Rows; }
+
 private:
     std::string m_Title;
-    std::vector<std::pair<std::string, std::string>> m_Rows;
+    std::vector<Row> m_Rows;
 };
 
 /// "1,234,567"
