@@ -2,6 +2,7 @@
 
 // Varnet64, the geometry core of a 3D-printing host: this header is all that a host includes.
 
+#include "cli/LayerModel.h"
 #include "contours/Hatch.h"
 #include "contours/IntervalLists.h"
 #include "contours/Layer.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include "contours/Hatch.h"
 #include "contours/LoopTreeNode.h"
@@ -100,6 +101,31 @@ public:
     /// Adds a rectangle with two opposite corners as a raw loop, counter-clockwise where a has the smaller
     /// coordinates, and runs MakeTopology(1).
     void AddBorder(CPoint2D& a, CPoint2D& b);
+
+    // ---- CLI slice files; modes are 1 text, 2 binary, 3 binary with every command disguised
+
+    /// Reads the commands of one layer from where the file stands, and adds them to what the layer holds.
+    /// Every coordinate and height is multiplied by m_dUnits. 1 when a layer command was met; the file then
+    /// stands at the next layer's command, so that calls one after the other read layer after layer. 0 where
+    /// there is none before the end of the file, and for another mode.
+    ///
+    /// A text layer ends also at a line that is no command, where the file then stands. A text line that
+    /// lacks one of the whole numbers in front has no effect; lines are read in pieces of 10,239 characters.
+    /// In the binary modes a word that is no command, or a command that the file does not hold whole, gives
+    /// 0: the file stands behind that word, or at its end; what came before stays in the layer.
+    ///
+    /// Loops come as raw loops, without nesting. Closed ones (direction below 2) get a copy of their head as
+    /// the tail, unless the layer ended at something that is no command. m_Box is extended by a text layer,
+    /// and refreshed by a binary one that ended well; the loop list is not current after a text layer.
+    ///
+    /// The file is the caller's, opened so that bytes come as they are ("rb"). In a file without a position,
+    /// as a pipe, the next layer's command is put back as far as the C runtime allows.
+    int ReadCLIFile(FILE* pFile, int nMode);
+    /// Appends the layer to a file: 1. As text, the height with two decimals and coordinates with three,
+    /// loops without points left out with all below them, and hatches without edges left out. Binary, in
+    /// floats, everything, after building the loop list; disguised, with offsets and noise from rand().
+    /// Another mode writes nothing. Numbers do not depend on the locale of the process.
+    int WriteCLIFile(FILE* pFile, int nMode);
 
     XR_CList<void*, void*> m_RawLoopList;  ///< tagLoopTreeNode*, owned
     XR_CList<void*, void*> m_LoopList;     ///< tagLoopTreeNode*, the whole tree; a cache

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include "foundation/BoundBox.h"
 #include "foundation/Export.h"
@@ -114,6 +115,11 @@ public:
     /// Where bPieces is not 0, what was removed comes back as a new path with nothing but its points filled
     /// in, which the caller owns; it runs the way it ran here and shares the cut point. Else null.
     tagLoopTreeNode* CutLoop(double dLength, double dKeep, OPERATEDIRECT end, int bPieces);
+
+    /// Appends this loop and, each before its children, all below it to a CLI slice file, as lines of
+    /// text: 1. An open path gets direction 2, coordinates three decimals. A loop without points is left out
+    /// with all below it. Another mode than 1 writes nothing.
+    int WriteCLILoop(FILE* pFile, int nMode);
 
     XR_CList<CPoint2D, CPoint2D&>* m_pPointList;  ///< owned; null in a new loop
     std::int32_t m_nID;                           ///< the id in CLI files; that of the hatch it came from

@@ -42,12 +42,12 @@ void ForEachHatch(XR_CList<void*, void*> const& list, Visit visit) {
     for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) visit(*static_cast<CHatch*>(p->data));
 }
 
-/// A loop and all below it, each before its children, children in order. The tree may not change meanwhile.
-/// Trees may be as deep as a host makes them, so that the way back is kept on the heap.
-template <class Visit>
-void ForEachInTree(tagLoopTreeNode& root, Visit visit) {
-    visit(root);
-    if (root.m_ChildList.m_pNodeHead == nullptr) return;
+/// A loop and all below it, each before its children, children in order; enter(loop) says whether to go on
+/// below. Children that are null are passed over. The tree may not change meanwhile. Trees may be as deep as
+/// a host makes them, so that the way back is kept on the heap.
+template <class Enter>
+void WalkTree(tagLoopTreeNode& root, Enter enter) {
+    if (!enter(root) || root.m_ChildList.m_pNodeHead == nullptr) return;
     std::vector<LoopNode const*> path{root.m_ChildList.m_pNodeHead};  // next sibling to visit, by level
     while (!path.empty()) {
         LoopNode const* const pNode = path.back();
@@ -56,10 +56,19 @@ void ForEachInTree(tagLoopTreeNode& root, Visit visit) {
         } else {
             path.pop_back();
         }
-        visit(*LoopAt(pNode));
-        LoopNode const* const pFirstChild = LoopAt(pNode)->m_ChildList.m_pNodeHead;
-        if (pFirstChild != nullptr) path.push_back(pFirstChild);
+        tagLoopTreeNode* const pLoop = LoopAt(pNode);
+        if (pLoop == nullptr || !enter(*pLoop)) continue;
+        if (pLoop->m_ChildList.m_pNodeHead != nullptr) path.push_back(pLoop->m_ChildList.m_pNodeHead);
     }
+}
+
+/// All of them.
+template <class Visit>
+void ForEachInTree(tagLoopTreeNode& root, Visit visit) {
+    WalkTree(root, [&visit](tagLoopTreeNode& loop) {
+        visit(loop);
+        return true;
+    });
 }
 
 /// Turns the order of a list round. Every element keeps its node.

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string>
 
+#include "foundation/FilePosition.h"
+
 #if !defined(_WIN32)
 #include <sys/stat.h>
 #endif
@@ -88,17 +90,6 @@ File OpenPath(char const* pszPath, char const* pMode, std::size_t nMaxBytes) {
 
 std::int32_t FileSize(FILE* pFile) {
     if (pFile == nullptr) return -1;
-#if defined(_WIN32)
-    __int64 const nPosition = _ftelli64(pFile);
-    if (nPosition < 0 || _fseeki64(pFile, 0, SEEK_END) != 0) return 0;
-    __int64 const nSize = _ftelli64(pFile);
-    _fseeki64(pFile, nPosition, SEEK_SET);
-#else
-    off_t const nPosition = ftello(pFile);
-    if (nPosition < 0 || fseeko(pFile, 0, SEEK_END) != 0) return 0;
-    off_t const nSize = ftello(pFile);
-    fseeko(pFile, nPosition, SEEK_SET);
-#endif
-    constexpr auto kLargest = std::numeric_limits<std::int32_t>::max();
-    return nSize > kLargest ? kLargest : static_cast<std::int32_t>(nSize);
+    constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(FileLength(pFile), 0, kLargest));
 }

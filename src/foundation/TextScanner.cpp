@@ -1,12 +1,14 @@
 #include "foundation/TextScanner.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <system_error>
 #include <type_traits>
+
+#include "foundation/ExactDecimal.h"
 
 namespace {
 
@@ -83,22 +85,12 @@ NumberText ScanNumber(char const* p, char const* pEnd) {
     return number;
 }
 
-// W. D. Clinger, "How to read floating point numbers accurately", 1990: where the digits and the power of ten
-// are both exact doubles, one multiplication or division rounds correctly.
-bool FromExactParts(NumberText const& number, double& dValue) {
-    static constexpr std::array<double, 23> kPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                       1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr std::uint64_t kLargestExact = std::uint64_t{1} << 53;
-    constexpr std::int64_t kLargestPower = 22;
-    if (number.nDigits > kMantissaDigits || number.nMantissa > kLargestExact) return false;
-    if (number.nExponent > kLargestPower || number.nExponent < -kLargestPower) return false;
-    double const dDigits = static_cast<double>(number.nMantissa);
-    double const dMagnitude = number.nExponent < 0
-                                  ? dDigits / kPowers[static_cast<std::size_t>(-number.nExponent)]
-                                  : dDigits * kPowers[static_cast<std::size_t>(number.nExponent)];
-    dValue = number.bNegative ? -dMagnitude : dMagnitude;
-    return true;
+// The value, where it can be had at once.
+bool FromFewDigits(NumberText const& number, double& dValue) {
+    if (number.nDigits > kMantissaDigits) return false;
+    std::optional<double> const magnitude = FromExactParts(number.nMantissa, number.nExponent);
+    if (magnitude) dValue = number.bNegative ? -*magnitude : *magnitude;
+    return magnitude.has_value();
 }
 
 }  // namespace
@@ -132,7 +124,7 @@ bool TextScanner::Extract(Real& value) {
     if (!number.bComplete) return false;
 
     if constexpr (std::is_same_v<Real, double>) {
-        if (FromExactParts(number, value)) {
+        if (FromFewDigits(number, value)) {
             m_bFailed = false;
             return true;
         }

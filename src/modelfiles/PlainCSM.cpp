@@ -16,7 +16,7 @@
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
-#include "modelfiles/ByteStream.h"
+#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/StoredName.h"
 

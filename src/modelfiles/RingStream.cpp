@@ -9,7 +9,7 @@
 #include "foundation/Path.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
-#include "modelfiles/ByteStream.h"
+#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/RingEncoder.h"

@@ -15,7 +15,7 @@
 #include "foundation/Path.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
-#include "modelfiles/ByteStream.h"
+#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/StoredName.h"

@@ -3,7 +3,7 @@
 # usage: exports.sh LIBRARY
 set -euo pipefail
 symbols=$(nm -DC --defined-only "$1" | cut -d' ' -f2-)
-stray=$(grep -E 'std::|__gnu_cxx|anonymous|avl::|vertex_insertion|Float3|VertexCache|HeightSet|FacetIntake|TextScanner|TextLines|OpenPath|FileSize|Slot\(|WindingParity' <<<"$symbols" |
+stray=$(grep -E 'std::|__gnu_cxx|anonymous|avl::|vertex_insertion|Float3|VertexCache|HeightSet|FacetIntake|TextScanner|TextLines|OpenPath|FileSize|Slot\(|WindingParity|FileWindow|LineTokens|WriteFixed|CommandOf' <<<"$symbols" |
     grep -vE 'operator new\(unsigned (long|int), std::nothrow_t const&\)' || true)
 if [ -n "$stray" ]; then
     echo "exported, but not part of the interface:"
@@ -11,6 +11,7 @@ if [ -n "$stray" ]; then
     exit 1
 fi
 for name in 'fnVarnet()' nVarnet g_nVectorCount 'CSTLModel::ReadSTLFacetASCII' 'CVertexTree::BalanceLeft' \
-    'CFacet::EightClassify' 'CFeatureSurface::IsPrism' 'vtable for CSTLModel' 'vtable for CFacet'; do
+    'CFacet::EightClassify' 'CFeatureSurface::IsPrism' 'vtable for CSTLModel' 'vtable for CFacet' g_nCLILayers \
+    'CLayerModel::ReadLayerCOC' 'CLayer::ReadCLIFile' 'tagLoopTreeNode::WriteCLILoop'; do
     grep -qF -- "$name" <<<"$symbols" || { echo "not exported: $name"; exit 1; }
 done

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 // Binary files byte by byte, at the speed of large blocks.
@@ -11,18 +12,22 @@
 /// Gathers bytes and writes them block by block; the last ones when it goes. The file stays the caller's.
 class ByteWriter {
 public:
-    explicit ByteWriter(FILE* pFile) : m_pFile(pFile), m_Block(kBlockSize) {}
+    explicit ByteWriter(FILE* pFile)
+        : m_pFile(pFile), m_Block(std::make_unique_for_overwrite<unsigned char[]>(kBlockSize)) {}
     ByteWriter(ByteWriter const&) = delete;
     ByteWriter& operator=(ByteWriter const&) = delete;
     ~ByteWriter() { Flush(); }
 
     /// Room for nSize bytes, which the caller fills before the next call. nSize is at most kLongest.
     unsigned char* Room(std::size_t nSize) {
-        if (m_Block.size() - m_nUsed < nSize) Flush();
-        unsigned char* const pRoom = m_Block.data() + m_nUsed;
+        if (kBlockSize - m_nUsed < nSize) Flush();
+        unsigned char* const pRoom = m_Block.get() + m_nUsed;
         m_nUsed += nSize;
         return pRoom;
     }
+
+    /// Takes back the last nSize bytes of the room that was given last: they were not needed.
+    void TakeBack(std::size_t nSize) { m_nUsed -= nSize; }
 
     static constexpr std::size_t kLongest = 4096;
 
@@ -30,12 +35,12 @@ private:
     static constexpr std::size_t kBlockSize = 16 * kLongest;
 
     void Flush() {
-        std::fwrite(m_Block.data(), 1, m_nUsed, m_pFile);
+        std::fwrite(m_Block.get(), 1, m_nUsed, m_pFile);
         m_nUsed = 0;
     }
 
     FILE* m_pFile;
-    std::vector<unsigned char> m_Block;
+    std::unique_ptr<unsigned char[]> m_Block;
     std::size_t m_nUsed = 0;
 };
 
