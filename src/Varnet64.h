@@ -4,6 +4,7 @@
 
 #include "cli/LayerModel.h"
 #include "contours/Hatch.h"
+#include "contours/HatchLink.h"
 #include "contours/IntervalLists.h"
 #include "contours/Layer.h"
 #include "contours/LoopTreeNode.h"

@@ -37,3 +37,10 @@ public:
     std::int32_t m_nID;
     std::int32_t m_nFlag;  ///< HATCH_USED_FLAG
 };
+
+/// The hatch of the list that comes next from pos, among those that are not flagged Used and have edges; null
+/// when there is none within 1e20. A hatch whose ends are equal counts as a ring, whatever its id: it comes
+/// rotated, to begin at its vertex nearest to pos. Any other comes as it is when its start is no further than
+/// its end, else reversed. The first of equals is taken. The caller sets HATCH_USED_FLAG, or the same hatch
+/// comes again.
+VARNET_API CHatch* FindNearHatchAndAdjust(XR_CList<void*, void*>* pList, CPoint2D const& pos);

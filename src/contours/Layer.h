@@ -102,6 +102,41 @@ public:
     /// coordinates, and runs MakeTopology(1).
     void AddBorder(CPoint2D& a, CPoint2D& b);
 
+    // ---- ordering: a pass starts where the head is, and moves pos to where it stops
+
+    /// Orders the hatches: from pos each time the one with the nearest end (nMode 0), the one with the
+    /// farthest end (1), or one by chance, by a number of rand for each end of each hatch that is left. The
+    /// first of equals is taken, the start before the end. A hatch that is entered at its end is replaced by
+    /// a new one that runs the other way, without flags: pointers to hatches are void. Hatches that can't be
+    /// entered are destroyed: those without edges, and those that are 1e15 or more away (nMode 0), or
+    /// nowhere.
+    ///
+    /// Near and far passes take time in proportion to n log n; a pass by chance draws for all pairs.
+    void OptimizeHatchs(CPoint2D& pos, int nMode);
+    /// Makes all loops raw loops, and orders them likewise: by all vertices of a closed loop, which is turned
+    /// to begin at the one chosen, and by head and tail of an open path, which is reversed unless its tail
+    /// was chosen. pos moves to the head point of the loop in both cases. The children of a loop that was
+    /// ordered are taken from it. Levels and m_LoopList stay as they were before the pass.
+    ///
+    /// Loops without points, and those whose vertices are all 1e5 or more away (nMode 0) or all at pos (1),
+    /// end the pass when no others are left: they are in no list of the layer then but m_LoopList, and belong
+    /// to the host, with the children that they had.
+    void OptimizeLoops(CPoint2D& pos, int nMode);
+    /// The loop with m_nDirection 1 and without LOOP_USED_FLAG that has the vertex nearest to pos, in
+    /// m_LoopList as it stands; null when there is none. The host sets the flag when it has used the loop.
+    tagLoopTreeNode* FindNearUnusedOutLoop(CPoint2D pos);
+    /// Emits one outer loop, its children, and the hatches between them to the raw loops of another layer, as
+    /// paths without nesting in the order of printing; pos moves along. Contours are linked with hatches that
+    /// have a vertex within 1.8 dWidth of them: such a contour is opened over dCut and printed in one stroke
+    /// with a stretch of the hatch, see LinkLoopWithHatchs. Each path is shortened by dCut at its tail.
+    ///
+    /// Of the hatches, those with an id below 1000 count whose first point is in the loop and in none of its
+    /// children; they are flagged Used and stay as they are. Loop and children are consumed: turned, opened,
+    /// spliced. The children are flagged Used; the host flags the loop. The other layer takes this one's
+    /// height; it may not be this layer.
+    void OptimizeLoopAndChildLoopHatch(tagLoopTreeNode* pLoop, CPoint2D* pPos, CLayer* pOut, double dWidth,
+                                       double dCut);
+
     // ---- CLI slice files; modes are 1 text, 2 binary, 3 binary with every command disguised
 
     /// Reads the commands of one layer from where the file stands, and adds them to what the layer holds.
