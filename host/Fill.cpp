@@ -22,6 +22,9 @@ constexpr double kShortest = 1.0;
 // How far a chain may go from one stroke to the next.
 constexpr double kLongestStep = 3.0;
 
+// So many strokes make a chain at most: a line of text that says more might not be read back whole.
+constexpr int kLongestChain = 200;
+
 // So many lines may cross one side of a contour.
 constexpr double kMostLines = 1e6;
 
@@ -177,8 +180,8 @@ public:
             Stroke const& stroke = strokes[i];
             while (nBefore < m_Last.size() && m_Last[nBefore].stroke.dTo <= stroke.dFrom) ++nBefore;
             Last const* const pLast = OnlyOneBelow(strokes, i, nBefore);
-            now.push_back(pLast != nullptr && IsShortStep(*pLast, stroke) ? Continue(*pLast, nLine, stroke)
-                                                                          : Start(nLine, stroke));
+            now.push_back(pLast != nullptr && GoesOn(*pLast, stroke) ? Continue(*pLast, nLine, stroke)
+                                                                     : Start(nLine, stroke));
         }
         m_Last = std::move(now);
         m_nLine = nLine;
@@ -209,9 +212,10 @@ private:
         return &last;
     }
 
-    bool IsShortStep(Last const& last, Stroke const& next) const {
+    bool GoesOn(Last const& last, Stroke const& next) const {
         double const dSide = last.bTurned ? next.dFrom - last.stroke.dFrom : next.dTo - last.stroke.dTo;
-        return std::fabs(dSide) <= m_Style.dSpacing * kLongestStep;
+        return std::fabs(dSide) <= m_Style.dSpacing * kLongestStep &&
+               last.pHatch->m_EdgeList.GetCount() < kLongestChain;
     }
 
     Last Start(std::int64_t nLine, Stroke const& stroke) {

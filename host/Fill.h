@@ -35,7 +35,7 @@ std::vector<FillRegion> RegionsOf(CLayer const& layer);
 /// stay half a spacing, along the line, away from contours; gaps of less than a twentieth of the spacing are
 /// not seen, and strokes shorter than the spacing are left out. A hatch is a chain of strokes on successive
 /// lines, turned by turns, so that the way between two is short: as long as a stroke overlaps just one stroke
-/// of the line before, and that one no other. Its edges are the strokes alone.
+/// of the line before, and that one no other, and 200 strokes at most. Its edges are the strokes alone.
 ///
 /// Returns the number of strokes. Throws Failure when more than a million lines cross one side of a contour.
 std::size_t Fill(CLayer& layer, FillStyle const& style, std::vector<FillRegion> const& regions,

@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "Markup.h"
+
 namespace {
 
 constexpr double kLongSide = 640.0;
@@ -258,20 +260,6 @@ void Draw(Seen const& facet, std::string& svg) {
     svg += "\"/>\n";
 }
 
-std::string Escaped(std::string const& text) {
-    std::string escaped;
-    for (char const c : text) {
-        if (c == '<') {
-            escaped += "&lt;";
-        } else if (c == '&') {
-            escaped += "&amp;";
-        } else {
-            escaped += c;
-        }
-    }
-    return escaped;
-}
-
 }  // namespace
 
 PicturedModel InOneColor(CSTLModel const& model, std::uint32_t nColor, double dOpacity) {
@@ -292,7 +280,7 @@ std::string DrawMeshes(std::vector<PicturedModel> const& models, std::string con
     svg += "\" height=\"";
     svg += Coordinate(size.y);
     svg += "\">\n<title>";
-    svg += Escaped(title);
+    svg += EscapedMarkup(title);
     svg +=
         "</title>\n<style>path{stroke-width:.9;stroke-linejoin:round}"
         ".e{fill:none;stroke:#1b2733;stroke-width:1.1;stroke-linecap:round}</style>\n";

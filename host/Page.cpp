@@ -1,5 +1,7 @@
 #include "Page.h"
 
+#include "Markup.h"
+
 namespace {
 
 // Colours follow what the reader's system prefers. Pictures keep a light ground: their lines are dark.
@@ -41,34 +43,11 @@ a { color: var(--accent); }
 footer { padding-bottom: 3rem; color: var(--soft); border-top: 1px solid var(--rule); padding-top: 1rem; }
 )css";
 
-std::string Escaped(std::string const& text) {
-    std::string escaped;
-    for (char const c : text) {
-        switch (c) {
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::string Element(char const* pName, std::string const& text) {
     std::string element = "<";
     element += pName;
     element += '>';
-    element += Escaped(text);
+    element += EscapedMarkup(text);
     element += "</";
     element += pName;
     return element += '>';
@@ -96,11 +75,11 @@ void Page::BeginSection(std::string const& title, std::string const& text) {
 void Page::AddPicture(std::string const& file, std::string const& alternative, std::string const& caption) {
     BeginRow(Row::kPictures);
     m_Body += "<figure><a href=\"";
-    m_Body += Escaped(file);
+    m_Body += EscapedMarkup(file);
     m_Body += "\"><img src=\"";
-    m_Body += Escaped(file);
+    m_Body += EscapedMarkup(file);
     m_Body += "\" alt=\"";
-    m_Body += Escaped(alternative);
+    m_Body += EscapedMarkup(alternative);
     m_Body += "\"></a>";
     m_Body += Element("figcaption", caption);
     m_Body += "</figure>\n";
@@ -111,7 +90,7 @@ void Page::AddTable(Table const& table) {
     m_Body += "<div class=\"card\"><table>" + Element("caption", table.Title()) + "\n";
     for (auto const& [label, value] : table.Rows()) {
         m_Body += "<tr><th scope=\"row\">";
-        m_Body += Escaped(label);
+        m_Body += EscapedMarkup(label);
         m_Body += "</th>";
         m_Body += Element("td", value);
         m_Body += "</tr>\n";
@@ -123,7 +102,7 @@ void Page::AddTable(std::string const& title, std::vector<std::string> const& he
                     std::vector<std::vector<std::string>> const& rows) {
     BeginRow(Row::kTables);
     m_Body += "<div class=\"card\"><table>" + Element("caption", title) + "\n<tr>";
-    for (std::string const& head : heads) m_Body += "<th scope=\"col\">" + Escaped(head) + "</th>";
+    for (std::string const& head : heads) m_Body += "<th scope=\"col\">" + EscapedMarkup(head) + "</th>";
     m_Body += "</tr>\n";
     for (auto const& row : rows) {
         m_Body += "<tr>";
@@ -138,9 +117,9 @@ void Page::AddFiles(std::vector<std::string> const& files) {
     m_Body += "<ul class=\"files\">\n";
     for (std::string const& file : files) {
         m_Body += "<li><a href=\"";
-        m_Body += Escaped(file);
+        m_Body += EscapedMarkup(file);
         m_Body += "\">";
-        m_Body += Escaped(file);
+        m_Body += EscapedMarkup(file);
         m_Body += "</a></li>\n";
     }
     m_Body += "</ul>\n";

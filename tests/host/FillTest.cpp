@@ -168,6 +168,16 @@ TEST(Fill, AChainEndsWhereTheNextStrokeIsFar) {
     EXPECT_EQ(2u, HatchesOf(other).size());
 }
 
+TEST(Fill, AChainHasTwoHundredStrokesAtMost) {
+    CLayer layer;
+    EXPECT_EQ(450u, Fill(layer, Level(), {Rectangle(0, 0, 10, 450)}));
+    std::vector<CHatch*> const hatches = HatchesOf(layer);
+    ASSERT_EQ(3u, hatches.size());
+    EXPECT_EQ(200, hatches[0]->m_EdgeList.GetCount());
+    EXPECT_EQ(200, hatches[1]->m_EdgeList.GetCount());
+    EXPECT_EQ(50, hatches[2]->m_EdgeList.GetCount());
+}
+
 TEST(Fill, RegionsAreToldByTheNumbersOfTheLoopsAndOpenPathsBoundNothing) {
     CLayer layer;
     Contour square, path;
