@@ -47,6 +47,32 @@ void AddSupport(CLI::App& app, SupportOptions& support) {
     pSupport->callback([&support] { RunSupport(support); });
 }
 
+void AddSlice(CLI::App& app, SliceOptions& slice) {
+    CLI::App* const pSlice =
+        app.add_subcommand("slice", "Slice parts, as they lie side by side, into a CLI file");
+    pSlice->add_option("IN", slice.inputs, "Mesh files to read: STL, CSM, 3DMF, OLTP")->required();
+    pSlice->add_option("-o", slice.output, "CLI file to write")->required();
+    pSlice->add_option("--layer", slice.dLayer, "Height of a layer")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pSlice->add_option("--hatch", slice.dHatch, "Distance of fill lines")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pSlice
+        ->add_option("--angle", slice.dAngle, "Of the fill lines; each layer is at right angles to the last")
+        ->check(CLI::Range(-360.0, 360.0))
+        ->capture_default_str();
+    pSlice->add_flag("--support", slice.bSupport, "Fill support solids too, in layers of even numbers");
+    CLI::Option* const pOrder =
+        pSlice->add_flag("--order", slice.bOrder, "Print what is nearest next: contours, then fill");
+    pSlice->add_flag("--splice", slice.bSplice, "Print contours and fill in one stroke where they meet")
+        ->excludes(pOrder);
+    pSlice->add_option("--mode", slice.mode, "Of the file")
+        ->check(CLI::IsMember({"ascii", "binary", "coc"}))
+        ->capture_default_str();
+    pSlice->callback([&slice] { RunSlice(slice); });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Varnet64: looks at, repairs and writes the meshes of 3D-printing parts.", "varnet");
     app.require_subcommand(1);
@@ -86,6 +112,9 @@ int Run(int argc, char** argv) {
 
     SupportOptions support;
     AddSupport(app, support);
+
+    SliceOptions slice;
+    AddSlice(app, slice);
 
     ConvertOptions convert;
     CLI::App* const pConvert = app.add_subcommand(

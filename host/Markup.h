@@ -2,5 +2,6 @@
 
 #include <string>
 
-/// The text with the characters that mean something in HTML and SVG written so that they stand for themselves.
+/// The text with the characters that mean something in HTML and SVG written so that they stand for
+/// themselves.
 std::string EscapedMarkup(std::string const& text);

@@ -67,6 +67,14 @@ std::unique_ptr<CLayer> Splice(CLayer& layer, double dWidth, CPoint2D& head) {
     return pOut;
 }
 
+// Binary files tell open paths by their direction.
+void TakeDirectionOfOpenPaths(CLayer& layer) {
+    layer.BuildLoopList();
+    for (tagLoopTreeNode* const pLoop : LoopsOf(layer.m_LoopList)) {
+        if (pLoop->m_bClosed == 0) pLoop->m_nDirection = LOOPDIRECT_NONE;
+    }
+}
+
 double GoTo(CPoint2D& head, CPoint2D const& begin, CPoint2D const& end) {
     double const dWay = std::sqrt(D2ofPtoP(head, begin));
     head = end;
@@ -77,11 +85,13 @@ double GoTo(CPoint2D& head, CPoint2D const& begin, CPoint2D const& end) {
 
 std::unique_ptr<CLayer> OrderPaths(std::unique_ptr<CLayer> pLayer, PathOrder order, double dWidth,
                                    CPoint2D& head) {
-    if (order == PathOrder::kSpliced) return Splice(*pLayer, dWidth, head);
-    if (order == PathOrder::kNearest) {
+    if (order == PathOrder::kSpliced) {
+        pLayer = Splice(*pLayer, dWidth, head);
+    } else if (order == PathOrder::kNearest) {
         OrderLoops(*pLayer, head);
         pLayer->OptimizeHatchs(head, kNearestFirst);
     }
+    TakeDirectionOfOpenPaths(*pLayer);
     return pLayer;
 }
 

@@ -14,6 +14,8 @@ enum class PathOrder {
 /// Orders the paths of a layer from the point where the head is, and moves the point to where it ends. In the
 /// spliced order contours and fill become paths without nesting, contours being opened where a hatch passes
 /// within 1.8 times the width (millimetres); hatches of supports stay, behind them. No path is lost.
+///
+/// Open paths have no direction afterwards, in any order: binary files tell by it that they are open.
 std::unique_ptr<CLayer> OrderPaths(std::unique_ptr<CLayer> pLayer, PathOrder order, double dWidth,
                                    CPoint2D& head);
 

@@ -114,6 +114,21 @@ TEST(PathOrder, SplicedPathsAreAsLongAsContoursAndFillAndLoseNone) {
     EXPECT_EQ(0u, nMissing);
 }
 
+TEST(PathOrder, OpenPathsHaveNoDirectionSoThatBinaryFilesKeepThemOpen) {
+    for (PathOrder order : {PathOrder::kAsFound, PathOrder::kNearest, PathOrder::kSpliced}) {
+        auto pLayer = std::make_unique<CLayer>();
+        Give(*pLayer, Square(0.0, 0.0, 5.0));
+        Give(*pLayer, OpenPath({{10, 0}, {20, 0}, {20, 5}}));
+        pLayer->MakeTopology(1);
+        CPoint2D head(0.0, 0.0);
+        pLayer = OrderPaths(std::move(pLayer), order, 0.5, head);
+        ASSERT_EQ(2, pLayer->m_LoopList.GetCount());
+        for (tagLoopTreeNode const* pLoop : LoopsOf(pLayer->m_LoopList)) {
+            EXPECT_EQ(pLoop->m_bClosed != 0 ? LOOPDIRECT_CCW : LOOPDIRECT_NONE, pLoop->m_nDirection);
+        }
+    }
+}
+
 TEST(PathOrder, FillThatLiesInNoContourIsNotLost) {
     auto pLayer = std::make_unique<CLayer>();
     Give(*pLayer, Square(0.0, 0.0, 5.0));
