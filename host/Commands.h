@@ -70,8 +70,20 @@ struct ConvertOptions {
     bool bRing = false;
     bool bPlain = false;
     std::string header;  ///< file with the header of a CSM file in strips; none when empty
+    std::string mode;    ///< of a slice file: ascii, binary or coc; that of the input when empty
 };
 void RunConvert(ConvertOptions const& options);
+/// The same from slice file to slice file.
+void RunConvertSlices(ConvertOptions const& options);
+
+struct LayersOptions {
+    std::string input;
+    bool bJson = false;
+    std::string svg;  ///< folder for pictures; none when empty
+    int nLayer = 0;   ///< the only one to show; 0 for all
+    double dLimit = 64.0;
+};
+void RunLayers(LayersOptions const& options);
 
 struct DemoOptions {
     std::string folder = "varnet-demo";

@@ -72,12 +72,27 @@ void Write(CSTLModel& model, bool bStl, ConvertOptions const& options) {
     }
 }
 
-bool IsStl(ConvertOptions const& options) {
-    std::string extension = fs::path(options.output).extension().string();
+std::string ExtensionOf(std::string const& file) {
+    std::string extension = fs::path(file).extension().string();
     for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
+}
+
+bool IsCli(ConvertOptions const& options) {
+    if (ExtensionOf(options.output) != ".cli") {
+        if (!options.mode.empty()) throw UsageError(options.output + ": --mode is for .cli");
+        return false;
+    }
+    if (options.bFloats || options.bRing || options.bPlain || !options.header.empty())
+        throw UsageError(options.output + ": --floats, --ring, --plain and --header are for .csm");
+    return true;
+}
+
+bool IsStl(ConvertOptions const& options) {
+    std::string const extension = ExtensionOf(options.output);
     bool const bCsmOption = options.bFloats || options.bRing || options.bPlain || !options.header.empty();
     if (extension == ".csm") return false;
-    if (extension != ".stl") throw UsageError(options.output + ": can write .stl and .csm");
+    if (extension != ".stl") throw UsageError(options.output + ": can write .stl, .csm and .cli");
     if (bCsmOption)
         throw UsageError(options.output + ": --floats, --ring, --plain and --header are for .csm");
     return true;
@@ -160,6 +175,7 @@ std::string LargestError(CSTLModel& model, CSTLModel const& back) {
 }  // namespace
 
 void RunConvert(ConvertOptions const& options) {
+    if (IsCli(options)) return RunConvertSlices(options);
     bool const bStl = IsStl(options);
     CSTLModel model;
     FileKind const inputKind = ReadModel(options.input, model);

@@ -134,7 +134,7 @@ void ShowModes(DemoRun& run, CSTLModel& model, Solids const& supports) {
         run.checks.That(std::fabs(back.dVolume - model.Volume()) < 2e-3 * model.Volume(),
                         "the layers make the volume of the part");
         rows.push_back({pName, NameOf(mode), Count(static_cast<long long>(fs::file_size(file))),
-                        Count(back.nLayers), Number(back.dLargestError), Number(back.dVolume)});
+                        Count(back.nLayers), Rounded(back.dLargestError, 2), Rounded(back.dVolume, 7)});
     }
     run.page.AddTable("Slice files",
                       {"file", "mode", "bytes", "layers", "largest error, mm", "volume of the layers, mm3"},

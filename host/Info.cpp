@@ -3,6 +3,7 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Layers.h"
 #include "ModelFacts.h"
 #include "ModelFile.h"
 #include "Progress.h"
@@ -91,6 +92,14 @@ void RunInfo(InfoOptions const& options) {
         CSTLModel model;
         FileKind kind{};
         try {
+            if (IsSliceFile(file)) {
+                if (options.bJson) {
+                    all.push_back(SliceJson(file));
+                } else {
+                    PrintSliceTable(file);
+                }
+                continue;
+            }
             kind = ReadModel(file, model);
         } catch (Failure const& failure) {
             ThrowIfInterrupted();

@@ -73,6 +73,43 @@ void AddSlice(CLI::App& app, SliceOptions& slice) {
     pSlice->callback([&slice] { RunSlice(slice); });
 }
 
+void AddConvert(CLI::App& app, ConvertOptions& convert) {
+    CLI::App* const pConvert = app.add_subcommand(
+        "convert", "Write a mesh file, or a slice file, in another format, and say what it lost");
+    pConvert->add_option("IN", convert.input, "File to read: STL, CSM, 3DMF, OLTP, or CLI slices")
+        ->required();
+    pConvert
+        ->add_option("OUT", convert.output,
+                     "File to write: .stl, .csm, in strips of 16-bit points, or .cli, from .cli")
+        ->required();
+    CLI::Option* const pFloats =
+        pConvert->add_flag("--floats", convert.bFloats, "CSM strips with float points");
+    CLI::Option* const pRing = pConvert->add_flag("--ring", convert.bRing, "CSM ring stream, 24-bit points");
+    CLI::Option* const pPlain = pConvert->add_flag("--plain", convert.bPlain, "Plain CSM, float points");
+    CLI::Option* const pHeader =
+        pConvert->add_option("--header", convert.header, "File with the header text of CSM strips");
+    pConvert->add_option("--mode", convert.mode, "How slices are written (that of IN if not given)")
+        ->check(CLI::IsMember({"ascii", "binary", "coc"}));
+    pRing->excludes(pFloats, pPlain, pHeader);
+    pPlain->excludes(pFloats, pHeader);
+    pConvert->callback([&convert] { RunConvert(convert); });
+}
+
+void AddLayers(CLI::App& app, LayersOptions& layers) {
+    CLI::App* const pLayers =
+        app.add_subcommand("layers", "Show the layers of a slice file: heights, counts, area, length, box");
+    pLayers->add_option("FILE", layers.input, "CLI slice file to read")->required();
+    pLayers->add_flag("--json", layers.bJson, "Print JSON instead of a table");
+    pLayers->add_option("--svg", layers.svg, "Folder for a picture of each layer");
+    pLayers->add_option("--layer", layers.nLayer, "Only this layer, counted from 1")
+        ->check(CLI::Range(1, 2147483647));
+    pLayers
+        ->add_option("--limit", layers.dLimit, "Files of more than so many megabytes are not held in memory")
+        ->check(CLI::Range(0.0, 4096.0))
+        ->capture_default_str();
+    pLayers->callback([&layers] { RunLayers(layers); });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Varnet64: looks at, repairs and writes the meshes of 3D-printing parts.", "varnet");
     app.require_subcommand(1);
@@ -80,7 +117,7 @@ int Run(int argc, char** argv) {
     InfoOptions info;
     CLI::App* const pInfo =
         app.add_subcommand("info", "Say what a file holds: counts, box, area, volume, open edges");
-    pInfo->add_option("FILE", info.files, "Mesh files: STL, CSM, 3DMF, OLTP")->required();
+    pInfo->add_option("FILE", info.files, "Mesh files: STL, CSM, 3DMF, OLTP; or CLI slices")->required();
     pInfo->add_flag("--json", info.bJson, "Print JSON instead of a table");
     pInfo->callback([&info] { RunInfo(info); });
 
@@ -117,20 +154,10 @@ int Run(int argc, char** argv) {
     AddSlice(app, slice);
 
     ConvertOptions convert;
-    CLI::App* const pConvert = app.add_subcommand(
-        "convert", "Write a mesh file in another format (OUT.stl or OUT.csm), and say what it lost");
-    pConvert->add_option("IN", convert.input, "Mesh file to read: STL, CSM, 3DMF, OLTP")->required();
-    pConvert->add_option("OUT", convert.output, "File to write: .stl, or .csm, in strips of 16-bit points")
-        ->required();
-    CLI::Option* const pFloats =
-        pConvert->add_flag("--floats", convert.bFloats, "CSM strips with float points");
-    CLI::Option* const pRing = pConvert->add_flag("--ring", convert.bRing, "CSM ring stream, 24-bit points");
-    CLI::Option* const pPlain = pConvert->add_flag("--plain", convert.bPlain, "Plain CSM, float points");
-    CLI::Option* const pHeader =
-        pConvert->add_option("--header", convert.header, "File with the header text of CSM strips");
-    pRing->excludes(pFloats, pPlain, pHeader);
-    pPlain->excludes(pFloats, pHeader);
-    pConvert->callback([&convert] { RunConvert(convert); });
+    AddConvert(app, convert);
+
+    LayersOptions layers;
+    AddLayers(app, layers);
 
     DemoOptions demo;
     CLI::App* const pDemo = app.add_subcommand("demo", "Make a part and run everything on it");

@@ -17,7 +17,7 @@ std::string EscapedMarkup(std::string const& text) {
                 escaped += "&quot;";
                 break;
             default:
-                escaped += c;
+                escaped += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
         }
     }
     return escaped;

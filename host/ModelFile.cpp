@@ -16,6 +16,7 @@
 #include "PlainCsm.h"
 #include "Progress.h"
 #include "RingDecoder.h"
+#include "SliceFile.h"
 
 namespace {
 
@@ -124,6 +125,7 @@ FileKind KindOf(std::string const& file) {
     if (!std::ifstream(file, std::ios::binary) || fs::is_directory(file)) {
         throw Failure(file, WhyUnreadable(file));
     }
+    if (IsSliceFile(file)) throw Failure(file, "holds slices, not a mesh: varnet layers shows them");
     std::string const start = StartOf(file);
     if (std::optional<FileKind> const kind = CsmKindOf(start)) return *kind;
     std::string const extension = InCapitals(fs::path(file).extension().string());

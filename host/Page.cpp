@@ -27,11 +27,12 @@ header p { max-width: 46rem; color: var(--soft); font-size: 1.1rem; }
 section { padding: 1.5rem 0; border-top: 1px solid var(--rule); }
 h2 { margin: 0 0 .25rem; font-size: 1.35rem; }
 section > p { max-width: 46rem; margin: .25rem 0 1rem; }
-.row { display: grid; gap: 1.25rem; grid-template-columns: repeat(auto-fit, minmax(min(21rem, 100%), 1fr)); margin-top: 1rem; }
+.row { display: grid; gap: 1.25rem; grid-template-columns: repeat(auto-fit, minmax(min(25rem, 100%), 1fr)); margin-top: 1rem; }
 figure, .card { margin: 0; background: var(--card); border: 1px solid var(--rule); border-radius: .6rem; overflow: hidden; }
 figure a { display: block; background: #fff; padding: .75rem; }
 figure img { display: block; width: 100%; height: 22rem; object-fit: contain; }
 figcaption { padding: .6rem .9rem .8rem; color: var(--soft); font-size: .92rem; border-top: 1px solid var(--rule); }
+.wide { grid-column: 1 / -1; }
 .card { overflow-x: auto; padding: .2rem .9rem .6rem; }
 table { border-collapse: collapse; width: 100%; font-variant-numeric: tabular-nums; font-size: .95rem; }
 caption { text-align: left; font-weight: 600; padding: .5rem 0; }
@@ -101,7 +102,7 @@ void Page::AddTable(Table const& table) {
 void Page::AddTable(std::string const& title, std::vector<std::string> const& heads,
                     std::vector<std::vector<std::string>> const& rows) {
     BeginRow(Row::kTables);
-    m_Body += "<div class=\"card\"><table>" + Element("caption", title) + "\n<tr>";
+    m_Body += "<div class=\"card wide\"><table>" + Element("caption", title) + "\n<tr>";
     for (std::string const& head : heads) m_Body += "<th scope=\"col\">" + EscapedMarkup(head) + "</th>";
     m_Body += "</tr>\n";
     for (auto const& row : rows) {

@@ -16,6 +16,7 @@ public:
     /// does not see it.
     void AddPicture(std::string const& file, std::string const& alternative, std::string const& caption);
     void AddTable(Table const& table);
+    /// A table of several columns, over the whole width of the page.
     void AddTable(std::string const& title, std::vector<std::string> const& heads,
                   std::vector<std::vector<std::string>> const& rows);
     /// Names of files in the folder of the page, as links.

@@ -24,3 +24,5 @@ private:
 std::string Count(long long nCount);
 /// With up to six digits behind the point, and no needless zeros.
 std::string Number(double dValue);
+/// With so many digits at most.
+std::string Rounded(double dValue, int nDigits);

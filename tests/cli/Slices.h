@@ -16,7 +16,7 @@
 class OpenBytes {
 public:
     explicit OpenBytes(std::string_view bytes = {}) : m_pFile(std::tmpfile()) {
-        std::fwrite(bytes.data(), 1, bytes.size(), m_pFile);
+        if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), m_pFile);
         std::rewind(m_pFile);
     }
     OpenBytes(OpenBytes const&) = delete;

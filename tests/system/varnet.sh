@@ -71,8 +71,8 @@ grep -q 'interrupted' err || fail "message after Ctrl-C"
 # ---- shells, surfaces, support
 
 expect 0 "$varnet" split made/bracket_support.stl -o shells
-grep -qE 'shells +4$' out || fail "the number of shells"
-[ "$(ls shells | tr '\n' ' ')" = "bracket_support_1.STL bracket_support_2.STL bracket_support_3.STL bracket_support_4.STL " ] ||
+grep -qE 'shells +3$' out || fail "the number of shells"
+[ "$(ls shells | tr '\n' ' ')" = "bracket_support_1.STL bracket_support_2.STL bracket_support_3.STL " ] ||
     fail "the names of the shells: $(ls shells)"
 expect 0 "$varnet" info shells/bracket_support_1.STL
 grep -qE 'open edges +0$' out || fail "a shell is closed"
@@ -85,7 +85,7 @@ expect 1 "$varnet" split made/bracket.stl -o ab
 grep -q 'ab: cannot be made' err || fail "message for a folder that is a file"
 
 expect 0 "$varnet" surfaces fixed.stl -o surfaces.ply
-grep -qE 'surfaces +50$' out || fail "the number of surfaces"
+grep -qE 'surfaces +21$' out || fail "the number of surfaces"
 [ "$(stat -c %s surfaces.ply)" -eq "$(stat -c %s made/bracket_surfaces.ply)" ] || fail "the size of the PLY file"
 head -n 4 surfaces.ply | grep -aq 'element vertex 520' || fail "the vertices of the PLY file"
 grep -aq 'element face 1060' surfaces.ply || fail "the faces of the PLY file"
@@ -104,7 +104,7 @@ cmp support.ply made/bracket_support.ply || fail "the coloured regions of the de
 expect 0 "$varnet" info support.stl
 grep -qE 'open edges +0$' out || fail "solids of a height are closed"
 expect 0 "$varnet" support fixed.stl -o plate.stl --to-plate --json
-grep -q '"supported": true' out && grep -q '"solids": 4' out && grep -q '"length": 15.0' out || fail "the regions as JSON"
+grep -q '"supported": true' out && grep -q '"solids": 3' out && grep -q '"length": 15.0' out || fail "the regions as JSON"
 expect 0 "$varnet" support fixed.stl -o none.stl --angle 0 --edge-length 1000
 grep -qE 'solids +0, 0 facets$' out || fail "nothing to support"
 [ "$(stat -c %s none.stl)" -eq 84 ] || fail "a file without solids"
@@ -153,5 +153,87 @@ expect 1 "$varnet" info cut.csm
 grep -q 'cut.csm: the file ends inside' err || fail "message for a ring stream cut short"
 expect 1 "$varnet" convert made/bracket.stl nofolder/to.csm
 ls -R | grep -q '\.part$' && fail "a half-written file is left"
+
+# ---- slices
+
+{
+    printf '$$HEADERSTART\n$$ASCII\n$$UNITS/0.5\n$$VERSION/200\n$$LAYERS/3\n$$HEADEREND\n$$GEOMETRYSTART\n'
+    # A square of 10 with a hole of 2 and an open path, in units of a half; then hatches.
+    printf '$$LAYER/0.5\n$$POLYLINE/1,1,5,0,0,20,0,20,20,0,20,0,0\n$$POLYLINE/2,0,5,4,4,4,8,8,8,8,4,4,4\n'
+    printf '$$POLYLINE/3,2,2,0,0,6,8\n$$LAYER/1.0\n$$HATCHES/1000,2,0,0,6,8,0,0,0,20\n$$LAYER/1.5\n$$GEOMETRYEND\n'
+} >part.cli
+expect 0 "$varnet" layers part.cli
+grep -qE 'layers +3 of 3 announced$' out && grep -qE 'heights +0.25 to 0.75$' out || fail "layers and heights"
+grep -qE 'closed loops +2$' out && grep -qE 'open paths +1$' out && grep -qE 'points +12$' out || fail "loops"
+grep -qE 'hatches +1 with 2 edges$' out && grep -qE 'length of hatches, mm +15$' out || fail "hatches"
+grep -qE 'area of all layers, mm2 +96$' out && grep -qE 'length of loops and paths, mm +53$' out || fail "area and length"
+grep -qE 'box +0  0  to  10  10$' out || fail "the box of the layers"
+grep -qE '^ +1 +0.25 +2 +1 +0 +12 +96 +53 ' out || fail "the row of a layer"
+cp out memory
+expect 0 "$varnet" layers part.cli --limit 0
+cmp out memory || fail "layers read from the disk"
+expect 0 "$varnet" layers part.cli --layer 2 --json
+grep -q '"number": 2' out && grep -q '"edges": 2' out && grep -q '"z": 0.5' out || fail "one layer as JSON"
+! grep -q '"number": 1' out || fail "only one layer"
+expect 0 "$varnet" info part.cli made/bracket.stl
+grep -qE 'type +CLI slices, text$' out && grep -qE 'type +binary STL$' out || fail "info of slices"
+expect 0 "$varnet" info --json part.cli
+grep -q '"announced": 3' out || fail "info of slices as JSON"
+for limit in 64 0; do
+    expect 0 "$varnet" layers part.cli --svg pictures --limit "$limit"
+    [ "$(ls pictures | tr '\n' ' ')" = "layer_00001.svg layer_00002.svg layer_00003.svg " ] || fail "the names of pictures"
+    grep -q 'layer 1, z = 0.25 mm' pictures/layer_00001.svg && grep -q '>5 mm<' pictures/layer_00001.svg || fail "height and scale"
+    [ "$(grep -c 'stroke="hsl' pictures/layer_00001.svg)" -eq 3 ] || fail "the paths of a picture"
+    # The hole is in the same path as its boundary.
+    [ "$(grep -c '^<path d="M0 0L640 0L640 -640L0 -640L0 0M' pictures/layer_00001.svg)" -eq 1 ] || fail "the hole of a picture"
+    grep -q 'hsl(240' pictures/layer_00001.svg && grep -q 'hsl(0,' pictures/layer_00001.svg || fail "the colours of a picture"
+    if command -v xmllint >/dev/null; then xmllint --noout pictures/*.svg || fail "pictures are XML"; fi
+    rm -r pictures
+done
+expect 0 "$varnet" layers part.cli --svg one --layer 3
+[ "$(ls one)" = layer_00003.svg ] || fail "one picture"
+
+for mode in binary coc ascii; do
+    expect 0 "$varnet" convert part.cli "to_$mode.cli" --mode "$mode"
+    grep -qE 'layers +3, read back 3$' out && grep -qE 'points +12, read back 12$' out || fail "convert to $mode"
+    grep -qE 'largest difference, mm +(0|[0-9.]+e-(0[5-9]|1[0-9]))$' out || fail "the difference of $mode"
+    expect 0 "$varnet" layers "to_$mode.cli"
+    grep -qE 'area of all layers, mm2 +(96|95\.999[0-9]*|96\.000[0-9]*)$' out || fail "the layers of $mode"
+    expect 0 "$varnet" convert "to_$mode.cli" back.cli --mode ascii
+    [ -e first.cli ] || cp back.cli first.cli
+    cmp back.cli first.cli || fail "the way back of $mode"
+done
+[ "$(head -c 25 to_ascii.cli | tr '\n' ' ')" = '$$HEADERSTART $$ASCII $$U' ] || fail "the header of a text file"
+grep -q 'HATCHES/1000 2' to_ascii.cli && tail -n 1 to_ascii.cli | grep -q '^\$\$GEOMETRYEND$' || fail "a text file is whole"
+expect 0 "$varnet" convert to_coc.cli same.cli
+grep -q 'CLI slices, disguised -> CLI slices, disguised' out || fail "the mode of the input"
+sed 's/LAYERS\/3/LAYERS\/12345/' part.cli >lies.cli
+expect 0 "$varnet" convert lies.cli honest.cli
+grep -q 'LAYERS/3$' honest.cli && [ "$(grep -c '^\$\$LAYER/' honest.cli)" -eq 3 ] || fail "the number of layers is put right"
+
+head -c $(($(stat -c %s to_binary.cli) - 3)) to_binary.cli >cut.cli
+expect 1 "$varnet" layers cut.cli
+grep -q 'cut.cli: broken behind layer 2, at byte' err && grep -qE 'layers +2 of 3 announced$' out || fail "a slice file cut short"
+expect 1 "$varnet" convert cut.cli never.cli
+expect 1 "$varnet" layers part.cli --layer 4
+grep -q 'there is no layer 4: it has 3' err || fail "message for a layer that is not there"
+expect 1 "$varnet" layers missing.cli
+grep -q 'missing.cli: no such file' err || fail "message for a missing slice file"
+expect 1 "$varnet" layers made/bracket.stl
+grep -q 'not a CLI slice file' err || fail "message for a mesh"
+expect 1 "$varnet" layers made
+expect 1 "$varnet" repair part.cli never.stl
+grep -q 'holds slices, not a mesh' err || fail "message for slices"
+expect 1 "$varnet" convert made/bracket.stl never.cli
+expect 1 "$varnet" convert part.cli nofolder/to.cli
+grep -q 'nofolder/to.cli: cannot be created' err || fail "message for a slice file that cannot be made"
+expect 1 "$varnet" layers part.cli --svg part.cli
+expect 2 "$varnet" layers
+expect 2 "$varnet" layers part.cli --layer 0
+expect 2 "$varnet" convert part.cli never.cli --mode text
+expect 2 "$varnet" convert part.cli never.cli --ring
+expect 2 "$varnet" convert made/bracket.stl never.stl --mode ascii
+[ ! -e never.cli ] && [ ! -e never.stl ] || fail "a file for a failure"
+ls -R | grep -q '\.part$' && fail "a half-written slice file is left"
 
 exit 0

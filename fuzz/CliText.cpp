@@ -1,0 +1,7 @@
+// Lines of text, read layer by layer.
+
+#include "SliceWalk.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* pData, std::size_t nSize) {
+    return FuzzBody(pData, nSize, 1);
+}
