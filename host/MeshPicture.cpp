@@ -22,7 +22,7 @@ constexpr double kMargin = 8.0;
 constexpr double kSharp = 0.9063;
 
 // The pixels, a side, at which is looked for what covers what.
-constexpr int kRaster = 480;
+constexpr int kRaster = 900;
 
 struct Eye {
     // Unit vectors to the right and up in the picture, and towards the one who looks.
@@ -234,18 +234,15 @@ void Draw(Seen const& facet, std::string& svg) {
     auto const& c = facet.corners;
     svg += "<path d=\"M";
     svg += Place(c[0]);
-    for (std::size_t i : {1u, 2u}) {
-        svg += 'L';
-        svg += Place(c[i]);
-    }
-    svg += "z\" fill=\"";
+    svg += 'L';
+    svg += Place(c[1]);
+    svg += ' ';
+    svg += Place(c[2]);
+    svg += "z\" color=\"";
     svg += color;
     if (facet.dOpacity < 1.0) {
-        svg += "\" fill-opacity=\"";
+        svg += "\" class=\"g\" fill-opacity=\"";
         svg += Coordinate(facet.dOpacity);
-    } else {
-        svg += "\" stroke=\"";
-        svg += color;
     }
     svg += "\"/>\n";
     if (facet.isSharp == std::array{false, false, false}) return;
@@ -282,8 +279,8 @@ std::string DrawMeshes(std::vector<PicturedModel> const& models, std::string con
     svg += "\">\n<title>";
     svg += EscapedMarkup(title);
     svg +=
-        "</title>\n<style>path{stroke-width:.9;stroke-linejoin:round}"
-        ".e{fill:none;stroke:#1b2733;stroke-width:1.1;stroke-linecap:round}</style>\n";
+        "</title>\n<style>path{fill:currentColor;stroke:currentColor;stroke-width:.9;stroke-linejoin:round}"
+        ".g{stroke:none}.e{fill:none;stroke:#1b2733;stroke-width:1.1;stroke-linecap:round}</style>\n";
     for (std::size_t const i : FromBackToFront(seen)) Draw(seen[i], svg);
     return svg += "</svg>\n";
 }

@@ -63,7 +63,7 @@ TEST(Page, NothingIsLoadedFromElsewhere) {
 // The fills of a picture, in the order in which they are drawn.
 std::vector<std::string> Fills(std::string const& svg) {
     std::vector<std::string> fills;
-    std::string const mark = "fill=\"";
+    std::string const mark = " color=\"";
     for (std::size_t n = svg.find(mark); n != std::string::npos; n = svg.find(mark, n + 1)) {
         fills.push_back(svg.substr(n + mark.size(), 7));
     }
