@@ -108,7 +108,7 @@ bool WriteLayers(Plate& plate, SliceOutput const& output, fs::path const& path, 
         ThrowIfInterrupted();
         std::unique_ptr<CLayer> pLayer = OrderPaths(plate.NextLayer(), output.order, output.dWidth, head);
         figures.dTravel += TravelLength(*pLayer, follower);
-        figures.nTooLong += CountTooLong(*pLayer);
+        if (output.mode == SliceMode::kText) figures.nTooLong += CountTooLong(*pLayer);
         writer.SaveLayer(pLayer.get(), pFile.get(), nMode);
         nDone = i + 1;
     }
