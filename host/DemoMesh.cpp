@@ -164,10 +164,9 @@ void ShowCsm(DemoRun& run, CSTLModel& model) {
         run.checks.That(std::fabs(back.Volume() - model.Volume()) < 1e-3 * model.Volume(),
                         "and the part has its volume");
         auto const nBytes = static_cast<long long>(std::filesystem::file_size(options.output));
-        rows.push_back(
-            {layout.pName, layout.pWhat, Count(nBytes),
-             Count(static_cast<long long>(100.0 * static_cast<double>(nBytes) / dStl + 0.5)) + " %",
-             Number(back.Volume())});
+        rows.push_back({layout.pName, layout.pWhat, Count(nBytes),
+                        Count(std::lround(100.0 * static_cast<double>(nBytes) / dStl)) + " %",
+                        Number(back.Volume())});
     }
     run.page.BeginSection("Smaller files", "The same mesh in the three CSM layouts, read back and compared.");
     run.page.AddTable("Mesh files", {"file", "what", "bytes", "of STL", "volume read back, mm3"}, rows);
