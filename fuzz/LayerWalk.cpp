@@ -5,6 +5,7 @@
 #include <set>
 
 #include "FuzzInput.h"
+#include "contours/HatchLink.h"
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 
@@ -205,8 +206,56 @@ void Transform(ByteSource& source, CLayer& layer) {
     layer.Transform(matrix, source.Take<std::uint8_t>() % 2);
 }
 
+// Loops that fall out of the pass belong to whoever called it.
+void OrderLoops(ByteSource& source, CLayer& layer) {
+    CPoint2D pos(Point(source));
+    layer.BuildLoopList();
+    std::set<tagLoopTreeNode*> left;
+    ForEachLoop(layer.m_LoopList, [&left](tagLoopTreeNode& loop) { left.insert(&loop); });
+    layer.OptimizeLoops(pos, source.Take<std::uint8_t>() % 3);
+    ForEachLoop(layer.m_RawLoopList, [&left](tagLoopTreeNode& loop) {
+        Require(left.erase(&loop) == 1 && PointCount(loop) > 0);
+        loop.m_nLevel = 0;
+    });
+    for (tagLoopTreeNode* const pLoop : left) {
+        pLoop->m_ChildList.RemoveAll();
+        delete pLoop;
+    }
+}
+
+void OrderHatchs(ByteSource& source, CLayer& layer) {
+    CPoint2D pos(Point(source));
+    int const nBefore = layer.m_HatchList.GetCount();
+    layer.OptimizeHatchs(pos, source.Take<std::uint8_t>() % 3);
+    Require(layer.m_HatchList.GetCount() <= nBefore);
+    while (CHatch* const pHatch = FindNearHatchAndAdjust(&layer.m_HatchList, pos)) {
+        Require((pHatch->m_nFlag & HATCH_USED_FLAG) == 0);
+        pHatch->m_nFlag |= HATCH_USED_FLAG;
+        pos = pHatch->m_EdgeList.GetTail().m_ptEnd;
+    }
+    ForEachHatch(layer.m_HatchList, [](CHatch& hatch) { hatch.m_nFlag = 0; });
+}
+
+void SpliceAll(ByteSource& source, CLayer& layer) {
+    CLayer out;
+    CPoint2D pos(Point(source));
+    double const dWidth = Coordinate(source);
+    double const dCut = Coordinate(source);
+    layer.MakeTopology(source.Take<std::uint8_t>() % 2);
+    while (tagLoopTreeNode* const pLoop = layer.FindNearUnusedOutLoop(pos)) {
+        layer.OptimizeLoopAndChildLoopHatch(pLoop, &pos, &out, dWidth, dCut);
+        pLoop->m_nFlag |= LOOP_USED_FLAG;
+    }
+    ForEachLoop(out.m_RawLoopList, [](tagLoopTreeNode& path) {
+        Require(PointCount(path) > 0);
+        RequireSound(*path.m_pPointList);
+    });
+    layer.ClearLoopsUsedFlag();
+    ForEachHatch(layer.m_HatchList, [](CHatch& hatch) { hatch.m_nFlag = 0; });
+}
+
 void LayerStep(ByteSource& source, CLayer& layer, CLayer& other) {
-    switch (source.Take<std::uint8_t>() % 16) {
+    switch (source.Take<std::uint8_t>() % 19) {
         case 0:
             return Fill(source, layer);
         case 1:
@@ -251,6 +300,12 @@ void LayerStep(ByteSource& source, CLayer& layer, CLayer& other) {
         }
         case 13:
             return HatchStep(source, layer);
+        case 14:
+            return OrderLoops(source, layer);
+        case 15:
+            return OrderHatchs(source, layer);
+        case 16:
+            return SpliceAll(source, layer);
         default:
             return LoopStep(source, layer, other);
     }

@@ -14,7 +14,8 @@ inline void Require(bool bHolds) {
 }
 
 /// The depth of the subtree; every balance tells the truth.
-inline int CheckedDepth(tagVertexNode const* pNode) {
+template <class Node>
+int CheckedDepth(Node const* pNode) {
     if (pNode == nullptr) return 0;
     int const nLeft = CheckedDepth(pNode->m_pLeft);
     int const nRight = CheckedDepth(pNode->m_pRight);

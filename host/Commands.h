@@ -85,6 +85,20 @@ struct LayersOptions {
 };
 void RunLayers(LayersOptions const& options);
 
+struct OrderOptions {
+    std::string input;
+    std::string output;
+    std::string hatches = "near";  ///< near, far or random
+    std::string loops = "near";
+    bool bSplice = false;
+    double dWidth = 0.0;  ///< millimetres, like the cut
+    double dCut = 0.0;
+    std::vector<double> start = {0.0, 0.0};
+    unsigned nSeed = 1;
+    std::string svg;  ///< folder for pictures; none when empty
+};
+void RunOrder(OrderOptions const& options);
+
 struct DemoOptions {
     std::string folder = "varnet-demo";
 };

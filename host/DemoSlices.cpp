@@ -94,8 +94,8 @@ ReadBack Compare(SliceOutput const& output, Plate plate) {
     double dHeight = 0.0;
     for (CLayer layer; reader.Next(layer);) {
         if (result.nLayers++ == plate.LayerCount()) break;
-        std::unique_ptr<CLayer> const pSliced =
-            OrderPaths(plate.NextLayer(), output.order, output.dWidth, head);
+        std::unique_ptr<CLayer> const pSliced = plate.NextLayer();
+        OrderPaths(*pSliced, output.ordering, head);
         layer.BuildLoopList();
         difference.Of(*pSliced, layer);
         dHeight = std::max(dHeight, std::fabs(pSliced->m_dZ - layer.m_dZ));
@@ -188,7 +188,7 @@ void ShowOrder(DemoRun& run, CSTLModel& model, Solids const& supports) {
         PathOrder order;
     };
     Way const ways[] = {{nullptr, "as sliced", PathOrder::kAsFound},
-                        {"bracket_ordered.cli", "nearest first", PathOrder::kNearest},
+                        {"bracket_ordered.cli", "nearest first", PathOrder::kByEnds},
                         {"bracket_spliced.cli", "contours spliced with fill", PathOrder::kSpliced}};
     constexpr int kShown = 16;
     std::vector<std::unique_ptr<CLayer>> layers;
@@ -199,9 +199,9 @@ void ShowOrder(DemoRun& run, CSTLModel& model, Solids const& supports) {
         Plate plate = MakePlate(model, supports);
         SliceOutput output;
         output.file = pName != nullptr ? run.File(pName) : (run.folder / "bracket.cli").string();
-        output.order = order;
-        output.dWidth = DemoSettings().dHatch;
-        double const dTravel = WriteSlices(plate, output).dTravel;
+        output.ordering.order = order;
+        output.ordering.dWidth = DemoSettings().dHatch;
+        double const dTravel = WriteSlices(plate, output).travel.dLength;
         if (dFirst == 0.0) dFirst = dTravel;
         rows.push_back({pTitle, fs::path(output.file).filename().string(), Number(std::round(dTravel)),
                         Number(std::round(100.0 * dTravel / dFirst)) + " %"});

@@ -120,6 +120,39 @@ void AddLayers(CLI::App& app, LayersOptions& layers) {
     pLayers->callback([&layers] { RunLayers(layers); });
 }
 
+void AddOrder(CLI::App& app, OrderOptions& order) {
+    CLI::App* const pOrder =
+        app.add_subcommand("order", "Order the paths of a slice file for a print head that travels little");
+    pOrder->add_option("IN", order.input, "CLI slice file to read")->required();
+    pOrder->add_option("OUT", order.output, "CLI slice file to write")->required();
+    auto const modes = CLI::IsMember({"near", "far", "random"});
+    CLI::Option* const pHatches = pOrder->add_option("--hatches", order.hatches, "Which hatch comes next")
+                                      ->check(modes)
+                                      ->capture_default_str();
+    CLI::Option* const pLoops = pOrder->add_option("--loops", order.loops, "Which loop comes next")
+                                    ->check(modes)
+                                    ->capture_default_str();
+    CLI::Option* const pWidth =
+        pOrder->add_option("--width", order.dWidth, "Contours link with hatches within 1.8 times this, mm")
+            ->check(CLI::PositiveNumber);
+    CLI::Option* const pCut =
+        pOrder
+            ->add_option("--cut", order.dCut, "Length of the opening of a contour, and cut off path ends, mm")
+            ->check(CLI::NonNegativeNumber);
+    CLI::Option* const pSplice = pOrder->add_flag(
+        "--splice", order.bSplice, "Print contours in one stroke with the hatches beside them");
+    pSplice->needs(pWidth, pCut)->excludes(pHatches, pLoops);
+    pWidth->needs(pSplice);
+    pCut->needs(pSplice);
+    pOrder->add_option("--start", order.start, "Where the head is at first: X,Y")
+        ->delimiter(',')
+        ->expected(2)
+        ->capture_default_str();
+    pOrder->add_option("--seed", order.nSeed, "Seed of the random order")->capture_default_str();
+    pOrder->add_option("--svg", order.svg, "Folder for a picture of each layer, before and after");
+    pOrder->callback([&order] { RunOrder(order); });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Varnet64: looks at, repairs and writes the meshes of 3D-printing parts.", "varnet");
     app.require_subcommand(1);
@@ -168,6 +201,9 @@ int Run(int argc, char** argv) {
 
     LayersOptions layers;
     AddLayers(app, layers);
+
+    OrderOptions order;
+    AddOrder(app, order);
 
     DemoOptions demo;
     CLI::App* const pDemo = app.add_subcommand("demo", "Make a part and run everything on it");

@@ -6,106 +6,92 @@
 
 namespace {
 
-// Modes of the library's passes.
-constexpr int kNearestFirst = 0;
-
-// Bits of CLayer::AddOtherLayer.
-constexpr int kSupportHatches = 4;
-
-constexpr int kFirstSupportID = 1000;
-
-std::vector<tagLoopTreeNode*> LoopsOf(XR_CList<void*, void*> const& list) {
-    std::vector<tagLoopTreeNode*> loops;
-    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
-        loops.push_back(static_cast<tagLoopTreeNode*>(p->data));
-    }
-    return loops;
+template <class T, class Visit>
+void ForEach(XR_CList<void*, void*> const& list, Visit visit) {
+    for (XR__POSITION* at = list.GetHeadPosition(); at != nullptr;) visit(*static_cast<T*>(list.GetNext(at)));
 }
 
-// The pass leaves out loops that are a hundred metres away or more: they go behind the others.
-void OrderLoops(CLayer& layer, CPoint2D& head) {
+bool HasPoints(tagLoopTreeNode const& loop) {
+    return loop.m_pPointList != nullptr && loop.m_pPointList->IsEmpty() == 0;
+}
+
+// Loops that the pass does not reach come last, as they were.
+void OrderLoops(CLayer& layer, CPoint2D& head, int nMode) {
     layer.BuildLoopList();
-    std::vector<tagLoopTreeNode*> const before = LoopsOf(layer.m_LoopList);
-    layer.OptimizeLoops(head, kNearestFirst);
-    std::vector<tagLoopTreeNode*> const ordered = LoopsOf(layer.m_RawLoopList);
-    std::set<tagLoopTreeNode*> const kept(ordered.begin(), ordered.end());
-    for (tagLoopTreeNode* const pLoop : before) {
-        if (kept.count(pLoop) != 0) continue;
+    std::vector<tagLoopTreeNode*> all;
+    ForEach<tagLoopTreeNode>(layer.m_LoopList, [&all](tagLoopTreeNode& loop) { all.push_back(&loop); });
+    layer.OptimizeLoops(head, nMode);
+    std::set<tagLoopTreeNode*> ordered;
+    ForEach<tagLoopTreeNode>(layer.m_RawLoopList, [&](tagLoopTreeNode& loop) { ordered.insert(&loop); });
+    for (tagLoopTreeNode* const pLoop : all) {
+        if (ordered.count(pLoop) != 0) continue;
         pLoop->m_ChildList.RemoveAll();
         layer.AddRawLoop(pLoop);
     }
-    layer.BuildLoopList();
 }
 
-// Fill that lies in no contour, as where contours were thinned out, is taken over as paths of its own.
-void AddFillLeftOver(CLayer const& layer, CLayer& out, CPoint2D& head) {
-    XR_CList<void*, void*> left;
-    for (auto const* p = layer.m_HatchList.m_pNodeHead; p != nullptr; p = p->pNext) {
-        auto* const pHatch = static_cast<CHatch*>(p->data);
-        if (pHatch->m_nID < kFirstSupportID && (pHatch->m_nFlag & HATCH_USED_FLAG) == 0) left.AddTail(pHatch);
-    }
-    while (CHatch* const pHatch = FindNearHatchAndAdjust(&left, head)) {
-        pHatch->m_nFlag |= HATCH_USED_FLAG;
-        tagLoopTreeNode* const pPath = ConvertHatchToLoop(pHatch, out.m_dZ, LOOP_KIND_HATCH);
-        out.AddRawLoop(pPath);
-        head = pPath->m_pPointList->GetTail();
-    }
-}
-
-std::unique_ptr<CLayer> Splice(CLayer& layer, double dWidth, CPoint2D& head) {
-    auto pOut = std::make_unique<CLayer>();
-    pOut->m_dZ = layer.m_dZ;
-    pOut->m_dUnits = layer.m_dUnits;
-    layer.BuildLoopList();
+// One outer loop after the other, with its holes and hatches. Hatches that are in no loop, or take no part,
+// stay hatches, and are ordered by themselves.
+void Splice(CLayer& layer, CPoint2D& head, PathOrdering const& ordering) {
+    CLayer out;
+    layer.MakeTopology(1);
     while (tagLoopTreeNode* const pLoop = layer.FindNearUnusedOutLoop(head)) {
-        layer.OptimizeLoopAndChildLoopHatch(pLoop, &head, pOut.get(), dWidth, 0.0);
+        layer.OptimizeLoopAndChildLoopHatch(pLoop, &head, &out, ordering.dWidth, ordering.dCut);
         pLoop->m_nFlag |= LOOP_USED_FLAG;
     }
-    AddFillLeftOver(layer, *pOut, head);
-    pOut->AddOtherLayer(layer, 0.0, 0.0, kSupportHatches);
-    pOut->OptimizeHatchs(head, kNearestFirst);
-    return pOut;
+    ForEach<CHatch>(layer.m_HatchList, [&out](CHatch& hatch) {
+        if ((hatch.m_nFlag & HATCH_USED_FLAG) != 0) {
+            delete &hatch;
+        } else {
+            out.m_HatchList.AddTail(&hatch);
+        }
+    });
+    layer.m_HatchList.RemoveAll();
+    layer.ReleaseAll();
+    ForEach<tagLoopTreeNode>(out.m_RawLoopList, [&layer](tagLoopTreeNode& path) { layer.AddRawLoop(&path); });
+    ForEach<CHatch>(out.m_HatchList, [&layer](CHatch& hatch) { layer.m_HatchList.AddTail(&hatch); });
+    out.m_RawLoopList.RemoveAll();
+    out.m_HatchList.RemoveAll();
+    layer.OptimizeHatchs(head, ordering.nHatchMode);
 }
 
-// Binary files tell open paths by their direction.
 void TakeDirectionOfOpenPaths(CLayer& layer) {
     layer.BuildLoopList();
-    for (tagLoopTreeNode* const pLoop : LoopsOf(layer.m_LoopList)) {
-        if (pLoop->m_bClosed == 0) pLoop->m_nDirection = LOOPDIRECT_NONE;
-    }
-}
-
-double GoTo(CPoint2D& head, CPoint2D const& begin, CPoint2D const& end) {
-    double const dWay = std::sqrt(D2ofPtoP(head, begin));
-    head = end;
-    return dWay;
+    ForEach<tagLoopTreeNode>(layer.m_LoopList, [](tagLoopTreeNode& loop) {
+        if (loop.m_bClosed == 0) loop.m_nDirection = LOOPDIRECT_NONE;
+    });
 }
 
 }  // namespace
 
-std::unique_ptr<CLayer> OrderPaths(std::unique_ptr<CLayer> pLayer, PathOrder order, double dWidth,
-                                   CPoint2D& head) {
-    if (order == PathOrder::kSpliced) {
-        pLayer = Splice(*pLayer, dWidth, head);
-    } else if (order == PathOrder::kNearest) {
-        OrderLoops(*pLayer, head);
-        pLayer->OptimizeHatchs(head, kNearestFirst);
+void OrderPaths(CLayer& layer, PathOrdering const& ordering, CPoint2D& head) {
+    if (ordering.order == PathOrder::kSpliced) {
+        Splice(layer, head, ordering);
+    } else if (ordering.order == PathOrder::kByEnds) {
+        OrderLoops(layer, head, ordering.nLoopMode);
+        layer.OptimizeHatchs(head, ordering.nHatchMode);
     }
-    TakeDirectionOfOpenPaths(*pLayer);
-    return pLayer;
+    TakeDirectionOfOpenPaths(layer);
 }
 
-double TravelLength(CLayer& layer, CPoint2D& head) {
-    double dTravel = 0.0;
+void Head::Print(CLayer& layer) {
     layer.BuildLoopList();
-    for (tagLoopTreeNode* const pLoop : LoopsOf(layer.m_LoopList)) {
-        if (pLoop->m_pPointList == nullptr || pLoop->m_pPointList->IsEmpty() != 0) continue;
-        dTravel += GoTo(head, pLoop->m_pPointList->GetHead(), pLoop->m_pPointList->GetTail());
-    }
-    for (auto const* p = layer.m_HatchList.m_pNodeHead; p != nullptr; p = p->pNext) {
-        auto& edges = static_cast<CHatch*>(p->data)->m_EdgeList;
-        if (edges.IsEmpty() != 0) continue;
-        dTravel += GoTo(head, edges.GetHead().m_ptStart, edges.GetTail().m_ptEnd);
-    }
-    return dTravel;
+    ForEach<tagLoopTreeNode>(layer.m_LoopList, [this](tagLoopTreeNode& loop) {
+        if (!HasPoints(loop)) return;
+        MoveTo(loop.m_pPointList->GetHead());
+        m_Pos = loop.m_pPointList->GetTail();
+    });
+    ForEach<CHatch>(layer.m_HatchList, [this](CHatch& hatch) {
+        bool bFirst = true;
+        for (XR__POSITION* at = hatch.m_EdgeList.GetHeadPosition(); at != nullptr; bFirst = false) {
+            CEdge2D const& edge = hatch.m_EdgeList.GetNext(at);
+            if (bFirst || !(edge.m_ptStart == m_Pos)) MoveTo(edge.m_ptStart);
+            m_Pos = edge.m_ptEnd;
+        }
+    });
+}
+
+void Head::MoveTo(CPoint2D const& point) {
+    m_Way.dLength += std::hypot(point.x - m_Pos.x, point.y - m_Pos.y);
+    ++m_Way.nStarts;
 }

@@ -44,9 +44,12 @@ std::size_t CountTooLong(CLayer const& layer) {
     return nTooLong;
 }
 
-PathOrder OrderOf(SliceOptions const& options) {
-    if (options.bSplice) return PathOrder::kSpliced;
-    return options.bOrder ? PathOrder::kNearest : PathOrder::kAsFound;
+PathOrdering OrderingOf(SliceOptions const& options) {
+    PathOrdering ordering;
+    if (options.bOrder) ordering.order = PathOrder::kByEnds;
+    if (options.bSplice) ordering.order = PathOrder::kSpliced;
+    ordering.dWidth = options.dHatch;
+    return ordering;
 }
 
 using Models = std::vector<std::unique_ptr<CSTLModel>>;
@@ -89,7 +92,8 @@ void PrintFigures(SliceOptions const& options, SliceFigures const& figures, Slic
     if (options.bSupport) {
         table.Add("support", count(nSolids) + " solids, " + count(figures.nSupportStrokes) + " strokes");
     }
-    table.Add("travel between paths, mm", Number(written.dTravel));
+    table.Add("travel with the material off, mm", Number(written.travel.dLength));
+    table.Add("starts and stops", Count(written.travel.nStarts));
     table.Add("bytes", Count(static_cast<long long>(fs::file_size(options.output))));
     table.Print();
 }
@@ -102,16 +106,18 @@ bool WriteLayers(Plate& plate, SliceOutput const& output, fs::path const& path, 
     CLayerModel writer;
     auto const nMode = static_cast<int>(output.mode);
     writer.SaveCLIHead(pFile.get(), nMode, plate.LayerCount());
-    CPoint2D head(0.0, 0.0);
-    CPoint2D follower = head;
+    CPoint2D pos(0.0, 0.0);
+    Head head(pos);
     for (int i = 0; i < plate.LayerCount(); ++i) {
         ThrowIfInterrupted();
-        std::unique_ptr<CLayer> pLayer = OrderPaths(plate.NextLayer(), output.order, output.dWidth, head);
-        figures.dTravel += TravelLength(*pLayer, follower);
+        std::unique_ptr<CLayer> const pLayer = plate.NextLayer();
+        OrderPaths(*pLayer, output.ordering, pos);
+        head.Print(*pLayer);
         if (output.mode == SliceMode::kText) figures.nTooLong += CountTooLong(*pLayer);
         writer.SaveLayer(pLayer.get(), pFile.get(), nMode);
         nDone = i + 1;
     }
+    figures.travel = head.Way();
     if (output.mode == SliceMode::kText) std::fputs("$$GEOMETRYEND\n", pFile.get());
     return std::fflush(pFile.get()) == 0 && std::ferror(pFile.get()) == 0;
 }
@@ -144,8 +150,10 @@ void RunSlice(SliceOptions const& options) {
     settings.dHatch = options.dHatch;
     settings.dAngle = options.dAngle;
     Plate plate(Borrowed(parts), Borrowed(supports), settings);
-    SliceOutput const output{options.output, SliceModeOf(options.mode).value_or(SliceMode::kBinary),
-                             OrderOf(options), options.dHatch};
+    SliceOutput output;
+    output.file = options.output;
+    output.mode = SliceModeOf(options.mode).value_or(output.mode);
+    output.ordering = OrderingOf(options);
     SliceWriteFigures const written = WriteSlices(plate, output);
     PrintFigures(options, plate.Figures(), written, supports.size());
     if (output.mode == SliceMode::kText && written.nTooLong > 0) {

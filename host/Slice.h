@@ -13,13 +13,12 @@
 struct SliceOutput {
     std::string file;
     SliceMode mode = SliceMode::kBinary;
-    PathOrder order = PathOrder::kAsFound;
-    double dWidth = 0.5;  ///< of paths, for splicing
+    PathOrdering ordering;
 };
 
 /// What came of writing.
 struct SliceWriteFigures {
-    double dTravel = 0.0;      ///< between paths, from the origin, in millimetres
+    Travel travel;             ///< from the origin
     std::size_t nTooLong = 0;  ///< paths whose line of text is too long to be read back whole
 };
 

@@ -10,6 +10,22 @@ CLayer* LayerIn(void* pElement) { return static_cast<CLayer*>(pElement); }
 
 constexpr int kFirstSupportID = 1000;
 
+void GrowBox(CBoundBox3D& bounds, CLayer const* pLayer) {
+    if (pLayer == nullptr) return;
+    CBoundBox2D const& box = pLayer->m_Box;
+    bounds += CPoint3D(box.m_ptMin.x, box.m_ptMin.y, pLayer->m_dZ);
+    bounds += CPoint3D(box.m_ptMax.x, box.m_ptMax.y, pLayer->m_dZ);
+}
+
+// The buffer layer of a model on disk with the layer at an offset; null where either is missing.
+CLayer* FillBuffer(CLayerModel& model, int nOffset) {
+    if (model.m_LayerList.IsEmpty() != 0) return nullptr;
+    CLayer* const pBuffer = LayerIn(model.m_LayerList.GetHead());
+    if (pBuffer == nullptr) return nullptr;
+    pBuffer->ReleaseAll();
+    return model.ReadLayer(pBuffer, static_cast<std::uint32_t>(nOffset)) != 0 ? pBuffer : nullptr;
+}
+
 }  // namespace
 
 CLayerModel::CLayerModel()
@@ -29,33 +45,18 @@ CLayerModel::CLayerModel()
 
 CLayerModel::~CLayerModel() { ReleaseAllLayer(); }
 
-void CLayerModel::GrowBox(CLayer const* pLayer) {
-    if (pLayer == nullptr) return;
-    CBoundBox2D const& box = pLayer->m_Box;
-    m_BoundBox += CPoint3D(box.m_ptMin.x, box.m_ptMin.y, pLayer->m_dZ);
-    m_BoundBox += CPoint3D(box.m_ptMax.x, box.m_ptMax.y, pLayer->m_dZ);
-}
-
 XR__POSITION* CLayerModel::AddHeadLayer(CLayer* pLayer) { return InsertLayerBefore(nullptr, pLayer); }
 
 XR__POSITION* CLayerModel::AddTailLayer(CLayer* pLayer) { return InsertLayerAfter(nullptr, pLayer); }
 
 XR__POSITION* CLayerModel::InsertLayerBefore(XR__POSITION* position, CLayer* pLayer) {
-    GrowBox(pLayer);
+    GrowBox(m_BoundBox, pLayer);
     return m_LayerList.InsertBefore(position, pLayer);
 }
 
 XR__POSITION* CLayerModel::InsertLayerAfter(XR__POSITION* position, CLayer* pLayer) {
-    GrowBox(pLayer);
+    GrowBox(m_BoundBox, pLayer);
     return m_LayerList.InsertAfter(position, pLayer);
-}
-
-CLayer* CLayerModel::FillBuffer(int nOffset) {
-    if (m_LayerList.IsEmpty() != 0) return nullptr;
-    CLayer* const pBuffer = LayerIn(m_LayerList.GetHead());
-    if (pBuffer == nullptr) return nullptr;
-    pBuffer->ReleaseAll();
-    return ReadLayer(pBuffer, static_cast<std::uint32_t>(nOffset)) != 0 ? pBuffer : nullptr;
 }
 
 CLayer* CLayerModel::GetLayerAt(int nLayer) {
@@ -66,7 +67,8 @@ CLayer* CLayerModel::GetLayerAt(int nLayer) {
 
 CLayer* CLayerModel::GetLayerAt(XR__POSITION* position) {
     if (position == nullptr) return nullptr;
-    return m_bInMemory != 0 ? LayerIn(m_LayerList.GetAt(position)) : FillBuffer(m_OffsetList.GetAt(position));
+    return m_bInMemory != 0 ? LayerIn(m_LayerList.GetAt(position))
+                            : FillBuffer(*this, m_OffsetList.GetAt(position));
 }
 
 void CLayerModel::SetLayerAt(XR__POSITION* position, CLayer* pLayer) {
@@ -84,13 +86,13 @@ XR__POSITION* CLayerModel::GetTailLayerPos() {
 CLayer* CLayerModel::GetNextLayer(XR__POSITION*& position) {
     if (position == nullptr) return nullptr;
     return m_bInMemory != 0 ? LayerIn(m_LayerList.GetNext(position))
-                            : FillBuffer(m_OffsetList.GetNext(position));
+                            : FillBuffer(*this, m_OffsetList.GetNext(position));
 }
 
 CLayer* CLayerModel::GetPrevLayer(XR__POSITION*& position) {
     if (position == nullptr) return nullptr;
     return m_bInMemory != 0 ? LayerIn(m_LayerList.GetPrev(position))
-                            : FillBuffer(m_OffsetList.GetPrev(position));
+                            : FillBuffer(*this, m_OffsetList.GetPrev(position));
 }
 
 int CLayerModel::GetLayerCount() {

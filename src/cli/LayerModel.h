@@ -124,9 +124,6 @@ private:
     int ReadLayerASCII(CLayer* pLayer, unsigned long nOffset);
     int ReadLayerBINARY(CLayer* pLayer, unsigned long nOffset);
     int ReadLayerCOC(CLayer* pLayer, unsigned long nOffset);
-    int ReadLayerIn(CLayer* pLayer, unsigned long nOffset, int nMode);
-    CLayer* FillBuffer(int nOffset);
-    void GrowBox(CLayer const* pLayer);
 };
 
 /// The number of layers that the header read last announces; process-wide.

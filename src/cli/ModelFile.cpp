@@ -22,6 +22,12 @@ unsigned SeedOf(CBoundBox3D const& box) {
     return static_cast<unsigned>(static_cast<std::int64_t>(dSeed));
 }
 
+int ReadLayerIn(FILE* pFile, CLayer* pLayer, unsigned long nOffset, int nMode) {
+    if (pFile == nullptr) return 0;
+    SetFilePosition(pFile, static_cast<std::int64_t>(nOffset));
+    return pLayer->ReadCLIFile(pFile, nMode);
+}
+
 }  // namespace
 
 unsigned int CLayerModel::GetFileMode() { return m_nFileMode; }
@@ -47,22 +53,16 @@ int CLayerModel::ReadLayer(CLayer* pLayer, unsigned long nOffset) {
     return nResult;
 }
 
-int CLayerModel::ReadLayerIn(CLayer* pLayer, unsigned long nOffset, int nMode) {
-    if (m_pFile == nullptr) return 0;
-    SetFilePosition(m_pFile, static_cast<std::int64_t>(nOffset));
-    return pLayer->ReadCLIFile(m_pFile, nMode);
-}
-
 int CLayerModel::ReadLayerASCII(CLayer* pLayer, unsigned long nOffset) {
-    return ReadLayerIn(pLayer, nOffset, kModeText);
+    return ReadLayerIn(m_pFile, pLayer, nOffset, kModeText);
 }
 
 int CLayerModel::ReadLayerBINARY(CLayer* pLayer, unsigned long nOffset) {
-    return ReadLayerIn(pLayer, nOffset, kModeBinary);
+    return ReadLayerIn(m_pFile, pLayer, nOffset, kModeBinary);
 }
 
 int CLayerModel::ReadLayerCOC(CLayer* pLayer, unsigned long nOffset) {
-    return ReadLayerIn(pLayer, nOffset, kModeDisguised);
+    return ReadLayerIn(m_pFile, pLayer, nOffset, kModeDisguised);
 }
 
 int CLayerModel::SaveCLIFile(char* pszPath, int nMode) {

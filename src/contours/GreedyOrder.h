@@ -22,8 +22,8 @@ public:
     GreedyOrder(int nMode, double dStart) : m_nMode(nMode), m_dStart(dStart) {}
 
     /// The next path in order, which may be left without points; and a point of it.
-    void AddPath() { m_FirstPoints.push_back(static_cast<std::int32_t>(m_Points.size())); }
-    void AddPoint(CPoint2D const& point);
+    void AddPath();
+    void AddPoint(double x, double y);
 
     /// A path and a point of it, both by their numbers, from 0.
     struct Pick {
@@ -34,7 +34,11 @@ public:
     Pick Next(CPoint2D const& from);
 
 private:
+    bool HasOnlyPairs() const { return m_bPairs && m_PathOf.size() == 2 * m_FirstPoints.size(); }
+    std::int32_t PathOf(std::int32_t nPoint) const;
+    std::int32_t PointsBegin(std::int32_t nPath) const;
     std::int32_t PointsEnd(std::int32_t nPath) const;
+    std::int32_t OtherEnd(std::int32_t nPath, std::int32_t nPoint) const;
     std::int32_t NextRandom();
     std::int32_t NextByDistance(CPoint2D const& from);
     void Remove(std::int32_t nPath);
@@ -42,8 +46,10 @@ private:
     int m_nMode;
     double m_dStart;
     std::vector<PointSearch::Point> m_Points;  // until the search takes them
+    bool m_bPairs = true;                      // all paths before the last one have two points
     std::vector<std::int32_t> m_FirstPoints;   // by path
     std::vector<std::int32_t> m_PathOf;        // by point
     std::vector<std::int32_t> m_Left;          // the paths that are left, in order; only where rand decides
     std::unique_ptr<PointSearch> m_pSearch;
+    std::int32_t m_nNearPoint = PointSearch::kNone;  // where the head is likely to be
 };

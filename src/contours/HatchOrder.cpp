@@ -8,6 +8,7 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
+#include "foundation/Prefetch.h"
 
 namespace {
 
@@ -104,25 +105,73 @@ std::vector<CHatch*> TakeAll(XR_CList<void*, void*>& list) {
     return hatchs;
 }
 
+// Half a cache line.
+struct alignas(32) Ends {
+    double xStart = 0.0;
+    double yStart = 0.0;
+    double xEnd = 0.0;
+    double yEnd = 0.0;
+};
+
+// What will be looked at soon. An edge in its node fills more than one cache line.
+void PrefetchBehind(std::vector<CHatch*> const& hatchs, std::size_t i) {
+    constexpr std::size_t kHatchsAhead = 16;
+    constexpr std::size_t kEdgesAhead = 8;
+    if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
+    if (i + kEdgesAhead >= hatchs.size()) return;
+    EdgeList::XR_CNode const* const pNode = hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead;
+    Prefetch(pNode);
+    if (pNode != nullptr) Prefetch(pNode + 1);
+}
+
+// Offers both ends of every hatch that has edges, and copies them.
+std::vector<Ends> OfferEnds(std::vector<CHatch*> const& hatchs, GreedyOrder& order) {
+    std::vector<Ends> ends(hatchs.size());
+    for (std::size_t i = 0; i < hatchs.size(); ++i) {
+        PrefetchBehind(hatchs, i);
+        CHatch& hatch = *hatchs[i];
+        order.AddPath();
+        if (hatch.m_EdgeList.IsEmpty() != 0) continue;
+        ends[i] = {StartOf(hatch).x, StartOf(hatch).y, EndOf(hatch).x, EndOf(hatch).y};
+        order.AddPoint(ends[i].xStart, ends[i].yStart);
+        order.AddPoint(ends[i].xEnd, ends[i].yEnd);
+    }
+    return ends;
+}
+
+enum class EnteredAt : unsigned char { kNone, kStart, kEnd };
+
+// Turns the hatches that were entered at their ends, and destroys those that were not entered.
+void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered) {
+    for (std::size_t i = 0; i < hatchs.size(); ++i) {
+        PrefetchBehind(hatchs, i);
+        if (entered[i] == EnteredAt::kNone) delete hatchs[i];
+        if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i]);
+    }
+}
+
 }  // namespace
 
+// The ends are copied: hatches lie wide apart in memory, and are gone through in the order of the list only.
 void CLayer::OptimizeHatchs(CPoint2D& pos, int nMode) {
     if (m_HatchList.IsEmpty() != 0) return;
     std::vector<CHatch*> hatchs = TakeAll(m_HatchList);
     GreedyOrder order(nMode, nMode == GreedyOrder::kNearest ? kPassReach2 : kBelowAll);
-    for (CHatch* const pHatch : hatchs) {
-        order.AddPath();
-        if (pHatch->m_EdgeList.IsEmpty() != 0) continue;
-        order.AddPoint(StartOf(*pHatch));
-        order.AddPoint(EndOf(*pHatch));
+    std::vector<Ends> const ends = OfferEnds(hatchs, order);
+    std::vector<std::int32_t> sequence;
+    sequence.reserve(hatchs.size());
+    std::vector<EnteredAt> entered(hatchs.size(), EnteredAt::kNone);
+    CPoint2D from(pos);
+    for (auto pick = order.Next(from); pick.nPath >= 0; pick = order.Next(from)) {
+        auto const i = static_cast<std::size_t>(pick.nPath);
+        entered[i] = pick.nPoint == 0 ? EnteredAt::kStart : EnteredAt::kEnd;
+        from = pick.nPoint == 0 ? CPoint2D(ends[i].xEnd, ends[i].yEnd)
+                                : CPoint2D(ends[i].xStart, ends[i].yStart);
+        sequence.push_back(pick.nPath);
     }
-    for (auto pick = order.Next(pos); pick.nPath >= 0; pick = order.Next(pos)) {
-        CHatch* pHatch = std::exchange(hatchs[static_cast<std::size_t>(pick.nPath)], nullptr);
-        if (pick.nPoint == 1) pHatch = Turned(pHatch);
-        pos = EndOf(*pHatch);
-        m_HatchList.AddTail(pHatch);
-    }
-    for (CHatch const* const pHatch : hatchs) delete pHatch;
+    TurnAll(hatchs, entered);
+    for (std::int32_t const n : sequence) m_HatchList.AddTail(hatchs[static_cast<std::size_t>(n)]);
+    if (!sequence.empty()) pos = EndOf(*hatchs[static_cast<std::size_t>(sequence.back())]);
 }
 
 CHatch* FindNearHatchAndAdjust(XR_CList<void*, void*>* pList, CPoint2D const& pos) {
@@ -146,12 +195,12 @@ NearHatchs::NearHatchs(XR_CList<void*, void*> const& list) : m_Order(GreedyOrder
         m_Order.AddPath();
         if (IsRing(hatch)) {
             for (auto const* p = hatch.m_EdgeList.m_pNodeHead; p != nullptr; p = p->pNext) {
-                m_Order.AddPoint(p->data.m_ptStart);
+                m_Order.AddPoint(p->data.m_ptStart.x, p->data.m_ptStart.y);
             }
         } else if (IsNumber(StartOf(hatch)) && IsNumber(EndOf(hatch))) {
             // A chain is entered at its nearer end: where one distance is not a number, none is nearer.
-            m_Order.AddPoint(StartOf(hatch));
-            m_Order.AddPoint(EndOf(hatch));
+            m_Order.AddPoint(StartOf(hatch).x, StartOf(hatch).y);
+            m_Order.AddPoint(EndOf(hatch).x, EndOf(hatch).y);
         }
     });
 }

@@ -20,14 +20,16 @@ constexpr double kStepReach2 = 1e40;
 bool IsUsed(tagLoopTreeNode const& loop) { return (loop.m_nFlag & LOOP_USED_FLAG) != 0; }
 
 void AddAllPoints(GreedyOrder& order, tagLoopTreeNode const& loop) {
-    for (PointNode const* p = FirstPoint(loop); p != nullptr; p = p->pNext) order.AddPoint(p->data);
+    for (PointNode const* p = FirstPoint(loop); p != nullptr; p = p->pNext)
+        order.AddPoint(p->data.x, p->data.y);
 }
 
 // Head and tail of an open path are one vertex when it has no other.
 void AddEnds(GreedyOrder& order, tagLoopTreeNode const& path) {
     if (PointCount(path) == 0) return;
-    order.AddPoint(path.m_pPointList->m_pNodeHead->data);
-    if (PointCount(path) > 1) order.AddPoint(path.m_pPointList->m_pNodeTail->data);
+    order.AddPoint(path.m_pPointList->m_pNodeHead->data.x, path.m_pPointList->m_pNodeHead->data.y);
+    if (PointCount(path) > 1)
+        order.AddPoint(path.m_pPointList->m_pNodeTail->data.x, path.m_pPointList->m_pNodeTail->data.y);
 }
 
 PointNode* PointAt(tagLoopTreeNode const& loop, std::int32_t nPoint) {

@@ -12,11 +12,13 @@
 /// The answers are those of computing (x - px)^2 + (y - py)^2 for every point in the order of their ranks, to
 /// the bit: the first of equals counts, and what is not a number never does.
 ///
-/// It is a k-d tree (J. L. Bentley, 1975) over the points in one array, with a box and the first rank below
-/// each node. Removal shrinks the boxes, and nodes without points are not entered any more. A node is passed
-/// over when no point in its box could count. That is safe against rounding: differences, squares and sums
-/// are rounded monotonically, so that the same expression, computed for the nearest place of the box, is
-/// never greater than for a point inside; and likewise for the farthest.
+/// The points lie in one array, in the order of a Z curve through cells (G. M. Morton, 1966), those of
+/// crowded cells in the order of a k-d tree (J. L. Bentley, 1975); over them stands a balanced tree with a
+/// box and the first rank below each node. Removal shrinks the boxes, and nodes without points are not
+/// entered any more. A search goes up from a leaf nearby (J. L. Bentley, "K-d trees for semidynamic point
+/// sets", 1990). A node is passed over when no point in its box could count. That is safe against rounding:
+/// differences, squares and sums are rounded monotonically, so that the same expression, computed for the
+/// nearest place of the box, is never greater than for a point inside; and likewise for the farthest.
 class PointSearch {
 public:
     static constexpr std::int32_t kNone = -1;
@@ -34,8 +36,9 @@ public:
     void Remove(std::int32_t nRank);
 
     /// The rank of the point nearest to a place, among those strictly nearer than the root of dBelow2, which
-    /// is finite; kNone where there is none.
-    std::int32_t Nearest(double x, double y, double dBelow2) const;
+    /// is finite; kNone where there is none. The search is fastest with the rank of a point near the place,
+    /// which may have been removed.
+    std::int32_t Nearest(double x, double y, double dBelow2, std::int32_t nNearRank = kNone) const;
     /// The farthest one, among those strictly farther than the root of dAbove2.
     std::int32_t Farthest(double x, double y, double dAbove2) const;
 
@@ -53,18 +56,20 @@ private:
     struct NearestFirst;
     struct FarthestFirst;
 
-    std::size_t LeafBegin(std::size_t nLeaf) const { return m_Points.size() * nLeaf / m_nLeaves; }
-    std::size_t LeafOf(std::size_t nPoint) const;
+    std::size_t NodeOfLeaf(std::size_t nLeaf) const { return nLeaf + m_nLeaves - 1; }
     bool IsLeaf(std::size_t nNode) const { return nNode >= m_nLeaves - 1; }
-    void Build(std::size_t nNode, std::size_t nFirstLeaf, std::size_t nLeavesBelow);
+    void Build();
+    std::int32_t PlaceOf(std::int32_t nRank) const;
     Node Around(std::size_t nBegin, std::size_t nEnd) const;
     Node AroundChildren(std::size_t nNode) const;
     template <class Aim>
-    std::int32_t Find(Aim aim) const;
+    void LookInLeaf(Aim& aim, std::size_t nNode) const;
+    template <class Aim>
+    void LookBelow(Aim& aim, std::size_t nNode) const;
 
     std::vector<Point> m_Points;         // by leaf; those of a leaf that are left stand in front
-    std::vector<std::int32_t> m_nLeft;   // by leaf
-    std::vector<std::int32_t> m_Places;  // by rank: where in m_Points, kNone for those that are not there
+    std::vector<std::uint8_t> m_nLeft;   // by leaf
+    std::vector<std::int32_t> m_Places;  // by rank: where in m_Points
     std::vector<Node> m_Nodes;           // children of node i are 2i + 1 and 2i + 2; the leaves are last
     std::size_t m_nLeaves = 1;
 };

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
+
 /// The most characters that WriteFixed writes: sign, 309 digits, point, three digits.
-inline constexpr int kLongestFixed = 314;
+inline constexpr std::size_t kLongestFixed = 314;
 
 /// Writes a number with nDigits digits behind the point, 2 or 3, as the C runtime prints it with "%.2f" or
 /// "%.3f" in the classic locale, whatever the locale of the process: the exact value rounded to nearest, ties

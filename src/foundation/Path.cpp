@@ -7,7 +7,9 @@
 #include "foundation/FilePosition.h"
 
 #if !defined(_WIN32)
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace {
@@ -68,14 +70,27 @@ std::string ToUtf8(std::u16string const& path) {
     return text;
 }
 
-bool IsDirectory(FILE* pFile) {
+bool IsRegular(int nHandle) {
     struct stat status;
-    return fstat(fileno(pFile), &status) == 0 && S_ISDIR(status.st_mode);
+    return fstat(nHandle, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// A pipe that nobody has open at its other end must not keep the program waiting: opening does not block,
+// what follows does.
+int OpenHandle(char const* pName, bool bRead) {
+    int const nFlags = bRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+    int const nHandle = open(pName, nFlags | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (nHandle < 0) return nHandle;
+    if (bRead ? IsRegular(nHandle) : fcntl(nHandle, F_SETFL, 0) == 0) return nHandle;
+    close(nHandle);
+    return -1;
 }
 
 File OpenNative(std::u16string const& path, char const* pMode) {
-    File file(std::fopen(ToUtf8(path).c_str(), pMode));
-    if (file != nullptr && IsDirectory(file.get())) file.reset();
+    int const nHandle = OpenHandle(ToUtf8(path).c_str(), *pMode == 'r');
+    if (nHandle < 0) return nullptr;
+    File file(fdopen(nHandle, pMode));
+    if (file == nullptr) close(nHandle);
     return file;
 }
 

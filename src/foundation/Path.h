@@ -18,9 +18,10 @@ using File = std::unique_ptr<FILE, FileCloser>;
 
 inline constexpr std::size_t kUnlimitedPath = std::numeric_limits<std::size_t>::max();
 
-/// Opens the file that the path names, with a mode of fopen. Null for a null path, a path that names no file
-/// that can be opened so, and a directory. The path ends at its zero character, or after nMaxBytes where it
-/// has none.
+/// Opens the file that the path names, with a mode of fopen: "r", "rb", "w" or "wb". Null for a null path, a
+/// path that names no file that can be opened so, and a directory; for reading, also what is no plain file,
+/// since pipes and devices may never end; for writing, also a pipe that nobody reads. The path ends at its
+/// zero character, or after nMaxBytes where it has none.
 ///
 /// Where the system names files by bytes, the path is turned into UTF-8. Half of a surrogate pair that stands
 /// alone is turned into three bytes as any other character, so that different paths name different files.

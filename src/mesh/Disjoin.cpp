@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/AddNew.h"
 #include "foundation/Counter.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/RegionGrowth.h"
@@ -84,10 +85,9 @@ void CSTLModel::Disjoin(XR_CList<void*, void*>& ShellList) {
     ShellCopier copier(*this);
     for (CFacet* const pSeed : MarkFacetsToPlace(*this, [](CFacet const&) { return true; })) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        auto* const pShell = new CSTLModel;
-        NameShell(pShell->m_Status.m_szFileName, m_Status.m_szFileName, ++nShells);
-        ShellList.AddTail(pShell);
-        copier.Copy(*pSeed, *pShell);
+        auto& shell = AddNew<CSTLModel>(ShellList);
+        NameShell(shell.m_Status.m_szFileName, m_Status.m_szFileName, ++nShells);
+        copier.Copy(*pSeed, shell);
         if (copier.IsStopped()) return;
     }
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 #include "foundation/Counter.h"
@@ -82,9 +83,10 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
     facet.CalculateNormal();
     if (IsDegenerate(facet)) return;
 
-    auto* const pFacet = new CFacet(facet);
-    pFacet->m_nFlag = SlopeFlag(facet);
-    model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(pFacet);
+    auto owned = std::make_unique<CFacet>(facet);
+    owned->m_nFlag = SlopeFlag(facet);
+    model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(owned.get());
+    CFacet* const pFacet = owned.release();
     StoreShared(model.m_Status.m_nFacetNum, model.m_Status.m_nFacetNum + 1);
     for (tagVertexNode* const pVertex : offered) LinkFacet(*pVertex, pFacet);
 }
@@ -127,14 +129,14 @@ void FacetIntake::Add(tagFACET& facet, Hashes const& hashes) {
           [this, &hashes](CPoint3D& corner, std::size_t i) { return m_Cache.AddNode(corner, hashes[i]); });
 }
 
-void FacetIntake::AddAll(std::span<tagFACET> facets) {
+void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
     m_Hashes.resize(facets.size());
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
     bool const bScattered = IsScattered();
     for (std::size_t i = 0; i < facets.size(); ++i) {
-        if (LoadShared(m_Model.m_bStopRead) != 0) return;
+        if (onStop == OnStop::kEnd && LoadShared(m_Model.m_bStopRead) != 0) return;
         if (bScattered && i % kGroup == 0) {
             std::size_t const nGroup = std::min(kGroup, facets.size() - i);
             BringNear(facets.subspan(i, nGroup), std::span<Hashes const>(m_Hashes).subspan(i, nGroup));

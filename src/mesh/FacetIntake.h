@@ -20,8 +20,11 @@ public:
     /// As CSTLModel::AddFacet. The z of the corners may be changed.
     void Add(tagFACET& facet);
 
-    /// Adds the triangles one after the other, until StopReadModel. The z of the corners may be changed.
-    void AddAll(std::span<tagFACET> facets);
+    /// Whether StopReadModel ends the adding.
+    enum class OnStop { kEnd, kGoOn };
+
+    /// Adds the triangles one after the other. The z of the corners may be changed.
+    void AddAll(std::span<tagFACET> facets, OnStop onStop = OnStop::kEnd);
 
 private:
     using Hashes = std::array<std::size_t, 3>;  // of a triangle's corners
@@ -33,4 +36,40 @@ private:
     CSTLModel& m_Model;
     VertexCache m_Cache;
     std::vector<Hashes> m_Hashes;  // of a block
+};
+
+/// Triangles on their way to an intake, which takes them block by block.
+class FacetQueue {
+public:
+    explicit FacetQueue(FacetIntake& intake, FacetIntake::OnStop onStop = FacetIntake::OnStop::kEnd)
+        : m_Intake(intake), m_OnStop(onStop) {
+        m_Facets.reserve(kBlock);
+    }
+
+    void Add(tagFACET const& facet) { New() = facet; }
+
+    /// One more triangle, for the caller to fill before the next call.
+    tagFACET& New() {
+        if (m_Facets.size() == kBlock) Flush();
+        return m_Facets.emplace_back();
+    }
+
+    /// Lets all triangles that wait into the model; the reader calls it at the end.
+    void Flush() {
+        m_Intake.AddAll(m_Facets, m_OnStop);
+        if (!m_Facets.empty()) m_Last = m_Facets.back();
+        m_Facets.clear();
+    }
+
+    /// The last triangle of those that the model has been offered, with the z of its corners as they are
+    /// then.
+    tagFACET const& Last() const { return m_Last; }
+
+private:
+    static constexpr std::size_t kBlock = 1024;
+
+    FacetIntake& m_Intake;
+    FacetIntake::OnStop m_OnStop;
+    std::vector<tagFACET> m_Facets;
+    tagFACET m_Last;
 };

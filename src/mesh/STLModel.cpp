@@ -2,11 +2,13 @@
 
 #include "mesh/STLModel.h"
 
+#include "foundation/AddNew.h"
+
 namespace {
 
 constexpr int kPublicValue = 100;
 
-void AddDefaultSurface(CSTLModel& model) { model.m_SurfaceArray.m_aSurface.Add(new CFeatureSurface); }
+void AddDefaultSurface(CSTLModel& model) { AddNew(model.m_SurfaceArray.m_aSurface); }
 
 }  // namespace
 

@@ -10,13 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/ByteStream.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
-#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/StoredName.h"
 
@@ -75,22 +75,26 @@ public:
     /// number that no vertex has.
     bool ReadFacets(std::uint32_t nFacets, std::vector<Vertex> const& vertices, CSTLModel& model) {
         FacetIntake intake(model, std::min<std::size_t>(nFacets, MostRecords()));
+        FacetQueue facets(intake, FacetIntake::OnStop::kGoOn);
         m_Record.fill(0);
-        for (std::uint32_t i = 0; i < nFacets; ++i) {
-            if (m_Bytes.Take(m_Record.data(), m_Record.size()) == 0) return false;
-            tagFACET facet;
-            for (std::size_t k = 0; k < 3; ++k) {
-                auto const nVertex = LoadUnsigned<std::uint32_t>(m_Record.data() + 4 * k);
-                if (nVertex >= vertices.size()) return false;
-                Vertex const& vertex = vertices[nVertex];
-                facet.m_ptVertex[k] = CPoint3D(vertex[0], vertex[1], vertex[2]);
-            }
-            intake.Add(facet);
+        std::uint32_t nRead = 0;
+        for (tagFACET facet; nRead < nFacets && ReadFacet(vertices, facet); ++nRead) facets.Add(facet);
+        facets.Flush();
+        return nRead == nFacets;
+    }
+
+private:
+    bool ReadFacet(std::vector<Vertex> const& vertices, tagFACET& facet) {
+        if (m_Bytes.Take(m_Record.data(), m_Record.size()) == 0) return false;
+        for (std::size_t k = 0; k < 3; ++k) {
+            auto const nVertex = LoadUnsigned<std::uint32_t>(m_Record.data() + 4 * k);
+            if (nVertex >= vertices.size()) return false;
+            Vertex const& vertex = vertices[nVertex];
+            facet.m_ptVertex[k] = CPoint3D(vertex[0], vertex[1], vertex[2]);
         }
         return true;
     }
 
-private:
     std::size_t MostRecords() const { return static_cast<std::size_t>(m_nFileSize) / kRecordSize; }
 
     ByteReader m_Bytes;

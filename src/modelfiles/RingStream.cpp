@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <cstring>
 
+#include "foundation/ByteStream.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
-#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/RingEncoder.h"

@@ -31,32 +31,38 @@ void ParseNormal(std::string_view line, tagFACET& facet) {
     for (float& f : facet.m_fNormal) text.Number(f);
 }
 
-void ParseCorner(std::string_view line, CPoint3D& corner) {
+// False when the line does not give the corner's z, which then stays.
+bool ParseCorner(std::string_view line, CPoint3D& corner) {
     TextScanner text(line);
     text.SkipWord();
     text.Number(corner.x);
     text.Number(corner.y);
-    text.Number(corner.z);
+    return text.Number(corner.z);
 }
 
 enum class NormalLine { kParse, kSkip };
 
-// The lines of a facet, each taken with nextLine(), which gives an optional line. False at the end of the
+// Which z of a facet's corners its lines gave, one after the other.
+using GivenZ = std::array<bool, 3>;
+constexpr GivenZ kAllGiven = {true, true, true};
+
+// The lines of a facet, each taken with nextLine(), which gives an optional line. Nothing at the end of the
 // file.
 template <NormalLine kNormalLine, class NextLine>
-bool ReadFacetLines(NextLine const& nextLine, tagFACET& facet) {
+std::optional<GivenZ> ReadFacetLines(NextLine const& nextLine, tagFACET& facet) {
     std::optional<std::string_view> line = nextLine();
-    if (!line) return false;
+    if (!line) return std::nullopt;
     if constexpr (kNormalLine == NormalLine::kParse) ParseNormal(*line, facet);
-    if (!nextLine()) return false;
-    for (CPoint3D& corner : facet.m_ptVertex) {
+    if (!nextLine()) return std::nullopt;
+    GivenZ given;
+    for (std::size_t i = 0; i < given.size(); ++i) {
         line = nextLine();
-        if (!line) return false;
-        ParseCorner(*line, corner);
+        if (!line) return std::nullopt;
+        given[i] = ParseCorner(*line, facet.m_ptVertex[i]);
     }
     nextLine();
     nextLine();
-    return true;
+    return given;
 }
 
 // Goes to the start of the first line that holds "FACET", in any case, or to the end of the file.
@@ -81,14 +87,24 @@ int CSTLModel::ReadSTLASCII(char* pszPath, int bCountOnly) {
     std::rewind(file.get());
     TextLines lines(file.get());
     SkipPreamble(lines);
-    FacetIntake intake(*this);
+    FacetIntake intake(*this, static_cast<std::size_t>(m_nTotalFacet));
+    FacetQueue facets(intake);
     tagFACET facet;
     auto const nextLine = [&lines] { return lines.Next(kFacetLine - 1); };
     // A facet that enters a model gets its normal from its corners, whatever the file says.
-    while (ReadFacetLines<NormalLine::kSkip>(nextLine, facet)) {
-        if (LoadShared(m_bStopRead) != 0) break;
-        intake.Add(facet);
+    while (LoadShared(m_bStopRead) == 0) {
+        std::optional<GivenZ> const given = ReadFacetLines<NormalLine::kSkip>(nextLine, facet);
+        if (!given) break;
+        if (*given != kAllGiven) {
+            // What a line does not give stays from the facet before, which has entered the model by now.
+            facets.Flush();
+            for (std::size_t i = 0; i < given->size(); ++i) {
+                if (!(*given)[i]) facet.m_ptVertex[i].z = facets.Last().m_ptVertex[i].z;
+            }
+        }
+        facets.Add(facet);
     }
+    facets.Flush();
     return LoadShared(m_bStopRead) == 0 ? 1 : 0;
 }
 

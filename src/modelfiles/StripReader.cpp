@@ -10,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/ByteStream.h"
 #include "foundation/Counter.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
-#include "foundation/ByteStream.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/StoredName.h"
@@ -25,9 +25,6 @@ namespace {
 constexpr int kNewVertex = 4;        // bit of a record's code
 constexpr int kSharesFirstEdge = 2;  // bit of a record's code
 constexpr int kEndOfStrip = 0;
-
-// Facets enter the model in blocks of so many.
-constexpr std::size_t kBlockFacets = 1024;
 
 using Vertex = std::array<float, 3>;
 using Triangle = std::array<Vertex, 3>;
@@ -71,7 +68,6 @@ public:
           m_Model(model),
           m_Intake(model, 2 * MostVertices(pFile)) {
         m_Vertices.reserve(MostVertices(pFile));
-        m_Facets.reserve(kBlockFacets);
     }
 
     /// Reads to the end of the file, or until StopReadModel. False when the file is refused: for a number
@@ -83,7 +79,7 @@ public:
             bGood = ReadHead(nFlags) && ReadRecords();
             if (!bGood) break;
         }
-        Flush();
+        m_Facets.Flush();
         return bGood;
     }
 
@@ -158,14 +154,8 @@ private:
     }
 
     void AddLast() {
-        tagFACET& facet = m_Facets.emplace_back();
+        tagFACET& facet = m_Facets.New();
         for (std::size_t i = 0; i < 3; ++i) facet.m_ptVertex[i] = ToPoint(m_Last[i]);
-        if (m_Facets.size() == kBlockFacets) Flush();
-    }
-
-    void Flush() {
-        m_Intake.AddAll(m_Facets);
-        m_Facets.clear();
     }
 
     ByteReader m_Bytes;
@@ -174,7 +164,7 @@ private:
     CSTLModel& m_Model;
     FacetIntake m_Intake;
     std::vector<Vertex> m_Vertices;  // by number, less one
-    std::vector<tagFACET> m_Facets;  // on their way to the model
+    FacetQueue m_Facets{m_Intake};
     Triangle m_Last{};
     std::array<unsigned char, strip_point::kLongest> m_Point{};
     std::array<unsigned char, 3> m_Number{};

@@ -64,6 +64,7 @@ std::vector<CPoint3D> ReadVertices(TextLines& lines, std::size_t nExpected) {
 void ReadTriangles(TextLines& lines, std::vector<CPoint3D> const& points, CSTLModel& model) {
     auto const isVertex = [&points](int n) { return n >= 0 && static_cast<std::size_t>(n) < points.size(); };
     FacetIntake intake(model, 2 * points.size());
+    FacetQueue facets(intake, FacetIntake::OnStop::kGoOn);
     std::array<int, 3> numbers{};
     while (std::optional<std::string_view> const line = lines.Next(kLongestLine)) {
         if (HoldsWord(*line, "TRIANGLE ")) {
@@ -73,11 +74,12 @@ void ReadTriangles(TextLines& lines, std::vector<CPoint3D> const& points, CSTLMo
             for (std::size_t i = 0; i < 3; ++i) {
                 facet.m_ptVertex[i] = points[static_cast<std::size_t>(numbers[i])];
             }
-            intake.Add(facet);
+            facets.Add(facet);
         } else if (HoldsWord(*line, "/TRIANGLES")) {
             break;
         }
     }
+    facets.Flush();
 }
 
 }  // namespace

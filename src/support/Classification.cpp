@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetGraph.h"
 #include "mesh/RegionGrowth.h"
@@ -35,12 +36,6 @@ double NormalDistance2(CFacet const& a, CFacet const& b) {
     double const dy = a.m_fNormal[1] - b.m_fNormal[1];
     double const dz = a.m_fNormal[2] - b.m_fNormal[2];
     return dx * dx + dy * dy + dz * dz;
-}
-
-CFeatureSurface& AddSurface(CSurfaceArray& surfaces) {
-    auto* const pSurface = new CFeatureSurface;
-    surfaces.m_aSurface.Add(pSurface);
-    return *pSurface;
 }
 
 // Takes all facets out of the model's surfaces, in order and not yet placed, and destroys the surfaces.
@@ -89,7 +84,7 @@ void GrowSimilarSurfaces(FacetGraph const& graph, double dDistance2, CSurfaceArr
     for (std::uint32_t nSeed = 0; nSeed < graph.Size(); ++nSeed) {
         if (placed[nSeed] != 0 || FacetGraph::NumberOf(graph.Facet(nSeed)) != nSeed) continue;
         placed[nSeed] = 1;
-        CFeatureSurface& surface = AddSurface(surfaces);
+        CFeatureSurface& surface = AddNew(surfaces.m_aSurface);
         double dArea = 0.0;
         auto const add = [&](std::uint32_t n) {
             surface.m_aFacet.Add(&graph.Facet(n));
@@ -184,7 +179,7 @@ void CSTLModel::ClassifySurf(int (*pJudge)(int, CFacet*, CFacet*, double), doubl
     RegionGrowth growth;
     for (CFacet* const pSeed : DissolveSurfaces(*this)) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        CFeatureSurface& surface = AddSurface(m_SurfaceArray);
+        CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
         pSeed->m_nRegion = kPlaced;  // a judge may look at it
         nClass = pJudge(nClass, pSeed, nullptr, d);
         growth.GrowSurface(surface, *pSeed, AcrossEdges(),
@@ -198,7 +193,7 @@ void CSTLModel::ExtractFeatherSurf(int (*pJudge)(int, CFacet*, CFacet*, double),
     RegionGrowth growth;
     for (CFacet* const pSeed : DissolveSurfaces(*this)) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        growth.GrowSurface(AddSurface(m_SurfaceArray), *pSeed, AcrossEdges(),
+        growth.GrowSurface(AddNew(m_SurfaceArray.m_aSurface), *pSeed, AcrossEdges(),
                            [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
                                return pJudge(nEdge, &member, &candidate, d) != 0;
                            });

@@ -6,6 +6,8 @@
 #include <functional>
 #include <vector>
 
+#include "foundation/AddNew.h"
+
 namespace {
 
 constexpr std::size_t kNoEdge = static_cast<std::size_t>(-1);
@@ -75,9 +77,7 @@ void ChainEdges(std::span<MeshEdge const> edges, XR_CArray<CFeatureEdge*, CFeatu
     OpenEdges open(edges);
     for (std::size_t nFirst = 0; nFirst < edges.size(); ++nFirst) {
         if (!open.IsOpen(nFirst)) continue;
-        auto* const pChain = new CFeatureEdge;
-        chains.Add(pChain);
-        auto& vertices = pChain->m_VertexList;
+        auto& vertices = AddNew(chains).m_VertexList;
         vertices.AddTail(edges[nFirst].pHead);
         vertices.AddTail(edges[nFirst].pTail);
         open.Take(nFirst);

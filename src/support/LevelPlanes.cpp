@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "foundation/AddNew.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
 
@@ -13,8 +14,6 @@ void CSTLModel::ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult) {
     });
     for (CFacet* const pSeed : facets) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        auto* const pSurface = new CFeatureSurface;
-        pResult->m_aSurface.Add(pSurface);
-        growth.GrowSurface(*pSurface, *pSeed, AcrossEdges(), EveryoneJoins());
+        growth.GrowSurface(AddNew(pResult->m_aSurface), *pSeed, AcrossEdges(), EveryoneJoins());
     }
 }

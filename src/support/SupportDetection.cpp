@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "foundation/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
@@ -20,11 +21,10 @@ constexpr double kBand = 0.1;
 constexpr double kInPlane = 0.01;
 
 CFeatureSurface& AddSupportSurface(CSurfaceArray& surfaces) {
-    auto* const pSurface = new CFeatureSurface;
-    pSurface->m_nSurfaceFlag = FS_SUPPORT_SURFACE;
-    pSurface->m_nSupportFlag |= FS_NEEDS_SUPPORT;
-    surfaces.m_aSurface.Add(pSurface);
-    return *pSurface;
+    CFeatureSurface& surface = AddNew(surfaces.m_aSurface);
+    surface.m_nSurfaceFlag = FS_SUPPORT_SURFACE;
+    surface.m_nSupportFlag |= FS_NEEDS_SUPPORT;
+    return surface;
 }
 
 template <class NeighborsOf>

@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <optional>
 
+#include "foundation/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/STLModel.h"
 #include "support/SolidIntake.h"
@@ -70,10 +72,17 @@ void AddCaps(SolidIntake& intake, XR_CArray<CFacet*, CFacet*> const& facets, dou
     }
 }
 
-CSTLModel& AddSolid(CSTLModel& model) {
-    auto* const pSolid = new CSTLModel;
-    model.m_SupportModelList.AddTail(pSolid);
-    return *pSolid;
+// Adds the walls of the rim to the model, a new one where none is given, and returns it.
+template <class AddWalls>
+CSTLModel* FillSolid(CSTLModel* pModel, EdgeList const& rim, AddWalls const& addWalls) {
+    std::unique_ptr<CSTLModel> made;
+    if (pModel == nullptr) made = std::make_unique<CSTLModel>();
+    CSTLModel& solid = pModel != nullptr ? *pModel : *made;
+    LabelWalls(solid);
+    SolidIntake intake(solid, 2 * rim.GetCount());
+    addWalls(intake);
+    made.release();
+    return &solid;
 }
 
 // ---- Bars
@@ -153,7 +162,7 @@ void CSTLModel::GenSupportSTL(double dDistance) {
     for (int i = 0; i < surfaces.m_nSize; ++i) {
         CFeatureSurface& surface = *surfaces[i];
         if (bHeight && (surface.m_nSupportFlag & FS_NEEDS_SUPPORT) == 0) continue;
-        CSTLModel& solid = AddSolid(*this);
+        CSTLModel& solid = AddNew<CSTLModel>(m_SupportModelList);
         surface.FindSurfaceEdge();
         LabelWalls(solid);
         SolidIntake intake(solid, 2 * surface.m_EdgeList.GetCount() + 2 * surface.m_aFacet.GetSize());
@@ -167,19 +176,13 @@ void CSTLModel::GenSupportSTL(double dDistance) {
 }
 
 CSTLModel* CFeatureSurface::ExtendEdge(double dDistance, CSTLModel* pModel) {
-    CSTLModel* const pSolid = pModel != nullptr ? pModel : new CSTLModel;
-    LabelWalls(*pSolid);
-    SolidIntake intake(*pSolid, 2 * m_EdgeList.GetCount());
-    AddWallsDown(intake, m_EdgeList, dDistance);
-    return pSolid;
+    return FillSolid(pModel, m_EdgeList,
+                     [this, dDistance](SolidIntake& intake) { AddWallsDown(intake, m_EdgeList, dDistance); });
 }
 
 CSTLModel* CFeatureSurface::ExtendEdgeTo(double dZ, CSTLModel* pModel) {
-    CSTLModel* const pSolid = pModel != nullptr ? pModel : new CSTLModel;
-    LabelWalls(*pSolid);
-    SolidIntake intake(*pSolid, 2 * m_EdgeList.GetCount());
-    AddWallsTo(intake, m_EdgeList, dZ);
-    return pSolid;
+    return FillSolid(pModel, m_EdgeList,
+                     [this, dZ](SolidIntake& intake) { AddWallsTo(intake, m_EdgeList, dZ); });
 }
 
 void CSTLModel::GenSuspendSTL(double dDistance) {
@@ -188,7 +191,7 @@ void CSTLModel::GenSuspendSTL(double dDistance) {
     for (int i = 0; i < m_SuspendEdgeArray.m_nSize; ++i) {
         CFeatureEdge& chain = *m_SuspendEdgeArray[i];
         if (bHeight && (chain.m_nEdgeFlag & FE_SELECTED) == 0) continue;
-        CSTLModel& solid = AddSolid(*this);
+        CSTLModel& solid = AddNew<CSTLModel>(m_SupportModelList);
         chain.GenSTL(&solid, chain.m_dHalfWidth, chain.m_dRise, bHeight ? dDistance : dLevel,
                      bHeight ? 0 : 1);
         solid.m_Status.m_bGenerated = 1;

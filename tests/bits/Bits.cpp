@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <random>
 
 #include "Varnet64.h"
@@ -69,11 +70,52 @@ CSTLModel* MakeModel(Random& random, bool bLattice) {
     return pModel;
 }
 
+void FillLayer(CLayer& layer, Random& random) {
+    layer.m_dZ = random();
+    for (int i = 0; i < 50; ++i) {
+        auto* const pLoop = new tagLoopTreeNode(0);
+        pLoop->m_bClosed = i % 2;
+        pLoop->m_pPointList = new XR_CList<CPoint2D, CPoint2D&>(10);
+        for (int k = 0; k < 40; ++k) {
+            double const x = random();
+            CPoint2D point(x, random.OnLattice());
+            pLoop->m_pPointList->AddTail(point);
+        }
+        layer.AddRawLoop(pLoop);
+    }
+}
+
+// What a layer becomes in a slice file, and what is read back in units of a tenth.
+void AddSlices(Hash& hash, Random& random) {
+    CLayer layer;
+    FillLayer(layer, random);
+    for (int const nMode : {1, 2, 3}) {
+        std::srand(1);
+        FILE* const pFile = std::tmpfile();
+        layer.WriteCLIFile(pFile, nMode);
+        std::rewind(pFile);
+        for (int c = std::getc(pFile); c != EOF; c = std::getc(pFile))
+            hash.Add(static_cast<std::uint64_t>(c));
+        std::rewind(pFile);
+        CLayer back;
+        back.m_dUnits = 0.1;
+        hash.Add(static_cast<std::uint64_t>(back.ReadCLIFile(pFile, nMode)));
+        std::fclose(pFile);
+        hash.Add(back.m_dZ);
+        back.GetBoundBox();
+        double dLength = 0.0;
+        hash.Add(back.GetAreaLength(dLength));
+        hash.Add(dLength);
+        for (double const d : {back.m_Box.m_ptMin.x, back.m_Box.m_ptMin.y, back.m_Box.m_ptMax.x}) hash.Add(d);
+    }
+}
+
 }  // namespace
 
 int main() {
     Hash hash;
     Random random(20);
+    AddSlices(hash, random);
     for (bool const bLattice : {false, true}) {
         CSTLModel* const pModel = MakeModel(random, bLattice);
         AddModel(hash, *pModel);

@@ -4,6 +4,7 @@
 
 #include "contours/LiteralOrder.h"
 #include "contours/OrderFacts.h"
+#include "contours/OrderedPaths.h"
 #include "contours/Paths.h"
 
 namespace {
@@ -135,4 +136,104 @@ TEST(FillOrder, EmitsThePathsOfTheExhaustiveSearch) {
         }
     }
     EXPECT_GT(nSpliced, 1000u) << "the layers are such that contours are linked";
+}
+
+namespace {
+
+// The plate from (0,0) to (20,20) with a hole from (8,8) to (12,12).
+struct Plate {
+    CLayer layer;
+    CLayer out;
+    CPoint2D pos;
+    tagLoopTreeNode* pOuter = nullptr;
+    tagLoopTreeNode* pHole = nullptr;
+
+    Plate() {
+        pOuter = Give(layer, Square(0, 0, 20));
+        pHole = Give(layer, Square(8, 8, 4));
+        layer.m_dZ = 1.5;
+        layer.MakeTopology(1);
+    }
+    void Order() { layer.OptimizeLoopAndChildLoopHatch(pOuter, &pos, &out, 1.0, 1.0); }
+    tagLoopTreeNode const& Path(std::size_t n) const { return *LoopsOf(out.m_RawLoopList)[n]; }
+};
+
+}  // namespace
+
+TEST(FillOrder, WithoutHatchsEveryContourIsEmittedShortened) {
+    Plate plate;
+    plate.pos = CPoint2D(20, 0);
+    plate.Order();
+    ASSERT_EQ(plate.out.m_RawLoopList.GetCount(), 2);
+    ExpectPlaces(plate.Path(0), {{20, 0}, {20, 20}, {0, 20}, {0, 0}, {19, 0}});
+    // The hole has been turned counter-clockwise, and begins at its corner nearest to (19,0).
+    EXPECT_EQ(PlacesOf(plate.Path(1)), (Places{{12, 8}, {12, 12}, {8, 12}, {8, 8}, {11, 8}}));
+    for (std::size_t n : {0u, 1u}) {
+        EXPECT_EQ(plate.Path(n).m_nFlag, LOOP_KIND_OUTER);
+        EXPECT_EQ(plate.Path(n).m_bClosed, 1);
+    }
+    EXPECT_EQ(plate.pHole->m_nDirection, LOOPDIRECT_CCW);
+    EXPECT_GT(plate.pHole->GetArea(), 0.0);
+    EXPECT_EQ(plate.pHole->m_nFlag & LOOP_USED_FLAG, LOOP_USED_FLAG);
+    EXPECT_EQ(plate.pOuter->m_nFlag & LOOP_USED_FLAG, 0) << "the host flags it";
+    EXPECT_EQ(plate.out.m_dZ, 1.5);
+    EXPECT_EQ((Place{plate.pos.x, plate.pos.y}), (Place{11, 8}));
+    EXPECT_EQ(plate.layer.m_RawLoopList.GetCount(), 1);
+    EXPECT_EQ(plate.pOuter->m_ChildList.GetCount(), 1);
+}
+
+TEST(FillOrder, AHatchOutOfReachIsEmittedAlone) {
+    Plate plate;
+    CHatch const* const pHatch = Give(plate.layer, Hatch({{{5, 3}, {5, 6}}, {{5, 6}, {4, 6}}}, 3));
+    plate.Order();
+    ASSERT_EQ(plate.out.m_RawLoopList.GetCount(), 3);
+    EXPECT_EQ(PlacesOf(plate.Path(2)), (Places{{4, 6}, {5, 6}, {5, 3}})) << "entered at its nearer end";
+    EXPECT_EQ(plate.Path(2).m_nFlag, LOOP_KIND_HATCH);
+    EXPECT_EQ(plate.Path(2).m_dZ, 1.5);
+    EXPECT_EQ(pHatch->m_nFlag, HATCH_USED_FLAG);
+    EXPECT_EQ(SegmentsOf(*pHatch), (Segments{{{5, 3}, {5, 6}}, {{5, 6}, {4, 6}}})) << "a copy was turned";
+}
+
+TEST(FillOrder, AHatchOfClassTwoIsEmittedButNotSpliced) {
+    Plate plate;
+    Give(plate.layer, Hatch({{{5, 5}, {5, 1}}, {{5, 1}, {7, 1}}}, 102));
+    plate.Order();
+    ASSERT_EQ(plate.out.m_RawLoopList.GetCount(), 3);
+    EXPECT_EQ(plate.Path(2).m_nID, 102);
+    EXPECT_EQ(plate.pOuter->m_bClosed, 1);
+}
+
+TEST(FillOrder, ARingThatIsLeftIsShortened) {
+    Plate plate;
+    Give(plate.layer, Hatch({{{4, 4}, {6, 4}}, {{6, 4}, {6, 6}}, {{6, 6}, {4, 6}}, {{4, 6}, {4, 4}}}, 1));
+    plate.Order();
+    ASSERT_EQ(plate.out.m_RawLoopList.GetCount(), 3);
+    // From (8,9), the tail of the hole that begins at (8,8).
+    EXPECT_EQ(PlacesOf(plate.Path(1)).front(), (Place{8, 8}));
+    EXPECT_EQ(PlacesOf(plate.Path(2)), (Places{{6, 6}, {4, 6}, {4, 4}, {6, 4}, {6, 5}}));
+}
+
+TEST(FillOrder, OnlyHatchsOfItsOwnAreaAndGroupCount) {
+    Plate plate;
+    CHatch* const pInHole = Give(plate.layer, Hatch({{{9, 9}, {11, 11}}}, 3));
+    CHatch* const pOutside = Give(plate.layer, Hatch({{{30, 9}, {31, 11}}}, 3));
+    CHatch* const pSecondGroup = Give(plate.layer, Hatch({{{5, 3}, {5, 6}}}, 1000));
+    CHatch* const pUsed = Give(plate.layer, Hatch({{{5, 3}, {5, 6}}}, 3));
+    CHatch* const pEmpty = Give(plate.layer, std::make_unique<CHatch>());
+    CHatch* const pOther = Give(plate.layer, Hatch({{{5, 3}, {5, 6}}}, 4));
+    pUsed->m_nFlag = HATCH_USED_FLAG | 2;
+    pOther->m_nFlag = 6;
+    plate.Order();
+    ASSERT_EQ(plate.out.m_RawLoopList.GetCount(), 3);
+    EXPECT_EQ(plate.Path(2).m_nID, 4);
+    EXPECT_EQ(pOther->m_nFlag, HATCH_USED_FLAG) << "and no other bit";
+    EXPECT_EQ(pUsed->m_nFlag, HATCH_USED_FLAG | 2);
+    for (CHatch const* const p : {pInHole, pOutside, pSecondGroup, pEmpty}) EXPECT_EQ(p->m_nFlag, 0);
+}
+
+TEST(FillOrder, NoPathWithAnEdgeIsLost) {
+    Plate plate;
+    for (int i = 0; i < 6; ++i) Give(plate.layer, Hatch({{{1.0 + i, 3}, {1.0 + i, 6}}}, 10 + i));
+    plate.Order();
+    EXPECT_EQ(plate.out.m_RawLoopList.GetCount(), 2 + 6);
 }

@@ -46,6 +46,9 @@ std::vector<std::int32_t> NaiveInBox(Points const& points, BoxKey const& box) {
 void ExpectSameAnswers(PointSearch const& search, Points const& left, double x, double y) {
     EXPECT_EQ(search.Nearest(x, y, 1e30), NaiveNearest(left, x, y, 1e30)) << x << ", " << y;
     EXPECT_EQ(search.Nearest(x, y, 2.0), NaiveNearest(left, x, y, 2.0)) << x << ", " << y;
+    for (std::int32_t const nNear : {0, 3, 50, 1000}) {
+        EXPECT_EQ(search.Nearest(x, y, 1e30, nNear), NaiveNearest(left, x, y, 1e30)) << x << ", " << y;
+    }
     EXPECT_EQ(search.Farthest(x, y, -1.0), NaiveFarthest(left, x, y, -1.0)) << x << ", " << y;
     EXPECT_EQ(search.Farthest(x, y, 2.0), NaiveFarthest(left, x, y, 2.0)) << x << ", " << y;
     BoxKey const box{x - 1.0, y - 2.0, x + 1.0, y};

@@ -12,6 +12,19 @@
 namespace {
 
 // A layer of the bracket through holes and gusset, with fill and some support beside it.
+// The travel from the origin.
+double TravelOf(CLayer& layer) {
+    Head head(CPoint2D(0.0, 0.0));
+    head.Print(layer);
+    return head.Way().dLength;
+}
+
+PathOrdering InOrder(PathOrder order) {
+    PathOrdering ordering;
+    ordering.order = order;
+    return ordering;
+}
+
 std::unique_ptr<CLayer> BracketLayer(double dZ) {
     CSTLModel model;
     AddMesh(model, shapes::Bracket());
@@ -35,10 +48,10 @@ double LengthOf(CLayer& layer) {
 
 TEST(PathOrder, AsFoundChangesNothing) {
     std::unique_ptr<CLayer> pLayer = BracketLayer(5.0);
-    CLayer* const pBefore = pLayer.get();
+    Segments const before = SegmentsOf(*HatchesOf(*pLayer)[0]);
     CPoint2D head(3.0, 4.0);
-    pLayer = OrderPaths(std::move(pLayer), PathOrder::kAsFound, 0.5, head);
-    EXPECT_EQ(pBefore, pLayer.get());
+    OrderPaths(*pLayer, InOrder(PathOrder::kAsFound), head);
+    EXPECT_EQ(before, SegmentsOf(*HatchesOf(*pLayer)[0]));
     EXPECT_EQ(3.0, head.x);
 }
 
@@ -52,16 +65,14 @@ TEST(PathOrder, NearestFirstKeepsAllPathsAndTravelsLess) {
         double dLength = 0.0;
         return pLayer->GetAreaLength(dLength);
     }();
+    double const dBefore = TravelOf(*pLayer);
     CPoint2D head(0.0, 0.0);
-    double const dBefore = TravelLength(*pLayer, head);
-    head = CPoint2D(0.0, 0.0);
-    pLayer = OrderPaths(std::move(pLayer), PathOrder::kNearest, 0.5, head);
+    OrderPaths(*pLayer, InOrder(PathOrder::kByEnds), head);
     EXPECT_EQ(nLoops, pLayer->m_LoopList.GetCount());
     EXPECT_EQ(nHatches, pLayer->m_HatchList.GetCount());
     double dLength = 0.0;
     EXPECT_NEAR(dArea, pLayer->GetAreaLength(dLength), 1e-6);
-    head = CPoint2D(0.0, 0.0);
-    EXPECT_LT(TravelLength(*pLayer, head), dBefore);
+    EXPECT_LT(TravelOf(*pLayer), dBefore);
 }
 
 TEST(PathOrder, LoopsAHundredMetresAwayAreKept) {
@@ -71,7 +82,7 @@ TEST(PathOrder, LoopsAHundredMetresAwayAreKept) {
     Give(*pLayer, Square(3e5 + 1.0, 1.0, 1.0));
     pLayer->MakeTopology(1);
     CPoint2D head(0.0, 0.0);
-    pLayer = OrderPaths(std::move(pLayer), PathOrder::kNearest, 0.5, head);
+    OrderPaths(*pLayer, InOrder(PathOrder::kByEnds), head);
     EXPECT_EQ(3, pLayer->m_LoopList.GetCount());
     EXPECT_EQ(3, pLayer->m_RawLoopList.GetCount());
 }
@@ -88,7 +99,7 @@ TEST(PathOrder, SplicedPathsAreAsLongAsContoursAndFillAndLoseNone) {
     }
     double const dContours = LengthOf(*pLayer);
     CPoint2D head(0.0, 0.0);
-    pLayer = OrderPaths(std::move(pLayer), PathOrder::kSpliced, 0.5, head);
+    OrderPaths(*pLayer, InOrder(PathOrder::kSpliced), head);
     // Supports stay hatches.
     std::vector<CHatch*> const hatches = HatchesOf(*pLayer);
     EXPECT_FALSE(hatches.empty());
@@ -115,13 +126,13 @@ TEST(PathOrder, SplicedPathsAreAsLongAsContoursAndFillAndLoseNone) {
 }
 
 TEST(PathOrder, OpenPathsHaveNoDirectionSoThatBinaryFilesKeepThemOpen) {
-    for (PathOrder order : {PathOrder::kAsFound, PathOrder::kNearest, PathOrder::kSpliced}) {
+    for (PathOrder order : {PathOrder::kAsFound, PathOrder::kByEnds, PathOrder::kSpliced}) {
         auto pLayer = std::make_unique<CLayer>();
         Give(*pLayer, Square(0.0, 0.0, 5.0));
         Give(*pLayer, OpenPath({{10, 0}, {20, 0}, {20, 5}}));
         pLayer->MakeTopology(1);
         CPoint2D head(0.0, 0.0);
-        pLayer = OrderPaths(std::move(pLayer), order, 0.5, head);
+        OrderPaths(*pLayer, InOrder(order), head);
         ASSERT_EQ(2, pLayer->m_LoopList.GetCount());
         for (tagLoopTreeNode const* pLoop : LoopsOf(pLayer->m_LoopList)) {
             EXPECT_EQ(pLoop->m_bClosed != 0 ? LOOPDIRECT_CCW : LOOPDIRECT_NONE, pLoop->m_nDirection);
@@ -135,11 +146,10 @@ TEST(PathOrder, FillThatLiesInNoContourIsNotLost) {
     Give(*pLayer, Hatch({{{20, 0}, {30, 0}}, {{30, 1}, {20, 1}}}, kFillHatch));
     pLayer->MakeTopology(1);
     CPoint2D head(0.0, 0.0);
-    pLayer = OrderPaths(std::move(pLayer), PathOrder::kSpliced, 0.5, head);
-    std::vector<tagLoopTreeNode*> const paths = LoopsOf(pLayer->m_RawLoopList);
-    ASSERT_EQ(2u, paths.size());
-    EXPECT_EQ((Places{{20, 0}, {30, 0}, {30, 1}, {20, 1}}), PlacesOf(*paths[1]));
-    EXPECT_EQ(LOOP_KIND_HATCH, paths[1]->m_nFlag);
+    OrderPaths(*pLayer, InOrder(PathOrder::kSpliced), head);
+    EXPECT_EQ(1, pLayer->m_RawLoopList.GetCount());
+    ASSERT_EQ(1u, HatchesOf(*pLayer).size());
+    EXPECT_EQ((Segments{{{20, 0}, {30, 0}}, {{30, 1}, {20, 1}}}), SegmentsOf(*HatchesOf(*pLayer)[0]));
     EXPECT_EQ(20.0, head.x);
 }
 
@@ -148,11 +158,13 @@ TEST(PathOrder, TravelIsTheWayBetweenPaths) {
     Give(layer, Square(3.0, 4.0, 2.0));
     Give(layer, OpenPath({{3, 8}, {9, 8}}));
     Give(layer, Hatch({{{9, 10}, {12, 10}}, {{12, 11}, {9, 11}}}));
-    CPoint2D head(0.0, 0.0);
-    // 5 to the square, which ends at its head; 4 up to the path; 2 up to the hatch.
-    EXPECT_DOUBLE_EQ(11.0, TravelLength(layer, head));
-    EXPECT_EQ(9.0, head.x);
-    EXPECT_EQ(11.0, head.y);
+    Head head(CPoint2D(0.0, 0.0));
+    head.Print(layer);
+    // 5 to the square, which ends at its head; 4 up to the path; 2 up to the hatch, and 1 to its next edge.
+    EXPECT_DOUBLE_EQ(12.0, head.Way().dLength);
+    EXPECT_EQ(4, head.Way().nStarts);
+    EXPECT_EQ(9.0, head.Pos().x);
+    EXPECT_EQ(11.0, head.Pos().y);
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ expect 0 "$varnet" slice $part -o b.cli --layer 1 --hatch 2
 cmp a.cli b.cli || fail "slicing twice gives two files"
 
 # Travel gets less by ordering.
-travel() { sed -nE 's/.*travel between paths, mm +([0-9]+).*/\1/p' out; }
+travel() { sed -nE 's/.*travel with the material off, mm +([0-9]+).*/\1/p' out; }
 expect 0 "$varnet" slice $part -o a.cli --layer 1 --hatch 2
 asFound=$(travel)
 expect 0 "$varnet" slice $part -o a.cli --layer 1 --hatch 2 --order

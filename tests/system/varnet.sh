@@ -227,6 +227,35 @@ grep -q 'holds slices, not a mesh' err || fail "message for slices"
 expect 1 "$varnet" convert made/bracket.stl never.cli
 expect 1 "$varnet" convert part.cli nofolder/to.cli
 grep -q 'nofolder/to.cli: cannot be created' err || fail "message for a slice file that cannot be made"
+# ---- the order of printing
+{
+    printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$VERSION/200\n$$LAYERS/2\n$$HEADEREND\n$$GEOMETRYSTART\n'
+    for z in 1 2; do
+        # Hatches at 9, 1 and 5 on a line; a chain that comes down to the side of a square.
+        printf '$$LAYER/%s\n$$POLYLINE/1,1,5,0,0,20,0,20,20,0,20,0,0\n' "$z"
+        printf '$$HATCHES/3,2,5,5,5,1,5,1,7,1\n$$HATCHES/2,1,9,10,9,11\n$$HATCHES/2,1,5,10,5,11\n'
+    done
+    printf '$$GEOMETRYEND\n'
+} >fill.cli
+expect 0 "$varnet" order fill.cli near.cli
+grep -qE 'layers +2$' out && grep -qE 'starts and stops +8 -> 8$' out || fail "counts of an order"
+grep -E 'travel with the material off' out | awk '{ exit !($(NF) < $(NF-2)) }' || fail "ordering saves travel"
+expect 0 "$varnet" layers near.cli
+grep -qE 'closed loops +2$' out && grep -qE 'hatches +6 with 8 edges$' out || fail "an order loses nothing"
+expect 0 "$varnet" order fill.cli spliced.cli --splice --width 1 --cut 0.5 --start 5,6 --svg ordered
+grep -qE 'starts and stops +8 -> 6$' out || fail "splicing saves starts"
+grep -q '^\$\$POLYLINE/1 2 10 ' spliced.cli || fail "contour and chain are one path"
+[ -s ordered/layer_00001.svg ] && [ -s ordered/layer_00002.svg ] || fail "pictures of an order"
+grep -q before ordered/layer_00001.svg && grep -q after ordered/layer_00001.svg || fail "before and after"
+for seed in 1 2 1; do
+    expect 0 "$varnet" order fill.cli "random_$seed.cli" --hatches random --loops random --seed "$seed"
+done
+expect 0 "$varnet" order fill.cli far.cli --hatches far --loops far
+expect 2 "$varnet" order fill.cli x.cli --splice --width 1
+expect 2 "$varnet" order fill.cli x.cli --width 1 --cut 1
+expect 2 "$varnet" order fill.cli x.cli --hatches nearest
+expect 1 "$varnet" order missing.cli x.cli
+
 expect 1 "$varnet" layers part.cli --svg part.cli
 expect 2 "$varnet" layers
 expect 2 "$varnet" layers part.cli --layer 0

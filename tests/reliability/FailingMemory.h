@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+// Memory that fails when a test says so: the allocations of the library and of this program are counted, and
+// one of them fails.
+
+/// While it lives, the nth allocation from now on fails, counted from 0, as where memory has run out.
+class FailingMemory {
+public:
+    explicit FailingMemory(std::size_t nFailing);
+    FailingMemory(FailingMemory const&) = delete;
+    FailingMemory& operator=(FailingMemory const&) = delete;
+    ~FailingMemory();
+    /// Whether so many allocations have been asked for that one has failed.
+    bool HasFailed() const;
+};
