@@ -17,6 +17,8 @@ std::string BytesOf(shapes::Mesh const& mesh, Kind kind) {
             return shapes::ToBinaryStl(shapes::WithTurned(mesh, 10));
         case Kind::kAscii:
             return shapes::ToAsciiStl(mesh);
+        case Kind::kShells:
+            return shapes::ToBinaryStl(shapes::Tray(20, static_cast<int>(mesh.size() / 25600), 3));
         default:
             return shapes::ToBinaryStl(mesh);
     }
@@ -35,7 +37,7 @@ shapes::Mesh const& GyroidMesh(std::size_t nFacets) {
 }
 
 std::string GyroidFile(std::size_t nFacets, Kind kind) {
-    constexpr std::array<char const*, 4> kNames = {"binary", "shuffled", "turned", "ascii"};
+    constexpr std::array<char const*, 5> kNames = {"binary", "shuffled", "turned", "ascii", "shells"};
     fs::path const path = fs::temp_directory_path() / ("varnet-bench-" + std::to_string(nFacets) + "-" +
                                                        kNames[static_cast<std::size_t>(kind)] + ".stl");
     if (!fs::exists(path)) {

@@ -9,13 +9,14 @@
 
 // What the benchmarks of meshes work on: gyroids of about 100,000, 1 million and 4 million facets.
 
-enum class Kind { kBinary, kShuffled, kTurned, kAscii };
+enum class Kind { kBinary, kShuffled, kTurned, kAscii, kShells };
 
 /// The mesh of about so many facets, made when it is first asked for.
 shapes::Mesh const& GyroidMesh(std::size_t nFacets);
 
 /// The path of a file of that mesh, in the order of the generator or shuffled, with one facet in ten turned,
-/// or as ASCII. Made in the temporary folder when it is first asked for, and left there for the next run.
+/// as ASCII, or instead of it a tray of spheres of 1,280 facets. Made in the temporary folder when it is
+/// first asked for, and left there for the next run.
 std::string GyroidFile(std::size_t nFacets, Kind kind = Kind::kBinary);
 
 /// A path as the library takes it.
