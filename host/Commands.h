@@ -49,6 +49,20 @@ struct SupportOptions {
 };
 void RunSupport(SupportOptions const& options);
 
+// Lengths in millimetres, the angle in degrees.
+struct SliceOptions {
+    std::vector<std::string> inputs;
+    std::string output;
+    double dLayer = 0.2;
+    double dHatch = 0.5;
+    double dAngle = 45.0;
+    bool bSupport = false;
+    bool bOrder = false;
+    bool bSplice = false;
+    std::string mode = "binary";
+};
+void RunSlice(SliceOptions const& options);
+
 struct ConvertOptions {
     std::string input;
     std::string output;

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "Markup.h"
+
 namespace {
 
 constexpr double kPanelSize = 640.0;  // pixels, the longer side
@@ -18,22 +20,6 @@ std::string Text(double d) {
     std::array<char, 40> text{};
     std::snprintf(text.data(), text.size(), "%.7g", d);
     return text.data();
-}
-
-std::string Escaped(std::string const& text) {
-    std::string escaped;
-    for (char const c : text) {
-        if (c == '&') {
-            escaped += "&amp;";
-        } else if (c == '<') {
-            escaped += "&lt;";
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            escaped += ' ';
-        } else {
-            escaped += c;
-        }
-    }
-    return escaped;
 }
 
 bool CanBeDrawn(CPoint2D const& p) { return std::fabs(p.x) <= kLargest && std::fabs(p.y) <= kLargest; }
@@ -139,7 +125,7 @@ PictureFrame FrameOf(CBoundBox2D const& box) {
 }
 
 std::string TextAt(double x, double y, std::string const& text) {
-    return "<text x=\"" + Text(x) + "\" y=\"" + Text(y) + "\">" + Escaped(text) + "</text>\n";
+    return "<text x=\"" + Text(x) + "\" y=\"" + Text(y) + "\">" + EscapedMarkup(text) + "</text>\n";
 }
 
 std::string ScaleBar(PictureFrame const& frame, double x, double y) {

@@ -1,6 +1,7 @@
 // varnet, the example host program of Varnet64.
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 
@@ -45,6 +46,41 @@ void AddSupport(CLI::App& app, SupportOptions& support) {
         ->capture_default_str();
     pSupport->add_flag("--json", support.bJson, "Print JSON instead of a table");
     pSupport->callback([&support] { RunSupport(support); });
+}
+
+// The checks of CLI11 let "nan" pass.
+std::string WhyNotFinite(std::string const& text) {
+    double d = 0.0;
+    return CLI::detail::lexical_cast(text, d) && std::isfinite(d) ? "" : text + " is not a number";
+}
+
+void AddSlice(CLI::App& app, SliceOptions& slice) {
+    CLI::App* const pSlice =
+        app.add_subcommand("slice", "Slice parts, as they lie side by side, into a CLI file");
+    pSlice->add_option("IN", slice.inputs, "Mesh files to read: STL, CSM, 3DMF, OLTP")->required();
+    pSlice->add_option("-o", slice.output, "CLI file to write")->required();
+    pSlice->add_option("--layer", slice.dLayer, "Height of a layer")
+        ->check(WhyNotFinite)
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pSlice->add_option("--hatch", slice.dHatch, "Distance of fill lines")
+        ->check(WhyNotFinite)
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pSlice
+        ->add_option("--angle", slice.dAngle, "Of the fill lines; each layer is at right angles to the last")
+        ->check(WhyNotFinite)
+        ->check(CLI::Range(-360.0, 360.0))
+        ->capture_default_str();
+    pSlice->add_flag("--support", slice.bSupport, "Fill support solids too, in layers of even numbers");
+    CLI::Option* const pOrder =
+        pSlice->add_flag("--order", slice.bOrder, "Print what is nearest next: contours, then fill");
+    pSlice->add_flag("--splice", slice.bSplice, "Print contours and fill in one stroke where they meet")
+        ->excludes(pOrder);
+    pSlice->add_option("--mode", slice.mode, "Of the file")
+        ->check(CLI::IsMember({"ascii", "binary", "coc"}))
+        ->capture_default_str();
+    pSlice->callback([&slice] { RunSlice(slice); });
 }
 
 void AddConvert(CLI::App& app, ConvertOptions& convert) {
@@ -156,6 +192,9 @@ int Run(int argc, char** argv) {
 
     SupportOptions support;
     AddSupport(app, support);
+
+    SliceOptions slice;
+    AddSlice(app, slice);
 
     ConvertOptions convert;
     AddConvert(app, convert);

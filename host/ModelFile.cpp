@@ -190,16 +190,22 @@ void WriteWhole(std::string const& file, std::function<bool(fs::path const&)> co
                 long long nBytes) {
     fs::path const partial = fs::path(file).concat(".part");
     std::error_code error;
-    bool const bWritten = write(partial);
+    std::error_code ignored;
+    bool bWritten = false;
+    try {
+        bWritten = write(partial);
+    } catch (...) {
+        fs::remove(partial, ignored);
+        throw;
+    }
     bool const bWhole =
         bWritten && (nBytes < 0 || fs::file_size(partial, error) == static_cast<std::uintmax_t>(nBytes));
     if (bWhole && !IsInterrupted()) {
         fs::rename(partial, file, error);
         if (!error) return;
     }
-    std::error_code ignored;
-    if (bWritten) fs::remove(partial, ignored);
+    bool const bCreated = fs::remove(partial, ignored);
     ThrowIfInterrupted();
     if (error) throw Failure(file, "cannot be written: " + error.message());
-    throw Failure(file, bWritten ? "could not be written whole (is the disk full?)" : "cannot be created");
+    throw Failure(file, bCreated ? "could not be written whole (is the disk full?)" : "cannot be created");
 }

@@ -37,6 +37,6 @@ void WriteModel(CSTLModel& model, std::string const& file);
 void WriteBytes(std::string const& file, std::string const& bytes);
 
 /// Lets write() make a file beside the named one, checks its size where nBytes is not negative, and gives it
-/// the name.
+/// the name. Whatever goes wrong, write() throwing included, no half of a file stays.
 void WriteWhole(std::string const& file, std::function<bool(std::filesystem::path const&)> const& write,
                 long long nBytes = -1);

@@ -34,19 +34,13 @@ SupportRegion Judge(CFeatureSurface& surface, double dLowest) {
     return {&surface, true, "faces down"};
 }
 
-// The solids that the generators have made since there were nBefore, in the order of what they stand for.
+// Takes the solids that the generators have made, which stand for the wanted ones of something in order.
 template <class Wanted>
-int AddSolids(CSTLModel const& model, Wanted const& isWanted, CSTLModel& target) {
-    int nAdded = 0;
-    std::size_t nIndex = 0;
-    XR__POSITION* position = model.m_SupportModelList.GetHeadPosition();
-    while (position != nullptr) {
-        auto* const pSolid = static_cast<CSTLModel*>(model.m_SupportModelList.GetNext(position));
-        if (!isWanted(nIndex++)) continue;
-        target.AddSTLModel(pSolid);
-        ++nAdded;
+void TakeSolids(CSTLModel& model, Wanted const& isWanted, std::vector<std::unique_ptr<CSTLModel>>& solids) {
+    for (std::size_t nIndex = 0; model.m_SupportModelList.IsEmpty() == 0; ++nIndex) {
+        std::unique_ptr<CSTLModel> pSolid(static_cast<CSTLModel*>(model.m_SupportModelList.RemoveHead()));
+        if (isWanted(nIndex)) solids.push_back(std::move(pSolid));
     }
-    return nAdded;
 }
 
 nlohmann::json PointJson(CPoint3D const& p) { return {p.x, p.y, p.z}; }
@@ -121,27 +115,33 @@ SupportPlan PlanSupport(CSTLModel& model, SupportOptions const& options) {
 }
 
 // For a level the library makes solids of all regions and chains: those that are not wanted are left out.
-int BuildSupport(CSTLModel& model, SupportPlan const& plan, SupportOptions const& options,
-                 CSTLModel& target) {
+std::vector<std::unique_ptr<CSTLModel>> BuildSolids(CSTLModel& model, SupportPlan const& plan,
+                                                    SupportOptions const& options) {
     bool const bAll = options.dDown <= 0.0;
     for (SupportRegion const& region : plan.regions) {
         if (!region.bSupported) region.pSurface->m_nSupportFlag &= ~FS_NEEDS_SUPPORT;
     }
+    std::vector<std::unique_ptr<CSTLModel>> solids;
     model.ClearSupportSTL();
     model.GenSupportSTL(options.dDown);
-    int nSolids = AddSolids(
-        model, [&plan, bAll](std::size_t i) { return !bAll || plan.regions[i].bSupported; }, target);
-    model.ClearSupportSTL();
+    TakeSolids(
+        model, [&plan, bAll](std::size_t i) { return !bAll || plan.regions[i].bSupported; }, solids);
     model.GenSuspendSTL(options.dDown);
     auto& chains = model.m_SuspendEdgeArray;
-    nSolids += AddSolids(
+    TakeSolids(
         model,
         [&chains, bAll](std::size_t i) {
             return !bAll || (chains[static_cast<int>(i)]->m_nEdgeFlag & FE_SELECTED) != 0;
         },
-        target);
-    model.ClearSupportSTL();
-    return nSolids;
+        solids);
+    return solids;
+}
+
+int BuildSupport(CSTLModel& model, SupportPlan const& plan, SupportOptions const& options,
+                 CSTLModel& target) {
+    std::vector<std::unique_ptr<CSTLModel>> const solids = BuildSolids(model, plan, options);
+    for (auto const& pSolid : solids) target.AddSTLModel(pSolid.get());
+    return static_cast<int>(solids.size());
 }
 
 void WriteSupportPly(std::string const& file, CSTLModel const& model, SupportPlan const& plan) {

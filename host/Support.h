@@ -2,6 +2,7 @@
 
 #include <Varnet64.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ struct SupportPlan {
 
 /// Finds the regions and edges that need support: detection, filter, suspended edges.
 SupportPlan PlanSupport(CSTLModel& model, SupportOptions const& options);
+
+/// The solids of the plan, first those below regions, then those below chains.
+std::vector<std::unique_ptr<CSTLModel>> BuildSolids(CSTLModel& model, SupportPlan const& plan,
+                                                    SupportOptions const& options);
 
 /// Adds the solids of the plan to the target, and returns how many there are.
 int BuildSupport(CSTLModel& model, SupportPlan const& plan, SupportOptions const& options, CSTLModel& target);

@@ -23,8 +23,10 @@ std::string Count(long long nCount) {
     return text;
 }
 
-std::string Number(double dValue) {
+std::string Number(double dValue) { return Rounded(dValue, 10); }
+
+std::string Rounded(double dValue, int nDigits) {
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.10g", dValue);
+    std::snprintf(text.data(), text.size(), "%.*g", nDigits, dValue);
     return text.data();
 }

@@ -196,13 +196,13 @@ private:
         double const dRadius = 0.3 * std::min(line(u, 1) - line(u, 0), line(w, 1) - line(w, 0));
         std::vector<Corner> circle;
         for (int n = 0; n < kHoleSegments; ++n) {
-            int const k = nSide == 1 ? n : kHoleSegments - n;
-            double const dAngle =
-                2.0 * kPi * (k % kHoleSegments) / kHoleSegments - 0.75 * kPi + (nSide == 1 ? 0.0 : 0.5 * kPi);
+            // The one face begins at -135 degrees, the other, which is seen from below, at 135.
+            int const k = nSide == 1 ? n : (kHoleSegments + kHoleSegments * 3 / 4 - n) % kHoleSegments;
+            double const dAngle = 2.0 * kPi * k / kHoleSegments - 0.75 * kPi;
             std::array<double, 3> p{};
             p[a] = line(a, nSide);
-            p[u] = (line(u, 0) + line(u, 1)) / 2 + dRadius * std::cos(dAngle + (nSide == 1 ? 0.0 : kPi / 2));
-            p[w] = (line(w, 0) + line(w, 1)) / 2 + dRadius * std::sin(dAngle + (nSide == 1 ? 0.0 : kPi / 2));
+            p[u] = (line(u, 0) + line(u, 1)) / 2 + dRadius * std::cos(dAngle);
+            p[w] = (line(w, 0) + line(w, 1)) / 2 + dRadius * std::sin(dAngle);
             circle.push_back(At(p[0], p[1], p[2]));
         }
         return circle;

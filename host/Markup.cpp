@@ -1,0 +1,24 @@
+#include "Markup.h"
+
+std::string EscapedMarkup(std::string const& text) {
+    std::string escaped;
+    for (char const c : text) {
+        switch (c) {
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            default:
+                escaped += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+        }
+    }
+    return escaped;
+}
