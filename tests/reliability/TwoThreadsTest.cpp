@@ -66,6 +66,33 @@ tagLoopTreeNode* Square(double dCenter, double dHalf) {
     return pLoop;
 }
 
+// A stroke in each outer loop, from near its left side to near its right.
+void AddStrokes(CLayer& layer, int nLoops) {
+    for (int i = 0; i < nLoops; ++i) {
+        auto* const pHatch = new CHatch;
+        pHatch->m_nID = 3;
+        CEdge2D edge(CPoint2D(10.0 * i - 3.5, 10.0 * i + 3.0), CPoint2D(10.0 * i + 3.5, 10.0 * i + 3.0));
+        pHatch->m_EdgeList.AddTail(edge);
+        layer.m_HatchList.AddTail(pHatch);
+    }
+}
+
+void WriteAndReadLayer(CLayer& layer, Findings& out) {
+    constexpr int kText = 1;
+    constexpr int kBinary = 2;
+    for (int const nMode : {kText, kBinary}) {
+        CLayerModel model;
+        model.m_pFile = std::tmpfile();
+        out << model.SaveCLIHead(model.m_pFile, nMode, 1);
+        long const nOffset = std::ftell(model.m_pFile);
+        out << model.SaveLayer(&layer, model.m_pFile, nMode) << model.ReadCLIHead();
+        CLayer copy;
+        out << model.ReadLayer(&copy, static_cast<unsigned long>(nOffset)) << ' '
+            << copy.m_LoopList.GetCount() << '\n';
+        std::fclose(model.m_pFile);
+    }
+}
+
 void WorkOnLayers(int nLoops, Findings& out) {
     CLayer layer;
     for (int i = 0; i < nLoops; ++i) {
@@ -78,6 +105,18 @@ void WorkOnLayers(int nLoops, Findings& out) {
     CLayer copy;
     copy.AddOtherLayer(layer, 1.0, 2.0, 7);
     out << copy.m_RawLoopList.GetCount() << ' ' << layer.m_LoopList.GetCount() << '\n';
+    AddStrokes(layer, nLoops);
+    CPoint2D pos;
+    layer.OptimizeHatchs(pos, 0);
+    out << pos.x << ' ' << pos.y << '\n';
+    CLayer paths;
+    while (tagLoopTreeNode* const pLoop = layer.FindNearUnusedOutLoop(pos)) {
+        layer.OptimizeLoopAndChildLoopHatch(pLoop, &pos, &paths, 0.5, 0.3);
+        pLoop->m_nFlag |= LOOP_USED_FLAG;
+    }
+    out << paths.m_RawLoopList.GetCount() << '\n';
+    copy.OptimizeLoops(pos, 0);
+    WriteAndReadLayer(copy, out);
 }
 
 std::string WorkOn(shapes::Mesh const& mesh, int nLoops) {
