@@ -46,7 +46,8 @@ enum : std::int32_t {
 /// assignment releases nothing. CopyOtherLoop makes a loop that lives on its own.
 class VARNET_API tagLoopTreeNode {
 public:
-    explicit tagLoopTreeNode(int nLevel = 0);
+    tagLoopTreeNode() : tagLoopTreeNode(0) {}
+    explicit tagLoopTreeNode(int nLevel);
     tagLoopTreeNode(tagLoopTreeNode const&) = default;
     tagLoopTreeNode& operator=(tagLoopTreeNode const&) = default;
     /// Destroys the whole subtree, however deep, and the points.

@@ -30,16 +30,20 @@ inline XR__POSITION* PositionOf(PointNode* pNode) { return reinterpret_cast<XR__
 
 inline tagLoopTreeNode* LoopAt(LoopNode const* pNode) { return static_cast<tagLoopTreeNode*>(pNode->data); }
 
-/// The loops of a list, in order.
+/// The loops of a list, in order. Null elements, which a host may have put there, are passed over.
 template <class Visit>
 void ForEachLoop(LoopList const& list, Visit visit) {
-    for (LoopNode const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) visit(*LoopAt(p));
+    for (LoopNode const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
+        if (p->data != nullptr) visit(*LoopAt(p));
+    }
 }
 
-/// The hatches of a list, in order.
+/// The hatches of a list, in the same way.
 template <class Visit>
 void ForEachHatch(XR_CList<void*, void*> const& list, Visit visit) {
-    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) visit(*static_cast<CHatch*>(p->data));
+    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
+        if (p->data != nullptr) visit(*static_cast<CHatch*>(p->data));
+    }
 }
 
 /// A loop and all below it, each before its children, children in order; enter(loop) says whether to go on

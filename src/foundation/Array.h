@@ -205,9 +205,14 @@ void XR_CArray<TYPE, ARG_TYPE>::InsertAt(int nIndex, ARG_TYPE element, int nCoun
 
 template <class TYPE, class ARG_TYPE>
 void XR_CArray<TYPE, ARG_TYPE>::InsertAt(int nStartIndex, XR_CArray* pOther) {
-    if (pOther->m_nSize == 0) return;
-    InsertAt(nStartIndex, pOther->m_pData[0], pOther->m_nSize);
-    for (int i = 0; i < pOther->m_nSize; ++i) m_pData[nStartIndex + i] = pOther->m_pData[i];
+    int const nCount = pOther->m_nSize;
+    if (nCount == 0) return;
+    InsertAt(nStartIndex, pOther->m_pData[0], nCount);
+    for (int i = 0; i < nCount; ++i) {
+        // Of this array itself, the elements from the gap on have moved.
+        bool const bMoved = pOther == this && i >= nStartIndex;
+        m_pData[nStartIndex + i] = pOther->m_pData[bMoved ? i + nCount : i];
+    }
 }
 
 template <class TYPE, class ARG_TYPE>

@@ -25,7 +25,9 @@ public:
         TYPE data;
     };
 
-    explicit XR_CList(int nBlockSize = 10)
+    XR_CList() : XR_CList(10) {}
+    /// Nodes are taken from the heap so many at a time.
+    explicit XR_CList(int nBlockSize)
         : m_pNodeHead(nullptr),
           m_pNodeTail(nullptr),
           m_nCount(0),

@@ -13,7 +13,7 @@ extern VARNET_API std::int32_t g_nMatrixCount;
 class VARNET_API Mat4f {
 public:
     /// All sixteen elements take the value.
-    explicit Mat4f(float fValue);
+    Mat4f(float fValue);
     Mat4f(Mat4f const& other);
     /// The transpose when nMode is 1, a plain copy for any other mode.
     Mat4f(Mat4f const& other, int nMode);

@@ -47,7 +47,7 @@ public:
 class VARNET_API unitquaternion : public quaternion {
 public:
     /// Normalises the value; a zero quaternion becomes not a number.
-    explicit unitquaternion(quaternion const& value);
+    unitquaternion(quaternion const& value);
     unitquaternion(unitquaternion const& other) = default;
     unitquaternion& operator=(unitquaternion const& other) = default;
     ~unitquaternion() override = default;

@@ -262,7 +262,7 @@ public:
     /// 0 are written as points and get the next number of m_nPointCounter.
     void WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dScale, CPoint3D ptOrigin);
     /// Writes a further facet of a strip: its vertex nVertex (1 to 3) is the one off the edge nEdge (1 to 3)
-    /// of the facet before. The rest as in WriteCSMHeadFacet.
+    /// of the facet before. The rest as in WriteCSMHeadFacet. Another nVertex writes nothing.
     void WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, double dScale, CPoint3D ptOrigin);
     /// Reads a 3DMF text and adds its facets to the model. 1, or 0 when the file cannot be opened: nothing in
     /// it is an error. Each line that holds "VERTEX" is a vertex, up to one with "/VERTICES"; from there on

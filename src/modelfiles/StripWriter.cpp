@@ -177,6 +177,7 @@ void CSTLModel::WriteCSMHeadFacet(CFacet* pFacet, int nEdge, FILE* fp, double dS
 void CSTLModel::WriteCSMFacet(CFacet* pFacet, int nEdge, int nVertex, FILE* fp, double dScale,
                               CPoint3D ptOrigin) {
     AddToCounter(m_nCSMFacetCount, 1);
+    if (nVertex < 1 || nVertex > 3) return;
     tagVertexNode& vertex = *Corners(*pFacet)[static_cast<std::size_t>(nVertex - 1)];
     unsigned const nCode = kRecord | (nEdge < 3 ? kSharesFirstEdge : 0u);
     std::array<unsigned char, 1 + strip_point::kLongest> record;

@@ -193,6 +193,15 @@ TYPED_TEST(ArrayTest, InsertingAnArrayPutsAllItsElementsIn) {
     EXPECT_EQ(5, array.GetSize());
 }
 
+TYPED_TEST(ArrayTest, AnArrayGoesIntoItselfAsItWas) {
+    TypeParam array;
+    for (int i = 0; i < 4; ++i) array.Add(Element(i + 1));
+    array.InsertAt(2, &array);
+    ASSERT_EQ(8, array.GetSize());
+    std::intptr_t const expected[] = {1, 2, 1, 2, 3, 4, 3, 4};
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(Element(expected[i]), array[i]);
+}
+
 TYPED_TEST(ArrayTest, FreeExtraCutsTheCapacityToTheSize) {
     TypeParam array;
     array.SetSize(3);
