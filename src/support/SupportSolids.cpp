@@ -75,14 +75,12 @@ void AddCaps(SolidIntake& intake, XR_CArray<CFacet*, CFacet*> const& facets, dou
 // Adds the walls of the rim to the model, a new one where none is given, and returns it.
 template <class AddWalls>
 CSTLModel* FillSolid(CSTLModel* pModel, EdgeList const& rim, AddWalls const& addWalls) {
-    std::unique_ptr<CSTLModel> made;
-    if (pModel == nullptr) made = std::make_unique<CSTLModel>();
+    auto made = pModel == nullptr ? std::make_unique<CSTLModel>() : nullptr;
     CSTLModel& solid = pModel != nullptr ? *pModel : *made;
     LabelWalls(solid);
     SolidIntake intake(solid, 2 * rim.GetCount());
     addWalls(intake);
-    made.release();
-    return &solid;
+    return made != nullptr ? made.release() : pModel;
 }
 
 // ---- Bars
