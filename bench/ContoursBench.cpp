@@ -229,15 +229,15 @@ BENCHMARK_CAPTURE(Nesting, ConcentricInnerFirst, FillConcentricInnerFirst)
     ->Arg(1000)
     ->Arg(10000)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(Optimize)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(OptimizeStraightRun)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(OptimizeLine)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(OptimizeUnClosed)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(CutLoop)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(LimitInBox)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(CopyLayer)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(Transform)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(Optimize)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(OptimizeStraightRun)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(OptimizeLine)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(OptimizeUnClosed)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(CutLoop)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(LimitInBox)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(CopyLayer)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(Transform)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(SortLoopListByBoxCenterX)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(MergeAndUnite)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(MergeAndUnite)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

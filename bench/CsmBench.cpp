@@ -83,7 +83,7 @@ void WriteRingOfSphere(benchmark::State& state) {
 }
 
 void Sizes(benchmark::internal::Benchmark* pBenchmark) {
-    pBenchmark->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+    pBenchmark->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 }
 
 BENCHMARK_CAPTURE(Write, BinaryStl, WriteBinaryStl)->Apply(Sizes);

@@ -1,13 +1,6 @@
 // Runs the jobs that well-kept libraries do too, all in one run, and prints one Markdown table.
 
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <cstdio>
-#include <limits>
-#include <map>
-#include <string>
-#include <vector>
+#include "Collector.h"
 
 namespace {
 
@@ -61,37 +54,6 @@ std::vector<Job> const& Jobs() {
     return s_Jobs;
 }
 
-// Nanoseconds for a facet, loop or hatch, by benchmark: the medians of the repetitions.
-class Collector : public benchmark::BenchmarkReporter {
-public:
-    bool ReportContext(Context const&) override { return true; }
-
-    void ReportRuns(std::vector<Run> const& runs) override {
-        for (Run const& run : runs) {
-            if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-            for (char const* const pCounter : {"time/facet", "s/item"}) {
-                auto const counter = run.counters.find(pCounter);
-                if (counter != run.counters.end()) {
-                    m_Times[run.run_name.str()].push_back(counter->second.value * 1e9);
-                }
-            }
-            std::fprintf(stderr, "%s\n", run.run_name.str().c_str());
-        }
-    }
-
-    double Median(std::string const& name) const {
-        auto const found = m_Times.find(name);
-        if (found == m_Times.end()) return std::numeric_limits<double>::quiet_NaN();
-        std::vector<double> times = found->second;
-        std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2),
-                         times.end());
-        return times[times.size() / 2];
-    }
-
-private:
-    std::map<std::string, std::vector<double>> m_Times;
-};
-
 std::string Filter() {
     std::string filter;
     auto const add = [&filter](char const* pName) {
@@ -125,17 +87,13 @@ void PrintTable(Collector const& collector) {
 }  // namespace
 
 int main(int nArguments, char** ppArguments) {
-    std::string filter = "--benchmark_filter=" + Filter();
-    std::string repetitions = "--benchmark_repetitions=5";
-    std::string interleaved = "--benchmark_enable_random_interleaving=true";
-    std::vector<char*> arguments = {ppArguments[0], filter.data(), repetitions.data(), interleaved.data()};
-    arguments.insert(arguments.end(), ppArguments + 1, ppArguments + nArguments);
-    auto nAll = static_cast<int>(arguments.size());
-    arguments.push_back(nullptr);
-    benchmark::Initialize(&nAll, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(nAll, arguments.data())) return 2;
     Collector collector;
-    benchmark::RunSpecifiedBenchmarks(&collector);
+    if (!RunAll(collector,
+                {"--benchmark_filter=" + Filter(), "--benchmark_repetitions=5",
+                 "--benchmark_enable_random_interleaving=true"},
+                nArguments, ppArguments)) {
+        return 2;
+    }
     PrintTable(collector);
     return 0;
 }
