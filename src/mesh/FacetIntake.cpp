@@ -107,9 +107,12 @@ static_assert(3 * kGroup <= VertexCache::kLargestGroup);
 // Where they do not, only the table of vertices is, so many triangles ahead.
 constexpr std::size_t kLinesAhead = 16;
 
-// In a block of scattered triangles, fewer than one corner in so many is a corner of one of the last few
-// triangles.
-constexpr std::size_t kFewRepeats = 8;
+// In a block of scattered triangles, fewer than one corner in two is a corner of one of the last few
+// triangles, where a file in the usual order has two in three.
+constexpr std::size_t kFewRepeats = 2;
+
+// A tree of fewer vertices stays at hand as a whole.
+constexpr std::uint32_t kLargeTree = 50000;
 
 // So many triangles at the start of a block tell whether all of it is scattered.
 constexpr std::size_t kSample = 128;
@@ -134,7 +137,7 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
-    bool const bScattered = IsScattered();
+    bool const bScattered = m_Model.m_VertexTree.m_nCount >= kLargeTree && IsScattered();
     for (std::size_t i = 0; i < facets.size(); ++i) {
         if (onStop == OnStop::kEnd && LoadShared(m_Model.m_bStopRead) != 0) return;
         if (bScattered && i % kGroup == 0) {
