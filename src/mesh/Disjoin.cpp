@@ -9,6 +9,8 @@
 
 #include "foundation/AddNew.h"
 #include "foundation/Counter.h"
+#include "foundation/Prefetch.h"
+#include "mesh/FacetCorners.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
@@ -53,8 +55,7 @@ public:
         while (!left.empty()) {
             std::span<CFacet* const> const block = left.first(std::min(kBlock, left.size()));
             left = left.subspan(block.size());
-            m_Copies.clear();
-            for (CFacet const* const pFacet : block) m_Copies.push_back(CopyOf(*pFacet));
+            CopyAll(block);
             intake.AddAll(m_Copies);
             if (IsStopped()) return;
         }
@@ -63,6 +64,17 @@ public:
     bool IsStopped() const { return LoadShared(m_Source.m_bStopOperate) != 0; }
 
 private:
+    void CopyAll(std::span<CFacet* const> facets) {
+        constexpr std::size_t kVerticesAhead = 16;
+        m_Copies.clear();
+        for (std::size_t i = 0; i < facets.size(); ++i) {
+            if (i + kVerticesAhead < facets.size()) {
+                for (tagVertexNode const* const p : Corners(*facets[i + kVerticesAhead])) Prefetch(&p->x);
+            }
+            m_Copies.push_back(CopyOf(*facets[i]));
+        }
+    }
+
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
     void FindShell(CFacet& seed) {
         m_Shell.assign(1, &seed);

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
@@ -33,6 +34,23 @@ std::vector<CFacet*> MarkFacetsToPlace(CSTLModel const& model, Test const& test)
 /// Neighbours by shared edges: the facets across V1V2, V2V3 and V3V1, with the numbers 1 to 3 of the edges.
 /// All three are looked up before the first is offered, since what is done with one may turn its winding.
 struct AcrossEdges {
+    /// Brings what the lookup will need of the members to come into the processor's cache, a step of the way
+    /// for each of them. The members of a small wave are near each other.
+    void LookAhead(std::span<CFacet* const> wave, std::size_t i) const {
+        constexpr std::size_t kSmallWave = 512;
+        constexpr std::size_t kFacetsAhead = 24;
+        constexpr std::size_t kVerticesAhead = 16;
+        constexpr std::size_t kListsAhead = 8;
+        if (wave.size() < kSmallWave) return;
+        if (i + kFacetsAhead < wave.size()) Prefetch(wave[i + kFacetsAhead]);
+        if (i + kVerticesAhead < wave.size()) {
+            for (tagVertexNode* const p : Corners(*wave[i + kVerticesAhead])) Prefetch(&p->m_ppFacet);
+        }
+        if (i + kListsAhead < wave.size()) {
+            for (tagVertexNode* const p : Corners(*wave[i + kListsAhead])) Prefetch(p->m_ppFacet);
+        }
+    }
+
     template <class Offer>
     void operator()(CFacet* pFacet, Offer const& offer) const {
         std::array<CFacet*, 3> const neighbors = Neighbors(*pFacet);
@@ -66,7 +84,8 @@ class WaveGrowth {
 public:
     /// Takes what can be reached from the seed, wave by wave.
     ///
-    /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order.
+    /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order. It may have a
+    ///   LookAhead(wave, i) that is called before the i-th member of the wave comes, and changes nothing.
     /// - takes(nEdge, member, candidate) decides whether a neighbour joins, and marks it then: one that has
     ///   joined must not be taken again. One that is refused may be offered again, by another member.
     /// - visit(wave) gets those that joined beside the wave before, in the order of their joining; the seed
@@ -76,7 +95,10 @@ public:
         m_Wave.assign(1, seed);
         while (!m_Wave.empty()) {
             m_Next.clear();
-            for (Member const member : m_Wave) {
+            for (std::size_t i = 0; i < m_Wave.size(); ++i) {
+                if constexpr (requires { neighborsOf.LookAhead(m_Wave, i); })
+                    neighborsOf.LookAhead(m_Wave, i);
+                Member const member = m_Wave[i];
                 neighborsOf(member, [this, member, &takes](int nEdge, Member candidate) {
                     if (takes(nEdge, member, candidate)) m_Next.push_back(candidate);
                 });
