@@ -50,7 +50,9 @@ void SortByKey(LoopList& list, Key key) {
     ForEachLoop(list, [&](tagLoopTreeNode& loop) { loops.push_back({key(loop), &loop}); });
     if (!SortIfUnique(loops)) ExchangeSort(loops);
     auto sorted = loops.begin();
-    for (LoopNode* p = list.m_pNodeHead; p != nullptr; p = p->pNext) p->data = (sorted++)->pLoop;
+    for (LoopNode* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
+        if (p->data != nullptr) p->data = (sorted++)->pLoop;
+    }
 }
 
 }  // namespace

@@ -182,6 +182,13 @@ TEST(FillOrder, WithoutHatchsEveryContourIsEmittedShortened) {
     EXPECT_EQ(plate.pOuter->m_ChildList.GetCount(), 1);
 }
 
+TEST(FillOrder, NullChildrenArePassedOver) {
+    Plate plate;
+    plate.pOuter->m_ChildList.AddHead(static_cast<void*>(nullptr));
+    plate.Order();
+    EXPECT_EQ(plate.out.m_RawLoopList.GetCount(), 2);
+}
+
 TEST(FillOrder, AHatchOutOfReachIsEmittedAlone) {
     Plate plate;
     CHatch const* const pHatch = Give(plate.layer, Hatch({{{5, 3}, {5, 6}}, {{5, 6}, {4, 6}}}, 3));

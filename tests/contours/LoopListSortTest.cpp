@@ -98,3 +98,17 @@ TEST(SortLoopList, AgreesWithTheExchangeSortOnRandomLists) {
         ASSERT_EQ(Numbers(layer), byY);
     }
 }
+
+TEST(SortLoopList, ANullElementStaysWhereItIs) {
+    CLayer layer;
+    GiveBox(layer, 5, 0, 0);
+    GiveBox(layer, 3, 0, 1);
+    layer.BuildLoopList();
+    layer.m_LoopList.InsertAfter(layer.m_LoopList.GetHeadPosition(), static_cast<void*>(nullptr));
+    layer.SortLoopListByBoxCenterX();
+    ASSERT_EQ(3, layer.m_LoopList.GetCount());
+    EXPECT_EQ(1, static_cast<tagLoopTreeNode*>(layer.m_LoopList.GetHead())->m_nUser1);
+    EXPECT_EQ(nullptr, layer.m_LoopList.GetAt(layer.m_LoopList.FindIndex(1)));
+    EXPECT_EQ(0, static_cast<tagLoopTreeNode*>(layer.m_LoopList.GetTail())->m_nUser1);
+    layer.BuildLoopList();
+}
