@@ -163,24 +163,28 @@ void NestingTree::NestBehind(Loop loop, BoxIndex& raw) {
 
 // ---- writing the tree back
 
+// All loops that move leave their lists before the first one enters another: should memory run out, none is
+// in two.
 void NestingTree::Store() {
-    for (Record& record : m_Records) {
-        if (record.bChanged) StoreChildren(record);
+    for (Record const& record : m_Records) {
+        if (record.bChanged) record.pLoop->m_ChildList.RemoveAll();
     }
-    XR__POSITION* position = m_Layer.m_RawLoopList.GetHeadPosition();
-    for (Loop const loop : m_Raw) {
+    auto raw = m_Raw.begin();
+    for (XR__POSITION* position = m_Layer.m_RawLoopList.GetHeadPosition(); position != nullptr;) {
         XR__POSITION* const place = position;
-        m_Layer.m_RawLoopList.GetNext(position);
-        if (At(loop).parent != kNone) m_Layer.m_RawLoopList.RemoveAt(place);
+        if (m_Layer.m_RawLoopList.GetNext(position) == nullptr) continue;
+        if (At(*raw++).parent != kNone) m_Layer.m_RawLoopList.RemoveAt(place);
+    }
+    for (Record const& record : m_Records) {
+        if (record.bChanged) StoreChildren(record);
     }
     for (Loop const loop : m_Raw) {
         if (At(loop).parent == kNone) StoreLevels(loop);
     }
 }
 
-void NestingTree::StoreChildren(Record& record) {
+void NestingTree::StoreChildren(Record const& record) {
     LoopList& children = record.pLoop->m_ChildList;
-    children.RemoveAll();
     for (Loop child = record.firstChild; child != kNone; child = At(child).next) {
         children.AddTail(At(child).pLoop);
     }

@@ -69,7 +69,7 @@ private:
     void Link(Loop parent, Loop child);
     BoxIndex::Entry EntryOf(Loop loop) const;
     void NestBehind(Loop loop, BoxIndex& raw);
-    void StoreChildren(Record& record);
+    void StoreChildren(Record const& record);
     void StoreLevels(Loop root);
 
     CLayer& m_Layer;

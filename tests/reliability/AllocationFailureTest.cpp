@@ -8,6 +8,7 @@
 
 #include "FailingMemory.h"
 #include "SmallFiles.h"
+#include "foundation/Path.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -66,6 +67,40 @@ std::vector<Work> WorkOnModels() {
                        }});
     }
     return all;
+}
+
+void AddSquare(CLayer& layer, double dLow, double dHigh) {
+    auto* const pLoop = new tagLoopTreeNode;
+    pLoop->m_bClosed = 1;
+    pLoop->m_pPointList = new XR_CList<CPoint2D, CPoint2D&>;
+    for (CPoint2D corner : {CPoint2D(dLow, dLow), CPoint2D(dHigh, dLow), CPoint2D(dHigh, dHigh),
+                            CPoint2D(dLow, dHigh), CPoint2D(dLow, dLow)}) {
+        pLoop->m_pPointList->AddTail(corner);
+    }
+    layer.AddRawLoop(pLoop);
+}
+
+// Squares about each other, with strokes between the outer two.
+void FillLayer(CLayer& layer) {
+    AddSquare(layer, 0.0, 20.0);
+    AddSquare(layer, 5.0, 15.0);
+    AddSquare(layer, 8.0, 12.0);
+    for (int i = 0; i < 4; ++i) {
+        auto* const pHatch = new CHatch;
+        pHatch->m_nID = 3;
+        CEdge2D edge(CPoint2D(0.5, 0.7 + i), CPoint2D(19.5, 0.7 + i));
+        pHatch->m_EdgeList.AddTail(edge);
+        layer.m_HatchList.AddTail(pHatch);
+    }
+}
+
+void WriteAndReadBack(CLayer& layer, int nMode) {
+    File const file(std::tmpfile());
+    if (file == nullptr) return;
+    layer.WriteCLIFile(file.get(), nMode);
+    std::rewind(file.get());
+    CLayer copy;
+    copy.ReadCLIFile(file.get(), nMode);
 }
 
 // Runs the work with its first allocation failing, its second, and so on, until it has had them all.
@@ -144,4 +179,50 @@ TEST(AllocationFailure, EveryReaderEndsCleanlyAndClosesItsFile) {
         }
     }
     EXPECT_EQ(nOpen, OpenFiles());
+}
+
+// Paths on their way from one order to the next belong to no list, so that those are lost that memory has run
+// out for.
+TEST(AllocationFailure, EveryWorkOnALayerEndsCleanly) {
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan::ScopedDisabler const lost;
+#endif
+    using WorkOnLayer = std::function<void(CLayer&)>;
+    std::vector<WorkOnLayer> const all = {
+        [](CLayer& layer) { layer.MakeTopology(1); },
+        [](CLayer& layer) {
+            CLayer copy;
+            copy.AddOtherLayer(layer, 1.0, 2.0, 7);
+        },
+        [](CLayer& layer) {
+            CPoint2D pos;
+            layer.OptimizeHatchs(pos, 0);
+        },
+        [](CLayer& layer) {
+            CPoint2D pos;
+            layer.OptimizeLoops(pos, 0);
+        },
+        [](CLayer& layer) {
+            layer.MakeTopology(1);
+            CPoint2D pos;
+            CLayer out;
+            tagLoopTreeNode* const pLoop = layer.FindNearUnusedOutLoop(pos);
+            if (pLoop != nullptr) layer.OptimizeLoopAndChildLoopHatch(pLoop, &pos, &out, 0.5, 0.3);
+        },
+        [](CLayer& layer) { layer.LimitInBox(CBoundBox2D(CPoint2D(1, 1), CPoint2D(12, 12)), 1, 1); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 1); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 2); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 3); },
+    };
+    for (std::size_t n = 0; n < all.size(); ++n) {
+        SCOPED_TRACE(n);
+        FailEverywhere([&](auto const& run) {
+            CLayer layer;
+            FillLayer(layer);
+            run([&] { all[n](layer); });
+            layer.BuildLoopList();
+            layer.GetBoundBox();
+            layer.ReleaseAll();
+        });
+    }
 }
