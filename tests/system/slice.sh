@@ -1,19 +1,7 @@
 #!/usr/bin/env bash
 # The slice command, as a person uses it: results, options, messages, exit codes, no half-written files.
 # usage: slice.sh VARNET
-set -euo pipefail
-varnet=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-fail() { echo "FAILED: $*"; exit 1; }
-# expect CODE COMMAND...: output goes to out and err
-expect() {
-    local wanted=$1 code=0
-    shift
-    "$@" >out 2>err || code=$?
-    [ "$code" -eq "$wanted" ] || { cat out err; fail "exit code $code, wanted $wanted: $*"; }
-}
+. "$(dirname "$(readlink -f "$0")")/program.sh"
 
 expect 0 "$varnet" demo made
 part=made/bracket_repaired.stl

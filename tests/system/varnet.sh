@@ -1,19 +1,7 @@
 #!/usr/bin/env bash
 # The varnet program, as a person uses it: results, messages, exit codes, no half-written files.
 # usage: varnet.sh VARNET
-set -euo pipefail
-varnet=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-fail() { echo "FAILED: $*"; exit 1; }
-# expect CODE COMMAND...: output goes to out and err
-expect() {
-    local wanted=$1 code=0
-    shift
-    "$@" >out 2>err || code=$?
-    [ "$code" -eq "$wanted" ] || { cat out err; fail "exit code $code, wanted $wanted: $*"; }
-}
+. "$(dirname "$(readlink -f "$0")")/program.sh"
 
 expect 0 "$varnet" demo made
 tail -n 1 out | grep -qE '^[0-9]+ checks passed in [0-9.]+ seconds' || fail "the demo's last line"
