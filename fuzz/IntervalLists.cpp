@@ -2,14 +2,11 @@
 
 #include "contours/IntervalLists.h"
 #include "FuzzInput.h"
+#include "Require.h"
 
 namespace {
 
 using PointList = XR_CList<CPoint2D, CPoint2D&>;
-
-void Require(bool bHolds) {
-    if (!bHolds) std::abort();
-}
 
 // Small steps with ties, of any code; now and then anything at all.
 CPoint2D Point(ByteSource& source) {
@@ -23,17 +20,6 @@ void Fill(ByteSource& source, PointList& list) {
         CPoint2D point(Point(source));
         list.AddTail(point);
     }
-}
-
-// The list reads the same from both ends.
-void RequireSound(PointList const& list) {
-    int nForth = 0;
-    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
-        Require(p->pNext == nullptr ? p == list.m_pNodeTail : p->pNext->pPrev == p);
-        ++nForth;
-    }
-    Require(nForth == list.GetCount());
-    Require((nForth == 0) == (list.m_pBlocks == nullptr));
 }
 
 // Merging takes nothing away; the other operations add nothing.

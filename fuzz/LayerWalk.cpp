@@ -5,6 +5,7 @@
 #include <set>
 
 #include "FuzzInput.h"
+#include "Require.h"
 #include "contours/HatchLink.h"
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
@@ -13,10 +14,6 @@ namespace {
 
 // Hosts may pass anything; the walk stops before it grows out of bounds.
 constexpr int kMostPoints = 20000;
-
-void Require(bool bHolds) {
-    if (!bHolds) std::abort();
-}
 
 // Steps that make boxes touch and nest; now and then anything at all.
 double Coordinate(ByteSource& source) {
@@ -72,16 +69,6 @@ CHatch* Hatch(ByteSource& source) {
 void Fill(ByteSource& source, CLayer& layer) {
     for (int n = source.Take<std::uint8_t>() % 16; n > 0; --n) layer.AddRawLoop(Loop(source));
     for (int n = source.Take<std::uint8_t>() % 4; n > 0; --n) layer.m_HatchList.AddTail(Hatch(source));
-}
-
-template <class List>
-void RequireSound(List const& list) {
-    int nCount = 0;
-    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
-        Require(p->pNext == nullptr ? p == list.m_pNodeTail : p->pNext->pPrev == p);
-        ++nCount;
-    }
-    Require(nCount == list.GetCount());
 }
 
 // Every loop stands in the tree once, and a child one level below its parent. Gives the number of points.

@@ -2,16 +2,13 @@
 
 #include <cstdlib>
 
+#include "Require.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 #include "trees/Avl.h"
 
 // What holds for every mesh, whatever a file or a host has done. A breach ends the program.
-
-inline void Require(bool bHolds) {
-    if (!bHolds) std::abort();
-}
 
 /// The depth of the subtree; every balance tells the truth.
 template <class Node>

@@ -4,37 +4,31 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Require.h"
 #include "cli/LayerModel.h"
 #include "contours/LoopWalk.h"
 
 // Reading the bytes of an input as a slice file, layer after layer.
 
-inline void Require(bool bHolds) {
-    if (!bHolds) std::abort();
-}
-
+/// A list that a reader has filled grows as any other afterwards.
 template <class List>
-void RequireSound(List const& list) {
-    int nCount = 0;
-    for (auto const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
-        Require(p->pNext == nullptr ? p == list.m_pNodeTail : p->pNext->pPrev == p);
-        ++nCount;
-    }
-    Require(nCount == list.GetCount() && list.m_nBlockSize == 10);
+void RequireRead(List const& list) {
+    RequireSound(list);
+    Require(list.m_nBlockSize == 10);
 }
 
 /// Every path is whole, and none was made of fewer bytes than a path and its points take.
 inline void RequireInvariants(CLayer const& layer, std::size_t nBytes) {
     std::size_t nLeast = 0;
-    RequireSound(layer.m_RawLoopList);
-    RequireSound(layer.m_HatchList);
+    RequireRead(layer.m_RawLoopList);
+    RequireRead(layer.m_HatchList);
     ForEachLoop(layer.m_RawLoopList, [&nLeast](tagLoopTreeNode& loop) {
         Require(loop.m_pPointList != nullptr && loop.m_nLevel == 0 && loop.m_ChildList.IsEmpty() != 0);
-        RequireSound(*loop.m_pPointList);
+        RequireRead(*loop.m_pPointList);
         nLeast += 8 + 4 * static_cast<std::size_t>(PointCount(loop)) - 4;
     });
     ForEachHatch(layer.m_HatchList, [&nLeast](CHatch& hatch) {
-        RequireSound(hatch.m_EdgeList);
+        RequireRead(hatch.m_EdgeList);
         nLeast += 6 + 8 * static_cast<std::size_t>(hatch.m_EdgeList.GetCount()) - 2;
     });
     Require(nLeast <= nBytes);
