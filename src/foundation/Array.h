@@ -112,16 +112,15 @@ private:
 class VARNET_API XR_CPtrArray : public XR_CArray<void*, void*> {};
 
 // How many elements the storage behind a capacity holds: the capacity itself while it is small, else rounded
-// up to a quarter of its highest power of two. A function of the capacity alone, so that shallow copies
-// agree.
+// up to a power of two, of which the part never used is never touched. A function of the capacity alone, so
+// that shallow copies agree.
 template <class TYPE, class ARG_TYPE>
 std::int64_t XR_CArray<TYPE, ARG_TYPE>::StorageFor(std::int64_t nCapacity) {
     constexpr std::int64_t kExactUpTo = 8192;
     if (nCapacity <= kExactUpTo) return nCapacity;
     std::int64_t nPower = kExactUpTo;
-    while (nPower <= nCapacity / 2) nPower *= 2;
-    std::int64_t const nStep = nPower / 4;
-    return (nCapacity + nStep - 1) / nStep * nStep;
+    while (nPower < nCapacity) nPower *= 2;
+    return nPower;
 }
 
 template <class TYPE, class ARG_TYPE>

@@ -5,9 +5,7 @@
 #include <cstdlib>
 #include <new>
 
-#if defined(__linux__)
-#include <sys/mman.h>
-#endif
+#include "foundation/LargePages.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VARNET_PLAIN_HEAP 1
@@ -21,8 +19,9 @@
 
 void* AllocateFacetSlot() { return ::operator new(kFacetSlotSize); }
 void FreeFacetSlot(void* pSlot) noexcept { ::operator delete(pSlot); }
-void* AllocateVertexSlot() { return ::operator new(kVertexSlotSize); }
+void* AllocateVertexSlot() { return ::operator new(kVertexSlotSize + kVertexAnnexSize); }
 void FreeVertexSlot(void* pSlot) noexcept { ::operator delete(pSlot); }
+void* AnnexOf(void* pSlot) noexcept { return static_cast<char*>(pSlot) + kVertexSlotSize; }
 
 #else
 
@@ -31,10 +30,8 @@ namespace {
 // Chunks are aligned to this, so that a slot's address leads to its chunk.
 constexpr std::size_t kChunkSize = std::size_t{128} * 1024;
 
-// A thread that needs more than a few chunks gets them by the region, of the size of a large page: fewer page
-// faults, and fewer misses when a mesh is walked.
-constexpr std::size_t kRegionSize = std::size_t{2} * 1024 * 1024;
-constexpr std::size_t kChunksPerRegion = kRegionSize / kChunkSize;
+// A thread that needs more than a few chunks gets them by the region, which is a large page.
+constexpr std::size_t kChunksPerRegion = kLargePage / kChunkSize;
 constexpr int kSingleChunks = 4;
 
 // Added to a chunk's count while a thread still hands out slots from it.
@@ -44,31 +41,22 @@ constexpr std::int64_t kOpen = std::int64_t{1} << 40;
 // back.
 struct Chunk {
     std::atomic<std::int64_t> nSlotsHeld{kOpen};
-    Chunk* pRegion;                        // the first chunk of the region; itself for a single chunk
-    std::atomic<std::size_t> nChunksHeld;  // of the region, in its first chunk
+    Chunk* pRegion = this;                 // the first chunk of the region; itself for a single chunk
+    bool bSingle = false;
+    std::atomic<std::size_t> nChunksHeld{1};  // of the region, in its first chunk
 };
 
-void* AllocateAligned(std::size_t nSize) {
+void* AllocateChunk() {
 #if defined(_WIN32)
-    void* const pMemory = _aligned_malloc(nSize, nSize);
+    void* const pMemory = _aligned_malloc(kChunkSize, kChunkSize);
 #else
-    void* const pMemory = std::aligned_alloc(nSize, nSize);
+    void* const pMemory = std::aligned_alloc(kChunkSize, kChunkSize);
 #endif
     if (pMemory == nullptr) throw std::bad_alloc();
     return pMemory;
 }
 
-// Takes the pages of a chunk that is about to be used from the system in one call instead of one fault a
-// page.
-void Populate(void* pChunk) {
-#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
-    madvise(pChunk, kChunkSize, MADV_POPULATE_WRITE);
-#else
-    (void)pChunk;
-#endif
-}
-
-void FreeAligned(void* pMemory) noexcept {
+void FreeChunk(void* pMemory) noexcept {
 #if defined(_WIN32)
     _aligned_free(pMemory);
 #else
@@ -77,7 +65,12 @@ void FreeAligned(void* pMemory) noexcept {
 }
 
 void ReleaseChunks(Chunk* pRegion, std::size_t nChunks) noexcept {
-    if (pRegion->nChunksHeld.fetch_sub(nChunks, std::memory_order_acq_rel) == nChunks) FreeAligned(pRegion);
+    if (pRegion->nChunksHeld.fetch_sub(nChunks, std::memory_order_acq_rel) != nChunks) return;
+    if (pRegion->bSingle) {
+        FreeChunk(pRegion);
+    } else {
+        FreeLargePages(pRegion, kLargePage);
+    }
 }
 
 void ReleaseSlots(Chunk* pChunk, std::int64_t nSlots) noexcept {
@@ -85,12 +78,13 @@ void ReleaseSlots(Chunk* pChunk, std::int64_t nSlots) noexcept {
         ReleaseChunks(pChunk->pRegion, 1);
 }
 
-// One thread's open chunk for slots of one size, and what is left of its open region.
-template <std::size_t kSlotSize>
+// One thread's open chunk for slots of one size, and what is left of its open region. The slots' annexes stand
+// together behind all slots of their chunk.
+template <std::size_t kSlotSize, std::size_t kAnnexSize>
 class SlotPool {
 public:
     void* Allocate() {
-        if (m_nNext + kSlotSize > kChunkSize) TakeNextChunk();
+        if (m_nNext >= kSlotsEnd) TakeNextChunk();
         void* const pSlot = reinterpret_cast<char*>(m_pChunk) + m_nNext;
         m_nNext += kSlotSize;
         return pSlot;
@@ -102,8 +96,16 @@ public:
         ReleaseSlots(reinterpret_cast<Chunk*>(nAddress & ~(kChunkSize - 1)), 1);
     }
 
+    static void* Annex(void* pSlot) noexcept {
+        std::size_t const nOffset = reinterpret_cast<std::uintptr_t>(pSlot) & (kChunkSize - 1);
+        std::size_t const nIndex = (nOffset - kFirstSlot) / kSlotSize;
+        return static_cast<char*>(pSlot) - nOffset + kSlotsEnd + nIndex * kAnnexSize;
+    }
+
 private:
     static constexpr std::size_t kFirstSlot = 128;
+    static constexpr std::size_t kSlots = (kChunkSize - kFirstSlot) / (kSlotSize + kAnnexSize);
+    static constexpr std::size_t kSlotsEnd = kFirstSlot + kSlots * kSlotSize;
     static constexpr std::size_t kNoChunk = kChunkSize;
     static_assert(sizeof(Chunk) <= kFirstSlot);
 
@@ -141,7 +143,6 @@ private:
             m_pChunk = m_pRegion;
         }
         m_nNext = kFirstSlot;
-        if (m_nRegionChunks > 1) Populate(pPlace);
         if (--m_nChunksLeft == 0) m_pRegion = nullptr;
     }
 
@@ -149,8 +150,8 @@ private:
         bool const bSingle = m_nSingleChunks < kSingleChunks;
         if (bSingle) ++m_nSingleChunks;
         m_nRegionChunks = bSingle ? 1 : kChunksPerRegion;
-        m_pRegion = ::new (AllocateAligned(bSingle ? kChunkSize : kRegionSize)) Chunk;
-        m_pRegion->pRegion = m_pRegion;
+        m_pRegion = ::new (bSingle ? AllocateChunk() : AllocateLargePages(kLargePage)) Chunk;
+        m_pRegion->bSingle = bSingle;
         m_pRegion->nChunksHeld.store(m_nRegionChunks, std::memory_order_relaxed);
         m_nChunksLeft = m_nRegionChunks;
     }
@@ -171,14 +172,18 @@ private:
     int m_nSingleChunks = 0;
 };
 
-constinit thread_local SlotPool<kFacetSlotSize> t_FacetPool;
-constinit thread_local SlotPool<kVertexSlotSize> t_VertexPool;
+using FacetPool = SlotPool<kFacetSlotSize, 0>;
+using VertexPool = SlotPool<kVertexSlotSize, kVertexAnnexSize>;
+
+constinit thread_local FacetPool t_FacetPool;
+constinit thread_local VertexPool t_VertexPool;
 
 }  // namespace
 
 void* AllocateFacetSlot() { return t_FacetPool.Allocate(); }
-void FreeFacetSlot(void* pSlot) noexcept { SlotPool<kFacetSlotSize>::Free(pSlot); }
+void FreeFacetSlot(void* pSlot) noexcept { FacetPool::Free(pSlot); }
 void* AllocateVertexSlot() { return t_VertexPool.Allocate(); }
-void FreeVertexSlot(void* pSlot) noexcept { SlotPool<kVertexSlotSize>::Free(pSlot); }
+void FreeVertexSlot(void* pSlot) noexcept { VertexPool::Free(pSlot); }
+void* AnnexOf(void* pSlot) noexcept { return VertexPool::Annex(pSlot); }
 
 #endif

@@ -16,7 +16,11 @@ void FreeFacetSlot(void* pSlot) noexcept;
 
 void* AllocateVertexSlot();
 void FreeVertexSlot(void* pSlot) noexcept;
+/// More room that comes and goes with a slot for a vertex, apart from it, so that walks over the vertices do not
+/// load it. For an address that is no such slot, an address that must not be used.
+void* AnnexOf(void* pVertexSlot) noexcept;
 
 // Sizes that the slots hold at least; the records assert that they fit.
 inline constexpr std::size_t kFacetSlotSize = 56;
 inline constexpr std::size_t kVertexSlotSize = 104;
+inline constexpr std::size_t kVertexAnnexSize = 56;

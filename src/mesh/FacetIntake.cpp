@@ -4,14 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstdlib>
 #include <memory>
-#include <new>
 
 #include "foundation/Counter.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
+#include "trees/FacetList.h"
 
 namespace {
 
@@ -54,22 +52,6 @@ std::array<tagVertexNode*, 3> LowestFirst(tagVertexNode* a, tagVertexNode* b, ta
     return {c, a, b};
 }
 
-// Adds the facet to the vertex's list. The list holds 7, 15, 31, ... entries, which follows from its count
-// alone; most vertices of a mesh need 7 at most, and these fill a block of the heap.
-void LinkFacet(tagVertexNode& vertex, CFacet* pFacet) {
-    constexpr std::uint32_t kFirstCapacity = 7;
-    auto const nCount = static_cast<std::uint32_t>(vertex.m_nFacetNum);
-    bool const bFull = nCount == 0 || (nCount >= kFirstCapacity && std::has_single_bit(nCount + 1));
-    if (bFull) {
-        std::size_t const nCapacity = nCount == 0 ? kFirstCapacity : 2 * std::size_t{nCount} + 1;
-        void* const pList = std::realloc(static_cast<void*>(vertex.m_ppFacet), nCapacity * sizeof(CFacet*));
-        if (pList == nullptr) throw std::bad_alloc();
-        vertex.m_ppFacet = static_cast<CFacet**>(pList);
-    }
-    vertex.m_ppFacet[nCount] = pFacet;
-    vertex.m_nFacetNum = static_cast<std::int32_t>(nCount + 1);
-}
-
 // Lets the triangle of three vertices into the model, unless it collapses, is there already or is degenerate.
 void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered, float* pNormal) {
     auto const [a, b, c] = offered;
@@ -88,7 +70,7 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
     model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(owned.get());
     CFacet* const pFacet = owned.release();
     StoreShared(model.m_Status.m_nFacetNum, model.m_Status.m_nFacetNum + 1);
-    for (tagVertexNode* const pVertex : offered) LinkFacet(*pVertex, pFacet);
+    for (tagVertexNode* const pVertex : offered) facet_list::Add(*pVertex, pFacet);
 }
 
 // Calls addNode(corner, i) for the three corners of a triangle within range, in order, and lets it in.

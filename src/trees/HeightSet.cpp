@@ -10,7 +10,11 @@ namespace {
 
 constexpr std::size_t kFirstLines = 16;
 constexpr std::size_t kHeightsPerLine = 3;  // on average, at most
-constexpr double kTolerancesPerInterval = 4.0;
+constexpr double kTolerancesPerInterval = 8.0;
+
+// Heights within the tolerance of z, as rounded subtraction has it, lie in the intervals from that of z less so
+// many tolerances to that of z and so many more: rounding is monotonic.
+constexpr double kReach = 1.25;
 
 // Heights reach from -1e10 to 1e10; interval numbers stay whole numbers of a double far beyond that.
 constexpr double kLargestInterval = 1e15;
@@ -34,9 +38,10 @@ std::size_t HeightSet::PlaceOf(std::int64_t nInterval) const {
 }
 
 HeightSet::Answer HeightSet::Find(double z) const {
+    Line const& own = m_Lines[PlaceOf(IntervalOf(z))];
+    if (Holds(own, z)) return {Near::kOne, z};
     Answer answer{Near::kNone, 0.0};
-    auto const look = [this, z, &answer](std::int64_t nInterval) {
-        Line const& line = m_Lines[PlaceOf(nInterval)];
+    auto const look = [this, z, &answer](Line const& line) {
         if (line.nCount > kCapacity) answer.near = Near::kUnknown;
         std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
         for (std::size_t i = 0; i < nHeights; ++i) {
@@ -48,24 +53,25 @@ HeightSet::Answer HeightSet::Find(double z) const {
             answer.dHeight = line.heights[i];
         }
     };
-    // Twice the tolerance, so that rounding cannot hide an interval.
-    std::int64_t const nFirst = IntervalOf(z - 2.0 * m_dTolerance);
-    std::int64_t const nLast = IntervalOf(z + 2.0 * m_dTolerance);
-    for (std::int64_t n = nFirst; n <= nLast; ++n) look(n);
+    std::int64_t const nFirst = IntervalOf(z - kReach * m_dTolerance);
+    std::int64_t const nLast = IntervalOf(z + kReach * m_dTolerance);
+    for (std::int64_t n = nFirst; n <= nLast; ++n) look(m_Lines[PlaceOf(n)]);
     return answer;
 }
 
 void HeightSet::Prefetch(double z) const {
-    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z - 2.0 * m_dTolerance))]);
-    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z + 2.0 * m_dTolerance))]);
+    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z - kReach * m_dTolerance))]);
+    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z + kReach * m_dTolerance))]);
+}
+
+bool HeightSet::Holds(Line const& line, double dHeight) {
+    std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
+    return std::find(line.heights.begin(), line.heights.begin() + nHeights, dHeight) !=
+           line.heights.begin() + nHeights;
 }
 
 void HeightSet::Add(double dHeight) {
-    Line const& line = m_Lines[PlaceOf(IntervalOf(dHeight))];
-    std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
-    for (std::size_t i = 0; i < nHeights; ++i) {
-        if (line.heights[i] == dHeight) return;
-    }
+    if (Holds(m_Lines[PlaceOf(IntervalOf(dHeight))], dHeight)) return;
     if (++m_nHeights > kHeightsPerLine * m_Lines.size()) Grow();
     Insert(dHeight);
 }
@@ -81,7 +87,7 @@ void HeightSet::Insert(double dHeight) {
 }
 
 void HeightSet::Grow() {
-    std::vector<Line> const lines = std::exchange(m_Lines, std::vector<Line>(2 * m_Lines.size()));
+    ZeroedTable<Line> const lines = std::exchange(m_Lines, ZeroedTable<Line>(2 * m_Lines.size()));
     std::vector<double> const overflow = std::exchange(m_Overflow, {});
     for (Line const& line : lines) {
         std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);

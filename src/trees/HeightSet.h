@@ -6,6 +6,8 @@
 #include <tuple>
 #include <vector>
 
+#include "foundation/LargePages.h"
+
 /// The distinct heights of the vertices of a tree, more than the tolerance apart from each other, and the
 /// question to which of them a new height would be drawn.
 class HeightSet {
@@ -27,7 +29,7 @@ public:
     void Prefetch(double z) const;
 
 private:
-    // As many heights as share a cache line with their count. Heights are gathered by the interval of four
+    // As many heights as share a cache line with their count. Heights are gathered by the interval of eight
     // tolerances in which they lie, and intervals by their hash.
     struct Line {
         std::array<double, 7> heights;
@@ -38,12 +40,13 @@ private:
 
     std::int64_t IntervalOf(double z) const;
     std::size_t PlaceOf(std::int64_t nInterval) const;
+    static bool Holds(Line const& line, double dHeight);
     void Insert(double dHeight);
     void Grow();
 
     double m_dTolerance;
     double m_dIntervalsPerUnit;
     std::size_t m_nHeights = 0;
-    std::vector<Line> m_Lines;  // a power of two
+    ZeroedTable<Line> m_Lines;  // a power of two
     std::vector<double> m_Overflow;
 };

@@ -54,35 +54,50 @@ VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
       m_dReach(2.0 * tree.m_dTolerance),
       m_dBandsPerUnit(1.0 / (kTolerancesPerBand * tree.m_dTolerance)),
       m_Heights(tree.m_dTolerance) {
-    if (m_bOn) m_Lines.resize(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
+    if (m_bOn) {
+        m_Lines = ZeroedTable<Line>(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
+    }
 }
 
 tagVertexNode* VertexCache::AddNode(CPoint3D& point, std::size_t nHash) {
+    tagVertexNode*& recent = m_Recent[nHash % kRecent];
+    if (recent != nullptr && recent->x == point.x && recent->y == point.y && recent->z == point.z) {
+        point.z = recent->z;
+        return recent;
+    }
     if (!m_bOn) return m_Tree.AddNode(point);
     tagVertexNode* pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
-    if (pNode == nullptr && !IsNumber(point)) {
-        SwitchOff();
-        return m_Tree.AddNode(point);
-    }
-    if (pNode == nullptr) {
-        HeightSet::Answer const drawn = m_Heights.Find(point.z);
-        if (drawn.near == HeightSet::Near::kOne && drawn.dHeight != point.z) {
-            pNode = FindInCleanRow(point.x, point.y, drawn.dHeight, Hash(point.x, point.y, drawn.dHeight));
-        }
-    }
-    if (pNode == nullptr) return Insert(point);
+    if (pNode == nullptr) return FindDrawnOrInsert(point);
     point.z = pNode->z;
+    recent = pNode;
     return pNode;
 }
 
-tagVertexNode* VertexCache::Insert(CPoint3D& point) {
+tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
+    if (!IsNumber(point)) {
+        SwitchOff();
+        return m_Tree.AddNode(point);
+    }
+    HeightSet::Answer const height = m_Heights.Find(point.z);
+    if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
+        tagVertexNode* const pNode =
+            FindInCleanRow(point.x, point.y, height.dHeight, Hash(point.x, point.y, height.dHeight));
+        if (pNode != nullptr) {
+            point.z = pNode->z;
+            return pNode;
+        }
+    }
+    return Insert(point, height.near);
+}
+
+tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
     RowWatch watch;
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
     if (m_Tree.m_nCount == nCount) return pNode;
     Remember(pNode);
-    m_Heights.Add(pNode->z);
+    if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
     bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
     if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
     return pNode;
@@ -220,8 +235,7 @@ void VertexCache::Remember(tagVertexNode* pNode) {
 }
 
 void VertexCache::Grow() {
-    std::vector<Line> const old = std::exchange(m_Lines, {});
-    m_Lines.resize(old.size() * 2);
+    ZeroedTable<Line> const old = std::exchange(m_Lines, ZeroedTable<Line>(m_Lines.size() * 2));
     m_nUsed = 1;
     for (Line const& line : old) {
         for (std::size_t i = 0; i < Line::kCapacity; ++i) {
@@ -232,7 +246,8 @@ void VertexCache::Grow() {
 
 void VertexCache::SwitchOff() {
     m_bOn = false;
-    m_Lines = {};
+    m_Recent.fill(nullptr);
+    m_Lines = ZeroedTable<Line>();
 }
 
 std::size_t VertexCache::MarkOf(double y, double dHeight) const {
@@ -251,6 +266,7 @@ bool VertexCache::IsMarked(double y, double dHeight) const {
 // A band is wider than the reach to both sides, so that the ends lie in all the bands there are.
 void VertexCache::MarkAround(double y, double dHeight) {
     if (m_Marks.empty()) m_Marks.resize(kMarkBits / 64);
+    m_Recent.fill(nullptr);
     for (double const dEnd : {y - m_dReach, y + m_dReach}) {
         std::size_t const nMark = MarkOf(dEnd, dHeight);
         m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/LargePages.h"
 #include "trees/HeightSet.h"
 #include "trees/VertexTree.h"
 
@@ -86,7 +87,8 @@ private:
     tagVertexNode* FindTagged(std::size_t nHash) const;
     void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
-    tagVertexNode* Insert(CPoint3D& point);
+    tagVertexNode* FindDrawnOrInsert(CPoint3D& point);
+    tagVertexNode* Insert(CPoint3D& point, HeightSet::Near nearHeights);
     void Remember(tagVertexNode* pNode);
     void Grow();
     void SwitchOff();
@@ -97,11 +99,15 @@ private:
     bool IsMarked(double y, double dHeight) const;
     void MarkAround(double y, double dHeight);
 
+    // Vertices of clean rows that were asked for lately, by their hash. Empty whenever a row ceases to be clean.
+    static constexpr std::size_t kRecent = 1024;
+
     CVertexTree& m_Tree;
     bool m_bOn;
+    std::array<tagVertexNode*, kRecent> m_Recent{};
     double m_dReach;            // a little more than the tolerance
     double m_dBandsPerUnit;     // of the marks
-    std::vector<Line> m_Lines;  // a power of two
+    ZeroedTable<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
     std::vector<std::uint64_t> m_Marks;  // empty until there is one

@@ -1,12 +1,12 @@
 #include "trees/VertexTree.h"
 
 #include <array>
-#include <cstdlib>
 #include <utility>
 
 #include "foundation/LittleEndian.h"
 #include "foundation/SlotPool.h"
 #include "trees/Avl.h"
+#include "trees/FacetList.h"
 #include "trees/VertexInsertion.h"
 
 using vertex_insertion::CompareAndSnap;
@@ -122,7 +122,7 @@ void CVertexTree::ReleaseAll() {
 
 void CVertexTree::ReleaseVertexNode(tagVertexNode* pNode) {
     avl::WalkUp(pNode, [](tagVertexNode* pReleased) {
-        std::free(static_cast<void*>(pReleased->m_ppFacet));
+        facet_list::Free(*pReleased);
         delete pReleased;
     });
 }

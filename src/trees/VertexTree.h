@@ -55,7 +55,7 @@ public:
     CPoint3D* m_pExtrude;      ///< offset position while a surface is extruded, else null
     double m_dZOffset;         ///< Z compensation now applied
     std::int32_t m_nFacetNum;  ///< entries in m_ppFacet
-    CFacet** m_ppFacet;        ///< facets that use the vertex, in order of their adding; owned (malloc)
+    CFacet** m_ppFacet;        ///< facets that use the vertex, in order of their adding; owned, read only
     std::int32_t m_nIndex;     ///< number of nodes in the tree when this one was made
     float m_fWeight[3];        ///< 1.0; for the host
 };
