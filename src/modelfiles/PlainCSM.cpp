@@ -13,6 +13,7 @@
 #include "foundation/ByteStream.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/Path.h"
+#include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
@@ -77,20 +78,46 @@ public:
         FacetIntake intake(model, std::min<std::size_t>(nFacets, MostRecords()));
         FacetQueue facets(intake, FacetIntake::OnStop::kGoOn);
         m_Record.fill(0);
-        std::uint32_t nRead = 0;
-        for (tagFACET facet; nRead < nFacets && ReadFacet(vertices, facet); ++nRead) facets.Add(facet);
+        std::uint32_t nLeft = nFacets;
+        while (nLeft > 0 && !m_bBroken) {
+            for (Numbers const& numbers : ReadBlock(nLeft, vertices)) {
+                tagFACET& facet = facets.New();
+                for (std::size_t k = 0; k < numbers.size(); ++k) {
+                    Vertex const& vertex = vertices[numbers[k]];
+                    facet.m_ptVertex[k] = CPoint3D(vertex[0], vertex[1], vertex[2]);
+                }
+            }
+            nLeft -= static_cast<std::uint32_t>(m_Block.size());
+        }
         facets.Flush();
-        return nRead == nFacets;
+        return nLeft == 0;
     }
 
 private:
-    bool ReadFacet(std::vector<Vertex> const& vertices, tagFACET& facet) {
+    using Numbers = std::array<std::uint32_t, 3>;  // of a facet's vertices
+
+    // The next facets, at most nMost, up to a broken one. A block at a time, so that the vertices, which lie
+    // anywhere in memory, are on their way before they are needed.
+    std::vector<Numbers> const& ReadBlock(std::uint32_t nMost, std::vector<Vertex> const& vertices) {
+        constexpr std::uint32_t kBlock = 64;
+        m_Block.clear();
+        for (std::uint32_t n = std::min(nMost, kBlock); n > 0; --n) {
+            Numbers numbers;
+            if (!ReadFacet(vertices.size(), numbers)) {
+                m_bBroken = true;
+                break;
+            }
+            for (std::uint32_t const nVertex : numbers) Prefetch(&vertices[nVertex]);
+            m_Block.push_back(numbers);
+        }
+        return m_Block;
+    }
+
+    bool ReadFacet(std::size_t nVertices, Numbers& numbers) {
         if (m_Bytes.Take(m_Record.data(), m_Record.size()) == 0) return false;
-        for (std::size_t k = 0; k < 3; ++k) {
-            auto const nVertex = LoadUnsigned<std::uint32_t>(m_Record.data() + 4 * k);
-            if (nVertex >= vertices.size()) return false;
-            Vertex const& vertex = vertices[nVertex];
-            facet.m_ptVertex[k] = CPoint3D(vertex[0], vertex[1], vertex[2]);
+        for (std::size_t k = 0; k < numbers.size(); ++k) {
+            numbers[k] = LoadUnsigned<std::uint32_t>(m_Record.data() + 4 * k);
+            if (numbers[k] >= nVertices) return false;
         }
         return true;
     }
@@ -100,6 +127,8 @@ private:
     ByteReader m_Bytes;
     std::int32_t m_nFileSize;
     std::array<unsigned char, kRecordSize> m_Record{};
+    std::vector<Numbers> m_Block;
+    bool m_bBroken = false;  // the file has ended too early, or named a vertex that there is not
 };
 
 }  // namespace

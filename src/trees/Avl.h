@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "foundation/Prefetch.h"
+
 // The balanced tree that the vertex tree and the point tree share (G. M. Adelson-Velsky and E. M. Landis,
 // "An algorithm for the organization of information", 1962). Greater keys are on the left. A node's balance
 // is 0 when both sides are equally deep, +1 when the left side is deeper, -1 when the right side is.
@@ -125,6 +127,7 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
 template <class Node, class Visit>
 void Walk(Node* pNode, Visit const& visit) {
     while (pNode != nullptr) {
+        Prefetch(pNode->m_pLeft);
         visit(pNode);
         Walk(pNode->m_pRight, visit);
         pNode = pNode->m_pLeft;
@@ -136,6 +139,7 @@ void Walk(Node* pNode, Visit const& visit) {
 template <class Node, class Visit>
 void WalkUp(Node* pNode, Visit const& visit) {
     if (pNode == nullptr) return;
+    Prefetch(pNode->m_pLeft);
     WalkUp(pNode->m_pRight, visit);
     WalkUp(pNode->m_pLeft, visit);
     visit(pNode);

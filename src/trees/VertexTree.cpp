@@ -1,8 +1,8 @@
 #include "trees/VertexTree.h"
 
-#include <array>
 #include <utility>
 
+#include "foundation/ByteStream.h"
 #include "foundation/LittleEndian.h"
 #include "foundation/SlotPool.h"
 #include "trees/Avl.h"
@@ -23,12 +23,11 @@ constexpr double kVertexTolerance = 0.0001;
 // A vertex that has come to lie on another is pushed aside by this many tolerances.
 constexpr double kPushAside = 3.0;
 
-void WriteVertex(tagVertexNode const& node, FILE* pFile) {
-    std::array<unsigned char, 12> bytes;
-    StoreFloat(bytes.data(), static_cast<float>(node.x));
-    StoreFloat(bytes.data() + 4, static_cast<float>(node.y));
-    StoreFloat(bytes.data() + 8, static_cast<float>(node.z));
-    std::fwrite(bytes.data(), 1, bytes.size(), pFile);
+void WriteVertex(tagVertexNode const& node, ByteWriter& writer) {
+    unsigned char* const pBytes = writer.Room(12);
+    StoreFloat(pBytes, static_cast<float>(node.x));
+    StoreFloat(pBytes + 4, static_cast<float>(node.y));
+    StoreFloat(pBytes + 8, static_cast<float>(node.z));
 }
 
 }  // namespace
@@ -187,8 +186,9 @@ void CVertexTree::SetPointID(tagVertexNode* pNode, unsigned int& nCounter) {
 void CVertexTree::SavePoint(FILE* pFile, unsigned int& nCounter) { SavePoint(m_pRoot, pFile, nCounter); }
 
 void CVertexTree::SavePoint(tagVertexNode* pNode, FILE* pFile, unsigned int& nCounter) {
-    avl::Walk(pNode, [pFile, &nCounter](tagVertexNode* pSaved) {
+    ByteWriter writer(pFile);
+    avl::Walk(pNode, [&writer, &nCounter](tagVertexNode* pSaved) {
         pSaved->m_nID = nCounter++;
-        WriteVertex(*pSaved, pFile);
+        WriteVertex(*pSaved, writer);
     });
 }
