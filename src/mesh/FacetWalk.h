@@ -4,29 +4,52 @@
 #include "foundation/Prefetch.h"
 #include "support/FeatureSurface.h"
 
-/// Calls visit(CFacet&) for every facet of the array, in its order. The facets that come next, and their
-/// vertices, are brought into the processor's cache meanwhile. The visitor may change facets, but not the
-/// array.
-template <class Visit>
-void ForEachFacet(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
-    constexpr int kFacetsAhead = 24;
-    constexpr int kVerticesAhead = 12;
-    for (int i = 0; i < facets.m_nSize; ++i) {
-        if (i + kFacetsAhead < facets.m_nSize) Prefetch(facets.m_pData[i + kFacetsAhead]);
-        if (i + kVerticesAhead < facets.m_nSize) {
-            CFacet const& next = *facets.m_pData[i + kVerticesAhead];
-            for (tagVertexNode const* const pVertex : {next.m_pVertex1, next.m_pVertex2, next.m_pVertex3}) {
-                Prefetch(&pVertex->x);
-            }
-        }
-        visit(*facets.m_pData[i]);
+// What a walk over facets brings into the processor's cache, some facets before it comes to them.
+
+/// The coordinates of the facet's corners.
+struct BringCorners {
+    void operator()(CFacet const& facet) const {
+        Prefetch(&facet.m_pVertex1->x);
+        Prefetch(&facet.m_pVertex2->x);
+        Prefetch(&facet.m_pVertex3->x);
     }
+};
+
+/// What leads to the facet lists of its corners.
+struct BringListHeads {
+    void operator()(CFacet const& facet) const {
+        Prefetch(&facet.m_pVertex1->m_ppFacet);
+        Prefetch(&facet.m_pVertex2->m_ppFacet);
+        Prefetch(&facet.m_pVertex3->m_ppFacet);
+    }
+};
+
+/// The facet alone.
+struct BringFacet {
+    void operator()(CFacet const&) const {}
+};
+
+/// Calls visit(CFacet&) for every facet of the array, in its order. The visitor may change facets, but not the
+/// array.
+template <class Bring = BringCorners, class Visit>
+void ForEachFacet(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
+    constexpr int kFacetsAhead = 40;
+    constexpr int kCornersAhead = 20;
+    CFacet* const* const pFacets = facets.m_pData;
+    int const nFacets = facets.m_nSize;
+    int i = 0;
+    for (; i < nFacets - kFacetsAhead; ++i) {
+        Prefetch(pFacets[i + kFacetsAhead]);
+        Bring()(*pFacets[i + kCornersAhead]);
+        visit(*pFacets[i]);
+    }
+    for (; i < nFacets; ++i) visit(*pFacets[i]);
 }
 
 /// Calls visit(CFacet&) for every facet of the array's surfaces, surface by surface, each in its order: the
 /// one order in which all operations take the facets of a model.
-template <class Visit>
+template <class Bring = BringCorners, class Visit>
 void ForEachFacet(CSurfaceArray const& surfaces, Visit const& visit) {
     for (int i = 0; i < surfaces.m_aSurface.m_nSize; ++i)
-        ForEachFacet(surfaces.m_aSurface[i]->m_aFacet, visit);
+        ForEachFacet<Bring>(surfaces.m_aSurface[i]->m_aFacet, visit);
 }

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "foundation/Counter.h"
-#include "foundation/Float3.h"
+#include "foundation/FloatLanes.h"
 #include "mesh/FacetMeasures.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
@@ -24,7 +24,7 @@ double CSTLModel::Volume() { return m_dVolume != 0.0 ? m_dVolume : CalVolume(); 
 double CSTLModel::CalVolume() {
     double dSum = 0.0;
     ForEachFacet(m_SurfaceArray, [&dSum](CFacet& facet) {
-        double const dDistance = Dot(ToFloat3(facet.m_fNormal), ToFloat3(*facet.m_pVertex1));
+        double const dDistance = Dot(ToFloatLanes(facet.m_fNormal), ToFloatLanes(*facet.m_pVertex1));
         dSum += dDistance * AreaOf(facet);
     });
     m_dVolume = std::fabs(dSum / 3.0);

@@ -1,22 +1,23 @@
 #include "mesh/WindingParity.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 
-WindingParity::WindingParity(CSTLModel& model) {
-    m_Links.reserve(static_cast<std::size_t>(model.GetFacetsNum()));
-    ForEachFacet(model.m_SurfaceArray, [this](CFacet& facet) {
-        auto const nFacet = static_cast<std::uint32_t>(m_Links.size());
-        facet.m_nRegion = static_cast<std::int32_t>(nFacet);
-        m_Links.push_back(2 * nFacet);
+WindingParity::WindingParity(CSTLModel& model) : m_Links(static_cast<std::size_t>(model.GetFacetsNum())) {
+    std::uint32_t nFacets = 0;
+    ForEachFacet<BringFacet>(model.m_SurfaceArray, [this, &nFacets](CFacet& facet) {
+        facet.m_nRegion = static_cast<std::int32_t>(nFacets);
+        m_Links[nFacets] = 2 * nFacets;
+        ++nFacets;
     });
 
     // Each vertex is looked at when the first facet of its list comes.
     std::size_t nListed = 0;
-    ForEachFacet(model.m_SurfaceArray, [this, &nListed](CFacet const& facet) {
+    ForEachFacet<BringListHeads>(model.m_SurfaceArray, [this, &nListed](CFacet const& facet) {
         for (tagVertexNode const* const pVertex : Corners(facet)) {
             if (pVertex->m_nFacetNum == 0 || pVertex->m_ppFacet[0] != &facet) continue;
             nListed += static_cast<std::size_t>(pVertex->m_nFacetNum);
@@ -28,48 +29,67 @@ WindingParity::WindingParity(CSTLModel& model) {
 }
 
 // Joins the facets at the edges from this vertex to those with higher addresses: each edge is looked at from
-// one end.
+// one end. Which way an edge runs cannot be foreseen, so that nothing here depends on it but what is stored.
 bool WindingParity::JoinAt(tagVertexNode const& vertex) {
-    m_Spokes.clear();
-    for (int i = 0; i < vertex.m_nFacetNum; ++i) {
+    auto const nFacets = static_cast<std::size_t>(vertex.m_nFacetNum);
+    if (m_Spokes.size() < 2 * nFacets + 1) m_Spokes.resize(2 * nFacets + 1);
+    Spoke* pEnd = m_Spokes.data();
+    for (std::size_t i = 0; i < nFacets; ++i) {
         CFacet const& facet = *vertex.m_ppFacet[i];
         auto const nFacet = static_cast<std::uint32_t>(facet.m_nRegion);
         if (nFacet >= m_Links.size()) return false;  // stands in no surface
-        if (facet.m_pVertex1 == &vertex) {
-            AddSpokes(vertex, nFacet, facet.m_pVertex2, facet.m_pVertex3);
-        } else if (facet.m_pVertex2 == &vertex) {
-            AddSpokes(vertex, nFacet, facet.m_pVertex3, facet.m_pVertex1);
-        } else {
-            AddSpokes(vertex, nFacet, facet.m_pVertex1, facet.m_pVertex2);
-        }
+        bool const bSecond = facet.m_pVertex2 == &vertex;
+        bool const bThird = facet.m_pVertex1 != &vertex && !bSecond;
+        tagVertexNode const* pBehind = bSecond ? facet.m_pVertex3 : facet.m_pVertex2;
+        tagVertexNode const* pBefore = bSecond ? facet.m_pVertex1 : facet.m_pVertex3;
+        pBehind = bThird ? facet.m_pVertex1 : pBehind;
+        pBefore = bThird ? facet.m_pVertex2 : pBefore;
+        *pEnd = {pBehind, nFacet, 1};
+        pEnd += std::less<>()(&vertex, pBehind) ? 1 : 0;
+        *pEnd = {pBefore, nFacet, 0};
+        pEnd += std::less<>()(&vertex, pBefore) ? 1 : 0;
     }
-    return JoinSpokes();
-}
-
-// A facet's winding runs outward to the vertex behind this one, and inward from the one before.
-void WindingParity::AddSpokes(tagVertexNode const& vertex, std::uint32_t nFacet, tagVertexNode const* pBehind,
-                              tagVertexNode const* pBefore) {
-    if (std::less<>()(&vertex, pBehind)) m_Spokes.push_back({pBehind, nFacet, 1});
-    if (std::less<>()(&vertex, pBefore)) m_Spokes.push_back({pBefore, nFacet, 0});
+    std::span<Spoke> const spokes(m_Spokes.data(), pEnd);
+    return spokes.size() <= kFewSpokes ? JoinFew(spokes) : JoinMany(spokes);
 }
 
 // Two facets at an edge agree where one runs outward and the other inward. Three are too many.
-bool WindingParity::JoinSpokes() {
-    std::sort(m_Spokes.begin(), m_Spokes.end(),
-              [](Spoke const& a, Spoke const& b) { return std::less<>()(a.pEnd, b.pEnd); });
-    for (std::size_t i = 0; i + 1 < m_Spokes.size(); ++i) {
-        Spoke const& a = m_Spokes[i];
-        Spoke const& b = m_Spokes[i + 1];
-        if (a.pEnd != b.pEnd) continue;
-        if (i + 2 < m_Spokes.size() && m_Spokes[i + 2].pEnd == a.pEnd) return false;
-        if (!Join(a.nFacet, b.nFacet, a.nOutward == b.nOutward ? 1 : 0)) return false;
+bool WindingParity::JoinFew(std::span<Spoke const> spokes) {
+    for (std::uint32_t nLeft = (1u << spokes.size()) - 1; nLeft != 0;) {
+        Spoke const& a = spokes[static_cast<std::size_t>(std::countr_zero(nLeft))];
+        nLeft &= nLeft - 1;
+        std::uint32_t nSame = 0;
+        for (std::size_t i = 0; i < spokes.size(); ++i) {
+            nSame |= static_cast<std::uint32_t>(spokes[i].pEnd == a.pEnd) << i;
+        }
+        nSame &= nLeft;
+        if (nSame == 0) continue;
+        if ((nSame & (nSame - 1)) != 0) return false;
+        nLeft ^= nSame;
+        if (!Join(a, spokes[static_cast<std::size_t>(std::countr_zero(nSame))])) return false;
     }
     return true;
 }
 
-bool WindingParity::Join(std::uint32_t a, std::uint32_t b, std::uint32_t nTurned) {
-    Place const placeA = Find(a);
-    Place const placeB = Find(b);
+bool WindingParity::JoinMany(std::span<Spoke> spokes) {
+    std::sort(spokes.begin(), spokes.end(),
+              [](Spoke const& a, Spoke const& b) { return std::less<>()(a.pEnd, b.pEnd); });
+    for (std::size_t i = 0; i + 1 < spokes.size(); ++i) {
+        Spoke const& a = spokes[i];
+        Spoke const& b = spokes[i + 1];
+        if (a.pEnd != b.pEnd) continue;
+        if (i + 2 < spokes.size() && spokes[i + 2].pEnd == a.pEnd) return false;
+        if (!Join(a, b)) return false;
+    }
+    return true;
+}
+
+bool WindingParity::Join(Spoke const& a, Spoke const& b) {
+    std::uint32_t const nTurned = a.nOutward == b.nOutward ? 1 : 0;
+    std::uint32_t const nBetween = m_Links[a.nFacet] ^ m_Links[b.nFacet] ^ nTurned;
+    if (nBetween <= 1) return nBetween == 0;  // linked to one facet
+    Place const placeA = Find(a.nFacet);
+    Place const placeB = Find(b.nFacet);
     std::uint32_t const nAgainst = nTurned ^ placeA.nTurned ^ placeB.nTurned;
     if (placeA.nFirst == placeB.nFirst) return nAgainst == 0;
     auto const [nEarlier, nLater] = std::minmax(placeA.nFirst, placeB.nFirst);

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include "foundation/LargePages.h"
 #include "mesh/STLModel.h"
 
 /// Which facets of a mesh to turn, so that all agree with the first facet of their shell: found in the order
@@ -40,15 +42,16 @@ private:
         std::uint32_t nOutward;
     };
 
+    static constexpr std::size_t kFewSpokes = 16;
+
     bool JoinAt(tagVertexNode const& vertex);
-    void AddSpokes(tagVertexNode const& vertex, std::uint32_t nFacet, tagVertexNode const* pBehind,
-                   tagVertexNode const* pBefore);
-    bool JoinSpokes();
-    bool Join(std::uint32_t a, std::uint32_t b, std::uint32_t nTurned);
+    bool JoinFew(std::span<Spoke const> spokes);
+    bool JoinMany(std::span<Spoke> spokes);
+    bool Join(Spoke const& a, Spoke const& b);
     Place Find(std::uint32_t nFacet);
 
-    std::vector<std::uint32_t>
-        m_Links;  // to an earlier facet of the set, times two, plus the bit against that one
-    std::vector<Spoke> m_Spokes;
+    // To an earlier facet of the set, times two, plus the bit against that one.
+    ZeroedTable<std::uint32_t> m_Links;
+    std::vector<Spoke> m_Spokes;  // room for those of the largest vertex yet
     bool m_bUnique = true;
 };

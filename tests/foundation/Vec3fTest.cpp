@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
 #include <utility>
 
-#include "foundation/Float3.h"
+#include "foundation/FloatLanes.h"
+#include "foundation/Point.h"
 #include "foundation/Vec3f.h"
 
 TEST(Vec3f, NewVectorIsZeroAndOthersAreAsGiven) {
@@ -62,4 +65,26 @@ TEST(Vec3f, CounterFollowsTheVectorsAlive) {
         EXPECT_EQ(nBefore + 5, g_nVectorCount);
     }
     EXPECT_EQ(nBefore, g_nVectorCount);
+}
+
+// Random numbers of very different size, so that every rounding shows.
+TEST(FloatLanes, AreFloat3BitForBit) {
+    std::mt19937 random(7);
+    auto const number = [&random] {
+        std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
+        return std::ldexp(mantissa(random), static_cast<int>(random() % 24) - 12);
+    };
+    auto const point = [&number] { return CPoint3D(number(), number(), number()); };
+    for (int i = 0; i < 200000; ++i) {
+        CPoint3D const a = point(), b = point(), c = point();
+        float const n[3] = {static_cast<float>(number()), static_cast<float>(number()),
+                            static_cast<float>(number())};
+        ASSERT_EQ(Dot(ToFloat3(n), ToFloat3(a)), Dot(ToFloatLanes(n), ToFloatLanes(a)));
+        ASSERT_EQ(Dot(Cross(ToFloat3(a), ToFloat3(b)), ToFloat3(c)),
+                  Dot(Cross(ToFloatLanes(a), ToFloatLanes(b)), ToFloatLanes(c)));
+        ASSERT_EQ(Dot(Sum(ToFloat3(a), ToFloat3(b)), ToFloat3(c)),
+                  Dot(Sum(ToFloatLanes(a), ToFloatLanes(b)), ToFloatLanes(c)));
+        ASSERT_EQ(AreaAlong(ToFloat3(n), ToFloat3(a), ToFloat3(b), ToFloat3(c)),
+                  AreaAlong(ToFloatLanes(n), ToFloatLanes(a), ToFloatLanes(b), ToFloatLanes(c)));
+    }
 }
