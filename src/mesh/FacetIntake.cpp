@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 
 #include "foundation/Counter.h"
@@ -16,13 +17,13 @@ namespace {
 // A triangle with a coordinate beyond this, in millimetres, is refused. NaN passes.
 constexpr double kLargestCoordinate = 10000000000.0;
 
-bool IsInRange(double d) { return !(d > kLargestCoordinate) && !(d < -kLargestCoordinate); }
-
+// Without branches: nearly all triangles are in range.
 bool IsInRange(tagFACET const& facet) {
+    bool bBeyond = false;
     for (CPoint3D const& p : facet.m_ptVertex) {
-        if (!IsInRange(p.x) || !IsInRange(p.y) || !IsInRange(p.z)) return false;
+        for (double const d : {p.x, p.y, p.z}) bBeyond |= std::fabs(d) > kLargestCoordinate;
     }
-    return true;
+    return !bBeyond;
 }
 
 // Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
@@ -30,17 +31,22 @@ bool IsInRange(tagFACET const& facet) {
 bool IsCorner(tagVertexNode const& vertex, CFacet const* pFacet) {
     constexpr int kShortList = 32;
     if (vertex.m_nFacetNum > kShortList) return HasCorner(*pFacet, &vertex);
-    return std::count(vertex.m_ppFacet, vertex.m_ppFacet + vertex.m_nFacetNum, pFacet) != 0;
+    bool bFound = false;
+    for (int i = 0; i < vertex.m_nFacetNum; ++i) bFound |= vertex.m_ppFacet[i] == pFacet;
+    return bFound;
 }
 
 // The facet that has the three vertices as its corners, or null. The shortest of their lists is walked, so
 // that a vertex with very many facets is not a burden to its neighbours.
 CFacet* FindTriangle(tagVertexNode const* a, tagVertexNode const* b, tagVertexNode const* c) {
-    if (b->m_nFacetNum < a->m_nFacetNum) std::swap(a, b);
-    if (c->m_nFacetNum < a->m_nFacetNum) std::swap(a, c);
-    for (int i = 0; i < a->m_nFacetNum; ++i) {
-        CFacet* const g = a->m_ppFacet[i];
-        if (IsCorner(*b, g) && IsCorner(*c, g)) return g;
+    tagVertexNode const* pShortest = b->m_nFacetNum < a->m_nFacetNum ? b : a;
+    pShortest = c->m_nFacetNum < pShortest->m_nFacetNum ? c : pShortest;
+    if (pShortest->m_nFacetNum == 0) return nullptr;
+    tagVertexNode const& second = pShortest == a ? *b : *a;
+    tagVertexNode const& third = pShortest == c ? *b : *c;
+    for (int i = 0; i < pShortest->m_nFacetNum; ++i) {
+        CFacet* const g = pShortest->m_ppFacet[i];
+        if (IsCorner(second, g) && IsCorner(third, g)) return g;
     }
     return nullptr;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <array>
+#include <cstddef>
 
 #include "foundation/Prefetch.h"
 
@@ -75,50 +76,39 @@ void Balance(Node*& slot, int& nTaller) {
 /// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
 template <class Node, class Compare, class Make>
 Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
-    // The turns taken from the pivot down, a bit each, 1 for left, the last in the lowest bit. A tree of 2^32
-    // nodes is not deeper than 46 levels.
-    std::uint64_t nTurns = 0;
-    int nDepth = 0;
-    Node** pPivot = &top;  // the lowest slot on the way whose node is out of balance, else the top
+    // The slots passed on the way. A tree of 2^32 nodes is not deeper than 46 levels.
+    constexpr std::size_t kDeepest = 64;
+    std::array<Node**, kDeepest> way;
+    std::size_t nDepth = 0;
     Node** pSlot = &top;
+    nTaller = 0;
     while (Node* const pNode = *pSlot) {
-        if (pNode->m_nBalance != 0) {
-            pPivot = pSlot;
-            nDepth = 0;
-        }
         int const nOrder = compare(pNode);
-        if (nOrder == 0) {
-            nTaller = 0;
-            return pNode;
-        }
-        bool const bLeft = nOrder < 0;
-        nTurns = nTurns << 1 | static_cast<std::uint64_t>(bLeft);
-        ++nDepth;
-        pSlot = bLeft ? &pNode->m_pLeft : &pNode->m_pRight;
+        if (nOrder == 0) return pNode;
+        way[nDepth++] = pSlot;
+        pSlot = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
     }
     Node* const pMade = make();
     *pSlot = pMade;
     nTaller = 1;
-    if (nDepth == 0) return pMade;
 
-    // All nodes between the pivot and the new node were in balance: each tilts to the side that has grown.
-    Node* const pTop = *pPivot;
-    auto const wentLeft = [nTurns, nDepth](int nLevel) { return (nTurns >> (nDepth - 1 - nLevel) & 1) != 0; };
-    Node* pNode = wentLeft(0) ? pTop->m_pLeft : pTop->m_pRight;
-    for (int i = 1; i < nDepth; ++i) {
-        pNode->m_nBalance = wentLeft(i) ? LeftSide::kTilt : RightSide::kTilt;
-        pNode = wentLeft(i) ? pNode->m_pLeft : pNode->m_pRight;
-    }
-    int const nTilt = wentLeft(0) ? LeftSide::kTilt : RightSide::kTilt;
-    if (pTop->m_nBalance == 0) {
-        pTop->m_nBalance = nTilt;
-    } else if (pTop->m_nBalance != nTilt) {
-        pTop->m_nBalance = 0;
-        nTaller = 0;
-    } else if (wentLeft(0)) {
-        Balance<LeftSide>(*pPivot, nTaller);
-    } else {
-        Balance<RightSide>(*pPivot, nTaller);
+    // Upward, as long as a subtree has become deeper: a node in balance tilts to the side that has grown.
+    while (nDepth > 0 && nTaller != 0) {
+        Node** const pGrown = pSlot;
+        pSlot = way[--nDepth];
+        Node* const pNode = *pSlot;
+        bool const bLeft = pGrown == &pNode->m_pLeft;
+        int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;
+        if (pNode->m_nBalance == 0) {
+            pNode->m_nBalance = nTilt;
+        } else if (pNode->m_nBalance != nTilt) {
+            pNode->m_nBalance = 0;
+            nTaller = 0;
+        } else if (bLeft) {
+            Balance<LeftSide>(*pSlot, nTaller);
+        } else {
+            Balance<RightSide>(*pSlot, nTaller);
+        }
     }
     return pMade;
 }
