@@ -1,5 +1,7 @@
 #include "foundation/LargePages.h"
 
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 
@@ -22,6 +24,13 @@ void* AllocateLargePages(std::size_t nSize) {
 }
 
 void FreeLargePages(void* pMemory, std::size_t nSize) noexcept { munmap(pMemory, nSize); }
+
+namespace {
+
+// Whether the page may be kept: its content is not needed any more, but its memory stays while there is enough.
+bool OfferToSystem(void* pPage) noexcept { return madvise(pPage, kLargePage, MADV_FREE) == 0; }
+
+}  // namespace
 
 #else
 
@@ -47,4 +56,60 @@ void FreeLargePages(void* pMemory, std::size_t) noexcept {
 #endif
 }
 
+namespace {
+
+// Memory kept here could not be had by others.
+bool OfferToSystem(void*) noexcept { return false; }
+
+}  // namespace
+
 #endif
+
+namespace {
+
+// Pages that wait for the next mesh, a place for each, null where there is none.
+class Reserve {
+public:
+    constexpr Reserve() = default;
+    Reserve(Reserve const&) = delete;
+    Reserve& operator=(Reserve const&) = delete;
+    ~Reserve() {
+        while (void* const pPage = Take()) FreeLargePages(pPage, kLargePage);
+    }
+
+    void* Take() noexcept {
+        for (std::atomic<void*>& place : m_Places) {
+            if (place.load(std::memory_order_relaxed) == nullptr) continue;
+            if (void* const pPage = place.exchange(nullptr, std::memory_order_acquire)) return pPage;
+        }
+        return nullptr;
+    }
+
+    bool Keep(void* pPage) noexcept {
+        for (std::atomic<void*>& place : m_Places) {
+            void* pNone = nullptr;
+            if (place.load(std::memory_order_relaxed) == nullptr &&
+                place.compare_exchange_strong(pNone, pPage, std::memory_order_release)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    static constexpr std::size_t kMostPages = 64;
+    std::array<std::atomic<void*>, kMostPages> m_Places{};
+};
+
+constinit Reserve s_Reserve;
+
+}  // namespace
+
+void* TakeLargePage() {
+    if (void* const pPage = s_Reserve.Take()) return pPage;
+    return AllocateLargePages(kLargePage);
+}
+
+void GiveLargePage(void* pPage) noexcept {
+    if (!OfferToSystem(pPage) || !s_Reserve.Keep(pPage)) FreeLargePages(pPage, kLargePage);
+}

@@ -16,6 +16,12 @@ void* AllocateLargePages(std::size_t nSize);
 /// nSize as it was when they were taken.
 void FreeLargePages(void* pMemory, std::size_t nSize) noexcept;
 
+/// One large page with anything in it, most likely one that was given back before. Throws std::bad_alloc.
+void* TakeLargePage();
+/// Gives the page back. Some are kept for the next mesh; the system may have their memory meanwhile if it needs
+/// it. They go for good when the library is unloaded.
+void GiveLargePage(void* pPage) noexcept;
+
 /// A table of records that all begin as zero bytes.
 template <class Record>
 class ZeroedTable {

@@ -69,7 +69,7 @@ void ReleaseChunks(Chunk* pRegion, std::size_t nChunks) noexcept {
     if (pRegion->bSingle) {
         FreeChunk(pRegion);
     } else {
-        FreeLargePages(pRegion, kLargePage);
+        GiveLargePage(pRegion);
     }
 }
 
@@ -150,7 +150,7 @@ private:
         bool const bSingle = m_nSingleChunks < kSingleChunks;
         if (bSingle) ++m_nSingleChunks;
         m_nRegionChunks = bSingle ? 1 : kChunksPerRegion;
-        m_pRegion = ::new (bSingle ? AllocateChunk() : AllocateLargePages(kLargePage)) Chunk;
+        m_pRegion = ::new (bSingle ? AllocateChunk() : TakeLargePage()) Chunk;
         m_pRegion->bSingle = bSingle;
         m_pRegion->nChunksHeld.store(m_nRegionChunks, std::memory_order_relaxed);
         m_nChunksLeft = m_nRegionChunks;
