@@ -67,49 +67,48 @@ bool OfferToSystem(void*) noexcept { return false; }
 
 namespace {
 
+constexpr std::size_t kMostKept = 64;
+
 // Pages that wait for the next mesh, a place for each, null where there is none.
-class Reserve {
-public:
-    constexpr Reserve() = default;
-    Reserve(Reserve const&) = delete;
-    Reserve& operator=(Reserve const&) = delete;
-    ~Reserve() {
-        while (void* const pPage = Take()) FreeLargePages(pPage, kLargePage);
-    }
+constinit std::array<std::atomic<void*>, kMostKept> s_Kept{};
 
-    void* Take() noexcept {
-        for (std::atomic<void*>& place : m_Places) {
-            if (place.load(std::memory_order_relaxed) == nullptr) continue;
-            if (void* const pPage = place.exchange(nullptr, std::memory_order_acquire)) return pPage;
-        }
-        return nullptr;
+void* TakeKept() noexcept {
+    for (std::atomic<void*>& place : s_Kept) {
+        if (place.load(std::memory_order_relaxed) == nullptr) continue;
+        if (void* const pPage = place.exchange(nullptr, std::memory_order_acquire)) return pPage;
     }
+    return nullptr;
+}
 
-    bool Keep(void* pPage) noexcept {
-        for (std::atomic<void*>& place : m_Places) {
-            void* pNone = nullptr;
-            if (place.load(std::memory_order_relaxed) == nullptr &&
-                place.compare_exchange_strong(pNone, pPage, std::memory_order_release)) {
-                return true;
-            }
-        }
-        return false;
+// Made with the first page that is kept, and gone when the library is unloaded or the process ends.
+struct Sweeper {
+    Sweeper() = default;
+    Sweeper(Sweeper const&) = delete;
+    Sweeper& operator=(Sweeper const&) = delete;
+    ~Sweeper() {
+        while (void* const pPage = TakeKept()) FreeLargePages(pPage, kLargePage);
     }
-
-private:
-    static constexpr std::size_t kMostPages = 64;
-    std::array<std::atomic<void*>, kMostPages> m_Places{};
 };
 
-constinit Reserve s_Reserve;
+bool Keep(void* pPage) noexcept {
+    static Sweeper const s_Sweeper;
+    for (std::atomic<void*>& place : s_Kept) {
+        void* pNone = nullptr;
+        if (place.load(std::memory_order_relaxed) == nullptr &&
+            place.compare_exchange_strong(pNone, pPage, std::memory_order_release)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
 void* TakeLargePage() {
-    if (void* const pPage = s_Reserve.Take()) return pPage;
+    if (void* const pPage = TakeKept()) return pPage;
     return AllocateLargePages(kLargePage);
 }
 
 void GiveLargePage(void* pPage) noexcept {
-    if (!OfferToSystem(pPage) || !s_Reserve.Keep(pPage)) FreeLargePages(pPage, kLargePage);
+    if (!OfferToSystem(pPage) || !Keep(pPage)) FreeLargePages(pPage, kLargePage);
 }

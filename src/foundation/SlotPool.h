@@ -5,9 +5,9 @@
 // Storage for the two records of which a mesh has millions, facets and vertices: slots of one size, cut from
 // large chunks without a word of bookkeeping a slot.
 //
-// A thread hands out slots from a chunk of its own; any thread may give a slot back. A chunk goes back to the
-// heap when all its slots have come back, so that a released model leaves nothing behind. Single slots are
-// not handed out again before that: meshes are built and released as a whole.
+// A thread hands out slots from a chunk of its own; any thread may give a slot back. Chunks go back when all
+// their slots have come back: the first few of a thread to the heap, others as large pages. Single slots are not
+// handed out again before that: meshes are built and released as a whole.
 //
 // Under the address sanitizer both go to the plain heap, one by one, so that it sees every record.
 

@@ -107,3 +107,22 @@ TYPED_TEST(SlotPoolTest, SlotsOutliveTheirThreadsAndAreFreedByOthers) {
     for (std::thread& taker : takers) taker.join();
     EXPECT_EQ(std::vector<int>(4, 0), wrong);
 }
+
+// As many as fill several chunks. Slots and annexes are filled in turn; none is written into another.
+TEST(SlotPool, EachVertexSlotHasAnAnnexOfItsOwn) {
+    std::vector<unsigned char*> slots;
+    for (unsigned n = 0; n < 20000; ++n) {
+        slots.push_back(static_cast<unsigned char*>(AllocateVertexSlot()));
+        std::memset(slots[n], static_cast<int>(n % 251), kVertexSlotSize);
+        std::memset(AnnexOf(slots[n]), static_cast<int>(n % 241), kVertexAnnexSize);
+    }
+    for (unsigned n = 0; n < slots.size(); ++n) {
+        auto const* const pAnnex = static_cast<unsigned char const*>(AnnexOf(slots[n]));
+        ASSERT_EQ(0u, reinterpret_cast<std::uintptr_t>(pAnnex) % alignof(void*));
+        ASSERT_TRUE(std::all_of(slots[n], slots[n] + kVertexSlotSize,
+                                [n](unsigned char c) { return c == n % 251; }));
+        ASSERT_TRUE(std::all_of(pAnnex, pAnnex + kVertexAnnexSize,
+                                [n](unsigned char c) { return c == n % 241; }));
+    }
+    for (unsigned char* const pSlot : slots) FreeVertexSlot(pSlot);
+}
