@@ -23,7 +23,7 @@ constexpr std::int32_t kNotPlaced = 1;
 template <class Test>
 std::vector<CFacet*> MarkFacetsToPlace(CSTLModel const& model, Test const& test) {
     std::vector<CFacet*> facets;
-    ForEachFacet(model.m_SurfaceArray, [&facets, &test](CFacet& facet) {
+    ForEachFacet<BringFacet>(model.m_SurfaceArray, [&facets, &test](CFacet& facet) {
         bool const bPasses = test(facet);
         facet.m_nRegion = bPasses ? kNotPlaced : kPlaced;
         if (bPasses) facets.push_back(&facet);
@@ -35,21 +35,22 @@ std::vector<CFacet*> MarkFacetsToPlace(CSTLModel const& model, Test const& test)
 /// All three are looked up before the first is offered, since what is done with one may turn its winding.
 struct AcrossEdges {
     /// Brings what the lookup will need of the members to come into the processor's cache, a step of the way
-    /// for each of them. The members of a small wave are near each other.
+    /// for each of them. What leads to the lists of a small wave is at hand since its members joined.
     void LookAhead(std::span<CFacet* const> wave, std::size_t i) const {
         constexpr std::size_t kSmallWave = 512;
         constexpr std::size_t kFacetsAhead = 24;
-        constexpr std::size_t kVerticesAhead = 16;
-        constexpr std::size_t kListsAhead = 8;
-        if (wave.size() < kSmallWave) return;
-        if (i + kFacetsAhead < wave.size()) Prefetch(wave[i + kFacetsAhead]);
-        if (i + kVerticesAhead < wave.size()) {
-            for (tagVertexNode* const p : Corners(*wave[i + kVerticesAhead])) Prefetch(&p->m_ppFacet);
+        constexpr std::size_t kHeadsAhead = 16;
+        std::size_t const nListsAhead = wave.size() < kSmallWave ? 2 : 8;
+        if (wave.size() >= kSmallWave) {
+            if (i + kFacetsAhead < wave.size()) Prefetch(wave[i + kFacetsAhead]);
+            if (i + kHeadsAhead < wave.size()) BringListHeads()(*wave[i + kHeadsAhead]);
         }
-        if (i + kListsAhead < wave.size()) {
-            for (tagVertexNode* const p : Corners(*wave[i + kListsAhead])) Prefetch(p->m_ppFacet);
+        if (i + nListsAhead < wave.size()) {
+            for (tagVertexNode* const p : Corners(*wave[i + nListsAhead])) Prefetch(p->m_ppFacet);
         }
     }
+
+    void Joined(CFacet const* pFacet) const { BringListHeads()(*pFacet); }
 
     template <class Offer>
     void operator()(CFacet* pFacet, Offer const& offer) const {
@@ -85,7 +86,8 @@ public:
     /// Takes what can be reached from the seed, wave by wave.
     ///
     /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order. It may have a
-    ///   LookAhead(wave, i) that is called before the i-th member of the wave comes, and changes nothing.
+    ///   LookAhead(wave, i) that is called before the i-th member of the wave comes, and a Joined(neighbor) that
+    ///   is called when one has joined; they change nothing.
     /// - takes(nEdge, member, candidate) decides whether a neighbour joins, and marks it then: one that has
     ///   joined must not be taken again. One that is refused may be offered again, by another member.
     /// - visit(wave) gets those that joined beside the wave before, in the order of their joining; the seed
@@ -99,8 +101,10 @@ public:
                 if constexpr (requires { neighborsOf.LookAhead(m_Wave, i); })
                     neighborsOf.LookAhead(m_Wave, i);
                 Member const member = m_Wave[i];
-                neighborsOf(member, [this, member, &takes](int nEdge, Member candidate) {
-                    if (takes(nEdge, member, candidate)) m_Next.push_back(candidate);
+                neighborsOf(member, [this, member, &neighborsOf, &takes](int nEdge, Member candidate) {
+                    if (!takes(nEdge, member, candidate)) return;
+                    if constexpr (requires { neighborsOf.Joined(candidate); }) neighborsOf.Joined(candidate);
+                    m_Next.push_back(candidate);
                 });
             }
             if (!visit(std::span<Member const>(m_Next))) return;
