@@ -26,8 +26,8 @@ Float3 ToFloat3(Point const& point) {
 
 inline Float3 ToFloat3(float const (&normal)[3]) { return {normal[0], normal[1], normal[2]}; }
 
-/// The area of the triangle p1, p2, p3, of Float3 or FloatLanes, as seen along the unit normal: summed in float over the cross products
-/// of the corners, then halved in double. It loses digits far from the origin.
+/// The area of the triangle p1, p2, p3, of Float3 or FloatLanes, as seen along the unit normal: summed in
+/// float over the cross products of the corners, then halved in double. It loses digits far from the origin.
 template <class Floats>
 double AreaAlong(Floats const& normal, Floats const& p1, Floats const& p2, Floats const& p3) {
     Floats const s = Sum(Sum(Cross(p1, p2), Cross(p2, p3)), Cross(p3, p1));

@@ -2,8 +2,8 @@
 
 #include "foundation/Float3.h"
 
-// Float3 in the lanes of one register, where the processor has such: each number by the same operations in the
-// same order, so that results are the same bit for bit.
+// Float3 in the lanes of one register, where the processor has such: each number by the same operations in
+// the same order, so that results are the same bit for bit.
 
 #if defined(__SSE2__)
 
@@ -43,8 +43,7 @@ inline FloatLanes Sum(FloatLanes const& a, FloatLanes const& b) { return {_mm_ad
 // The differences come out as z, x, y and are turned into place.
 inline FloatLanes Cross(FloatLanes const& a, FloatLanes const& b) {
     using float_lanes::Turned;
-    __m128 const zxy =
-        _mm_sub_ps(_mm_mul_ps(a.lanes, Turned(b.lanes)), _mm_mul_ps(Turned(a.lanes), b.lanes));
+    __m128 const zxy = _mm_sub_ps(_mm_mul_ps(a.lanes, Turned(b.lanes)), _mm_mul_ps(Turned(a.lanes), b.lanes));
     return {Turned(zxy)};
 }
 

@@ -16,7 +16,8 @@ void* AllocateLargePages(std::size_t nSize) {
     void* const pTaken = mmap(nullptr, nTaken, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pTaken == MAP_FAILED) throw std::bad_alloc();
     char* const pFirst = static_cast<char*>(pTaken);
-    std::size_t const nBefore = (kLargePage - reinterpret_cast<std::uintptr_t>(pTaken) % kLargePage) % kLargePage;
+    std::size_t const nBefore =
+        (kLargePage - reinterpret_cast<std::uintptr_t>(pTaken) % kLargePage) % kLargePage;
     if (nBefore != 0) munmap(pFirst, nBefore);
     munmap(pFirst + nBefore + nSize, nTaken - nBefore - nSize);
     madvise(pFirst + nBefore, nSize, MADV_HUGEPAGE);
@@ -27,7 +28,8 @@ void FreeLargePages(void* pMemory, std::size_t nSize) noexcept { munmap(pMemory,
 
 namespace {
 
-// Whether the page may be kept: its content is not needed any more, but its memory stays while there is enough.
+// Whether the page may be kept: its content is not needed any more, but its memory stays while there is
+// enough.
 bool OfferToSystem(void* pPage) noexcept { return madvise(pPage, kLargePage, MADV_FREE) == 0; }
 
 }  // namespace

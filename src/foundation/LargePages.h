@@ -18,8 +18,8 @@ void FreeLargePages(void* pMemory, std::size_t nSize) noexcept;
 
 /// One large page with anything in it, most likely one that was given back before. Throws std::bad_alloc.
 void* TakeLargePage();
-/// Gives the page back. Some are kept for the next mesh; the system may have their memory meanwhile if it needs
-/// it. They go for good when the library is unloaded.
+/// Gives the page back. Some are kept for the next mesh; the system may have their memory meanwhile if it
+/// needs it. They go for good when the library is unloaded.
 void GiveLargePage(void* pPage) noexcept;
 
 /// A table of records that all begin as zero bytes.
@@ -31,7 +31,8 @@ public:
     ZeroedTable() = default;
     explicit ZeroedTable(std::size_t nRecords) : m_pRecords(Allocate(nRecords)), m_nRecords(nRecords) {}
     ZeroedTable(ZeroedTable&& other) noexcept
-        : m_pRecords(std::exchange(other.m_pRecords, nullptr)), m_nRecords(std::exchange(other.m_nRecords, 0)) {}
+        : m_pRecords(std::exchange(other.m_pRecords, nullptr)),
+          m_nRecords(std::exchange(other.m_nRecords, 0)) {}
     ZeroedTable& operator=(ZeroedTable&& other) noexcept {
         std::swap(m_pRecords, other.m_pRecords);
         std::swap(m_nRecords, other.m_nRecords);

@@ -41,7 +41,7 @@ constexpr std::int64_t kOpen = std::int64_t{1} << 40;
 // back.
 struct Chunk {
     std::atomic<std::int64_t> nSlotsHeld{kOpen};
-    Chunk* pRegion = this;                 // the first chunk of the region; itself for a single chunk
+    Chunk* pRegion = this;  // the first chunk of the region; itself for a single chunk
     bool bSingle = false;
     std::atomic<std::size_t> nChunksHeld{1};  // of the region, in its first chunk
 };
@@ -78,8 +78,8 @@ void ReleaseSlots(Chunk* pChunk, std::int64_t nSlots) noexcept {
         ReleaseChunks(pChunk->pRegion, 1);
 }
 
-// One thread's open chunk for slots of one size, and what is left of its open region. The slots' annexes stand
-// together behind all slots of their chunk.
+// One thread's open chunk for slots of one size, and what is left of its open region. The slots' annexes
+// stand together behind all slots of their chunk.
 template <std::size_t kSlotSize, std::size_t kAnnexSize>
 class SlotPool {
 public:

@@ -29,8 +29,8 @@ struct BringFacet {
     void operator()(CFacet const&) const {}
 };
 
-/// Calls visit(CFacet&) for every facet of the array, in its order. The visitor may change facets, but not the
-/// array.
+/// Calls visit(CFacet&) for every facet of the array, in its order. The visitor may change facets, but not
+/// the array.
 template <class Bring = BringCorners, class Visit>
 void ForEachFacet(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
     constexpr int kFacetsAhead = 40;

@@ -86,8 +86,8 @@ public:
     /// Takes what can be reached from the seed, wave by wave.
     ///
     /// - neighborsOf(member, offer) calls offer(nEdge, neighbor) for each neighbour, in order. It may have a
-    ///   LookAhead(wave, i) that is called before the i-th member of the wave comes, and a Joined(neighbor) that
-    ///   is called when one has joined; they change nothing.
+    ///   LookAhead(wave, i) that is called before the i-th member of the wave comes, and a Joined(neighbor)
+    ///   that is called when one has joined; they change nothing.
     /// - takes(nEdge, member, candidate) decides whether a neighbour joins, and marks it then: one that has
     ///   joined must not be taken again. One that is refused may be offered again, by another member.
     /// - visit(wave) gets those that joined beside the wave before, in the order of their joining; the seed

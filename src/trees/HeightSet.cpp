@@ -12,8 +12,8 @@ constexpr std::size_t kFirstLines = 16;
 constexpr std::size_t kHeightsPerLine = 3;  // on average, at most
 constexpr double kTolerancesPerInterval = 8.0;
 
-// Heights within the tolerance of z, as rounded subtraction has it, lie in the intervals from that of z less so
-// many tolerances to that of z and so many more: rounding is monotonic.
+// Heights within the tolerance of z, as rounded subtraction has it, lie in the intervals from that of z less
+// so many tolerances to that of z and so many more: rounding is monotonic.
 constexpr double kReach = 1.25;
 
 // Heights reach from -1e10 to 1e10; interval numbers stay whole numbers of a double far beyond that.

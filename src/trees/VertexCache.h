@@ -99,7 +99,8 @@ private:
     bool IsMarked(double y, double dHeight) const;
     void MarkAround(double y, double dHeight);
 
-    // Vertices of clean rows that were asked for lately, by their hash. Empty whenever a row ceases to be clean.
+    // Vertices of clean rows that were asked for lately, by their hash. Empty whenever a row ceases to be
+    // clean.
     static constexpr std::size_t kRecent = 1024;
 
     CVertexTree& m_Tree;

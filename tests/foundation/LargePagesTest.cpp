@@ -104,7 +104,8 @@ TEST(ZeroedTable, MovesWithWhatItHolds) {
         target = std::move(moved);
         EXPECT_EQ(nRecords, target.size());
         EXPECT_EQ(33u, target[3]);
-        ZeroedTable<std::uint64_t> const old = std::exchange(target, ZeroedTable<std::uint64_t>(2 * nRecords));
+        ZeroedTable<std::uint64_t> const old =
+            std::exchange(target, ZeroedTable<std::uint64_t>(2 * nRecords));
         EXPECT_EQ(33u, old[3]);
         EXPECT_EQ(2 * nRecords, target.size());
         EXPECT_TRUE(IsZero(target));

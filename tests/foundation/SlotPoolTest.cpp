@@ -119,10 +119,10 @@ TEST(SlotPool, EachVertexSlotHasAnAnnexOfItsOwn) {
     for (unsigned n = 0; n < slots.size(); ++n) {
         auto const* const pAnnex = static_cast<unsigned char const*>(AnnexOf(slots[n]));
         ASSERT_EQ(0u, reinterpret_cast<std::uintptr_t>(pAnnex) % alignof(void*));
-        ASSERT_TRUE(std::all_of(slots[n], slots[n] + kVertexSlotSize,
-                                [n](unsigned char c) { return c == n % 251; }));
-        ASSERT_TRUE(std::all_of(pAnnex, pAnnex + kVertexAnnexSize,
-                                [n](unsigned char c) { return c == n % 241; }));
+        ASSERT_TRUE(
+            std::all_of(slots[n], slots[n] + kVertexSlotSize, [n](unsigned char c) { return c == n % 251; }));
+        ASSERT_TRUE(
+            std::all_of(pAnnex, pAnnex + kVertexAnnexSize, [n](unsigned char c) { return c == n % 241; }));
     }
     for (unsigned char* const pSlot : slots) FreeVertexSlot(pSlot);
 }
