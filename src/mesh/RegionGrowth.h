@@ -101,7 +101,7 @@ public:
                 if constexpr (requires { neighborsOf.LookAhead(m_Wave, i); })
                     neighborsOf.LookAhead(m_Wave, i);
                 Member const member = m_Wave[i];
-                neighborsOf(member, [this, member, &neighborsOf, &takes](int nEdge, Member candidate) {
+                neighborsOf(member, [&, member](int nEdge, Member candidate) {
                     if (!takes(nEdge, member, candidate)) return;
                     if constexpr (requires { neighborsOf.Joined(candidate); }) neighborsOf.Joined(candidate);
                     m_Next.push_back(candidate);
