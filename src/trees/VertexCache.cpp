@@ -46,6 +46,14 @@ constexpr std::uint64_t kFactorZ = 0x165667B19E3779F9u;
 
 std::uint64_t Spread(std::uint64_t n) { return (n ^ (n >> 32)) * kFactorX; }
 
+// The first when the condition holds, else the second, without a branch.
+tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexNode const* pSecond) {
+    auto const nFirst = reinterpret_cast<std::uintptr_t>(pFirst);
+    auto const nSecond = reinterpret_cast<std::uintptr_t>(pSecond);
+    std::uintptr_t const nMask = std::uintptr_t{0} - static_cast<std::uintptr_t>(bFirst);
+    return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
+}
+
 }  // namespace
 
 VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
@@ -158,32 +166,34 @@ tagVertexNode* VertexCache::FindTagged(std::size_t nHash) const {
     return pFound;
 }
 
-// All go down a level at a time, so that the memory of many levels is under way at once. The heights that
-// points take on their way are left out: a way that differs costs time, no more.
+// All go down a level at a time, so that the memory of many levels is under way at once, and without
+// branches, since no turn can be foreseen. The heights that points take on their way are left out, and a
+// point that has come to its vertex goes on: a way that differs costs time, no more.
 void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) const {
     struct Way {
         CPoint3D const* pPoint;
         tagVertexNode const* pNode;
     };
-    std::array<Way, 32> ways;
-    for (std::size_t nFirst = 0; nFirst < points.size(); nFirst += ways.size()) {
-        std::size_t nWays = std::min(ways.size(), points.size() - nFirst);
-        for (std::size_t i = 0; i < nWays; ++i) ways[i] = {points[nFirst + i], m_Tree.m_pRoot};
-        while (nWays > 0) {
-            std::size_t nStill = 0;
-            for (std::size_t i = 0; i < nWays; ++i) {
-                auto const [pPoint, pNode] = ways[i];
-                if (pNode == nullptr) continue;
-                double z = pPoint->z;
-                vertex_insertion::NoWatch watch;
-                COMPARE const order = vertex_insertion::CompareAndSnap(*pNode, pPoint->x, pPoint->y, z,
-                                                                       m_Tree.m_dTolerance, watch);
-                tagVertexNode const* const pNext = order == COMPARE_LESS ? pNode->m_pLeft : pNode->m_pRight;
-                Prefetch(pNext);
-                ways[nStill++] = {pPoint, pNext};
-            }
-            nWays = nStill;
+    std::array<Way, kLargestGroup> ways;
+    std::size_t nWays = 0;
+    if (m_Tree.m_pRoot == nullptr) return;
+    for (CPoint3D const* const pPoint : points) ways[nWays++] = {pPoint, m_Tree.m_pRoot};
+    double const dTolerance = m_Tree.m_dTolerance;
+    while (nWays > 0) {
+        std::size_t nStill = 0;
+        for (std::size_t i = 0; i < nWays; ++i) {
+            auto const [pPoint, pNode] = ways[i];
+            double const dx = pNode->x - pPoint->x;
+            double const dy = pNode->y - pPoint->y;
+            double const dz = pNode->z - pPoint->z;
+            double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
+            double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
+            tagVertexNode const* const pNext = Choose(d < 0.0, pNode->m_pLeft, pNode->m_pRight);
+            Prefetch(pNext);
+            ways[nStill] = {pPoint, pNext};
+            nStill += pNext != nullptr ? 1 : 0;
         }
+        nWays = nStill;
     }
 }
 
