@@ -33,8 +33,8 @@ struct BringFacet {
 /// the array.
 template <class Bring = BringCorners, class Visit>
 void ForEachFacet(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
-    constexpr int kFacetsAhead = 40;
-    constexpr int kCornersAhead = 20;
+    constexpr int kFacetsAhead = 128;
+    constexpr int kCornersAhead = 64;
     CFacet* const* const pFacets = facets.m_pData;
     int const nFacets = facets.m_nSize;
     int i = 0;
