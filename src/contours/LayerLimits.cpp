@@ -86,7 +86,10 @@ int ClipEdgeToBox(CEdge2D& edge, CBoundBox2D& box, CEdge2D& result) {
     auto& [first, second] = crossings.points;
     if (crossings.nCount == 0) return 0;
     if (crossings.nCount == 2) {
-        if (D2ofPtoP(edge.m_ptStart, first) > D2ofPtoP(edge.m_ptStart, second)) std::swap(first, second);
+        // Roots, since two squares that differ may have the same one.
+        double const dFirst = std::sqrt(D2ofPtoP(edge.m_ptStart, first));
+        double const dSecond = std::sqrt(D2ofPtoP(edge.m_ptStart, second));
+        if (dFirst > dSecond) std::swap(first, second);
         result = CEdge2D(first, second);
     } else {
         result = bStartInside ? CEdge2D(edge.m_ptStart, first) : CEdge2D(first, edge.m_ptEnd);

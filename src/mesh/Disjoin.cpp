@@ -78,6 +78,7 @@ private:
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
     void FindShell(CFacet& seed) {
         m_Shell.assign(1, &seed);
+        seed.m_nRegion = kPlaced;
         m_Growth.Grow(seed, AcrossEdges(), EveryoneJoins(), [this](std::span<CFacet* const> wave) {
             m_Shell.insert(m_Shell.end(), wave.begin(), wave.end());
             return !IsStopped();

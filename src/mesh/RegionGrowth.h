@@ -120,10 +120,10 @@ private:
 /// Grows regions of facets that are not placed yet, and marks what joins as placed.
 class RegionGrowth {
 public:
-    /// As WaveGrowth::Grow, where joins(nEdge, member, candidate) decides for a facet that is not placed.
+    /// As WaveGrowth::Grow, where joins(nEdge, member, candidate) decides for a facet that is not placed. The
+    /// caller has placed the seed.
     template <class NeighborsOf, class Joins, class Visit>
     void Grow(CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins, Visit const& visit) {
-        seed.m_nRegion = kPlaced;
         m_Growth.Grow(
             &seed, neighborsOf,
             [&joins](int nEdge, CFacet* pMember, CFacet* pCandidate) {
@@ -134,11 +134,16 @@ public:
             visit);
     }
 
-    /// The same, with the region gathered in a surface's facets, the seed first.
-    template <class NeighborsOf, class Joins>
-    void GrowSurface(CFeatureSurface& surface, CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins) {
+    /// Places the seed as the first facet of a surface.
+    static void StartSurface(CFeatureSurface& surface, CFacet& seed) {
         surface.m_aFacet.Add(&seed);
-        Grow(seed, neighborsOf, joins, [&surface](std::span<CFacet* const> wave) {
+        seed.m_nRegion = kPlaced;
+    }
+
+    /// As Grow, with what joins the surface's seed gathered in its facets.
+    template <class NeighborsOf, class Joins>
+    void GrowSurface(CFeatureSurface& surface, NeighborsOf&& neighborsOf, Joins const& joins) {
+        Grow(*surface.m_aFacet[0], neighborsOf, joins, [&surface](std::span<CFacet* const> wave) {
             for (CFacet* const pFacet : wave) surface.m_aFacet.Add(pFacet);
             return true;
         });

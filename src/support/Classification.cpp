@@ -180,9 +180,9 @@ void CSTLModel::ClassifySurf(int (*pJudge)(int, CFacet*, CFacet*, double), doubl
     for (CFacet* const pSeed : DissolveSurfaces(*this)) {
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
-        pSeed->m_nRegion = kPlaced;  // a judge may look at it
+        RegionGrowth::StartSurface(surface, *pSeed);
         nClass = pJudge(nClass, pSeed, nullptr, d);
-        growth.GrowSurface(surface, *pSeed, AcrossEdges(),
+        growth.GrowSurface(surface, AcrossEdges(),
                            [pJudge, nClass, d](int, CFacet const&, CFacet& candidate) {
                                return pJudge(nClass, nullptr, &candidate, d) != 0;
                            });
@@ -193,7 +193,9 @@ void CSTLModel::ExtractFeatherSurf(int (*pJudge)(int, CFacet*, CFacet*, double),
     RegionGrowth growth;
     for (CFacet* const pSeed : DissolveSurfaces(*this)) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        growth.GrowSurface(AddNew(m_SurfaceArray.m_aSurface), *pSeed, AcrossEdges(),
+        CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
+        RegionGrowth::StartSurface(surface, *pSeed);
+        growth.GrowSurface(surface, AcrossEdges(),
                            [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
                                return pJudge(nEdge, &member, &candidate, d) != 0;
                            });

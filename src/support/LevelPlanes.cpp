@@ -14,6 +14,8 @@ void CSTLModel::ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult) {
     });
     for (CFacet* const pSeed : facets) {
         if (pSeed->m_nRegion == kPlaced) continue;
-        growth.GrowSurface(AddNew(pResult->m_aSurface), *pSeed, AcrossEdges(), EveryoneJoins());
+        CFeatureSurface& surface = AddNew(pResult->m_aSurface);
+        RegionGrowth::StartSurface(surface, *pSeed);
+        growth.GrowSurface(surface, AcrossEdges(), EveryoneJoins());
     }
 }

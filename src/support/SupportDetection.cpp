@@ -34,7 +34,8 @@ void GrowSupportSurfaces(std::vector<CFacet*> const& facets, CSurfaceArray& surf
     for (CFacet* const pSeed : facets) {
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddSupportSurface(surfaces);
-        growth.GrowSurface(surface, *pSeed, neighborsOf, EveryoneJoins());
+        RegionGrowth::StartSurface(surface, *pSeed);
+        growth.GrowSurface(surface, neighborsOf, EveryoneJoins());
         surface.GetBoundBox();
     }
 }

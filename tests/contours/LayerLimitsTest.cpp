@@ -63,6 +63,19 @@ TEST(ClipEdgeToBox, ThroughACornerTheTwoSidesGiveOnePlaceTwice) {
     EXPECT_EQ(Clipped(-5, 5, 5, -5), (Segments{{{0, 0}, {0, 0}}}));
 }
 
+// The squares of the two distances from the start differ in their last bit, 2.0000000000000004 and 2, but not
+// their roots: the place on the upper side, found first, stays in front.
+TEST(ClipEdgeToBox, PlacesAtOneDistanceStayInTheOrderInWhichTheyAreFound) {
+    CEdge2D edge(CPoint2D(0.0, 1.0), CPoint2D(3.1000000000000001, 4.0999999999999996));
+    CBoundBox2D box(CPoint2D(1.0, 0.0), CPoint2D(4.0, 2.0));
+    CEdge2D result;
+    ASSERT_EQ(1, ClipEdgeToBox(edge, box, result));
+    EXPECT_EQ(1.0000000000000002, result.m_ptStart.x);
+    EXPECT_EQ(2.0, result.m_ptStart.y);
+    EXPECT_EQ(1.0, result.m_ptEnd.x);
+    EXPECT_EQ(2.0, result.m_ptEnd.y);
+}
+
 TEST(ClipEdgeToBox, TheResultMayBeTheEdgeItself) {
     CEdge2D edge(CPoint2D(-5, 5), CPoint2D(15, 5));
     CBoundBox2D box = kBox;

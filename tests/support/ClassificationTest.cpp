@@ -55,6 +55,34 @@ void ExpectClassificationState(NumberedModel const& m) {
 
 }  // namespace
 
+namespace {
+
+CSTLModel* g_pJudged = nullptr;
+std::vector<int> g_SizesSeen;
+
+// Writes down how many facets the newest surface has when its seed is judged; no facet joins another.
+int NoteSizeOfNewest(int, CFacet* pSeed, CFacet*, double) {
+    if (pSeed == nullptr) return 0;
+    auto const& surfaces = g_pJudged->m_SurfaceArray.m_aSurface;
+    CFeatureSurface const& newest = *surfaces[surfaces.GetSize() - 1];
+    g_SizesSeen.push_back(newest.m_aFacet.GetSize());
+    EXPECT_EQ(pSeed, newest.m_aFacet[0]);
+    EXPECT_EQ(0, pSeed->m_nRegion);
+    return 7;
+}
+
+}  // namespace
+
+TEST(ClassifySurf, JudgesASeedThatIsInItsSurface) {
+    CSTLModel model;
+    AddShape(model, shapes::IcoSphere(3.0, 0));
+    g_pJudged = &model;
+    g_SizesSeen.clear();
+    model.ClassifySurf(NoteSizeOfNewest, 0.0);
+    EXPECT_EQ(std::vector<int>(20, 1), g_SizesSeen);
+    EXPECT_EQ(20, model.m_SurfaceArray.m_aSurface.GetSize());
+}
+
 TEST(Classification, CubeHasSixFacesOfTwoFacets) {
     NumberedModel m(shapes::Cube(2.0f));
     m.model.ExtractFeatherSurf(CSTLModel::JionJudgeFun, JoinDistance2());
