@@ -195,10 +195,9 @@ void CSTLModel::ExtractFeatherSurf(int (*pJudge)(int, CFacet*, CFacet*, double),
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
         RegionGrowth::StartSurface(surface, *pSeed);
-        growth.GrowSurface(surface, AcrossEdges(),
-                           [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
-                               return pJudge(nEdge, &member, &candidate, d) != 0;
-                           });
+        growth.GrowSurface(surface, AcrossEdges(), [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
+            return pJudge(nEdge, &member, &candidate, d) != 0;
+        });
     }
 }
 

@@ -73,9 +73,9 @@ int NoteSizeOfNewest(int, CFacet* pSeed, CFacet*, double) {
 
 }  // namespace
 
-TEST(ClassifySurf, JudgesASeedThatIsInItsSurface) {
+TEST(Classification, JudgesASeedThatIsInItsSurface) {
     CSTLModel model;
-    AddShape(model, shapes::IcoSphere(3.0, 0));
+    AddMesh(model, shapes::IcoSphere(3.0, 0));
     g_pJudged = &model;
     g_SizesSeen.clear();
     model.ClassifySurf(NoteSizeOfNewest, 0.0);
