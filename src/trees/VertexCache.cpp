@@ -105,6 +105,7 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
     if (m_Tree.m_nCount == nCount) return pNode;
     Remember(pNode);
+    // A point with one height near has taken that one.
     if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
     bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
     if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
