@@ -1,0 +1,94 @@
+// VTK on the same files: from STL to merged points with links to their cells, writing, consistent winding, area and
+// volume.
+
+#include <vtkMassProperties.h>
+#include <vtkNew.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataNormals.h>
+#include <vtkSTLReader.h>
+#include <vtkSTLWriter.h>
+#include <vtkSmartPointer.h>
+
+#include <filesystem>
+
+#include "BenchFiles.h"
+
+namespace {
+
+vtkSmartPointer<vtkPolyData> ReadMesh(std::string const& file) {
+    vtkNew<vtkSTLReader> reader;
+    reader->SetFileName(file.c_str());
+    reader->Update();
+    vtkSmartPointer<vtkPolyData> mesh = reader->GetOutput();
+    mesh->BuildLinks();
+    return mesh;
+}
+
+vtkSmartPointer<vtkPolyData> ReadGyroid(benchmark::State& state, Kind kind = Kind::kBinary) {
+    return ReadMesh(GyroidFile(static_cast<std::size_t>(state.range(0)), kind));
+}
+
+void ReadFile(benchmark::State& state, Kind kind) {
+    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
+    double dFacets = 0.0;
+    for (auto _ : state) {
+        vtkSmartPointer<vtkPolyData> mesh = ReadMesh(file);
+        state.PauseTiming();
+        dFacets = static_cast<double>(mesh->GetNumberOfCells());
+        mesh = nullptr;
+        state.ResumeTiming();
+    }
+    ReportFacets(state, dFacets);
+}
+
+void VtkReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }
+void VtkReadBinaryShuffled(benchmark::State& state) { ReadFile(state, Kind::kShuffled); }
+void VtkReadAscii(benchmark::State& state) { ReadFile(state, Kind::kAscii); }
+
+void VtkWriteBinary(benchmark::State& state) {
+    auto const mesh = ReadGyroid(state);
+    std::string const output = (std::filesystem::temp_directory_path() / "varnet-bench-peer.stl").string();
+    for (auto _ : state) {
+        vtkNew<vtkSTLWriter> writer;
+        writer->SetInputData(mesh);
+        writer->SetFileName(output.c_str());
+        writer->SetFileTypeToBinary();
+        writer->Write();
+    }
+    ReportFacets(state, static_cast<double>(mesh->GetNumberOfCells()));
+}
+
+// With the normals of the facets, which FixNormal makes as well.
+void VtkOrient(benchmark::State& state) {
+    auto const mesh = ReadGyroid(state, Kind::kTurned);
+    for (auto _ : state) {
+        vtkNew<vtkPolyDataNormals> normals;
+        normals->SetInputData(mesh);
+        normals->SplittingOff();
+        normals->ConsistencyOn();
+        normals->ComputePointNormalsOff();
+        normals->ComputeCellNormalsOn();
+        normals->Update();
+    }
+    ReportFacets(state, static_cast<double>(mesh->GetNumberOfCells()));
+}
+
+void VtkAreaAndVolume(benchmark::State& state) {
+    auto const mesh = ReadGyroid(state);
+    for (auto _ : state) {
+        vtkNew<vtkMassProperties> properties;
+        properties->SetInputData(mesh);
+        benchmark::DoNotOptimize(properties->GetSurfaceArea());
+        benchmark::DoNotOptimize(properties->GetVolume());
+    }
+    ReportFacets(state, static_cast<double>(mesh->GetNumberOfCells()));
+}
+
+BENCHMARK(VtkReadBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkReadBinaryShuffled)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkReadAscii)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkWriteBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkOrient)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkAreaAndVolume)->Arg(1000000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
