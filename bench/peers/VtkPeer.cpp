@@ -1,5 +1,5 @@
-// VTK on the same files: from STL to merged points with links to their cells, writing, consistent winding, area and
-// volume.
+// VTK on the same files: from STL to merged points with links to their cells, writing, consistent winding,
+// area and volume.
 
 #include <vtkMassProperties.h>
 #include <vtkNew.h>
