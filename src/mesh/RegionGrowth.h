@@ -140,10 +140,10 @@ public:
         seed.m_nRegion = kPlaced;
     }
 
-    /// As Grow, with what joins the surface's seed gathered in its facets.
+    /// As Grow, with what joins the seed gathered in the surface's facets.
     template <class NeighborsOf, class Joins>
-    void GrowSurface(CFeatureSurface& surface, NeighborsOf&& neighborsOf, Joins const& joins) {
-        Grow(*surface.m_aFacet[0], neighborsOf, joins, [&surface](std::span<CFacet* const> wave) {
+    void GrowSurface(CFeatureSurface& surface, CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins) {
+        Grow(seed, neighborsOf, joins, [&surface](std::span<CFacet* const> wave) {
             for (CFacet* const pFacet : wave) surface.m_aFacet.Add(pFacet);
             return true;
         });

@@ -182,7 +182,7 @@ void CSTLModel::ClassifySurf(int (*pJudge)(int, CFacet*, CFacet*, double), doubl
         CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
         RegionGrowth::StartSurface(surface, *pSeed);
         nClass = pJudge(nClass, pSeed, nullptr, d);
-        growth.GrowSurface(surface, AcrossEdges(),
+        growth.GrowSurface(surface, *pSeed, AcrossEdges(),
                            [pJudge, nClass, d](int, CFacet const&, CFacet& candidate) {
                                return pJudge(nClass, nullptr, &candidate, d) != 0;
                            });
@@ -195,9 +195,10 @@ void CSTLModel::ExtractFeatherSurf(int (*pJudge)(int, CFacet*, CFacet*, double),
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddNew(m_SurfaceArray.m_aSurface);
         RegionGrowth::StartSurface(surface, *pSeed);
-        growth.GrowSurface(surface, AcrossEdges(), [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
-            return pJudge(nEdge, &member, &candidate, d) != 0;
-        });
+        growth.GrowSurface(surface, *pSeed, AcrossEdges(),
+                           [pJudge, d](int nEdge, CFacet& member, CFacet& candidate) {
+                               return pJudge(nEdge, &member, &candidate, d) != 0;
+                           });
     }
 }
 

@@ -16,6 +16,6 @@ void CSTLModel::ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult) {
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddNew(pResult->m_aSurface);
         RegionGrowth::StartSurface(surface, *pSeed);
-        growth.GrowSurface(surface, AcrossEdges(), EveryoneJoins());
+        growth.GrowSurface(surface, *pSeed, AcrossEdges(), EveryoneJoins());
     }
 }

@@ -35,7 +35,7 @@ void GrowSupportSurfaces(std::vector<CFacet*> const& facets, CSurfaceArray& surf
         if (pSeed->m_nRegion == kPlaced) continue;
         CFeatureSurface& surface = AddSupportSurface(surfaces);
         RegionGrowth::StartSurface(surface, *pSeed);
-        growth.GrowSurface(surface, neighborsOf, EveryoneJoins());
+        growth.GrowSurface(surface, *pSeed, neighborsOf, EveryoneJoins());
         surface.GetBoundBox();
     }
 }

@@ -76,7 +76,8 @@ void Balance(Node*& slot, int& nTaller) {
 /// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
 template <class Node, class Compare, class Make>
 Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
-    // The slots passed on the way. A tree of 2^32 nodes is not deeper than 46 levels.
+    // The last slots passed on the way. A tree of 2^32 nodes is not deeper than 46 levels; of a way that is
+    // longer, since a host has bent the tree, the first slots are forgotten.
     constexpr std::size_t kDeepest = 64;
     std::array<Node**, kDeepest> way;
     std::size_t nDepth = 0;
@@ -85,7 +86,7 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
     while (Node* const pNode = *pSlot) {
         int const nOrder = compare(pNode);
         if (nOrder == 0) return pNode;
-        way[nDepth++] = pSlot;
+        way[nDepth++ % kDeepest] = pSlot;
         pSlot = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
     }
     Node* const pMade = make();
@@ -93,9 +94,10 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
     nTaller = 1;
 
     // Upward, as long as a subtree has become deeper: a node in balance tilts to the side that has grown.
-    while (nDepth > 0 && nTaller != 0) {
+    std::size_t const nForgotten = nDepth > kDeepest ? nDepth - kDeepest : 0;
+    while (nDepth > nForgotten && nTaller != 0) {
         Node** const pGrown = pSlot;
-        pSlot = way[--nDepth];
+        pSlot = way[--nDepth % kDeepest];
         Node* const pNode = *pSlot;
         bool const bLeft = pGrown == &pNode->m_pLeft;
         int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;

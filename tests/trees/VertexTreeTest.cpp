@@ -475,3 +475,20 @@ TEST(VertexTree, WalksAcceptAnEmptyTree) {
     tree.ReleaseAll();
     EXPECT_EQ(0u, tree.m_nCount);
 }
+
+// A chain of a hundred vertices that a host has tied by hand: deeper than any balanced tree, and still safe.
+TEST(VertexTree, PointBelowAChainTiedByHandIsAdded) {
+    CVertexTree tree;
+    tagVertexNode** ppSlot = &tree.m_pRoot;
+    for (int i = 0; i < 100; ++i) {
+        *ppSlot = new tagVertexNode(CPoint3D(0.0, 0.0, i));
+        ppSlot = &(*ppSlot)->m_pLeft;
+    }
+    CPoint3D point(0.0, 0.0, 200.0);
+    tagVertexNode const* const pAdded = tree.AddNode(point);
+    EXPECT_EQ(200.0, pAdded->z);
+    EXPECT_EQ(pAdded, tree.AddNode(point));
+    int nLevels = 0;
+    for (tagVertexNode const* p = tree.m_pRoot; p != nullptr; p = p->m_pLeft) ++nLevels;
+    EXPECT_EQ(101, nLevels);
+}
