@@ -12,18 +12,13 @@
 namespace {
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    WidePath path(file);
-    double dFacets = 0.0;
-    for (auto _ : state) {
+    auto const read = [](std::string const& file) {
         auto pModel = std::make_unique<CSTLModel>();
+        WidePath path(file);
         pModel->ReadSTLFile(path.Get(), 0);
-        state.PauseTiming();
-        dFacets = pModel->GetFacetsNum();
-        pModel.reset();
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+        return pModel;
+    };
+    TimeReading(state, kind, read, [](CSTLModel& model) { return model.GetFacetsNum(); });
 }
 
 void ReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }

@@ -3,6 +3,7 @@
 #include <admesh/stl.h>
 
 #include <filesystem>
+#include <memory>
 
 #include "BenchFiles.h"
 
@@ -26,16 +27,9 @@ private:
 };
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    double dFacets = 0.0;
-    for (auto _ : state) {
-        auto* const pFile = new AdmeshFile(file);
-        state.PauseTiming();
-        dFacets = pFile->Get().stats.number_of_facets;
-        delete pFile;
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+    TimeReading(
+        state, kind, [](std::string const& file) { return std::make_unique<AdmeshFile>(file); },
+        [](AdmeshFile& mesh) { return mesh.Get().stats.number_of_facets; });
 }
 
 void AdmeshReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }

@@ -11,18 +11,15 @@
 namespace {
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    double dFacets = 0.0;
-    for (auto _ : state) {
+    auto const read = [](std::string const& path) {
         auto pImporter = std::make_unique<Assimp::Importer>();
-        aiScene const* const pScene = pImporter->ReadFile(file, aiProcess_JoinIdenticalVertices);
-        state.PauseTiming();
-        if (pScene == nullptr) return state.SkipWithError("not read");
-        dFacets = pScene->mMeshes[0]->mNumFaces;
-        pImporter.reset();
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+        pImporter->ReadFile(path, aiProcess_JoinIdenticalVertices);
+        return pImporter;
+    };
+    TimeReading(state, kind, read, [](Assimp::Importer const& importer) {
+        aiScene const* const pScene = importer.GetScene();
+        return pScene == nullptr ? 0u : pScene->mMeshes[0]->mNumFaces;
+    });
 }
 
 void AssimpReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }

@@ -40,16 +40,7 @@ std::unique_ptr<Mesh> ReadMesh(std::string const& file) {
 }
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    double dFacets = 0.0;
-    for (auto _ : state) {
-        auto pMesh = ReadMesh(file);
-        state.PauseTiming();
-        dFacets = static_cast<double>(pMesh->number_of_faces());
-        pMesh.reset();
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+    TimeReading(state, kind, ReadMesh, [](Mesh const& mesh) { return mesh.number_of_faces(); });
 }
 
 void CgalReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }

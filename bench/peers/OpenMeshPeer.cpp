@@ -13,18 +13,12 @@ namespace {
 using Mesh = OpenMesh::TriMesh_ArrayKernelT<>;
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    double dFacets = 0.0;
-    for (auto _ : state) {
+    auto const read = [](std::string const& path) {
         auto pMesh = std::make_unique<Mesh>();
-        bool const bRead = OpenMesh::IO::read_mesh(*pMesh, file);
-        state.PauseTiming();
-        if (!bRead) return state.SkipWithError("not read");
-        dFacets = static_cast<double>(pMesh->n_faces());
-        pMesh.reset();
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+        if (!OpenMesh::IO::read_mesh(*pMesh, path)) pMesh->clear();
+        return pMesh;
+    };
+    TimeReading(state, kind, read, [](Mesh const& mesh) { return mesh.n_faces(); });
 }
 
 void OpenMeshReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }

@@ -29,16 +29,7 @@ vtkSmartPointer<vtkPolyData> ReadGyroid(benchmark::State& state, Kind kind = Kin
 }
 
 void ReadFile(benchmark::State& state, Kind kind) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
-    double dFacets = 0.0;
-    for (auto _ : state) {
-        vtkSmartPointer<vtkPolyData> mesh = ReadMesh(file);
-        state.PauseTiming();
-        dFacets = static_cast<double>(mesh->GetNumberOfCells());
-        mesh = nullptr;
-        state.ResumeTiming();
-    }
-    ReportFacets(state, dFacets);
+    TimeReading(state, kind, ReadMesh, [](vtkPolyData& mesh) { return mesh.GetNumberOfCells(); });
 }
 
 void VtkReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }
