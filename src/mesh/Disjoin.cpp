@@ -11,17 +11,16 @@
 #include "foundation/Counter.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
+#include "mesh/FacetGraph.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
+#include "trees/VertexCopier.h"
 
 namespace {
 
 // A shell's name takes the place of the last four characters of the source's name, normally ".stl".
 constexpr std::size_t kExtension = 4;
-
-// Facets are handed to a shell in blocks of so many; the stop flag is looked at before each.
-constexpr std::size_t kBlock = 1024;
 
 // "part.stl" becomes "part_1.STL". A name too short for the cut gives way as a whole, one too long for the
 // field loses its end.
@@ -34,6 +33,17 @@ void NameShell(char (&name)[kSize], char const (&sourceName)[kSize], int nNumber
     std::snprintf(name + nCut, kSize - nCut, "_%d.STL", nNumber);
 }
 
+// The model's facets, in its order.
+std::vector<CFacet*> FacetsOf(CSTLModel const& model) {
+    std::vector<CFacet*> facets;
+    auto const& surfaces = model.m_SurfaceArray.m_aSurface;
+    for (int i = 0; i < surfaces.m_nSize; ++i) {
+        auto const& array = surfaces[i]->m_aFacet;
+        facets.insert(facets.end(), array.m_pData, array.m_pData + array.m_nSize);
+    }
+    return facets;
+}
+
 tagFACET CopyOf(CFacet const& facet) {
     tagFACET copy;
     copy.m_ptVertex[0] = *facet.m_pVertex1;
@@ -43,52 +53,160 @@ tagFACET CopyOf(CFacet const& facet) {
     return copy;
 }
 
-// Finds the facets of shells and copies them to models, with the memory of the shell before.
+// Finds the facets of shells and copies them to models.
+//
+// Facets of a shell lie scattered in memory in the order in which a walk over it meets them. So what the walk
+// and the copying need of them is gathered in tables before, in the order in which they mostly lie, and a
+// shell's vertices are copied first, which finds them their places in the new tree without a search.
 class ShellCopier {
 public:
-    explicit ShellCopier(CSTLModel& source) : m_Source(source) {}
-
-    void Copy(CFacet& seed, CSTLModel& shell) {
-        FindShell(seed);
-        FacetIntake intake(shell, m_Shell.size());
-        std::span<CFacet* const> left = m_Shell;
-        while (!left.empty()) {
-            std::span<CFacet* const> const block = left.first(std::min(kBlock, left.size()));
-            left = left.subspan(block.size());
-            CopyAll(block);
-            intake.AddAll(m_Copies);
-            if (IsStopped()) return;
+    explicit ShellCopier(CSTLModel& source)
+        : m_Source(source),
+          m_Graph(FacetsOf(source)),
+          m_Vertices(source.m_VertexTree),
+          m_Corners(m_Graph.Size()),
+          m_Placed(m_Graph.Size()) {
+        FindCorners();
+    }
+    ShellCopier(ShellCopier const&) = delete;
+    ShellCopier& operator=(ShellCopier const&) = delete;
+    // A stop leaves facets without a shell.
+    ~ShellCopier() {
+        for (std::uint32_t n = 0; n < Size(); ++n) {
+            if (m_Placed[n] == 0) m_Graph.Facet(n).m_nRegion = kNotPlaced;
         }
     }
 
+    std::uint32_t Size() const { return m_Graph.Size(); }
+    bool IsPlaced(std::uint32_t n) const { return m_Placed[n] != 0; }
     bool IsStopped() const { return LoadShared(m_Source.m_bStopOperate) != 0; }
 
-private:
-    void CopyAll(std::span<CFacet* const> facets) {
-        constexpr std::size_t kVerticesAhead = 16;
-        m_Copies.clear();
-        for (std::size_t i = 0; i < facets.size(); ++i) {
-            if (i + kVerticesAhead < facets.size()) {
-                for (tagVertexNode const* const p : Corners(*facets[i + kVerticesAhead])) Prefetch(&p->x);
-            }
-            m_Copies.push_back(CopyOf(*facets[i]));
+    void Copy(std::uint32_t nSeed, CSTLModel& shell) {
+        FindShell(nSeed);
+        if (m_bRanked) {
+            m_Vertices.CopyTo(shell.m_VertexTree);
+            CopyFacets(shell);
+            m_Vertices.Clear();
+        } else {
+            OfferFacets(shell);
         }
+    }
+
+private:
+    // The corners of a facet, by the ranks of their vertices.
+    using Ranks = std::array<std::uint32_t, 3>;
+
+    // What the walk over a shell asks of a facet: its neighbours. On the way, the vertices get to know when
+    // they will come.
+    struct Neighbors {
+        ShellCopier& copier;
+        void LookAhead(std::span<std::uint32_t const> wave, std::size_t i) const {
+            constexpr std::size_t kFar = 24;
+            constexpr std::size_t kNear = 12;
+            if (i + kFar < wave.size()) {
+                copier.m_Graph.PrefetchNeighbors(wave[i + kFar]);
+                Prefetch(&copier.m_Corners[wave[i + kFar]]);
+            }
+            if (i + kNear < wave.size() && copier.m_bRanked) {
+                for (std::uint32_t const n : copier.m_Corners[wave[i + kNear]]) copier.m_Vertices.PrefetchExpect(n);
+            }
+        }
+        template <class Offer>
+        void operator()(std::uint32_t nFacet, Offer const& offer) const {
+            copier.ExpectCorners(nFacet);
+            auto const& neighbors = copier.m_Graph.Neighbors(nFacet);
+            for (std::size_t k = 0; k < neighbors.size(); ++k) {
+                if (neighbors[k] != FacetGraph::kNone) offer(static_cast<int>(k) + 1, neighbors[k]);
+            }
+        }
+    };
+
+    // Facets that stand in the model twice are placed from the beginning, where they come again.
+    void FindCorners() {
+        constexpr std::uint32_t kFacetsAhead = 64;
+        constexpr std::uint32_t kCornersAhead = 32;
+        m_bRanked = m_Vertices.IsOrdered();
+        for (std::uint32_t n = 0; n < Size(); ++n) {
+            if (n + kFacetsAhead < Size()) Prefetch(&m_Graph.Facet(n + kFacetsAhead));
+            if (n + kCornersAhead < Size()) BringCorners()(m_Graph.Facet(n + kCornersAhead));
+            CFacet& facet = m_Graph.Facet(n);
+            m_Placed[n] = FacetGraph::NumberOf(facet) == n ? 0 : 1;
+            facet.m_nRegion = kPlaced;
+            std::size_t k = 0;
+            for (tagVertexNode const* const pVertex : Corners(facet)) {
+                std::uint32_t const nRank = m_Vertices.RankOf(*pVertex);
+                m_bRanked = m_bRanked && nRank != VertexCopier::kNone && IsInRange(*pVertex);
+                m_Corners[n][k++] = nRank;
+            }
+        }
+        m_Vertices.EndNumbers();
     }
 
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
-    void FindShell(CFacet& seed) {
-        m_Shell.assign(1, &seed);
-        seed.m_nRegion = kPlaced;
-        m_Growth.Grow(seed, AcrossEdges(), EveryoneJoins(), [this](std::span<CFacet* const> wave) {
-            m_Shell.insert(m_Shell.end(), wave.begin(), wave.end());
-            return !IsStopped();
-        });
+    void FindShell(std::uint32_t nSeed) {
+        m_Shell.assign(1, nSeed);
+        m_nExpected = 0;
+        m_Placed[nSeed] = 1;
+        m_Growth.Grow(
+            nSeed, Neighbors{*this},
+            [this](int, std::uint32_t, std::uint32_t nCandidate) {
+                return std::exchange(m_Placed[nCandidate], std::uint8_t{1}) == 0;
+            },
+            [this](std::span<std::uint32_t const> wave) {
+                m_Shell.insert(m_Shell.end(), wave.begin(), wave.end());
+                return !IsStopped();
+            });
+        while (m_nExpected < m_Shell.size()) ExpectCorners(m_Shell[m_nExpected]);
+    }
+
+    // To be called for each facet of the shell, in their order.
+    void ExpectCorners(std::uint32_t nFacet) {
+        ++m_nExpected;
+        if (!m_bRanked) return;
+        for (std::uint32_t const nRank : m_Corners[nFacet]) m_Vertices.Expect(nRank);
+    }
+
+    void CopyFacets(CSTLModel& shell) {
+        constexpr std::size_t kFar = 32;
+        constexpr std::size_t kMiddle = 16;
+        constexpr std::size_t kNear = 8;
+        std::array<float, 3> normal{};  // computed anew from the corners
+        for (std::size_t i = 0; i < m_Shell.size(); ++i) {
+            if (i + kFar < m_Shell.size()) Prefetch(&m_Corners[m_Shell[i + kFar]]);
+            if (i + kMiddle < m_Shell.size()) {
+                for (std::uint32_t const nRank : m_Corners[m_Shell[i + kMiddle]]) m_Vertices.PrefetchNext(nRank);
+            }
+            if (i + kNear < m_Shell.size()) {
+                for (std::uint32_t const nRank : m_Corners[m_Shell[i + kNear]]) {
+                    if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
+                        Prefetch(&p->x);
+                        Prefetch(&p->m_ppFacet);
+                    }
+                }
+            }
+            std::array<tagVertexNode*, 3> corners;
+            for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Corners[m_Shell[i]][k]);
+            EnterTriangle(shell, corners, normal.data());
+        }
+    }
+
+    // Where the order of the vertices does not tell their places in the new tree.
+    void OfferFacets(CSTLModel& shell) {
+        FacetIntake intake(shell, m_Shell.size());
+        FacetQueue queue(intake);
+        for (std::uint32_t const n : m_Shell) queue.Add(CopyOf(m_Graph.Facet(n)));
+        queue.Flush();
     }
 
     CSTLModel& m_Source;
-    RegionGrowth m_Growth;
-    std::vector<CFacet*> m_Shell;
-    std::vector<tagFACET> m_Copies;
+    FacetGraph m_Graph;
+    VertexCopier m_Vertices;
+    ZeroedTable<Ranks> m_Corners;
+    std::vector<std::uint8_t> m_Placed;
+    bool m_bRanked = true;  // whether all corners have ranks and are in range
+    WaveGrowth<std::uint32_t> m_Growth;
+    std::vector<std::uint32_t> m_Shell;
+    std::size_t m_nExpected = 0;  // facets of the shell whose corners have been told
 };
 
 }  // namespace
@@ -96,11 +214,11 @@ private:
 void CSTLModel::Disjoin(XR_CList<void*, void*>& ShellList) {
     int nShells = 0;
     ShellCopier copier(*this);
-    for (CFacet* const pSeed : MarkFacetsToPlace(*this, [](CFacet const&) { return true; })) {
-        if (pSeed->m_nRegion == kPlaced) continue;
+    for (std::uint32_t nSeed = 0; nSeed < copier.Size(); ++nSeed) {
+        if (copier.IsPlaced(nSeed)) continue;
         auto& shell = AddNew<CSTLModel>(ShellList);
         NameShell(shell.m_Status.m_szFileName, m_Status.m_szFileName, ++nShells);
-        copier.Copy(*pSeed, shell);
+        copier.Copy(nSeed, shell);
         if (copier.IsStopped()) return;
     }
 }

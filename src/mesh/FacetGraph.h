@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/LargePages.h"
+#include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
 /// Facets by numbers, and the numbers of their neighbours across V1V2, V2V3 and V3V1.
@@ -17,12 +19,14 @@ class FacetGraph {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
-    /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards; it must not be below
-    /// 0 before. A facet that stands in the order twice has its first number.
+    /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards. A facet that stands in
+    /// the order twice has its first number.
     explicit FacetGraph(std::vector<CFacet*> facets)
         : m_Facets(std::move(facets)), m_Neighbors(m_Facets.size()) {
+        constexpr std::uint32_t kAhead = 64;
         for (std::uint32_t i = 0; i < Size(); ++i) {
-            if (m_Facets[i]->m_nRegion >= 0) SetNumber(*m_Facets[i], i);
+            if (i + kAhead < Size()) Prefetch(m_Facets[i + kAhead]);
+            if (Find(m_Facets[i]) >= i) SetNumber(*m_Facets[i], i);
         }
         for (std::uint32_t i = 0; i < Size(); ++i) {
             std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
@@ -33,6 +37,8 @@ public:
     std::uint32_t Size() const { return static_cast<std::uint32_t>(m_Facets.size()); }
     CFacet& Facet(std::uint32_t n) const { return *m_Facets[n]; }
     std::array<std::uint32_t, 3> const& Neighbors(std::uint32_t n) const { return m_Neighbors[n]; }
+
+    void PrefetchNeighbors(std::uint32_t n) const { Prefetch(&m_Neighbors[n]); }
 
     /// The number of one of the facets, from its m_nRegion, which is below 0 for the numbers.
     static std::uint32_t NumberOf(CFacet const& facet) {
@@ -51,5 +57,5 @@ private:
     }
 
     std::vector<CFacet*> m_Facets;
-    std::vector<std::array<std::uint32_t, 3>> m_Neighbors;
+    ZeroedTable<std::array<std::uint32_t, 3>> m_Neighbors;
 };

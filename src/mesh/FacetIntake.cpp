@@ -17,15 +17,6 @@ namespace {
 // A triangle with a coordinate beyond this, in millimetres, is refused. NaN passes.
 constexpr double kLargestCoordinate = 10000000000.0;
 
-// Without branches: nearly all triangles are in range.
-bool IsInRange(tagFACET const& facet) {
-    bool bBeyond = false;
-    for (CPoint3D const& p : facet.m_ptVertex) {
-        for (double const d : {p.x, p.y, p.z}) bBeyond |= std::fabs(d) > kLargestCoordinate;
-    }
-    return !bBeyond;
-}
-
 // Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
 // tells, and the facet itself, which may be far away in memory, need not be looked at.
 bool IsCorner(tagVertexNode const& vertex, CFacet const* pFacet) {
@@ -58,7 +49,32 @@ std::array<tagVertexNode*, 3> LowestFirst(tagVertexNode* a, tagVertexNode* b, ta
     return {c, a, b};
 }
 
-// Lets the triangle of three vertices into the model, unless it collapses, is there already or is degenerate.
+// Triangles are brought near in groups of so many, where they lie scattered.
+constexpr std::size_t kGroup = 32;
+static_assert(3 * kGroup <= VertexCache::kLargestGroup);
+
+// Where they do not, only the table of vertices is, so many triangles ahead.
+constexpr std::size_t kLinesAhead = 16;
+
+// In a block of scattered triangles, fewer than one corner in two is a corner of one of the last few
+// triangles, where a file in the usual order has two in three.
+constexpr std::size_t kFewRepeats = 2;
+
+// A tree of fewer vertices stays at hand as a whole.
+constexpr std::uint32_t kLargeTree = 50000;
+
+// So many triangles at the start of a block tell whether all of it is scattered.
+constexpr std::size_t kSample = 128;
+
+}  // namespace
+
+// Without branches: nearly all are.
+bool IsInRange(CPoint3D const& corner) {
+    bool bBeyond = false;
+    for (double const d : {corner.x, corner.y, corner.z}) bBeyond |= std::fabs(d) > kLargestCoordinate;
+    return !bBeyond;
+}
+
 void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered, float* pNormal) {
     auto const [a, b, c] = offered;
     if (a == b || b == c || c == a) return;
@@ -79,31 +95,18 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
     for (tagVertexNode* const pVertex : offered) facet_list::Add(*pVertex, pFacet);
 }
 
+namespace {
+
 // Calls addNode(corner, i) for the three corners of a triangle within range, in order, and lets it in.
 template <class AddNode>
 void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
-    if (!IsInRange(facet)) return;
+    for (CPoint3D const& corner : facet.m_ptVertex) {
+        if (!IsInRange(corner)) return;
+    }
     std::array<tagVertexNode*, 3> corners;
     for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = addNode(facet.m_ptVertex[i], i);
     EnterTriangle(model, corners, facet.m_fNormal);
 }
-
-// Triangles are brought near in groups of so many, where they lie scattered.
-constexpr std::size_t kGroup = 32;
-static_assert(3 * kGroup <= VertexCache::kLargestGroup);
-
-// Where they do not, only the table of vertices is, so many triangles ahead.
-constexpr std::size_t kLinesAhead = 16;
-
-// In a block of scattered triangles, fewer than one corner in two is a corner of one of the last few
-// triangles, where a file in the usual order has two in three.
-constexpr std::size_t kFewRepeats = 2;
-
-// A tree of fewer vertices stays at hand as a whole.
-constexpr std::uint32_t kLargeTree = 50000;
-
-// So many triangles at the start of a block tell whether all of it is scattered.
-constexpr std::size_t kSample = 128;
 
 }  // namespace
 

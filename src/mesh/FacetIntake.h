@@ -9,6 +9,14 @@
 #include "mesh/STLModel.h"
 #include "trees/VertexCache.h"
 
+/// Whether the corner of a triangle is in range: a triangle with a coordinate beyond 1e10 mm is refused. NaN
+/// passes.
+bool IsInRange(CPoint3D const& corner);
+
+/// Lets the triangle of three of the model's vertices, which are in range, into the model, unless it
+/// collapses, is there already or is degenerate.
+void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered, float* pNormal);
+
 /// How a reader hands its triangles to a model: as CSTLModel::AddFacet, one after the other, but faster.
 /// Between the calls nothing else may add to the model.
 class FacetIntake {

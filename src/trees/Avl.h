@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <type_traits>
 
 #include "foundation/Prefetch.h"
 
@@ -11,6 +12,8 @@
 //
 // Balancing looks at depths only, never at keys. So the tree stays balanced, and every walk ends, also where
 // a key that is not a number makes the comparisons contradict each other.
+//
+// Nodes point to their children by m_pLeft and m_pRight: by Node*, or by what converts to it and from it.
 
 namespace avl {
 
@@ -20,7 +23,7 @@ struct LeftSide {
     using Other = RightSide;
     static constexpr int kTilt = 1;
     template <class Node>
-    static Node*& Child(Node* pNode) {
+    static auto& Child(Node* pNode) {
         return pNode->m_pLeft;
     }
 };
@@ -29,14 +32,14 @@ struct RightSide {
     using Other = LeftSide;
     static constexpr int kTilt = -1;
     template <class Node>
-    static Node*& Child(Node* pNode) {
+    static auto& Child(Node* pNode) {
         return pNode->m_pRight;
     }
 };
 
 /// Makes the node's child on the side the root of the slot, above the node. Balances stay as they are.
-template <class Side, class Node>
-void Rotate(Node* pNode, Node*& slot) {
+template <class Side, class Node, class Slot>
+void Rotate(Node* pNode, Slot& slot) {
     using Other = typename Side::Other;
     Node* const pChild = Side::Child(pNode);
     Side::Child(pNode) = Other::Child(pChild);
@@ -44,11 +47,17 @@ void Rotate(Node* pNode, Node*& slot) {
     slot = pChild;
 }
 
+template <class Node>
+void SetBalance(Node* pNode, int nBalance) {
+    pNode->m_nBalance = static_cast<decltype(pNode->m_nBalance)>(nBalance);
+}
+
 /// Restores the node in the slot, whose side has grown two deeper than the other, and sets nTaller to 0.
 /// A child in balance does not arise from insertion; nothing is done then.
-template <class Side, class Node>
-void Balance(Node*& slot, int& nTaller) {
+template <class Side, class Slot>
+void Balance(Slot& slot, int& nTaller) {
     using Other = typename Side::Other;
+    using Node = std::remove_reference_t<decltype(*slot)>;
     Node* const pNode = slot;
     Node* const pChild = Side::Child(pNode);
     if (pChild->m_nBalance == Side::kTilt) {
@@ -57,8 +66,8 @@ void Balance(Node*& slot, int& nTaller) {
         Rotate<Side>(pNode, slot);
     } else if (pChild->m_nBalance == Other::kTilt) {
         Node* const pGrandchild = Other::Child(pChild);
-        pNode->m_nBalance = pGrandchild->m_nBalance == Side::kTilt ? Other::kTilt : 0;
-        pChild->m_nBalance = pGrandchild->m_nBalance == Other::kTilt ? Side::kTilt : 0;
+        SetBalance(pNode, pGrandchild->m_nBalance == Side::kTilt ? Other::kTilt : 0);
+        SetBalance(pChild, pGrandchild->m_nBalance == Other::kTilt ? Side::kTilt : 0);
         pGrandchild->m_nBalance = 0;
         Rotate<Other>(pChild, Side::Child(pNode));
         Rotate<Side>(pNode, slot);
@@ -66,6 +75,34 @@ void Balance(Node*& slot, int& nTaller) {
         return;
     }
     nTaller = 0;
+}
+
+/// Restores the balance of the subtrees about a node that has just been put in, from below, as long as they
+/// have become deeper: a node in balance tilts to the side that has grown.
+///
+/// above() gives the next node above, null when there is none, and slotOf(node) the place that holds the node
+/// that it gave last, or, by rotation, another one afterwards. nTaller becomes 1 when the whole tree is one
+/// level deeper than before, else 0.
+template <class Node, class Above, class SlotOf>
+void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotOf) {
+    nTaller = 1;
+    while (nTaller != 0) {
+        Node* const pNode = above();
+        if (pNode == nullptr) return;
+        bool const bLeft = pGrown == pNode->m_pLeft;
+        int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;
+        if (pNode->m_nBalance == 0) {
+            SetBalance(pNode, nTilt);
+        } else if (pNode->m_nBalance != nTilt) {
+            pNode->m_nBalance = 0;
+            nTaller = 0;
+        } else if (bLeft) {
+            Balance<LeftSide>(slotOf(pNode), nTaller);
+        } else {
+            Balance<RightSide>(slotOf(pNode), nTaller);
+        }
+        pGrown = pNode;
+    }
 }
 
 /// Walks down from the slot and puts a node into the empty slot where the walk ends, then restores the
@@ -91,27 +128,13 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
     }
     Node* const pMade = make();
     *pSlot = pMade;
-    nTaller = 1;
-
-    // Upward, as long as a subtree has become deeper: a node in balance tilts to the side that has grown.
     std::size_t const nForgotten = nDepth > kDeepest ? nDepth - kDeepest : 0;
-    while (nDepth > nForgotten && nTaller != 0) {
-        Node** const pGrown = pSlot;
-        pSlot = way[--nDepth % kDeepest];
-        Node* const pNode = *pSlot;
-        bool const bLeft = pGrown == &pNode->m_pLeft;
-        int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;
-        if (pNode->m_nBalance == 0) {
-            pNode->m_nBalance = nTilt;
-        } else if (pNode->m_nBalance != nTilt) {
-            pNode->m_nBalance = 0;
-            nTaller = 0;
-        } else if (bLeft) {
-            Balance<LeftSide>(*pSlot, nTaller);
-        } else {
-            Balance<RightSide>(*pSlot, nTaller);
-        }
-    }
+    Restore(
+        pMade, nTaller,
+        [&way, &nDepth, nForgotten] {
+            return nDepth > nForgotten ? *way[--nDepth % kDeepest] : nullptr;
+        },
+        [&way, &nDepth](Node*) -> Node*& { return *way[nDepth % kDeepest]; });
     return pMade;
 }
 
@@ -122,6 +145,17 @@ void Walk(Node* pNode, Visit const& visit) {
         Prefetch(pNode->m_pLeft);
         visit(pNode);
         Walk(pNode->m_pRight, visit);
+        pNode = pNode->m_pLeft;
+    }
+}
+
+/// Visits all nodes in the order of their keys, from the least. The visitor may change nothing but the node.
+template <class Node, class Visit>
+void WalkInOrder(Node* pNode, Visit const& visit) {
+    while (pNode != nullptr) {
+        Prefetch(pNode->m_pLeft);
+        WalkInOrder(pNode->m_pRight, visit);
+        visit(pNode);
         pNode = pNode->m_pLeft;
     }
 }

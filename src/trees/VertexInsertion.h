@@ -35,6 +35,15 @@ COMPARE CompareAndSnap(CPoint3D const& node, double x, double y, double& z, doub
     return CompareAxis(node.x, x, dTolerance);
 }
 
+/// A vertex that counts as the tree's next one, not yet in its place.
+inline tagVertexNode* MakeVertex(CVertexTree& tree, CPoint3D const& point) {
+    auto* const pNode = new tagVertexNode(point);
+    pNode->m_nIndex = static_cast<std::int32_t>(tree.m_nCount);
+    ++tree.m_nCount;
+    tree.m_BoundBox += *pNode;
+    return pNode;
+}
+
 /// The vertex for the point in the subtree of the slot, found or new.
 template <class Watch>
 tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& point, int& nTaller,
@@ -49,13 +58,7 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& po
         [x, y, &z, dTolerance, &watch](tagVertexNode* pNode) {
             return CompareAndSnap(*pNode, x, y, z, dTolerance, watch);
         },
-        [&tree, x, y, &z] {
-            auto* const pNode = new tagVertexNode(CPoint3D(x, y, z));
-            pNode->m_nIndex = static_cast<std::int32_t>(tree.m_nCount);
-            ++tree.m_nCount;
-            tree.m_BoundBox += *pNode;
-            return pNode;
-        });
+        [&tree, x, y, &z] { return MakeVertex(tree, CPoint3D(x, y, z)); });
     point.z = z;
     return pResult;
 }

@@ -1,0 +1,129 @@
+#include "trees/ForeseenTree.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "trees/Avl.h"
+
+void ForeseenTree::Link() {
+    if (m_Nodes.size() < NodeCount() + 1) {
+        ZeroedTable<Node> nodes(NodeCount() + 1);
+        for (std::size_t i = 0; i < m_Nodes.size(); ++i) {
+            nodes[i].bUnplaced = m_Nodes[i].bUnplaced;
+            nodes[i].bExpected = m_Nodes[i].bExpected;
+        }
+        m_Nodes = std::move(nodes);
+    }
+    SortExpected();
+    LinkNeighbors();
+}
+
+// A few of many keys are sorted, else all are looked through. Neighbours are linked on the way, as long as no
+// unplaced key stands between.
+void ForeseenTree::SortExpected() {
+    constexpr std::size_t kFew = 8;
+    Node* pLast = nullptr;
+    auto const append = [this, &pLast](std::uint32_t nKey) {
+        Node& node = NodeOf(nKey);
+        if (node.bUnplaced) {
+            pLast = nullptr;
+            return;
+        }
+        m_InOrder.push_back(nKey);
+        node.m_pRight = pLast;
+        if (pLast != nullptr) pLast->m_pLeft = &node;
+        pLast = &node;
+    };
+    if (m_Comings.size() < m_nKeys / kFew) {
+        std::vector<std::uint32_t> sorted = m_Comings;
+        std::sort(sorted.begin(), sorted.end());
+        std::for_each(sorted.begin(), sorted.end(), append);
+        return;
+    }
+    for (std::uint32_t nKey = 0; nKey < m_nKeys; ++nKey) {
+        if (NodeOf(nKey).bExpected) append(nKey);
+    }
+}
+
+// Takes the keys out from the last to the first: each keeps the neighbours that it has then.
+void ForeseenTree::LinkNeighbors() {
+    constexpr std::size_t kAhead = 16;
+    for (std::size_t i = m_Comings.size(); i-- > 0;) {
+        if (i >= kAhead) PrefetchNode(m_Comings[i - kAhead]);
+        Node& node = NodeOf(m_Comings[i]);
+        if (node.bUnplaced) continue;
+        Node* const pGreater = node.m_pLeft;
+        Node* const pLesser = node.m_pRight;
+        if (pGreater != nullptr) pGreater->m_pRight = pLesser;
+        if (pLesser != nullptr) pLesser->m_pLeft = pGreater;
+    }
+}
+
+void ForeseenTree::PutBesideNeighbor(std::uint32_t nKey) {
+    Node& node = NodeOf(nKey);
+    Place const place = FindPlace(nKey, node.m_pRight, node.m_pLeft);
+    node.m_pLeft = nullptr;
+    node.m_pRight = nullptr;
+    PutIn(node, place);
+}
+
+// At the neighbour whose inner side is empty. Where only one is known, nodes for unplaced keys may stand
+// between, and then the place is below them.
+ForeseenTree::Place ForeseenTree::FindPlace(std::uint32_t nKey, Node* pLesser, Node* pGreater) {
+    if (pLesser != nullptr && (pGreater == nullptr || pLesser->m_pLeft == nullptr)) {
+        return Follow({pLesser, &pLesser->m_pLeft}, [](Node& node) -> auto& { return node.m_pRight; });
+    }
+    if (pGreater != nullptr) {
+        return Follow({pGreater, &pGreater->m_pRight}, [](Node& node) -> auto& { return node.m_pLeft; });
+    }
+    return Follow({&m_Nodes[0], &m_Nodes[0].m_pLeft}, [this, nKey](Node& node) -> auto& {
+        return RankOf(&node) < nKey ? node.m_pLeft : node.m_pRight;
+    });
+}
+
+void ForeseenTree::PutIn(Node& node, Place const& place) {
+    *place.pSlot = &node;
+    node.m_pParent = place.pParent;
+    Node* pReached = &node;
+    NearPointer<Node>* pRotated = nullptr;
+    int nTaller = 0;
+    avl::Restore(
+        &node, nTaller,
+        [this, &pReached]() -> Node* {
+            pReached = pReached->m_pParent;
+            return pReached == &m_Nodes[0] ? nullptr : pReached;
+        },
+        [&pRotated](Node* pNode) -> NearPointer<Node>& {
+            Node* const pParent = pNode->m_pParent;
+            pRotated = pParent->m_pLeft == pNode ? &pParent->m_pLeft : &pParent->m_pRight;
+            return *pRotated;
+        });
+    if (pRotated == nullptr) return;
+
+    // A rotation has changed the parents of the nodes on top, and of what hangs below them.
+    auto const setParentOfSides = [](Node* pParent) {
+        if (Node* const pLeft = pParent->m_pLeft) pLeft->m_pParent = pParent;
+        if (Node* const pRight = pParent->m_pRight) pRight->m_pParent = pParent;
+    };
+    Node* const pTop = *pRotated;
+    pTop->m_pParent = pReached->m_pParent;
+    setParentOfSides(pTop);
+    setParentOfSides(pTop->m_pLeft);
+    setParentOfSides(pTop->m_pRight);
+}
+
+void ForeseenTree::Clear() {
+    auto const clear = [](Node& node) {
+        node.m_pLeft = nullptr;
+        node.m_pRight = nullptr;
+        node.m_nBalance = 0;
+        node.bExpected = false;
+    };
+    for (std::uint32_t const nKey : m_Comings) clear(NodeOf(nKey));
+    for (std::size_t i = 0; i < m_Made.size(); ++i) clear(m_Nodes[m_nKeys + 1 + i]);
+    clear(m_Nodes[0]);
+    m_Comings.clear();
+    m_InOrder.clear();
+    m_Made.clear();
+    m_nUnplaced = 0;
+}

@@ -1,0 +1,148 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "foundation/LargePages.h"
+#include "foundation/Prefetch.h"
+#include "trees/NearPointer.h"
+
+/// The shape that a balanced tree gets when keys enter it whose order is known in advance, and in which order
+/// they will come. Hardly any goes down the tree to find its place.
+///
+/// The place of a new key in a binary tree is beside its neighbours among the keys that have come before: one
+/// of the two sides that they turn to each other is empty. The neighbours at the time of each coming follow
+/// without a search: all keys are linked in their order, and taken out again from the last to the first.
+///
+/// Keys are numbered by their rank. Some may be unplaced: where they go depends on the shape of the tree, so
+/// they go down from its root each time they come, and may end at a node that is there. Each of them must lie
+/// on one side of every key that is not unplaced.
+///
+/// A node takes 16 bytes, and nodes that are near each other in the order, as most are that are near in the
+/// tree, share a line of the processor's cache.
+class ForeseenTree {
+public:
+    static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
+    static constexpr std::size_t kMostKeys = std::size_t{1} << 26;
+
+    /// For keys below nKeys, which is kMostKeys at most.
+    explicit ForeseenTree(std::size_t nKeys) : m_Nodes(nKeys + 1), m_nKeys(nKeys) {}
+
+    void SetUnplaced(std::uint32_t nKey) { NodeOf(nKey).bUnplaced = true; }
+    bool IsUnplaced(std::uint32_t nKey) const { return NodeOf(nKey).bUnplaced; }
+
+    /// The key will come next. One that is not unplaced comes just once, however often it is told.
+    void Expect(std::uint32_t nKey) {
+        Node& node = NodeOf(nKey);
+        if (node.bExpected && !node.bUnplaced) return;
+        m_nUnplaced += node.bUnplaced ? 1 : 0;
+        node.bExpected = true;
+        m_Comings.push_back(nKey);
+    }
+    /// All keys that will come have been told.
+    void Link();
+
+    /// The keys that come, each as often as it does, and how many nodes there will be at most: keys from the
+    /// number of keys on are those of nodes for unplaced ones.
+    std::vector<std::uint32_t> const& Comings() const { return m_Comings; }
+    std::size_t NodeCount() const { return m_nKeys + m_nUnplaced; }
+
+    /// The next key comes. For an unplaced one, compare(node's key) is above 0 where it goes right, below 0
+    /// where it goes left, and 0 where it ends. Returns the key of the node that it got, or where it ended.
+    template <class Compare>
+    std::uint32_t Come(std::uint32_t nKey, Compare const& compare) {
+        if (IsUnplaced(nKey)) return Descend(nKey, compare);
+        PutBesideNeighbor(nKey);
+        return nKey;
+    }
+
+    /// The shape, by keys; kNone where there is none.
+    std::uint32_t Root() const { return KeyOf(m_Nodes[0].m_pLeft); }
+    std::uint32_t Left(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pLeft); }
+    std::uint32_t Right(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pRight); }
+    int Balance(std::uint32_t nKey) const { return NodeOf(nKey).m_nBalance; }
+
+    /// Calls visit(key) for the keys of all nodes, in their order, those for unplaced keys last.
+    template <class Visit>
+    void ForEachNode(Visit const& visit) const {
+        for (std::uint32_t const nKey : m_InOrder) visit(nKey);
+        for (std::size_t i = 0; i < m_Made.size(); ++i) visit(static_cast<std::uint32_t>(m_nKeys + i));
+    }
+
+    /// Forgets what was told and what has come.
+    void Clear();
+
+    /// Brings what Expect looks at into the processor's cache.
+    void PrefetchNode(std::uint32_t nKey) const { Prefetch(&NodeOf(nKey)); }
+    /// Brings what Come looks at, where the node is at hand.
+    void PrefetchNeighbors(std::uint32_t nKey) const {
+        Prefetch(NodeOf(nKey).m_pLeft);
+        Prefetch(NodeOf(nKey).m_pRight);
+    }
+
+private:
+    // Until a key comes, m_pLeft is its greater neighbour and m_pRight the lesser one, null where there is
+    // none or an unplaced one; from then on the children.
+    struct Node {
+        NearPointer<Node> m_pLeft;
+        NearPointer<Node> m_pRight;
+        NearPointer<Node> m_pParent;
+        std::int8_t m_nBalance;
+        bool bUnplaced;
+        bool bExpected;
+    };
+    static_assert(sizeof(Node) == 16);
+
+    // An empty side of a node.
+    struct Place {
+        Node* pParent;
+        NearPointer<Node>* pSlot;
+    };
+
+    // The first node stands above the root, which is its left child.
+    Node& NodeOf(std::uint32_t nKey) { return m_Nodes[std::size_t{nKey} + 1]; }
+    Node const& NodeOf(std::uint32_t nKey) const { return m_Nodes[std::size_t{nKey} + 1]; }
+    std::uint32_t KeyOf(Node const* pNode) const {
+        return pNode == nullptr ? kNone : static_cast<std::uint32_t>(pNode - &m_Nodes[1]);
+    }
+    // The key of which the node was made.
+    std::uint32_t RankOf(Node const* pNode) const {
+        std::uint32_t const nKey = KeyOf(pNode);
+        return nKey < m_nKeys ? nKey : m_Made[nKey - m_nKeys];
+    }
+
+    void SortExpected();
+    void LinkNeighbors();
+    void PutBesideNeighbor(std::uint32_t nKey);
+    Place FindPlace(std::uint32_t nKey, Node* pLesser, Node* pGreater);
+    void PutIn(Node& node, Place const& place);
+
+    // From a place down to an empty one, at each node to the side that sideOf(node) gives.
+    template <class SideOf>
+    static Place Follow(Place place, SideOf const& sideOf) {
+        while (Node* const pNode = *place.pSlot) place = {pNode, &sideOf(*pNode)};
+        return place;
+    }
+
+    template <class Compare>
+    std::uint32_t Descend(std::uint32_t nKey, Compare const& compare) {
+        Place place = {&m_Nodes[0], &m_Nodes[0].m_pLeft};
+        while (Node* const pNode = *place.pSlot) {
+            int const nOrder = compare(KeyOf(pNode));
+            if (nOrder == 0) return KeyOf(pNode);
+            place = {pNode, nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight};
+        }
+        auto const nMade = static_cast<std::uint32_t>(m_nKeys + m_Made.size());
+        m_Made.push_back(nKey);
+        PutIn(NodeOf(nMade), place);
+        return nMade;
+    }
+
+    ZeroedTable<Node> m_Nodes;
+    std::size_t m_nKeys;
+    std::vector<std::uint32_t> m_Comings;
+    std::size_t m_nUnplaced = 0;           // among these
+    std::vector<std::uint32_t> m_InOrder;  // without the unplaced
+    std::vector<std::uint32_t> m_Made;     // the unplaced keys that nodes were made for
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "foundation/LargePages.h"
+#include "trees/ForeseenTree.h"
+#include "trees/VertexTree.h"
+
+/// Copies vertices of one tree to other trees, empty ones, where it is known in advance which vertices will
+/// come and in which order. The result is that of CVertexTree::AddNode for each, node for node.
+///
+/// The order of the source tree is known, and where its vertices cannot be mistaken for each other, all
+/// comparisons agree with it: heights lie more than the tolerance apart, and so do rows of one y at a height,
+/// and vertices in a row. Where rows at a height are nearer, which is rare, what their vertices meet on their
+/// way depends on the shape of the tree; for all other vertices each of these lies on one side.
+class VertexCopier {
+public:
+    /// Numbers the vertices of the source, in m_nID, by their ranks in its order. The source must outlive
+    /// this and keep its vertices.
+    explicit VertexCopier(CVertexTree& source);
+    VertexCopier(VertexCopier const&) = delete;
+    VertexCopier& operator=(VertexCopier const&) = delete;
+    ~VertexCopier() { EndNumbers(); }
+
+    /// False where the source's vertices do not stand in the order in which AddNode would hold them, or some
+    /// are not finite: nothing can be copied then.
+    bool IsOrdered() const { return m_bOrdered; }
+
+    static constexpr std::uint32_t kNone = ForeseenTree::kNone;
+    /// The rank of a vertex of the source; kNone for any other vertex.
+    std::uint32_t RankOf(tagVertexNode const& vertex) const {
+        bool const bOwn = vertex.m_nID < m_Sources.size() && m_Sources[vertex.m_nID].pVertex == &vertex;
+        return bOwn ? vertex.m_nID : kNone;
+    }
+    /// All ranks have been asked: gives the source's vertices back their m_nID.
+    void EndNumbers();
+
+    /// The vertex will come next, maybe again.
+    void Expect(std::uint32_t nRank) { m_Tree.Expect(nRank); }
+    /// Adds all vertices that were told to the target, which is empty, one after the other.
+    void CopyTo(CVertexTree& target);
+    /// The target's vertex for one that was told; to be asked as often and in the same order.
+    tagVertexNode* Next(std::uint32_t nRank) {
+        tagVertexNode* const pCopy = m_Copies[nRank];
+        return pCopy != nullptr ? pCopy : m_Mistakable[m_nMistakable++];
+    }
+    /// Forgets what was told and copied.
+    void Clear();
+
+    /// Brings what Expect or Next looks at into the processor's cache.
+    void PrefetchExpect(std::uint32_t nRank) const { m_Tree.PrefetchNode(nRank); }
+    void PrefetchNext(std::uint32_t nRank) const { Prefetch(&m_Copies[nRank]); }
+    /// The vertex, without asking for it; null for one of those that can be mistaken.
+    tagVertexNode const* Peek(std::uint32_t nRank) const { return m_Copies[nRank]; }
+
+private:
+    struct Source {
+        tagVertexNode* pVertex;
+        std::uint32_t nID;
+    };
+
+    void FindMistakable();
+    void PrefetchComing(std::size_t i) const;
+    void SetLinks(CVertexTree& target) const;
+
+    bool m_bOrdered = true;
+    bool m_bNumbered = true;
+    std::vector<Source> m_Sources;  // by rank
+    ForeseenTree m_Tree;
+    ZeroedTable<tagVertexNode*> m_Copies;        // by the tree's keys
+    std::vector<tagVertexNode*> m_Mistakable;    // in the order of their coming
+    std::size_t m_nMistakable = 0;               // asked for
+};
