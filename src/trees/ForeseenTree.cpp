@@ -29,7 +29,7 @@ void ForeseenTree::SortExpected() {
             pLast = nullptr;
             return;
         }
-        m_InOrder.push_back(nKey);
+        m_NodeKeys.push_back(nKey);
         node.m_pRight = pLast;
         if (pLast != nullptr) pLast->m_pLeft = &node;
         pLast = &node;
@@ -120,10 +120,10 @@ void ForeseenTree::Clear() {
         node.bExpected = false;
     };
     for (std::uint32_t const nKey : m_Comings) clear(NodeOf(nKey));
-    for (std::size_t i = 0; i < m_Made.size(); ++i) clear(m_Nodes[m_nKeys + 1 + i]);
+    for (std::uint32_t const nKey : m_NodeKeys) clear(NodeOf(nKey));
     clear(m_Nodes[0]);
     m_Comings.clear();
-    m_InOrder.clear();
+    m_NodeKeys.clear();
     m_Made.clear();
     m_nUnplaced = 0;
 }

@@ -63,12 +63,8 @@ public:
     std::uint32_t Right(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pRight); }
     int Balance(std::uint32_t nKey) const { return NodeOf(nKey).m_nBalance; }
 
-    /// Calls visit(key) for the keys of all nodes, in their order, those for unplaced keys last.
-    template <class Visit>
-    void ForEachNode(Visit const& visit) const {
-        for (std::uint32_t const nKey : m_InOrder) visit(nKey);
-        for (std::size_t i = 0; i < m_Made.size(); ++i) visit(static_cast<std::uint32_t>(m_nKeys + i));
-    }
+    /// The keys of all nodes, in their order, those for unplaced keys last. All keys that were told have come.
+    std::vector<std::uint32_t> const& Nodes() const { return m_NodeKeys; }
 
     /// Forgets what was told and what has come.
     void Clear();
@@ -135,6 +131,7 @@ private:
         }
         auto const nMade = static_cast<std::uint32_t>(m_nKeys + m_Made.size());
         m_Made.push_back(nKey);
+        m_NodeKeys.push_back(nMade);
         PutIn(NodeOf(nMade), place);
         return nMade;
     }
@@ -142,7 +139,7 @@ private:
     ZeroedTable<Node> m_Nodes;
     std::size_t m_nKeys;
     std::vector<std::uint32_t> m_Comings;
-    std::size_t m_nUnplaced = 0;           // among these
-    std::vector<std::uint32_t> m_InOrder;  // without the unplaced
-    std::vector<std::uint32_t> m_Made;     // the unplaced keys that nodes were made for
+    std::size_t m_nUnplaced = 0;            // among these
+    std::vector<std::uint32_t> m_NodeKeys;  // those that will have nodes, and those that were made
+    std::vector<std::uint32_t> m_Made;      // the unplaced keys that nodes were made for
 };

@@ -9,13 +9,7 @@
 #include "trees/Avl.h"
 #include "trees/VertexInsertion.h"
 
-using vertex_insertion::CompareAxis;
-
 namespace {
-
-bool IsBeyond(double d, double dBefore, double dTolerance) {
-    return CompareAxis(d, dBefore, dTolerance) == COMPARE_GREATER;
-}
 
 bool HasSameBits(double a, double b) {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
@@ -31,76 +25,79 @@ class RowGroups {
 public:
     explicit RowGroups(double dTolerance) : m_dTolerance(dTolerance) {}
 
-    enum class Place { kSameGroup, kNextGroup, kOutOfOrder };
-    Place Add(CPoint3D const& point) {
-        Place const place = PlaceOf(point);
-        if (place == Place::kNextGroup) {
+    void Add(CPoint3D const& point) {
+        m_bOrdered = m_bOrdered && IsFinite(point);
+        if (IsNextGroup(point)) {
+            EndGroup();
             m_dBelow = point.z == m_dHeight ? m_dHighest : -std::numeric_limits<double>::infinity();
             m_dHeight = point.z;
             m_dHighest = point.y;
-            m_bMistakable = false;
         } else {
-            bool const bInRow = point.y == m_dHighest && IsBeyond(point.x, m_dLast, m_dTolerance);
-            m_bMistakable = m_bMistakable || !bInRow;
+            m_bOrdered = m_bOrdered && HasSameBits(point.z, m_dHeight) && IsBeyond(point.y, m_dBelow);
+            m_bMistakable = m_bMistakable || point.y != m_dHighest || !IsBeyond(point.x, m_dLast);
             m_dHighest = std::max(m_dHighest, point.y);
         }
         m_dLast = point.x;
-        return place;
+        ++m_nVertices;
     }
 
-    /// Whether vertices of the group may be mistaken for each other: it has several rows, or vertices in one
-    /// that are not apart.
-    bool IsMistakable() const { return m_bMistakable; }
+    /// Whether groups come in their order.
+    bool AreOrdered() const { return m_bOrdered; }
+
+    /// The groups in which vertices may be mistaken for each other, since there are several rows, or vertices
+    /// in one that are not apart: the number of the first vertex, and of the one behind the last.
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> const& Mistakable() {
+        EndGroup();
+        return m_Mistakable;
+    }
 
 private:
-    // The first point begins a group: it compares with nothing.
-    Place PlaceOf(CPoint3D const& point) const {
-        if (std::isnan(m_dHeight) || IsBeyond(point.z, m_dHeight, m_dTolerance)) return Place::kNextGroup;
-        if (!HasSameBits(point.z, m_dHeight)) return Place::kOutOfOrder;
-        if (IsBeyond(point.y, m_dHighest, m_dTolerance)) return Place::kNextGroup;
-        return IsBeyond(point.y, m_dBelow, m_dTolerance) ? Place::kSameGroup : Place::kOutOfOrder;
+    bool IsBeyond(double d, double dBefore) const {
+        return vertex_insertion::CompareAxis(d, dBefore, m_dTolerance) == COMPARE_GREATER;
+    }
+
+    bool IsNextGroup(CPoint3D const& point) const {
+        return m_nVertices == 0 || IsBeyond(point.z, m_dHeight) ||
+               (point.z == m_dHeight && IsBeyond(point.y, m_dHighest));
+    }
+
+    void EndGroup() {
+        if (m_bMistakable) m_Mistakable.emplace_back(m_nFirst, m_nVertices);
+        m_bMistakable = false;
+        m_nFirst = m_nVertices;
     }
 
     double m_dTolerance;
+    bool m_bOrdered = true;
+    std::uint32_t m_nVertices = 0;
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> m_Mistakable;
+
+    // Of the group under way.
+    std::uint32_t m_nFirst = 0;
+    bool m_bMistakable = false;
     double m_dHeight = std::numeric_limits<double>::quiet_NaN();
     double m_dBelow = 0.0;    // the highest y of the group before, at this height
     double m_dHighest = 0.0;  // y of the group
-    double m_dLast = 0.0;     // x of the last point
-    bool m_bMistakable = false;
+    double m_dLast = 0.0;     // x of the last vertex
 };
 
 }  // namespace
 
 VertexCopier::VertexCopier(CVertexTree& source) : m_Tree(0) {
     m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostKeys));
-    avl::WalkInOrder(source.m_pRoot, [this](tagVertexNode* pNode) {
+    RowGroups groups(CVertexTree().m_dTolerance);
+    avl::WalkInOrder(source.m_pRoot, [this, &groups](tagVertexNode* pNode) {
+        groups.Add(*pNode);
         m_Sources.push_back({pNode, pNode->m_nID});
         pNode->m_nID = static_cast<std::uint32_t>(m_Sources.size() - 1);
     });
-    m_bOrdered = m_Sources.size() <= ForeseenTree::kMostKeys;
+    m_bOrdered = groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys;
     if (!m_bOrdered) return;
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());
-    FindMistakable();
-}
-
-void VertexCopier::FindMistakable() {
-    RowGroups groups(CVertexTree().m_dTolerance);
-    std::uint32_t nFirst = 0;  // of the group
-    auto const endGroup = [this, &nFirst](std::uint32_t nEnd, bool bMistakable) {
-        for (; nFirst < nEnd; ++nFirst) {
-            if (bMistakable) m_Tree.SetUnplaced(nFirst);
-        }
-    };
-    auto const nEnd = static_cast<std::uint32_t>(m_Sources.size());
-    for (std::uint32_t n = 0; n < nEnd && m_bOrdered; ++n) {
-        CPoint3D const& point = *m_Sources[n].pVertex;
-        bool const bMistakable = groups.IsMistakable();
-        RowGroups::Place const place = groups.Add(point);
-        m_bOrdered = IsFinite(point) && place != RowGroups::Place::kOutOfOrder;
-        if (place == RowGroups::Place::kNextGroup) endGroup(n, bMistakable);
+    for (auto const& [nFirst, nEnd] : groups.Mistakable()) {
+        for (std::uint32_t n = nFirst; n < nEnd; ++n) m_Tree.SetUnplaced(n);
     }
-    endGroup(nEnd, groups.IsMistakable());
 }
 
 void VertexCopier::EndNumbers() {
@@ -138,6 +135,7 @@ void VertexCopier::PrefetchComing(std::size_t i) const {
     }
     if (i + kNear < comings.size()) {
         m_Tree.PrefetchNeighbors(comings[i + kNear]);
+        Prefetch(&m_Copies[comings[i + kNear]]);
         Prefetch(&m_Sources[comings[i + kNear]].pVertex->x);
         Prefetch(&m_Sources[comings[i + kNear]].pVertex->z);
     }
@@ -145,18 +143,24 @@ void VertexCopier::PrefetchComing(std::size_t i) const {
 
 // Gives the copies the places that they have in the tree.
 void VertexCopier::SetLinks(CVertexTree& target) const {
+    constexpr std::size_t kAhead = 16;
     auto const copyOf = [this](std::uint32_t n) { return n == kNone ? nullptr : m_Copies[n]; };
-    m_Tree.ForEachNode([this, &copyOf](std::uint32_t nKey) {
-        tagVertexNode& copy = *m_Copies[nKey];
-        copy.m_pLeft = copyOf(m_Tree.Left(nKey));
-        copy.m_pRight = copyOf(m_Tree.Right(nKey));
-        copy.m_nBalance = m_Tree.Balance(nKey);
-    });
+    auto const& nodes = m_Tree.Nodes();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (i + kAhead < nodes.size()) {
+            Prefetch(&m_Copies[nodes[i + kAhead]]->m_pLeft);
+            Prefetch(&m_Copies[nodes[i + kAhead]]->m_nBalance);
+        }
+        tagVertexNode& copy = *m_Copies[nodes[i]];
+        copy.m_pLeft = copyOf(m_Tree.Left(nodes[i]));
+        copy.m_pRight = copyOf(m_Tree.Right(nodes[i]));
+        copy.m_nBalance = m_Tree.Balance(nodes[i]);
+    }
     target.m_pRoot = copyOf(m_Tree.Root());
 }
 
 void VertexCopier::Clear() {
-    m_Tree.ForEachNode([this](std::uint32_t nKey) { m_Copies[nKey] = nullptr; });
+    for (std::uint32_t const nKey : m_Tree.Nodes()) m_Copies[nKey] = nullptr;
     m_Tree.Clear();
     m_Mistakable.clear();
     m_nMistakable = 0;

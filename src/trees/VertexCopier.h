@@ -61,7 +61,6 @@ private:
         std::uint32_t nID;
     };
 
-    void FindMistakable();
     void PrefetchComing(std::size_t i) const;
     void SetLinks(CVertexTree& target) const;
 
