@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
+#include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "foundation/Prefetch.h"
 #include "trees/Avl.h"
@@ -19,66 +21,78 @@ bool IsFinite(CPoint3D const& point) {
     return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
 
-// Goes through vertices in the order of a tree and groups the rows at a height that lie within the tolerance
-// of each other, one to the next. A vertex lies on one side of every group but its own.
+// Goes through the vertices of a tree in its order, and groups the rows at a height so that groups lie more
+// than the tolerance apart. A vertex lies on one side of every group but its own.
 class RowGroups {
 public:
     explicit RowGroups(double dTolerance) : m_dTolerance(dTolerance) {}
 
     void Add(CPoint3D const& point) {
         m_bOrdered = m_bOrdered && IsFinite(point);
-        if (IsNextGroup(point)) {
-            EndGroup();
-            m_dBelow = point.z == m_dHeight ? m_dHighest : -std::numeric_limits<double>::infinity();
+        if (m_Groups.empty() || IsBeyond(point.z, m_dHeight)) {
+            EndHeight();
             m_dHeight = point.z;
-            m_dHighest = point.y;
+        }
+        m_bOrdered = m_bOrdered && HasSameBits(point.z, m_dHeight);
+        if (m_Groups.empty() || IsBeyond(point.y, m_Groups.back().dHighest)) {
+            m_Groups.push_back({m_nVertices, point.y, false});
         } else {
-            m_bOrdered = m_bOrdered && HasSameBits(point.z, m_dHeight) && IsBeyond(point.y, m_dBelow);
-            m_bMistakable = m_bMistakable || point.y != m_dHighest || !IsBeyond(point.x, m_dLast);
-            m_dHighest = std::max(m_dHighest, point.y);
+            AddToLast(point);
         }
         m_dLast = point.x;
         ++m_nVertices;
     }
 
-    /// Whether groups come in their order.
+    /// Whether heights come in their order, more than the tolerance apart, and all is finite.
     bool AreOrdered() const { return m_bOrdered; }
 
     /// The groups in which vertices may be mistaken for each other, since there are several rows, or vertices
     /// in one that are not apart: the number of the first vertex, and of the one behind the last.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> const& Mistakable() {
-        EndGroup();
+        EndHeight();
         return m_Mistakable;
     }
 
 private:
+    struct Group {
+        std::uint32_t nFirst;
+        double dHighest;  // y
+        bool bMistakable;
+    };
+
     bool IsBeyond(double d, double dBefore) const {
         return vertex_insertion::CompareAxis(d, dBefore, m_dTolerance) == COMPARE_GREATER;
     }
 
-    bool IsNextGroup(CPoint3D const& point) const {
-        return m_nVertices == 0 || IsBeyond(point.z, m_dHeight) ||
-               (point.z == m_dHeight && IsBeyond(point.y, m_dHighest));
+    // Rows that are near each other come in any order, and one may join groups that seemed to lie apart.
+    void AddToLast(CPoint3D const& point) {
+        Group& last = m_Groups.back();
+        last.bMistakable = last.bMistakable || point.y != last.dHighest || !IsBeyond(point.x, m_dLast);
+        last.dHighest = std::max(last.dHighest, point.y);
+        while (m_Groups.size() > 1 && !IsBeyond(point.y, m_Groups[m_Groups.size() - 2].dHighest)) {
+            double const dHighest = m_Groups.back().dHighest;
+            m_Groups.pop_back();
+            m_Groups.back().dHighest = dHighest;
+            m_Groups.back().bMistakable = true;
+        }
     }
 
-    void EndGroup() {
-        if (m_bMistakable) m_Mistakable.emplace_back(m_nFirst, m_nVertices);
-        m_bMistakable = false;
-        m_nFirst = m_nVertices;
+    void EndHeight() {
+        for (std::size_t i = 0; i < m_Groups.size(); ++i) {
+            if (!m_Groups[i].bMistakable) continue;
+            bool const bLast = i + 1 == m_Groups.size();
+            m_Mistakable.emplace_back(m_Groups[i].nFirst, bLast ? m_nVertices : m_Groups[i + 1].nFirst);
+        }
+        m_Groups.clear();
     }
 
     double m_dTolerance;
     bool m_bOrdered = true;
     std::uint32_t m_nVertices = 0;
+    double m_dHeight = 0.0;
+    double m_dLast = 0.0;         // x of the last vertex
+    std::vector<Group> m_Groups;  // at the height, by y
     std::vector<std::pair<std::uint32_t, std::uint32_t>> m_Mistakable;
-
-    // Of the group under way.
-    std::uint32_t m_nFirst = 0;
-    bool m_bMistakable = false;
-    double m_dHeight = std::numeric_limits<double>::quiet_NaN();
-    double m_dBelow = 0.0;    // the highest y of the group before, at this height
-    double m_dHighest = 0.0;  // y of the group
-    double m_dLast = 0.0;     // x of the last vertex
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "MeshChecks.h"
 #include "mesh/LiteralMesh.h"
+#include "trees/PointSoup.h"
 
 namespace {
 
@@ -88,6 +89,16 @@ shapes::Mesh RandomMesh(std::uint32_t nSeed) {
         mesh.push_back(t);
     }
     return shapes::WithTurned(shapes::Shuffled(mesh, nSeed), 5);
+}
+
+void ExpectLiteralShells(CSTLModel& model) {
+    std::vector<CSTLModel*> const expected = LiteralDisjoin(FacetsOf(model));
+    ShellList const shells(model);
+    auto const models = shells.Models();
+    EXPECT_EQ(expected.size(), models.size());
+    for (std::size_t i = 0; i < std::min(expected.size(), models.size()); ++i)
+        ExpectSameModels(*expected[i], *models[i]);
+    for (CSTLModel* const pShell : expected) delete pShell;
 }
 
 }  // namespace
@@ -253,4 +264,85 @@ TEST(Disjoin, ShellOfManyBlocksIsWhole) {
     for (std::size_t i = 0; i < models.size(); ++i)
         ASSERT_NO_FATAL_FAILURE(ExpectSameModels(*expected[i], *models[i]));
     for (CSTLModel* const pShell : expected) delete pShell;
+}
+
+// Triangles between vertices that lie about a tolerance apart, or whose rows do, in shells that touch and
+// overlap. What is one vertex in the source may be two in a shell, and the other way round.
+TEST(Disjoin, AgreesWithTheLiteralOneWhereVerticesAreNear) {
+    constexpr PointSoup::Kind kKinds[] = {PointSoup::kNearRows, PointSoup::kNearEverything,
+                                          PointSoup::kHalfTolerance, PointSoup::kNearColumns,
+                                          PointSoup::kWithoutNumbers, PointSoup::kNearlyNumbers};
+    for (std::uint32_t nSeed = 0; nSeed < 240; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        PointSoup soup(nSeed, kKinds[nSeed % 6]);
+        CSTLModel model;
+        unsigned const nTriangles = 1 + soup.Below(150);
+        for (unsigned n = 0; n < nTriangles; ++n) {
+            CPoint3D const a = soup.Next();
+            CPoint3D const b = soup.Next();
+            AddTriangle(model, a, b, soup.Next());
+        }
+        ExpectLiteralShells(model);
+    }
+}
+
+// After the part has shrunk, vertices may lie within the tolerance of each other.
+TEST(Disjoin, AgreesWithTheLiteralOneAfterScaling) {
+    for (std::uint32_t nSeed = 0; nSeed < 60; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        CSTLModel model;
+        AddMesh(model, RandomMesh(nSeed));
+        double const dScale = nSeed % 2 == 0 ? 0.0001 : 0.00021;
+        for (tagVertexNode* const pVertex : VerticesOf(model)) {
+            pVertex->x *= dScale;
+            pVertex->y *= dScale;
+            pVertex->z *= dScale;
+        }
+        if (nSeed % 3 == 0) model.m_VertexTree.ReBuildTree();
+        ExpectLiteralShells(model);
+    }
+}
+
+TEST(Disjoin, TrianglesOutOfRangeAreRefused) {
+    CSTLModel model;
+    AddMesh(model, TwoCubes());
+    for (tagVertexNode* const pVertex : VerticesOf(model)) {
+        if (pVertex->x >= 5.0) pVertex->x = 2e10;
+    }
+    EXPECT_EQ(std::vector<int>({12, 0}), ShellList(model).Sizes());
+}
+
+TEST(Disjoin, LeavesTheNumbersOfTheVerticesAlone) {
+    CSTLModel model;
+    AddMesh(model, TwoCubes());
+    model.m_VertexTree.SetPointID(100);
+    ShellList const shells(model);
+    std::uint32_t nExpected = 100;
+    for (tagVertexNode const* const pVertex : VerticesOf(model)) EXPECT_EQ(nExpected++, pVertex->m_nID);
+}
+
+// The facet stands in two surfaces; the host owns both entries and takes one out again.
+TEST(Disjoin, FacetThatStandsInTheModelTwiceCountsOnce) {
+    CSTLModel model;
+    AddMesh(model, shapes::Cube(1.0f));
+    auto& facets = model.m_SurfaceArray.m_aSurface.GetAt(0)->m_aFacet;
+    facets.Add(&FacetAt(model, 3));
+    EXPECT_EQ(std::vector<int>({12}), ShellList(model).Sizes());
+    facets.RemoveAt(12, 1);
+}
+
+// A vertex of another model, which this model's tree does not hold.
+TEST(Disjoin, CornerOfAnotherModelIsCopiedAsWell) {
+    CSTLModel model, other;
+    AddMesh(model, shapes::Cube(1.0f));
+    CPoint3D far(9, 9, 9);
+    tagVertexNode* const pFar = other.m_VertexTree.AddNode(far);
+    tagVertexNode* const pOwn = FacetAt(model, 0).m_pVertex2;
+    FacetAt(model, 0).m_pVertex2 = pFar;
+    {
+        ShellList const shells(model);
+        ASSERT_EQ(std::vector<int>({12}), shells.Sizes());
+        EXPECT_EQ(9.0, shells.Models()[0]->m_VertexTree.m_BoundBox.m_ptMax.x);
+    }
+    FacetAt(model, 0).m_pVertex2 = pOwn;
 }

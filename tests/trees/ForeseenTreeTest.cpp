@@ -1,0 +1,172 @@
+#include "trees/ForeseenTree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include "trees/Avl.h"
+
+namespace {
+
+// A tree of numbers as they come, by comparing. Unplaced numbers meet their like.
+class PlainTree {
+public:
+    struct Node {
+        Node* m_pLeft = nullptr;
+        Node* m_pRight = nullptr;
+        int m_nBalance = 0;
+        std::uint32_t nRank = 0;
+    };
+
+    Node* Come(std::uint32_t nRank) {
+        int nTaller = 0;
+        return avl::Insert(
+            m_pRoot, nTaller,
+            [nRank](Node const* p) {
+                return p->nRank == nRank ? 0 : p->nRank < nRank ? -1 : 1;
+            },
+            [this, nRank] {
+                m_Nodes.push_back({nullptr, nullptr, 0, nRank});
+                return &m_Nodes.back();
+            });
+    }
+
+    Node* m_pRoot = nullptr;
+    std::deque<Node> m_Nodes;
+};
+
+// Lets the keys come to both trees and compares their shapes.
+class BothTrees {
+public:
+    explicit BothTrees(std::size_t nKeys) : m_Tree(nKeys) {}
+
+    void Come(std::vector<std::uint32_t> const& keys) {
+        PlainTree plain;
+        m_Ranks.clear();
+        for (std::uint32_t const nKey : keys) m_Tree.Expect(nKey);
+        m_Tree.Link();
+        for (std::uint32_t const nKey : m_Tree.Comings()) {
+            auto const compare = [this, nKey](std::uint32_t nMet) {
+                std::uint32_t const nRank = m_Ranks.at(nMet);
+                return nRank == nKey ? 0 : nRank < nKey ? -1 : 1;
+            };
+            m_Ranks.emplace(m_Tree.Come(nKey, compare), nKey);
+            plain.Come(nKey);
+        }
+        EXPECT_EQ(plain.m_Nodes.size(), m_Tree.Nodes().size());
+        ExpectSame(plain.m_pRoot, m_Tree.Root());
+        m_Tree.Clear();
+    }
+
+    ForeseenTree m_Tree;
+
+private:
+    void ExpectSame(PlainTree::Node const* pNode, std::uint32_t nKey) {
+        ASSERT_EQ(pNode == nullptr, nKey == ForeseenTree::kNone);
+        if (pNode == nullptr) return;
+        ASSERT_EQ(pNode->nRank, m_Ranks.at(nKey));
+        ASSERT_EQ(pNode->m_nBalance, m_Tree.Balance(nKey));
+        ASSERT_NO_FATAL_FAILURE(ExpectSame(pNode->m_pLeft, m_Tree.Left(nKey)));
+        ExpectSame(pNode->m_pRight, m_Tree.Right(nKey));
+    }
+
+    std::map<std::uint32_t, std::uint32_t> m_Ranks;  // of nodes, by their keys
+};
+
+std::vector<std::uint32_t> Shuffled(std::size_t nKeys, unsigned nSeed) {
+    std::vector<std::uint32_t> keys(nKeys);
+    std::iota(keys.begin(), keys.end(), 0u);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(nSeed));
+    return keys;
+}
+
+}  // namespace
+
+// 0, 1, 2 from the least: 1 comes to the top, with the greater key on the left.
+TEST(ForeseenTree, RisingKeysRotate) {
+    ForeseenTree tree(3);
+    for (std::uint32_t const nKey : {0u, 1u, 2u}) tree.Expect(nKey);
+    tree.Link();
+    for (std::uint32_t const nKey : {0u, 1u, 2u}) {
+        EXPECT_EQ(nKey, tree.Come(nKey, [](std::uint32_t) { return 0; }));
+    }
+    EXPECT_EQ(1u, tree.Root());
+    EXPECT_EQ(2u, tree.Left(1));
+    EXPECT_EQ(0u, tree.Right(1));
+    EXPECT_EQ(ForeseenTree::kNone, tree.Left(2));
+    EXPECT_EQ(0, tree.Balance(1));
+}
+
+TEST(ForeseenTree, WithoutKeysIsEmpty) {
+    ForeseenTree tree(0);
+    tree.Link();
+    EXPECT_EQ(ForeseenTree::kNone, tree.Root());
+    EXPECT_TRUE(tree.Comings().empty());
+    EXPECT_TRUE(tree.Nodes().empty());
+}
+
+TEST(ForeseenTree, KeysThatAreToldAgainComeOnce) {
+    ForeseenTree tree(9);
+    for (std::uint32_t const nKey : {5u, 2u, 5u, 7u, 2u}) tree.Expect(nKey);
+    tree.Link();
+    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 7}), tree.Comings());
+    EXPECT_EQ(std::vector<std::uint32_t>({2, 5, 7}), tree.Nodes());
+}
+
+TEST(ForeseenTree, UnplacedKeysComeAsOftenAsTold) {
+    ForeseenTree tree(9);
+    tree.SetUnplaced(5);
+    for (std::uint32_t const nKey : {5u, 2u, 5u}) tree.Expect(nKey);
+    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 5}), tree.Comings());
+    EXPECT_EQ(11u, tree.NodeCount());
+    tree.Link();
+    EXPECT_EQ(9u, tree.Come(5, [](std::uint32_t) { return 0; }));
+    EXPECT_EQ(2u, tree.Come(2, [](std::uint32_t) { return 0; }));
+    EXPECT_EQ(9u, tree.Come(5, [](std::uint32_t nMet) { return nMet == 9 ? 0 : -1; }));
+    EXPECT_EQ(9u, tree.Root());
+    EXPECT_EQ(2u, tree.Right(9));
+}
+
+TEST(ForeseenTree, HasTheShapeOfATreeFilledByComparing) {
+    for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        BothTrees trees(nSeed * 3);
+        trees.Come(Shuffled(nSeed * 3, nSeed));
+    }
+}
+
+// Few of many are sorted instead of looked for; the tree is used again.
+TEST(ForeseenTree, HasThatShapeForSomeOfManyKeysAgainAndAgain) {
+    BothTrees trees(1000);
+    for (unsigned nSeed = 0; nSeed < 100; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        std::vector<std::uint32_t> keys = Shuffled(1000, nSeed);
+        keys.resize(nSeed * 3);
+        trees.Come(keys);
+    }
+}
+
+TEST(ForeseenTree, HasThatShapeWhereSomeOrAllKeysAreUnplaced) {
+    for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        std::mt19937 random(nSeed);
+        BothTrees trees(120);
+        for (std::uint32_t nKey = 0; nKey < 120; ++nKey) {
+            if (random() % (nSeed % 10 + 1) == 0) trees.m_Tree.SetUnplaced(nKey);
+        }
+        for (int n = 0; n < 3; ++n) {
+            std::vector<std::uint32_t> keys = Shuffled(120, static_cast<unsigned>(random()));
+            keys.resize(random() % 121);
+            std::vector<std::uint32_t> const again = keys;
+            for (std::uint32_t const nKey : again) {
+                if (random() % 2 == 0) keys.push_back(nKey);
+            }
+            trees.Come(keys);
+        }
+    }
+}
