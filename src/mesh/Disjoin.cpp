@@ -170,7 +170,6 @@ private:
         constexpr std::size_t kFar = 32;
         constexpr std::size_t kMiddle = 16;
         constexpr std::size_t kNear = 8;
-        std::array<float, 3> normal{};  // computed anew from the corners
         for (std::size_t i = 0; i < m_Shell.size(); ++i) {
             if (i + kFar < m_Shell.size()) Prefetch(&m_Corners[m_Shell[i + kFar]]);
             if (i + kMiddle < m_Shell.size()) {
@@ -186,7 +185,7 @@ private:
             }
             std::array<tagVertexNode*, 3> corners;
             for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Corners[m_Shell[i]][k]);
-            EnterTriangle(shell, corners, normal.data());
+            EnterTriangle(shell, corners);
         }
     }
 

@@ -12,10 +12,6 @@ static_assert(sizeof(CFacet) <= kFacetSlotSize);
 
 namespace {
 
-// The length of the cross product of two edges, twice the area in square millimetres, at or below which a
-// facet is degenerate.
-constexpr double kDegenerateLength = 1e-10;
-
 // Vertices with more facets than this are searched from the other end of the edge where that has fewer.
 // Facets enter the lists of all their vertices in the order in which they come, so both lists hold the facets
 // at an edge in the same order.
@@ -93,24 +89,7 @@ void CFacet::operator delete(void* pFacet, std::size_t nSize) noexcept {
 }
 
 void CFacet::CalculateNormal() {
-    CPoint3D const& p1 = *m_pVertex1;
-    double const bx = m_pVertex2->x - p1.x;
-    double const by = m_pVertex2->y - p1.y;
-    double const bz = m_pVertex2->z - p1.z;
-    double const cx = m_pVertex3->x - p1.x;
-    double const cy = m_pVertex3->y - p1.y;
-    double const cz = m_pVertex3->z - p1.z;
-    double const nx = by * cz - bz * cy;
-    double const ny = bz * cx - bx * cz;
-    double const nz = bx * cy - by * cx;
-    double const dLength = std::sqrt(nx * nx + ny * ny + nz * nz);
-    if (dLength > kDegenerateLength) {
-        m_fNormal[0] = static_cast<float>(nx / dLength);
-        m_fNormal[1] = static_cast<float>(ny / dLength);
-        m_fNormal[2] = static_cast<float>(nz / dLength);
-    } else {
-        m_fNormal[0] = m_fNormal[1] = m_fNormal[2] = 1.0f;
-    }
+    CalculateNormalOf(*m_pVertex1, *m_pVertex2, *m_pVertex3, m_fNormal);
 }
 
 void CFacet::CalculateNormalAndResetFlag() {

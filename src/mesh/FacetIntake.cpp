@@ -10,6 +10,7 @@
 #include "foundation/Counter.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
+#include "mesh/FacetMeasures.h"
 #include "trees/FacetList.h"
 
 namespace {
@@ -75,7 +76,7 @@ bool IsInRange(CPoint3D const& corner) {
     return !bBeyond;
 }
 
-void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered, float* pNormal) {
+void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered) {
     auto const [a, b, c] = offered;
     if (a == b || b == c || c == a) return;
     if (CFacet* const g = FindTriangle(a, b, c)) {
@@ -83,12 +84,11 @@ void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offere
         return;
     }
     auto const [p1, p2, p3] = LowestFirst(a, b, c);
-    CFacet facet(p1, p2, p3, pNormal);
-    facet.CalculateNormal();
-    if (IsDegenerate(facet)) return;
+    std::array<float, 3> normal;
+    if (!CalculateNormalOf(*p1, *p2, *p3, normal.data())) return;
 
-    auto owned = std::make_unique<CFacet>(facet);
-    owned->m_nFlag = SlopeFlag(facet);
+    auto owned = std::make_unique<CFacet>(p1, p2, p3, normal.data());
+    owned->m_nFlag = SlopeFlag(*owned);
     model.m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(owned.get());
     CFacet* const pFacet = owned.release();
     StoreShared(model.m_Status.m_nFacetNum, model.m_Status.m_nFacetNum + 1);
@@ -105,7 +105,7 @@ void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
     }
     std::array<tagVertexNode*, 3> corners;
     for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = addNode(facet.m_ptVertex[i], i);
-    EnterTriangle(model, corners, facet.m_fNormal);
+    EnterTriangle(model, corners);
 }
 
 }  // namespace

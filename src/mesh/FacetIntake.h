@@ -15,7 +15,7 @@ bool IsInRange(CPoint3D const& corner);
 
 /// Lets the triangle of three of the model's vertices, which are in range, into the model, unless it
 /// collapses, is there already or is degenerate.
-void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered, float* pNormal);
+void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered);
 
 /// How a reader hands its triangles to a model: as CSTLModel::AddFacet, one after the other, but faster.
 /// Between the calls nothing else may add to the model.

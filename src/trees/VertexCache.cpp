@@ -36,16 +36,6 @@ bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
 }
 
-// Zeros of both signs are equal numbers, so they get one hash: 0.0 is added.
-std::uint64_t Bits(double d) { return std::bit_cast<std::uint64_t>(d + 0.0); }
-
-// Factors that spread the bits of three numbers over one hash.
-constexpr std::uint64_t kFactorX = 0x9E3779B97F4A7C15u;
-constexpr std::uint64_t kFactorY = 0xC2B2AE3D27D4EB4Fu;
-constexpr std::uint64_t kFactorZ = 0x165667B19E3779F9u;
-
-std::uint64_t Spread(std::uint64_t n) { return (n ^ (n >> 32)) * kFactorX; }
-
 // The first when the condition holds, else the second, without a branch.
 tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexNode const* pSecond) {
     auto const nFirst = reinterpret_cast<std::uintptr_t>(pFirst);
@@ -67,17 +57,12 @@ VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
     }
 }
 
-tagVertexNode* VertexCache::AddNode(CPoint3D& point, std::size_t nHash) {
-    tagVertexNode*& recent = m_Recent[nHash % kRecent];
-    if (recent != nullptr && recent->x == point.x && recent->y == point.y && recent->z == point.z) {
-        point.z = recent->z;
-        return recent;
-    }
+tagVertexNode* VertexCache::AddSeldom(CPoint3D& point, std::size_t nHash) {
     if (!m_bOn) return m_Tree.AddNode(point);
-    tagVertexNode* pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
+    tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
     if (pNode == nullptr) return FindDrawnOrInsert(point);
     point.z = pNode->z;
-    recent = pNode;
+    m_Recent[nHash % kRecent] = pNode;
     return pNode;
 }
 
@@ -89,7 +74,7 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
     HeightSet::Answer const height = m_Heights.Find(point.z);
     if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
         tagVertexNode* const pNode =
-            FindInCleanRow(point.x, point.y, height.dHeight, Hash(point.x, point.y, height.dHeight));
+            FindInCleanRow(point.x, point.y, height.dHeight, coordinate_hash::Hash(point.x, point.y, height.dHeight));
         if (pNode != nullptr) {
             point.z = pNode->z;
             return pNode;
@@ -110,10 +95,6 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
     if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
     return pNode;
-}
-
-void VertexCache::PrefetchLine(std::size_t nHash) const {
-    if (m_bOn) Prefetch(&LineOf(nHash));
 }
 
 std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
@@ -147,7 +128,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
             continue;
         }
         drawn[nDrawn] = points[i];
-        drawnHashes[nDrawn] = Hash(points[i]->x, points[i]->y, height.dHeight);
+        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, height.dHeight);
         PrefetchLine(drawnHashes[nDrawn++]);
     }
     for (std::size_t i = 0; i < nDrawn; ++i) {
@@ -196,11 +177,6 @@ void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) cons
         }
         nWays = nStill;
     }
-}
-
-std::size_t VertexCache::Hash(double x, double y, double z) {
-    std::uint64_t const n = Spread(Bits(x) * kFactorX ^ Bits(y) * kFactorY ^ Bits(z) * kFactorZ);
-    return static_cast<std::size_t>(n ^ (n >> 32));
 }
 
 // Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are
@@ -264,7 +240,8 @@ void VertexCache::SwitchOff() {
 std::size_t VertexCache::MarkOf(double y, double dHeight) const {
     // Two bands about 0 count as one, since the conversion truncates.
     auto const nBand = static_cast<std::uint64_t>(static_cast<std::int64_t>(y * m_dBandsPerUnit));
-    std::uint64_t const n = Spread(nBand * kFactorY ^ Bits(dHeight) * kFactorZ);
+    std::uint64_t const n = coordinate_hash::Spread(nBand * coordinate_hash::kFactorY ^
+                                                      coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ);
     return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
 }
 

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "foundation/LargePages.h"
+#include "foundation/Prefetch.h"
+#include "trees/CoordinateHash.h"
 #include "trees/HeightSet.h"
 #include "trees/VertexTree.h"
 
@@ -48,14 +50,25 @@ public:
     /// As CVertexTree::AddNode.
     tagVertexNode* AddNode(CPoint3D& point) { return AddNode(point, HashOf(point)); }
 
-    static std::size_t HashOf(CPoint3D const& point) { return Hash(point.x, point.y, point.z); }
-    tagVertexNode* AddNode(CPoint3D& point, std::size_t nHash);
+    static std::size_t HashOf(CPoint3D const& point) {
+        return coordinate_hash::Hash(point.x, point.y, point.z);
+    }
+    tagVertexNode* AddNode(CPoint3D& point, std::size_t nHash) {
+        tagVertexNode* const pRecent = m_Recent[nHash % kRecent];
+        if (pRecent == nullptr || pRecent->x != point.x || pRecent->y != point.y || pRecent->z != point.z) {
+            return AddSeldom(point, nHash);
+        }
+        point.z = pRecent->z;
+        return pRecent;
+    }
 
     // For callers that know their points in advance: what AddNode will look at is brought into the
     // processor's cache. Nothing else changes. Each step needs the memory that the one before has asked for.
 
     /// The first place in the table.
-    void PrefetchLine(std::size_t nHash) const;
+    void PrefetchLine(std::size_t nHash) const {
+        if (m_bOn) Prefetch(&LineOf(nHash));
+    }
     /// All that a group of points needs: the table, the vertices found there, and the way down the tree of
     /// the points that are not there. Returns how many vertices were found; they stand at the start of found,
     /// which has room for as many as there are points.
@@ -83,7 +96,8 @@ private:
     template <class Visit>
     static void VisitTagged(Line const& line, std::uint16_t nTag, Visit const& visit);
 
-    static std::size_t Hash(double x, double y, double z);
+    // As AddNode, for a point that was not asked for lately.
+    tagVertexNode* AddSeldom(CPoint3D& point, std::size_t nHash);
     tagVertexNode* FindTagged(std::size_t nHash) const;
     void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
