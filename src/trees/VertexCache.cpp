@@ -245,8 +245,14 @@ std::size_t VertexCache::MarkOf(double y, double dHeight) const {
     return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
 }
 
+std::size_t VertexCache::MarkedHeightOf(double dHeight) {
+    constexpr int kDropped = 64 - std::bit_width(kMarkedHeights - 1);
+    return static_cast<std::size_t>(coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ >> kDropped);
+}
+
 bool VertexCache::IsMarked(double y, double dHeight) const {
-    if (m_Marks.empty()) return false;
+    std::size_t const nHeight = MarkedHeightOf(dHeight);
+    if ((m_MarkedHeights[nHeight / 64] >> (nHeight % 64) & 1) == 0) return false;
     std::size_t const nMark = MarkOf(y, dHeight);
     return (m_Marks[nMark / 64] >> (nMark % 64) & 1) != 0;
 }
@@ -255,6 +261,8 @@ bool VertexCache::IsMarked(double y, double dHeight) const {
 void VertexCache::MarkAround(double y, double dHeight) {
     if (m_Marks.empty()) m_Marks.resize(kMarkBits / 64);
     m_Recent.fill(nullptr);
+    std::size_t const nHeight = MarkedHeightOf(dHeight);
+    m_MarkedHeights[nHeight / 64] |= std::uint64_t{1} << (nHeight % 64);
     for (double const dEnd : {y - m_dReach, y + m_dReach}) {
         std::size_t const nMark = MarkOf(dEnd, dHeight);
         m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);

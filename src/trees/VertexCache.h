@@ -110,6 +110,7 @@ private:
     // Marks stand for bands of y at a height, a bit each in a table of hashes: a mark too many costs a
     // descent.
     std::size_t MarkOf(double y, double dHeight) const;
+    static std::size_t MarkedHeightOf(double dHeight);
     bool IsMarked(double y, double dHeight) const;
     void MarkAround(double y, double dHeight);
 
@@ -125,5 +126,7 @@ private:
     ZeroedTable<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
-    std::vector<std::uint64_t> m_Marks;  // empty until there is one
+    static constexpr std::size_t kMarkedHeights = 8192;
+    std::array<std::uint64_t, kMarkedHeights / 64> m_MarkedHeights{};  // a bit for heights with marks
+    std::vector<std::uint64_t> m_Marks;                                // empty until there is one
 };
