@@ -31,7 +31,7 @@ public:
             if (Find(m_Facets[i]) >= i) SetNumber(*m_Facets[i], i);
         }
         for (std::uint32_t i = 0; i < Size(); ++i) {
-            LookAhead(i);
+            BringNeighbors(m_Facets, i);
             std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
             for (std::size_t k = 0; k < neighbors.size(); ++k) m_Neighbors[i][k] = Find(neighbors[k]);
         }
@@ -52,22 +52,6 @@ public:
     }
 
 private:
-    // A step of the way to the neighbours for each of the facets to come.
-    void LookAhead(std::uint32_t i) const {
-        constexpr std::uint32_t kFacet = 64;
-        constexpr std::uint32_t kHeads = 40;
-        constexpr std::uint32_t kLists = 24;
-        constexpr std::uint32_t kListed = 10;
-        constexpr int kMostListed = 6;
-        if (i + kFacet >= Size()) return;
-        Prefetch(m_Facets[i + kFacet]);
-        BringListHeads()(*m_Facets[i + kHeads]);
-        for (tagVertexNode const* const p : Corners(*m_Facets[i + kLists])) Prefetch(p->m_ppFacet);
-        for (tagVertexNode const* const p : Corners(*m_Facets[i + kListed])) {
-            for (int k = 0; k < std::min(p->m_nFacetNum, kMostListed); ++k) Prefetch(p->m_ppFacet[k]);
-        }
-    }
-
     // A facet that is not one of these counts as none.
     std::uint32_t Find(CFacet const* pFacet) const {
         if (pFacet == nullptr || pFacet->m_nRegion >= 0) return kNone;

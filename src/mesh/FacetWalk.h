@@ -1,7 +1,12 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <span>
+
 #include "foundation/Array.h"
 #include "foundation/Prefetch.h"
+#include "mesh/FacetCorners.h"
 #include "support/FeatureSurface.h"
 
 // What a walk over facets brings into the processor's cache, some facets before it comes to them.
@@ -28,6 +33,23 @@ struct BringListHeads {
 struct BringFacet {
     void operator()(CFacet const&) const {}
 };
+
+/// What looking up the neighbours of facets touches: for each of some facets behind the i-th one, a step of
+/// the way.
+inline void BringNeighbors(std::span<CFacet* const> facets, std::size_t i) {
+    constexpr std::size_t kFacet = 64;
+    constexpr std::size_t kHeads = 40;
+    constexpr std::size_t kLists = 24;
+    constexpr std::size_t kListed = 10;
+    constexpr int kMostListed = 6;
+    if (i + kFacet >= facets.size()) return;
+    Prefetch(facets[i + kFacet]);
+    BringListHeads()(*facets[i + kHeads]);
+    for (tagVertexNode const* const p : Corners(*facets[i + kLists])) Prefetch(p->m_ppFacet);
+    for (tagVertexNode const* const p : Corners(*facets[i + kListed])) {
+        for (int k = 0; k < std::min(p->m_nFacetNum, kMostListed); ++k) Prefetch(p->m_ppFacet[k]);
+    }
+}
 
 /// Calls visit(CFacet&) for every facet of the array, in its order. The visitor may change facets, but not
 /// the array.
