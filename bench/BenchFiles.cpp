@@ -1,9 +1,12 @@
 #include "BenchFiles.h"
 
 #include <array>
+#include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <utility>
 
 namespace {
 
@@ -24,6 +27,29 @@ std::string BytesOf(shapes::Mesh const& mesh, Kind kind) {
     }
 }
 
+// The same in every run.
+shapes::Mesh Noise(std::size_t nFacets) {
+    int const nCells = static_cast<int>(std::lround(std::sqrt(static_cast<double>(nFacets) / 2.0)));
+    shapes::Mesh mesh = shapes::HeightField(nCells, 1.0, [](double x, double y) {
+        auto const n =
+            static_cast<std::uint32_t>(x) * 0x9E3779B9u ^ static_cast<std::uint32_t>(y) * 0x85EBCA6Bu;
+        return static_cast<double>((n ^ n >> 15) * 0x2C1B3C6Du >> 16) / 32768.0;
+    });
+    for (shapes::Triangle& t : mesh) std::swap(t[1], t[2]);
+    return mesh;
+}
+
+fs::path FilePath(std::string const& name, std::size_t nFacets) {
+    return fs::temp_directory_path() / ("varnet-bench-" + std::to_string(nFacets) + "-" + name + ".stl");
+}
+
+// Under its name as a whole or not at all.
+void WriteFile(fs::path const& path, std::string const& bytes) {
+    fs::path const partial = fs::path(path).concat(".part");
+    std::ofstream(partial, std::ios::binary) << bytes;
+    fs::rename(partial, path);
+}
+
 }  // namespace
 
 shapes::Mesh const& GyroidMesh(std::size_t nFacets) {
@@ -38,12 +64,15 @@ shapes::Mesh const& GyroidMesh(std::size_t nFacets) {
 
 std::string GyroidFile(std::size_t nFacets, Kind kind) {
     constexpr std::array<char const*, 5> kNames = {"binary", "shuffled", "turned", "ascii", "shells"};
-    fs::path const path = fs::temp_directory_path() / ("varnet-bench-" + std::to_string(nFacets) + "-" +
-                                                       kNames[static_cast<std::size_t>(kind)] + ".stl");
-    if (!fs::exists(path)) {
-        fs::path const partial = fs::path(path).concat(".part");
-        std::ofstream(partial, std::ios::binary) << BytesOf(GyroidMesh(nFacets), kind);
-        fs::rename(partial, path);
-    }
+    fs::path const path = FilePath(kNames[static_cast<std::size_t>(kind)], nFacets);
+    if (!fs::exists(path)) WriteFile(path, BytesOf(GyroidMesh(nFacets), kind));
     return path.string();
 }
+
+std::string FileOf(std::string const& name, std::size_t nFacets, shapes::Mesh (*pMake)(std::size_t)) {
+    fs::path const path = FilePath(name, nFacets);
+    if (!fs::exists(path)) WriteFile(path, shapes::ToBinaryStl(pMake(nFacets)));
+    return path.string();
+}
+
+std::string NoiseFile(std::size_t nFacets) { return FileOf("noise", nFacets, Noise); }

@@ -24,18 +24,6 @@ enum Shape : std::int64_t { kGyroid, kNoise };
 
 constexpr std::array<char const*, 2> kShapeNames = {"gyroid", "noise"};
 
-// A height field that faces down, the same in every run.
-shapes::Mesh Noise(std::size_t nFacets) {
-    int const nCells = static_cast<int>(std::lround(std::sqrt(static_cast<double>(nFacets) / 2.0)));
-    shapes::Mesh mesh = shapes::HeightField(nCells, 1.0, [](double x, double y) {
-        auto const n =
-            static_cast<std::uint32_t>(x) * 0x9E3779B9u ^ static_cast<std::uint32_t>(y) * 0x85EBCA6Bu;
-        return static_cast<double>((n ^ n >> 15) * 0x2C1B3C6Du >> 16) / 32768.0;
-    });
-    for (shapes::Triangle& t : mesh) std::swap(t[1], t[2]);
-    return mesh;
-}
-
 // Read from a file, as a host would do it, so that vertices and facets lie in memory as they do there.
 std::unique_ptr<CSTLModel> Load(std::string const& file) {
     WidePath path(file);
@@ -44,22 +32,10 @@ std::unique_ptr<CSTLModel> Load(std::string const& file) {
     return pModel;
 }
 
-std::string FileOf(std::string const& name, std::size_t nFacets, shapes::Mesh (*pMake)(std::size_t)) {
-    namespace fs = std::filesystem;
-    fs::path const path =
-        fs::temp_directory_path() / ("varnet-bench-" + std::to_string(nFacets) + "-" + name + ".stl");
-    if (!fs::exists(path)) {
-        fs::path const partial = fs::path(path).concat(".part");
-        std::ofstream(partial, std::ios::binary) << shapes::ToBinaryStl(pMake(nFacets));
-        fs::rename(partial, path);
-    }
-    return path.string();
-}
-
 std::unique_ptr<CSTLModel> Load(benchmark::State& state) {
     auto const nFacets = static_cast<std::size_t>(state.range(0));
     state.SetLabel(kShapeNames[static_cast<std::size_t>(state.range(1))]);
-    return Load(state.range(1) == kGyroid ? GyroidFile(nFacets) : FileOf("noise", nFacets, Noise));
+    return Load(state.range(1) == kGyroid ? GyroidFile(nFacets) : NoiseFile(nFacets));
 }
 
 // On a model as it was read: a division leaves the facets in the order of its surfaces, which lies less well

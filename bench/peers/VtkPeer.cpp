@@ -1,6 +1,8 @@
 // VTK on the same files: from STL to merged points with links to their cells, writing, consistent winding,
-// area and volume.
+// area and volume, regions that face down.
 
+#include <vtkConnectivityFilter.h>
+#include <vtkDataObject.h>
 #include <vtkMassProperties.h>
 #include <vtkNew.h>
 #include <vtkPolyData.h>
@@ -8,7 +10,9 @@
 #include <vtkSTLReader.h>
 #include <vtkSTLWriter.h>
 #include <vtkSmartPointer.h>
+#include <vtkThreshold.h>
 
+#include <cmath>
 #include <filesystem>
 
 #include "BenchFiles.h"
@@ -75,11 +79,47 @@ void VtkAreaAndVolume(benchmark::State& state) {
     ReportFacets(state, static_cast<double>(mesh->GetNumberOfCells()));
 }
 
+// Regions of facets that face down by more than 45 degrees, from given normals.
+void Overhangs(benchmark::State& state, std::string const& file) {
+    vtkNew<vtkPolyDataNormals> normals;
+    normals->SetInputData(ReadMesh(file));
+    normals->SplittingOff();
+    normals->ConsistencyOff();
+    normals->ComputePointNormalsOff();
+    normals->ComputeCellNormalsOn();
+    normals->Update();
+    vtkPolyData* const pMesh = normals->GetOutput();
+    for (auto _ : state) {
+        vtkNew<vtkThreshold> threshold;
+        threshold->SetInputData(pMesh);
+        threshold->SetInputArrayToProcess(0, 0, 0, vtkDataObject::FIELD_ASSOCIATION_CELLS, "Normals");
+        threshold->SetComponentModeToUseSelected();
+        threshold->SetSelectedComponent(2);
+        threshold->SetThresholdFunction(vtkThreshold::THRESHOLD_LOWER);
+        threshold->SetLowerThreshold(-std::sqrt(0.5));
+        vtkNew<vtkConnectivityFilter> regions;
+        regions->SetInputConnection(threshold->GetOutputPort());
+        regions->SetExtractionModeToAllRegions();
+        regions->Update();
+        state.counters["regions"] = static_cast<double>(regions->GetNumberOfExtractedRegions());
+    }
+    ReportFacets(state, static_cast<double>(pMesh->GetNumberOfCells()));
+}
+
+void VtkOverhangs(benchmark::State& state) {
+    Overhangs(state, GyroidFile(static_cast<std::size_t>(state.range(0))));
+}
+void VtkOverhangsOfNoise(benchmark::State& state) {
+    Overhangs(state, NoiseFile(static_cast<std::size_t>(state.range(0))));
+}
+
 BENCHMARK(VtkReadBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkReadBinaryShuffled)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkReadAscii)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkWriteBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkOrient)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkOverhangs)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkOverhangsOfNoise)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkAreaAndVolume)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
