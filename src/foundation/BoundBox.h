@@ -27,10 +27,10 @@ public:
     }
     /// Grows to hold the point. A coordinate that is not a number changes nothing.
     CBoundBox2D& operator+=(CPoint2D const& point) {
-        if (point.x < m_ptMin.x) m_ptMin.x = point.x;
-        if (point.y < m_ptMin.y) m_ptMin.y = point.y;
-        if (point.x > m_ptMax.x) m_ptMax.x = point.x;
-        if (point.y > m_ptMax.y) m_ptMax.y = point.y;
+        m_ptMin.x = point.x < m_ptMin.x ? point.x : m_ptMin.x;
+        m_ptMin.y = point.y < m_ptMin.y ? point.y : m_ptMin.y;
+        m_ptMax.x = point.x > m_ptMax.x ? point.x : m_ptMax.x;
+        m_ptMax.y = point.y > m_ptMax.y ? point.y : m_ptMax.y;
         return *this;
     }
 
@@ -85,12 +85,12 @@ public:
     }
     /// Grows to hold the point. A coordinate that is not a number changes nothing.
     CBoundBox3D& operator+=(CPoint3D const& point) {
-        if (point.x < m_ptMin.x) m_ptMin.x = point.x;
-        if (point.y < m_ptMin.y) m_ptMin.y = point.y;
-        if (point.z < m_ptMin.z) m_ptMin.z = point.z;
-        if (point.x > m_ptMax.x) m_ptMax.x = point.x;
-        if (point.y > m_ptMax.y) m_ptMax.y = point.y;
-        if (point.z > m_ptMax.z) m_ptMax.z = point.z;
+        m_ptMin.x = point.x < m_ptMin.x ? point.x : m_ptMin.x;
+        m_ptMin.y = point.y < m_ptMin.y ? point.y : m_ptMin.y;
+        m_ptMin.z = point.z < m_ptMin.z ? point.z : m_ptMin.z;
+        m_ptMax.x = point.x > m_ptMax.x ? point.x : m_ptMax.x;
+        m_ptMax.y = point.y > m_ptMax.y ? point.y : m_ptMax.y;
+        m_ptMax.z = point.z > m_ptMax.z ? point.z : m_ptMax.z;
         return *this;
     }
 

@@ -69,7 +69,7 @@ bool OfferToSystem(void*) noexcept { return false; }
 
 namespace {
 
-constexpr std::size_t kMostKept = 64;
+constexpr std::size_t kMostKept = 96;
 
 // Pages that wait for the next mesh, a place for each, null where there is none.
 constinit std::array<std::atomic<void*>, kMostKept> s_Kept{};
