@@ -53,20 +53,26 @@ tagFACET CopyOf(CFacet const& facet) {
     return copy;
 }
 
+// The corners of a facet, by the ranks of their vertices.
+using Ranks = std::array<std::uint32_t, 3>;
+using RankGraph = FacetGraph<Ranks>;
+
 // Finds the facets of shells and copies them to models.
 //
 // Facets of a shell lie scattered in memory in the order in which a walk over it meets them. So what the walk
-// and the copying need of them is gathered in tables before, in the order in which they mostly lie, and a
+// and the copying need of them is gathered in a table before, in the order in which they mostly lie, and a
 // shell's vertices are copied first, which finds them their places in the new tree without a search.
 class ShellCopier {
 public:
     explicit ShellCopier(CSTLModel& source)
         : m_Source(source),
-          m_Graph(FacetsOf(source)),
           m_Vertices(source.m_VertexTree),
-          m_Corners(m_Graph.Size()),
+          m_bRanked(m_Vertices.IsOrdered()),
+          m_Graph(FacetsOf(source),
+                  [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }),
           m_Placed(m_Graph.Size()) {
-        FindCorners();
+        m_Vertices.EndNumbers();
+        MarkAsPlaced();
     }
     ShellCopier(ShellCopier const&) = delete;
     ShellCopier& operator=(ShellCopier const&) = delete;
@@ -93,9 +99,6 @@ public:
     }
 
 private:
-    // The corners of a facet, by the ranks of their vertices.
-    using Ranks = std::array<std::uint32_t, 3>;
-
     // What the walk over a shell asks of a facet: its neighbours. On the way, the vertices get to know when
     // they will come.
     struct Neighbors {
@@ -103,12 +106,10 @@ private:
         void LookAhead(std::span<std::uint32_t const> wave, std::size_t i) const {
             constexpr std::size_t kFar = 24;
             constexpr std::size_t kNear = 12;
-            if (i + kFar < wave.size()) {
-                copier.m_Graph.PrefetchNeighbors(wave[i + kFar]);
-                Prefetch(&copier.m_Corners[wave[i + kFar]]);
-            }
+            if (i + kFar < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kFar]);
             if (i + kNear < wave.size() && copier.m_bRanked) {
-                for (std::uint32_t const n : copier.m_Corners[wave[i + kNear]]) copier.m_Vertices.PrefetchExpect(n);
+                for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kNear]))
+                    copier.m_Vertices.PrefetchExpect(n);
             }
         }
         template <class Offer>
@@ -116,30 +117,31 @@ private:
             copier.ExpectCorners(nFacet);
             auto const& neighbors = copier.m_Graph.Neighbors(nFacet);
             for (std::size_t k = 0; k < neighbors.size(); ++k) {
-                if (neighbors[k] != FacetGraph::kNone) offer(static_cast<int>(k) + 1, neighbors[k]);
+                if (neighbors[k] != RankGraph::kNone) offer(static_cast<int>(k) + 1, neighbors[k]);
             }
         }
     };
 
-    // Facets that stand in the model twice are placed from the beginning, where they come again.
-    void FindCorners() {
-        constexpr std::uint32_t kFacetsAhead = 64;
-        constexpr std::uint32_t kCornersAhead = 32;
-        m_bRanked = m_Vertices.IsOrdered();
-        for (std::uint32_t n = 0; n < Size(); ++n) {
-            if (n + kFacetsAhead < Size()) Prefetch(&m_Graph.Facet(n + kFacetsAhead));
-            if (n + kCornersAhead < Size()) BringCorners()(m_Graph.Facet(n + kCornersAhead));
-            CFacet& facet = m_Graph.Facet(n);
-            m_Placed[n] = FacetGraph::NumberOf(facet) == n ? 0 : 1;
-            facet.m_nRegion = kPlaced;
-            std::size_t k = 0;
-            for (tagVertexNode const* const pVertex : Corners(facet)) {
-                std::uint32_t const nRank = m_Vertices.RankOf(*pVertex);
-                m_bRanked = m_bRanked && nRank != VertexCopier::kNone && IsInRange(*pVertex);
-                m_Corners[n][k++] = nRank;
-            }
+    Ranks FindRanks(CFacet const& facet) {
+        Ranks ranks;
+        std::size_t k = 0;
+        for (tagVertexNode const* const pVertex : Corners(facet)) {
+            ranks[k] = m_Vertices.RankOf(*pVertex);
+            m_bRanked = m_bRanked && ranks[k] != VertexCopier::kNone && IsInRange(*pVertex);
+            ++k;
         }
-        m_Vertices.EndNumbers();
+        return ranks;
+    }
+
+    // Where facets stand in the model a second time, they are placed from the beginning.
+    void MarkAsPlaced() {
+        constexpr std::uint32_t kAhead = 64;
+        for (std::uint32_t n = 0; n < Size(); ++n) {
+            if (n + kAhead < Size()) Prefetch(&m_Graph.Facet(n + kAhead));
+            CFacet& facet = m_Graph.Facet(n);
+            m_Placed[n] = RankGraph::NumberOf(facet) == n ? 0 : 1;
+            facet.m_nRegion = kPlaced;
+        }
     }
 
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
@@ -163,7 +165,7 @@ private:
     void ExpectCorners(std::uint32_t nFacet) {
         ++m_nExpected;
         if (!m_bRanked) return;
-        for (std::uint32_t const nRank : m_Corners[nFacet]) m_Vertices.Expect(nRank);
+        for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Expect(nRank);
     }
 
     void CopyFacets(CSTLModel& shell) {
@@ -171,12 +173,13 @@ private:
         constexpr std::size_t kMiddle = 16;
         constexpr std::size_t kNear = 8;
         for (std::size_t i = 0; i < m_Shell.size(); ++i) {
-            if (i + kFar < m_Shell.size()) Prefetch(&m_Corners[m_Shell[i + kFar]]);
+            if (i + kFar < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kFar]);
             if (i + kMiddle < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Corners[m_Shell[i + kMiddle]]) m_Vertices.PrefetchNext(nRank);
+                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kMiddle]))
+                    m_Vertices.PrefetchNext(nRank);
             }
             if (i + kNear < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Corners[m_Shell[i + kNear]]) {
+                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kNear])) {
                     if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
                         Prefetch(&p->x);
                         Prefetch(&p->m_ppFacet);
@@ -184,7 +187,7 @@ private:
                 }
             }
             std::array<tagVertexNode*, 3> corners;
-            for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Corners[m_Shell[i]][k]);
+            for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Graph.NoteOf(m_Shell[i])[k]);
             EnterTriangle(shell, corners);
         }
     }
@@ -198,11 +201,10 @@ private:
     }
 
     CSTLModel& m_Source;
-    FacetGraph m_Graph;
     VertexCopier m_Vertices;
-    ZeroedTable<Ranks> m_Corners;
+    bool m_bRanked;  // whether all corners have ranks and are in range
+    RankGraph m_Graph;
     std::vector<std::uint8_t> m_Placed;
-    bool m_bRanked = true;  // whether all corners have ranks and are in range
     WaveGrowth<std::uint32_t> m_Growth;
     std::vector<std::uint32_t> m_Shell;
     std::size_t m_nExpected = 0;  // facets of the shell whose corners have been told

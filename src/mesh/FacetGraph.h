@@ -12,19 +12,24 @@
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 
-/// Facets by numbers, and the numbers of their neighbours across V1V2, V2V3 and V3V1.
+/// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and a note of what a walk
+/// wants to know of each besides.
 ///
 /// A walk that goes breadth first jumps about in memory, and looking up a neighbour touches a dozen records.
 /// Here they are looked up in the order of the facets, in which neighbours mostly lie near each other, and
-/// the walk touches twelve bytes a facet. It is right as long as nobody changes corners or adds facets.
+/// the walk touches one small record a facet. It is right as long as nobody changes corners or adds facets.
+template <class Note>
 class FacetGraph {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
     /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards. A facet that stands in
     /// the order twice has its first number.
-    explicit FacetGraph(std::vector<CFacet*> facets)
-        : m_Facets(std::move(facets)), m_Neighbors(m_Facets.size()) {
+    ///
+    /// makeNote(*this, n) gives the note of the n-th facet, when its neighbours are known.
+    template <class MakeNote>
+    FacetGraph(std::vector<CFacet*> facets, MakeNote const& makeNote)
+        : m_Facets(std::move(facets)), m_Records(m_Facets.size()) {
         constexpr std::uint32_t kAhead = 64;
         for (std::uint32_t i = 0; i < Size(); ++i) {
             if (i + kAhead < Size()) Prefetch(m_Facets[i + kAhead]);
@@ -33,15 +38,19 @@ public:
         for (std::uint32_t i = 0; i < Size(); ++i) {
             BringNeighbors(m_Facets, i);
             std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
-            for (std::size_t k = 0; k < neighbors.size(); ++k) m_Neighbors[i][k] = Find(neighbors[k]);
+            for (std::size_t k = 0; k < neighbors.size(); ++k)
+                m_Records[i].neighbors[k] = Find(neighbors[k]);
+            m_Records[i].note = makeNote(*this, i);
         }
     }
 
     std::uint32_t Size() const { return static_cast<std::uint32_t>(m_Facets.size()); }
     CFacet& Facet(std::uint32_t n) const { return *m_Facets[n]; }
-    std::array<std::uint32_t, 3> const& Neighbors(std::uint32_t n) const { return m_Neighbors[n]; }
+    std::array<std::uint32_t, 3> const& Neighbors(std::uint32_t n) const { return m_Records[n].neighbors; }
+    Note const& NoteOf(std::uint32_t n) const { return m_Records[n].note; }
 
-    void PrefetchNeighbors(std::uint32_t n) const { Prefetch(&m_Neighbors[n]); }
+    /// Brings the neighbours and the note into the processor's cache.
+    void PrefetchRecord(std::uint32_t n) const { Prefetch(&m_Records[n]); }
 
     /// The number of one of the facets, from its m_nRegion, which is below 0 for the numbers.
     static std::uint32_t NumberOf(CFacet const& facet) {
@@ -52,6 +61,11 @@ public:
     }
 
 private:
+    struct Record {
+        std::array<std::uint32_t, 3> neighbors;
+        Note note;
+    };
+
     // A facet that is not one of these counts as none.
     std::uint32_t Find(CFacet const* pFacet) const {
         if (pFacet == nullptr || pFacet->m_nRegion >= 0) return kNone;
@@ -60,5 +74,5 @@ private:
     }
 
     std::vector<CFacet*> m_Facets;
-    ZeroedTable<std::array<std::uint32_t, 3>> m_Neighbors;
+    ZeroedTable<Record> m_Records;
 };

@@ -47,34 +47,32 @@ std::vector<CFacet*> DissolveSurfaces(CSTLModel& model) {
     return facets;
 }
 
-// What a walk over a graph wants to know of a facet, so that it need not look at the facet.
-struct SimilarFacet {
+// A judge that only compares may be asked in any order: it is asked in the one in which facets lie in memory.
+struct Similarity {
     double dArea;
     std::array<bool, 3> joins;  // whether the neighbours are similar
 };
+using SimilarityGraph = FacetGraph<Similarity>;
 
-// A judge that only compares may be asked in any order: this is the one in which facets lie in memory.
-std::vector<SimilarFacet> CompareNeighbors(FacetGraph const& graph, double dDistance2) {
-    std::vector<SimilarFacet> similar(graph.Size());
-    for (std::uint32_t i = 0; i < graph.Size(); ++i) {
-        CFacet& facet = graph.Facet(i);
-        similar[i].dArea = facet.Area();
+SimilarityGraph CompareNeighbors(std::vector<CFacet*> facets, double dDistance2) {
+    return SimilarityGraph(std::move(facets), [dDistance2](SimilarityGraph const& graph, std::uint32_t n) {
+        CFacet& facet = graph.Facet(n);
+        Similarity similarity{facet.Area(), {}};
         for (std::size_t k = 0; k < 3; ++k) {
-            std::uint32_t const n = graph.Neighbors(i)[k];
-            similar[i].joins[k] =
-                n != FacetGraph::kNone && dDistance2 > NormalDistance2(facet, graph.Facet(n));
+            std::uint32_t const nNeighbor = graph.Neighbors(n)[k];
+            similarity.joins[k] = nNeighbor != SimilarityGraph::kNone &&
+                                  dDistance2 > NormalDistance2(facet, graph.Facet(nNeighbor));
         }
-    }
-    return similar;
+        return similarity;
+    });
 }
 
 // What ExtractFeatherSurf does with JionJudgeFun, and the areas of the surfaces, which it adds up on its way.
-void GrowSimilarSurfaces(FacetGraph const& graph, double dDistance2, CSurfaceArray& surfaces) {
-    std::vector<SimilarFacet> const similar = CompareNeighbors(graph, dDistance2);
+void GrowSimilarSurfaces(SimilarityGraph const& graph, CSurfaceArray& surfaces) {
     std::vector<std::uint8_t> placed(graph.Size(), 0);
-    auto const neighborsOf = [&graph, &similar](std::uint32_t n, auto const& offer) {
+    auto const neighborsOf = [&graph](std::uint32_t n, auto const& offer) {
         for (std::size_t k = 0; k < 3; ++k) {
-            if (similar[n].joins[k]) offer(static_cast<int>(k) + 1, graph.Neighbors(n)[k]);
+            if (graph.NoteOf(n).joins[k]) offer(static_cast<int>(k) + 1, graph.Neighbors(n)[k]);
         }
     };
     auto const takes = [&placed](int, std::uint32_t, std::uint32_t nCandidate) {
@@ -82,13 +80,13 @@ void GrowSimilarSurfaces(FacetGraph const& graph, double dDistance2, CSurfaceArr
     };
     WaveGrowth<std::uint32_t> growth;
     for (std::uint32_t nSeed = 0; nSeed < graph.Size(); ++nSeed) {
-        if (placed[nSeed] != 0 || FacetGraph::NumberOf(graph.Facet(nSeed)) != nSeed) continue;
+        if (placed[nSeed] != 0 || SimilarityGraph::NumberOf(graph.Facet(nSeed)) != nSeed) continue;
         placed[nSeed] = 1;
         CFeatureSurface& surface = AddNew(surfaces.m_aSurface);
         double dArea = 0.0;
         auto const add = [&](std::uint32_t n) {
             surface.m_aFacet.Add(&graph.Facet(n));
-            dArea += similar[n].dArea;
+            dArea += graph.NoteOf(n).dArea;
         };
         add(nSeed);
         growth.Grow(nSeed, neighborsOf, takes, [&add](std::span<std::uint32_t const> wave) {
@@ -100,21 +98,21 @@ void GrowSimilarSurfaces(FacetGraph const& graph, double dDistance2, CSurfaceArr
 }
 
 // What FindSurfaceVerge does, for all surfaces. All marks are 0 afterwards.
-void FindVerges(FacetGraph const& graph, CSurfaceArray const& surfaces) {
-    for (std::uint32_t i = 0; i < graph.Size(); ++i) FacetGraph::SetNumber(graph.Facet(i), i);
+void FindVerges(SimilarityGraph const& graph, CSurfaceArray const& surfaces) {
+    for (std::uint32_t i = 0; i < graph.Size(); ++i) SimilarityGraph::SetNumber(graph.Facet(i), i);
     std::vector<std::int32_t> surfaceOf(graph.Size(), 0);
     auto const& array = surfaces.m_aSurface;
     for (int i = 0; i < array.m_nSize; ++i) {
         ForEachFacet(array[i]->m_aFacet,
-                     [&surfaceOf, i](CFacet const& facet) { surfaceOf[FacetGraph::NumberOf(facet)] = i; });
+                     [&surfaceOf, i](CFacet const& facet) { surfaceOf[SimilarityGraph::NumberOf(facet)] = i; });
     }
     for (int i = 0; i < array.m_nSize; ++i) {
         auto& verges = array[i]->m_VergeList;
         verges.RemoveAll();
         auto const isRim = [&graph, &surfaceOf, i](CFacet& facet) {
-            auto const& neighbors = graph.Neighbors(FacetGraph::NumberOf(facet));
+            auto const& neighbors = graph.Neighbors(SimilarityGraph::NumberOf(facet));
             auto const isOutside = [&surfaceOf, i](std::uint32_t n) {
-                return n == FacetGraph::kNone || surfaceOf[n] != i;
+                return n == SimilarityGraph::kNone || surfaceOf[n] != i;
             };
             return std::array<bool, 3>{isOutside(neighbors[0]), isOutside(neighbors[1]),
                                        isOutside(neighbors[2])};
@@ -222,8 +220,8 @@ void CSTLModel::UnionSmallSurface() {
 // neighbours looked up once for the first and the last.
 void CSTLModel::ExtractSurfaceAndEdge() {
     double const s = std::sin(kHalfJoinAngle);
-    FacetGraph const graph(DissolveSurfaces(*this));
-    GrowSimilarSurfaces(graph, s * 4.0 * s, m_SurfaceArray);
+    SimilarityGraph const graph = CompareNeighbors(DissolveSurfaces(*this), s * 4.0 * s);
+    GrowSimilarSurfaces(graph, m_SurfaceArray);
     UnionSmallSurface();
     FindVerges(graph, m_SurfaceArray);
 }
