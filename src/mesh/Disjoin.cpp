@@ -66,7 +66,7 @@ class ShellCopier {
 public:
     explicit ShellCopier(CSTLModel& source)
         : m_Source(source),
-          m_Vertices(source.m_VertexTree),
+          m_Vertices(source.m_VertexTree, kLargestCoordinate),
           m_bRanked(m_Vertices.IsOrdered()),
           m_Graph(FacetsOf(source),
                   [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }),
@@ -127,7 +127,7 @@ private:
         std::size_t k = 0;
         for (tagVertexNode const* const pVertex : Corners(facet)) {
             ranks[k] = m_Vertices.RankOf(*pVertex);
-            m_bRanked = m_bRanked && ranks[k] != VertexCopier::kNone && IsInRange(*pVertex);
+            m_bRanked = m_bRanked && ranks[k] != VertexCopier::kNone;
             ++k;
         }
         return ranks;
@@ -202,7 +202,7 @@ private:
 
     CSTLModel& m_Source;
     VertexCopier m_Vertices;
-    bool m_bRanked;  // whether all corners have ranks and are in range
+    bool m_bRanked;  // whether the vertices are in range and in order, and all corners are among them
     RankGraph m_Graph;
     std::vector<std::uint8_t> m_Placed;
     WaveGrowth<std::uint32_t> m_Growth;

@@ -15,9 +15,6 @@
 
 namespace {
 
-// A triangle with a coordinate beyond this, in millimetres, is refused. NaN passes.
-constexpr double kLargestCoordinate = 10000000000.0;
-
 // Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
 // tells, and the facet itself, which may be far away in memory, need not be looked at.
 bool IsCorner(tagVertexNode const& vertex, CFacet const* pFacet) {
@@ -50,6 +47,15 @@ std::array<tagVertexNode*, 3> LowestFirst(tagVertexNode* a, tagVertexNode* b, ta
     return {c, a, b};
 }
 
+// Without branches: nearly all triangles are in range.
+bool IsInRange(tagFACET const& facet) {
+    bool bBeyond = false;
+    for (CPoint3D const& p : facet.m_ptVertex) {
+        for (double const d : {p.x, p.y, p.z}) bBeyond |= std::fabs(d) > kLargestCoordinate;
+    }
+    return !bBeyond;
+}
+
 // Triangles are brought near in groups of so many, where they lie scattered.
 constexpr std::size_t kGroup = 32;
 static_assert(3 * kGroup <= VertexCache::kLargestGroup);
@@ -68,13 +74,6 @@ constexpr std::uint32_t kLargeTree = 50000;
 constexpr std::size_t kSample = 128;
 
 }  // namespace
-
-// Without branches: nearly all are.
-bool IsInRange(CPoint3D const& corner) {
-    bool bBeyond = false;
-    for (double const d : {corner.x, corner.y, corner.z}) bBeyond |= std::fabs(d) > kLargestCoordinate;
-    return !bBeyond;
-}
 
 void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered) {
     auto const [a, b, c] = offered;
@@ -100,9 +99,7 @@ namespace {
 // Calls addNode(corner, i) for the three corners of a triangle within range, in order, and lets it in.
 template <class AddNode>
 void Enter(CSTLModel& model, tagFACET& facet, AddNode const& addNode) {
-    for (CPoint3D const& corner : facet.m_ptVertex) {
-        if (!IsInRange(corner)) return;
-    }
+    if (!IsInRange(facet)) return;
     std::array<tagVertexNode*, 3> corners;
     for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = addNode(facet.m_ptVertex[i], i);
     EnterTriangle(model, corners);

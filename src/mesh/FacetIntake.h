@@ -9,9 +9,8 @@
 #include "mesh/STLModel.h"
 #include "trees/VertexCache.h"
 
-/// Whether the corner of a triangle is in range: a triangle with a coordinate beyond 1e10 mm is refused. NaN
-/// passes.
-bool IsInRange(CPoint3D const& corner);
+/// A triangle with a coordinate beyond this, in millimetres, is refused. NaN passes.
+inline constexpr double kLargestCoordinate = 10000000000.0;
 
 /// Lets the triangle of three of the model's vertices, which are in range, into the model, unless it
 /// collapses, is there already or is degenerate.

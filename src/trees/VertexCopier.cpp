@@ -17,8 +17,9 @@ bool HasSameBits(double a, double b) {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-bool IsFinite(CPoint3D const& point) {
-    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
+// False for what is not a number.
+bool IsWithin(CPoint3D const& point, double dLargest) {
+    return std::fabs(point.x) <= dLargest && std::fabs(point.y) <= dLargest && std::fabs(point.z) <= dLargest;
 }
 
 // Goes through the vertices of a tree in its order, and groups the rows at a height so that groups lie more
@@ -28,7 +29,6 @@ public:
     explicit RowGroups(double dTolerance) : m_dTolerance(dTolerance) {}
 
     void Add(CPoint3D const& point) {
-        m_bOrdered = m_bOrdered && IsFinite(point);
         if (m_Groups.empty() || IsBeyond(point.z, m_dHeight)) {
             EndHeight();
             m_dHeight = point.z;
@@ -43,7 +43,7 @@ public:
         ++m_nVertices;
     }
 
-    /// Whether heights come in their order, more than the tolerance apart, and all is finite.
+    /// Whether heights come in their order, more than the tolerance apart.
     bool AreOrdered() const { return m_bOrdered; }
 
     /// The groups in which vertices may be mistaken for each other, since there are several rows, or vertices
@@ -97,15 +97,16 @@ private:
 
 }  // namespace
 
-VertexCopier::VertexCopier(CVertexTree& source) : m_Tree(0) {
+VertexCopier::VertexCopier(CVertexTree& source, double dLargest) : m_Tree(0) {
     m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostKeys));
     RowGroups groups(CVertexTree().m_dTolerance);
-    avl::WalkInOrder(source.m_pRoot, [this, &groups](tagVertexNode* pNode) {
+    avl::WalkInOrder(source.m_pRoot, [this, &groups, dLargest](tagVertexNode* pNode) {
+        m_bOrdered = m_bOrdered && IsWithin(*pNode, dLargest);
         groups.Add(*pNode);
         m_Sources.push_back({pNode, pNode->m_nID});
         pNode->m_nID = static_cast<std::uint32_t>(m_Sources.size() - 1);
     });
-    m_bOrdered = groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys;
+    m_bOrdered = m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys;
     if (!m_bOrdered) return;
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());

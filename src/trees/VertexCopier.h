@@ -19,13 +19,15 @@ class VertexCopier {
 public:
     /// Numbers the vertices of the source, in m_nID, by their ranks in its order. The source must outlive
     /// this and keep its vertices.
-    explicit VertexCopier(CVertexTree& source);
+    ///
+    /// Nothing is copied from a source with a coordinate beyond dLargest, millimetres.
+    VertexCopier(CVertexTree& source, double dLargest);
     VertexCopier(VertexCopier const&) = delete;
     VertexCopier& operator=(VertexCopier const&) = delete;
     ~VertexCopier() { EndNumbers(); }
 
     /// False where the source's vertices do not stand in the order in which AddNode would hold them, or some
-    /// are not finite: nothing can be copied then.
+    /// are not numbers or too large: nothing can be copied then.
     bool IsOrdered() const { return m_bOrdered; }
 
     static constexpr std::uint32_t kNone = ForeseenTree::kNone;

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr double kLargest = 1000.0;
+
 void Collect(tagVertexNode* pNode, std::vector<tagVertexNode*>& nodes) {
     if (pNode == nullptr) return;
     nodes.push_back(pNode);
@@ -48,7 +50,7 @@ void ExpectSameCopies(VertexCopier& copier, std::vector<std::uint32_t> const& ra
 // Random vertices of the tree, some of them again and again, to two targets one after the other.
 void ExpectSameCopies(CVertexTree& source, PointSoup& soup) {
     std::vector<tagVertexNode*> const nodes = NodesOf(source);
-    VertexCopier copier(source);
+    VertexCopier copier(source, kLargest);
     ASSERT_TRUE(copier.IsOrdered());
     auto const nNodes = static_cast<unsigned>(nodes.size());
     std::vector<std::vector<std::uint32_t>> ranks(2);
@@ -111,7 +113,7 @@ TEST_P(VertexCopierTwin, MakesThoseNodesOrNoneAfterTheSourceHasBeenScaled) {
             pNode->z *= dScale;
         }
         if (soup.Below(2) == 0) source.ReBuildTree();
-        if (!VertexCopier(source).IsOrdered()) continue;
+        if (!VertexCopier(source, kLargest).IsOrdered()) continue;
         ++nOrdered;
         ASSERT_NO_FATAL_FAILURE(ExpectSameCopies(source, soup));
     }
@@ -131,7 +133,7 @@ TEST(VertexCopier, GivesTheSourceItsNumbersBack) {
     source.SetPointID(70);
     std::vector<tagVertexNode*> const nodes = NodesOf(source);
     {
-        VertexCopier const copier(source);
+        VertexCopier const copier(source, kLargest);
         EXPECT_EQ(1u, copier.RankOf(*nodes[0]));
         EXPECT_EQ(0u, copier.RankOf(*nodes[1]));
         EXPECT_EQ(2u, copier.RankOf(*nodes[2]));
@@ -144,7 +146,7 @@ TEST(VertexCopier, KnowsAVertexOfAnotherTree) {
     Fill(source, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0)});
     Fill(other, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0)});
     other.SetPointID(0);
-    VertexCopier const copier(source);
+    VertexCopier const copier(source, kLargest);
     for (tagVertexNode const* const pNode : NodesOf(other)) {
         EXPECT_EQ(VertexCopier::kNone, copier.RankOf(*pNode));
     }
@@ -155,7 +157,16 @@ TEST(VertexCopier, KnowsAVertexOfAnotherTree) {
 
 TEST(VertexCopier, EmptySourceIsOrdered) {
     CVertexTree source;
-    EXPECT_TRUE(VertexCopier(source).IsOrdered());
+    EXPECT_TRUE(VertexCopier(source, kLargest).IsOrdered());
+}
+
+TEST(VertexCopier, LargestCoordinateIsCopied) {
+    for (CPoint3D const& p : {CPoint3D(1000, 0, 0), CPoint3D(0, -1000, 0), CPoint3D(0, 0, 1000)}) {
+        CVertexTree source;
+        Fill(source, {CPoint3D(0, 0, 0), p});
+        EXPECT_TRUE(VertexCopier(source, 1000.0).IsOrdered());
+        EXPECT_FALSE(VertexCopier(source, 999.0).IsOrdered());
+    }
 }
 
 TEST(VertexCopier, SourceThatWasBentIsNotOrdered) {
@@ -165,9 +176,9 @@ TEST(VertexCopier, SourceThatWasBentIsNotOrdered) {
         SCOPED_TRACE(z);
         CVertexTree source;
         Fill(source, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0), CPoint3D(0, 0, 2), CPoint3D(0, 0, 4)});
-        EXPECT_TRUE(VertexCopier(source).IsOrdered());
+        EXPECT_TRUE(VertexCopier(source, kLargest).IsOrdered());
         source.m_pRoot->z = z;  // that of the vertex at 1
-        EXPECT_EQ(z == 1.0, VertexCopier(source).IsOrdered());
+        EXPECT_EQ(z == 1.0, VertexCopier(source, kLargest).IsOrdered());
     }
 }
 
@@ -175,7 +186,7 @@ TEST(VertexCopier, SourceThatWasBentIsNotOrdered) {
 TEST(VertexCopier, SourceWithZerosOfBothSignsAtAHeightIsNotOrdered) {
     CVertexTree source;
     Fill(source, {CPoint3D(0, 0, 0), CPoint3D(1, 0, 0)});
-    EXPECT_TRUE(VertexCopier(source).IsOrdered());
+    EXPECT_TRUE(VertexCopier(source, kLargest).IsOrdered());
     source.m_pRoot->z = -0.0;
-    EXPECT_FALSE(VertexCopier(source).IsOrdered());
+    EXPECT_FALSE(VertexCopier(source, kLargest).IsOrdered());
 }
