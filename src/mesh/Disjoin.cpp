@@ -71,7 +71,6 @@ public:
           m_Graph(FacetsOf(source),
                   [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }),
           m_Placed(m_Graph.Size()) {
-        m_Vertices.EndNumbers();
         MarkAsPlaced();
     }
     ShellCopier(ShellCopier const&) = delete;

@@ -97,16 +97,16 @@ private:
 
 }  // namespace
 
-VertexCopier::VertexCopier(CVertexTree& source, double dLargest) : m_Tree(0) {
+VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(0) {
     m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostKeys));
     RowGroups groups(CVertexTree().m_dTolerance);
     avl::WalkInOrder(source.m_pRoot, [this, &groups, dLargest](tagVertexNode* pNode) {
         m_bOrdered = m_bOrdered && IsWithin(*pNode, dLargest);
         groups.Add(*pNode);
-        m_Sources.push_back({pNode, pNode->m_nID});
-        pNode->m_nID = static_cast<std::uint32_t>(m_Sources.size() - 1);
+        m_Sources.push_back(pNode);
     });
-    m_bOrdered = m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys;
+    m_bOrdered =
+        m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys && FindRanks();
     if (!m_bOrdered) return;
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());
@@ -115,10 +115,19 @@ VertexCopier::VertexCopier(CVertexTree& source, double dLargest) : m_Tree(0) {
     }
 }
 
-void VertexCopier::EndNumbers() {
-    if (!m_bNumbered) return;
-    for (Source const& source : m_Sources) source.pVertex->m_nID = source.nID;
-    m_bNumbered = false;
+// By the numbers that vertices have from their making, which are all different and hardly larger than there
+// are vertices, unless a host has changed them. Of two with one number, one will not be known.
+bool VertexCopier::FindRanks() {
+    constexpr std::size_t kAhead = 16;
+    constexpr std::size_t kMostNumbers = 4;
+    for (std::size_t n = 0; n < m_Sources.size(); ++n) {
+        if (n + kAhead < m_Sources.size()) Prefetch(&m_Sources[n + kAhead]->m_nIndex);
+        auto const nIndex = static_cast<std::uint32_t>(m_Sources[n]->m_nIndex);
+        if (nIndex >= kMostNumbers * m_Sources.size()) return false;
+        if (nIndex >= m_Ranks.size()) m_Ranks.resize(std::max<std::size_t>(nIndex + 1, m_Sources.size()));
+        m_Ranks[nIndex] = static_cast<std::uint32_t>(n);
+    }
+    return true;
 }
 
 void VertexCopier::CopyTo(CVertexTree& target) {
@@ -132,7 +141,7 @@ void VertexCopier::CopyTo(CVertexTree& target) {
     auto const& comings = m_Tree.Comings();
     for (std::size_t i = 0; i < comings.size(); ++i) {
         PrefetchComing(i);
-        point = *m_Sources[comings[i]].pVertex;
+        point = *m_Sources[comings[i]];
         tagVertexNode*& pCopy = m_Copies[m_Tree.Come(comings[i], compare)];
         if (pCopy == nullptr) pCopy = vertex_insertion::MakeVertex(target, point);
         if (m_Tree.IsUnplaced(comings[i])) m_Mistakable.push_back(pCopy);
@@ -151,8 +160,8 @@ void VertexCopier::PrefetchComing(std::size_t i) const {
     if (i + kNear < comings.size()) {
         m_Tree.PrefetchNeighbors(comings[i + kNear]);
         Prefetch(&m_Copies[comings[i + kNear]]);
-        Prefetch(&m_Sources[comings[i + kNear]].pVertex->x);
-        Prefetch(&m_Sources[comings[i + kNear]].pVertex->z);
+        Prefetch(&m_Sources[comings[i + kNear]]->x);
+        Prefetch(&m_Sources[comings[i + kNear]]->z);
     }
 }
 

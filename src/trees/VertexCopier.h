@@ -17,15 +17,9 @@
 /// way depends on the shape of the tree; for all other vertices each of these lies on one side.
 class VertexCopier {
 public:
-    /// Numbers the vertices of the source, in m_nID, by their ranks in its order. The source must outlive
-    /// this and keep its vertices.
-    ///
+    /// Ranks the vertices of the source in its order. The source must outlive this and keep its vertices.
     /// Nothing is copied from a source with a coordinate beyond dLargest, millimetres.
-    VertexCopier(CVertexTree& source, double dLargest);
-    VertexCopier(VertexCopier const&) = delete;
-    VertexCopier& operator=(VertexCopier const&) = delete;
-    ~VertexCopier() { EndNumbers(); }
-
+    VertexCopier(CVertexTree const& source, double dLargest);
     /// False where the source's vertices do not stand in the order in which AddNode would hold them, or some
     /// are not numbers or too large: nothing can be copied then.
     bool IsOrdered() const { return m_bOrdered; }
@@ -33,11 +27,11 @@ public:
     static constexpr std::uint32_t kNone = ForeseenTree::kNone;
     /// The rank of a vertex of the source; kNone for any other vertex.
     std::uint32_t RankOf(tagVertexNode const& vertex) const {
-        bool const bOwn = vertex.m_nID < m_Sources.size() && m_Sources[vertex.m_nID].pVertex == &vertex;
-        return bOwn ? vertex.m_nID : kNone;
+        auto const nIndex = static_cast<std::uint32_t>(vertex.m_nIndex);
+        if (nIndex >= m_Ranks.size()) return kNone;
+        std::uint32_t const nRank = m_Ranks[nIndex];
+        return m_Sources[nRank] == &vertex ? nRank : kNone;
     }
-    /// All ranks have been asked: gives the source's vertices back their m_nID.
-    void EndNumbers();
 
     /// The vertex will come next, maybe again.
     void Expect(std::uint32_t nRank) { m_Tree.Expect(nRank); }
@@ -58,19 +52,15 @@ public:
     tagVertexNode const* Peek(std::uint32_t nRank) const { return m_Copies[nRank]; }
 
 private:
-    struct Source {
-        tagVertexNode* pVertex;
-        std::uint32_t nID;
-    };
-
+    bool FindRanks();
     void PrefetchComing(std::size_t i) const;
     void SetLinks(CVertexTree& target) const;
 
     bool m_bOrdered = true;
-    bool m_bNumbered = true;
-    std::vector<Source> m_Sources;  // by rank
+    std::vector<tagVertexNode*> m_Sources;  // by rank
+    std::vector<std::uint32_t> m_Ranks;     // by m_nIndex
     ForeseenTree m_Tree;
-    ZeroedTable<tagVertexNode*> m_Copies;        // by the tree's keys
-    std::vector<tagVertexNode*> m_Mistakable;    // in the order of their coming
-    std::size_t m_nMistakable = 0;               // asked for
+    ZeroedTable<tagVertexNode*> m_Copies;      // by the tree's keys
+    std::vector<tagVertexNode*> m_Mistakable;  // in the order of their coming
+    std::size_t m_nMistakable = 0;             // asked for
 };

@@ -64,7 +64,6 @@ void ExpectSameCopies(CVertexTree& source, PointSoup& soup) {
             points[n].push_back(node);
         }
     }
-    copier.EndNumbers();
     for (std::size_t n = 0; n < 2; ++n)
         ASSERT_NO_FATAL_FAILURE(ExpectSameCopies(copier, ranks[n], points[n]));
 }
@@ -127,31 +126,41 @@ INSTANTIATE_TEST_SUITE_P(AllSoups, VertexCopierTwin,
                                          PointSoup::kNearEverything, PointSoup::kAnywhere,
                                          PointSoup::kManyHeights));
 
-TEST(VertexCopier, GivesTheSourceItsNumbersBack) {
+TEST(VertexCopier, RanksVerticesFromTheLeast) {
     CVertexTree source;
     Fill(source, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0), CPoint3D(0, 0, 2)});
-    source.SetPointID(70);
     std::vector<tagVertexNode*> const nodes = NodesOf(source);
-    {
+    VertexCopier const copier(source, kLargest);
+    EXPECT_EQ(1u, copier.RankOf(*nodes[0]));
+    EXPECT_EQ(0u, copier.RankOf(*nodes[1]));
+    EXPECT_EQ(2u, copier.RankOf(*nodes[2]));
+}
+
+TEST(VertexCopier, DoesNotMistakeVerticesWhoseNumbersWereChanged) {
+    for (int const nIndex : {0, 2, 3, 11, 12, -1, 0x7FFFFFFF}) {
+        SCOPED_TRACE(nIndex);
+        CVertexTree source;
+        Fill(source, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0), CPoint3D(0, 0, 2)});
+        std::vector<tagVertexNode*> const nodes = NodesOf(source);
+        nodes[1]->m_nIndex = nIndex;
         VertexCopier const copier(source, kLargest);
-        EXPECT_EQ(1u, copier.RankOf(*nodes[0]));
-        EXPECT_EQ(0u, copier.RankOf(*nodes[1]));
-        EXPECT_EQ(2u, copier.RankOf(*nodes[2]));
+        EXPECT_EQ(nIndex >= 0 && nIndex < 12, copier.IsOrdered());
+        if (!copier.IsOrdered()) continue;
+        std::uint32_t const nRank = copier.RankOf(*nodes[1]);
+        EXPECT_TRUE(nRank == 0u || nRank == VertexCopier::kNone);
     }
-    for (std::uint32_t n = 0; n < 3; ++n) EXPECT_EQ(70u + n, nodes[n]->m_nID);
 }
 
 TEST(VertexCopier, KnowsAVertexOfAnotherTree) {
     CVertexTree source, other;
     Fill(source, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0)});
     Fill(other, {CPoint3D(0, 0, 1), CPoint3D(0, 0, 0)});
-    other.SetPointID(0);
     VertexCopier const copier(source, kLargest);
     for (tagVertexNode const* const pNode : NodesOf(other)) {
         EXPECT_EQ(VertexCopier::kNone, copier.RankOf(*pNode));
     }
     tagVertexNode single;
-    single.m_nID = 5000;
+    single.m_nIndex = 5000;
     EXPECT_EQ(VertexCopier::kNone, copier.RankOf(single));
 }
 
