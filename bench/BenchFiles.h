@@ -7,7 +7,8 @@
 
 #include "Shapes.h"
 
-// What the benchmarks of meshes work on: gyroids of about 100,000, 1 million and 4 million facets, and others.
+// What the benchmarks of meshes work on: gyroids of about 100,000, 1 million and 4 million facets, and
+// others.
 
 enum class Kind { kBinary, kShuffled, kTurned, kAscii, kShells };
 
@@ -19,7 +20,8 @@ shapes::Mesh const& GyroidMesh(std::size_t nFacets);
 /// first asked for, and left there for the next run.
 std::string GyroidFile(std::size_t nFacets, Kind kind = Kind::kBinary);
 
-/// The path of a binary file of the mesh that pMake gives for so many facets, made when it is first asked for.
+/// The path of a binary file of the mesh that pMake gives for so many facets, made when it is first asked
+/// for.
 std::string FileOf(std::string const& name, std::size_t nFacets, shapes::Mesh (*pMake)(std::size_t));
 
 /// The path of a file of a height field that faces down everywhere, in many small regions steeply enough.

@@ -25,7 +25,8 @@ void GiveLargePage(void* pPage) noexcept;
 /// A table of records that all begin as zero bytes.
 template <class Record>
 class ZeroedTable {
-    static_assert(std::is_trivially_default_constructible_v<Record> && std::is_trivially_destructible_v<Record>);
+    static_assert(std::is_trivially_default_constructible_v<Record> &&
+                  std::is_trivially_destructible_v<Record>);
 
 public:
     ZeroedTable() = default;

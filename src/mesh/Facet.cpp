@@ -88,9 +88,7 @@ void CFacet::operator delete(void* pFacet, std::size_t nSize) noexcept {
     }
 }
 
-void CFacet::CalculateNormal() {
-    CalculateNormalOf(*m_pVertex1, *m_pVertex2, *m_pVertex3, m_fNormal);
-}
+void CFacet::CalculateNormal() { CalculateNormalOf(*m_pVertex1, *m_pVertex2, *m_pVertex3, m_fNormal); }
 
 void CFacet::CalculateNormalAndResetFlag() {
     CalculateNormal();

@@ -23,8 +23,8 @@ class FacetGraph {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
-    /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards. A facet that stands in
-    /// the order twice has its first number.
+    /// Numbers the facets in their order. Their m_nRegion holds the numbers afterwards. A facet that stands
+    /// in the order twice has its first number.
     ///
     /// makeNote(*this, n) gives the note of the n-th facet, when its neighbours are known.
     template <class MakeNote>
@@ -38,8 +38,7 @@ public:
         for (std::uint32_t i = 0; i < Size(); ++i) {
             BringNeighbors(m_Facets, i);
             std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
-            for (std::size_t k = 0; k < neighbors.size(); ++k)
-                m_Records[i].neighbors[k] = Find(neighbors[k]);
+            for (std::size_t k = 0; k < neighbors.size(); ++k) m_Records[i].neighbors[k] = Find(neighbors[k]);
             m_Records[i].note = makeNote(*this, i);
         }
     }

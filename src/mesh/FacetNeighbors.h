@@ -8,8 +8,8 @@
 // The facets across an edge, for loops over many facets.
 
 /// Vertices with more facets than this are searched from the other end of the edge where that has fewer.
-/// Facets enter the lists of all their vertices in the order in which they come, so both lists hold the facets
-/// at an edge in the same order.
+/// Facets enter the lists of all their vertices in the order in which they come, so both lists hold the
+/// facets at an edge in the same order.
 inline constexpr int kLongFacetList = 32;
 
 /// Calls visit(g) for every facet g at the edge from a to b other than pFacet, in the order of the facet

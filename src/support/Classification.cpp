@@ -103,8 +103,9 @@ void FindVerges(SimilarityGraph const& graph, CSurfaceArray const& surfaces) {
     std::vector<std::int32_t> surfaceOf(graph.Size(), 0);
     auto const& array = surfaces.m_aSurface;
     for (int i = 0; i < array.m_nSize; ++i) {
-        ForEachFacet(array[i]->m_aFacet,
-                     [&surfaceOf, i](CFacet const& facet) { surfaceOf[SimilarityGraph::NumberOf(facet)] = i; });
+        ForEachFacet(array[i]->m_aFacet, [&surfaceOf, i](CFacet const& facet) {
+            surfaceOf[SimilarityGraph::NumberOf(facet)] = i;
+        });
     }
     for (int i = 0; i < array.m_nSize; ++i) {
         auto& verges = array[i]->m_VergeList;

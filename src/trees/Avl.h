@@ -131,9 +131,7 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
     std::size_t const nForgotten = nDepth > kDeepest ? nDepth - kDeepest : 0;
     Restore(
         pMade, nTaller,
-        [&way, &nDepth, nForgotten] {
-            return nDepth > nForgotten ? *way[--nDepth % kDeepest] : nullptr;
-        },
+        [&way, &nDepth, nForgotten] { return nDepth > nForgotten ? *way[--nDepth % kDeepest] : nullptr; },
         [&way, &nDepth](Node*) -> Node*& { return *way[nDepth % kDeepest]; });
     return pMade;
 }

@@ -71,14 +71,16 @@ void ForeseenTree::PutBesideNeighbor(std::uint32_t nKey) {
 // between, and then the place is below them.
 ForeseenTree::Place ForeseenTree::FindPlace(std::uint32_t nKey, Node* pLesser, Node* pGreater) {
     if (pLesser != nullptr && (pGreater == nullptr || pLesser->m_pLeft == nullptr)) {
-        return Follow({pLesser, &pLesser->m_pLeft}, [](Node& node) -> auto& { return node.m_pRight; });
+        return Follow(
+            {pLesser, &pLesser->m_pLeft}, [](Node & node) -> auto& { return node.m_pRight; });
     }
     if (pGreater != nullptr) {
-        return Follow({pGreater, &pGreater->m_pRight}, [](Node& node) -> auto& { return node.m_pLeft; });
+        return Follow(
+            {pGreater, &pGreater->m_pRight}, [](Node & node) -> auto& { return node.m_pLeft; });
     }
-    return Follow({&m_Nodes[0], &m_Nodes[0].m_pLeft}, [this, nKey](Node& node) -> auto& {
-        return RankOf(&node) < nKey ? node.m_pLeft : node.m_pRight;
-    });
+    return Follow(
+        {&m_Nodes[0], &m_Nodes[0].m_pLeft},
+        [ this, nKey ](Node & node) -> auto& { return RankOf(&node) < nKey ? node.m_pLeft : node.m_pRight; });
 }
 
 void ForeseenTree::PutIn(Node& node, Place const& place) {

@@ -63,7 +63,8 @@ public:
     std::uint32_t Right(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pRight); }
     int Balance(std::uint32_t nKey) const { return NodeOf(nKey).m_nBalance; }
 
-    /// The keys of all nodes, in their order, those for unplaced keys last. All keys that were told have come.
+    /// The keys of all nodes, in their order, those for unplaced keys last. All keys that were told have
+    /// come.
     std::vector<std::uint32_t> const& Nodes() const { return m_NodeKeys; }
 
     /// Forgets what was told and what has come.

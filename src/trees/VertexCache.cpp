@@ -73,8 +73,8 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
     }
     HeightSet::Answer const height = m_Heights.Find(point.z);
     if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
-        tagVertexNode* const pNode =
-            FindInCleanRow(point.x, point.y, height.dHeight, coordinate_hash::Hash(point.x, point.y, height.dHeight));
+        tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
+                                                    coordinate_hash::Hash(point.x, point.y, height.dHeight));
         if (pNode != nullptr) {
             point.z = pNode->z;
             return pNode;
@@ -240,8 +240,8 @@ void VertexCache::SwitchOff() {
 std::size_t VertexCache::MarkOf(double y, double dHeight) const {
     // Two bands about 0 count as one, since the conversion truncates.
     auto const nBand = static_cast<std::uint64_t>(static_cast<std::int64_t>(y * m_dBandsPerUnit));
-    std::uint64_t const n = coordinate_hash::Spread(nBand * coordinate_hash::kFactorY ^
-                                                      coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ);
+    std::uint64_t const n = coordinate_hash::Spread(
+        nBand * coordinate_hash::kFactorY ^ coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ);
     return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
 }
 

@@ -136,7 +136,8 @@ void VertexCopier::CopyTo(CVertexTree& target) {
     CPoint3D point;
     vertex_insertion::NoWatch watch;
     auto const compare = [this, &point, &watch, &target](std::uint32_t nKey) {
-        return vertex_insertion::CompareAndSnap(*m_Copies[nKey], point.x, point.y, point.z, target.m_dTolerance, watch);
+        return vertex_insertion::CompareAndSnap(*m_Copies[nKey], point.x, point.y, point.z,
+                                                target.m_dTolerance, watch);
     };
     auto const& comings = m_Tree.Comings();
     for (std::size_t i = 0; i < comings.size(); ++i) {

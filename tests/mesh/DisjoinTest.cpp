@@ -269,8 +269,8 @@ TEST(Disjoin, ShellOfManyBlocksIsWhole) {
 // Triangles between vertices that lie about a tolerance apart, or whose rows do, in shells that touch and
 // overlap. What is one vertex in the source may be two in a shell, and the other way round.
 TEST(Disjoin, AgreesWithTheLiteralOneWhereVerticesAreNear) {
-    constexpr PointSoup::Kind kKinds[] = {PointSoup::kNearRows, PointSoup::kNearEverything,
-                                          PointSoup::kHalfTolerance, PointSoup::kNearColumns,
+    constexpr PointSoup::Kind kKinds[] = {PointSoup::kNearRows,       PointSoup::kNearEverything,
+                                          PointSoup::kHalfTolerance,  PointSoup::kNearColumns,
                                           PointSoup::kWithoutNumbers, PointSoup::kNearlyNumbers};
     for (std::uint32_t nSeed = 0; nSeed < 240; ++nSeed) {
         SCOPED_TRACE(nSeed);

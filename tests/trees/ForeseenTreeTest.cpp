@@ -27,9 +27,9 @@ public:
         int nTaller = 0;
         return avl::Insert(
             m_pRoot, nTaller,
-            [nRank](Node const* p) {
-                return p->nRank == nRank ? 0 : p->nRank < nRank ? -1 : 1;
-            },
+            [nRank](Node const* p) { return p->nRank == nRank  ? 0
+                                            : p->nRank < nRank ? -1
+                                                               : 1; },
             [this, nRank] {
                 m_Nodes.push_back({nullptr, nullptr, 0, nRank});
                 return &m_Nodes.back();
