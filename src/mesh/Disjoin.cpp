@@ -68,9 +68,9 @@ public:
         : m_Source(source),
           m_Vertices(source.m_VertexTree, kLargestCoordinate),
           m_bRanked(m_Vertices.IsOrdered()),
+          m_Placed(static_cast<std::size_t>(source.GetFacetsNum())),
           m_Graph(FacetsOf(source),
-                  [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }),
-          m_Placed(m_Graph.Size()) {
+                  [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }) {
         MarkAsPlaced();
     }
     ShellCopier(ShellCopier const&) = delete;
@@ -88,13 +88,13 @@ public:
 
     void Copy(std::uint32_t nSeed, CSTLModel& shell) {
         FindShell(nSeed);
-        if (m_bRanked) {
+        if (m_bRanked && m_Vertices.CanCopy()) {
             m_Vertices.CopyTo(shell.m_VertexTree);
             CopyFacets(shell);
-            m_Vertices.Clear();
         } else {
             OfferFacets(shell);
         }
+        m_Vertices.Clear();
     }
 
 private:
@@ -202,8 +202,8 @@ private:
     CSTLModel& m_Source;
     VertexCopier m_Vertices;
     bool m_bRanked;  // whether the vertices are in range and in order, and all corners are among them
-    RankGraph m_Graph;
     std::vector<std::uint8_t> m_Placed;
+    RankGraph m_Graph;  // made last, since the facets hold its numbers until they are marked
     WaveGrowth<std::uint32_t> m_Growth;
     std::vector<std::uint32_t> m_Shell;
     std::size_t m_nExpected = 0;  // facets of the shell whose corners have been told

@@ -14,6 +14,9 @@ void ForeseenTree::Link() {
         }
         m_Nodes = std::move(nodes);
     }
+    // So that nothing can fail when keys come.
+    m_NodeKeys.reserve(m_Comings.size());
+    m_Made.reserve(m_nUnplaced);
     SortExpected();
     LinkNeighbors();
 }

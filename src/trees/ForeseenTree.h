@@ -24,9 +24,9 @@
 class ForeseenTree {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
-    static constexpr std::size_t kMostKeys = std::size_t{1} << 26;
+    static constexpr std::size_t kMostNodes = (std::size_t{1} << 27) - 2;
 
-    /// For keys below nKeys, which is kMostKeys at most.
+    /// For keys below nKeys, which is kMostNodes at most.
     explicit ForeseenTree(std::size_t nKeys) : m_Nodes(nKeys + 1), m_nKeys(nKeys) {}
 
     void SetUnplaced(std::uint32_t nKey) { NodeOf(nKey).bUnplaced = true; }
@@ -47,6 +47,7 @@ public:
     /// number of keys on are those of nodes for unplaced ones.
     std::vector<std::uint32_t> const& Comings() const { return m_Comings; }
     std::size_t NodeCount() const { return m_nKeys + m_nUnplaced; }
+    std::size_t UnplacedCount() const { return m_nUnplaced; }
 
     /// The next key comes. For an unplaced one, compare(node's key) is above 0 where it goes right, below 0
     /// where it goes left, and 0 where it ends. Returns the key of the node that it got, or where it ended.

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -98,7 +99,7 @@ private:
 }  // namespace
 
 VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(0) {
-    m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostKeys));
+    m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostNodes));
     RowGroups groups(CVertexTree().m_dTolerance);
     avl::WalkInOrder(source.m_pRoot, [this, &groups, dLargest](tagVertexNode* pNode) {
         m_bOrdered = m_bOrdered && IsWithin(*pNode, dLargest);
@@ -106,7 +107,7 @@ VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(
         m_Sources.push_back(pNode);
     });
     m_bOrdered =
-        m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostKeys && FindRanks();
+        m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostNodes && FindRanks();
     if (!m_bOrdered) return;
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());
@@ -130,9 +131,12 @@ bool VertexCopier::FindRanks() {
     return true;
 }
 
+// All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
     m_Tree.Link();
     if (m_Copies.size() < m_Tree.NodeCount()) m_Copies = ZeroedTable<tagVertexNode*>(m_Tree.NodeCount());
+    m_Mistakable.reserve(m_Tree.UnplacedCount());
+    LinkAtEnd const links{*this, target};
     CPoint3D point;
     vertex_insertion::NoWatch watch;
     auto const compare = [this, &point, &watch, &target](std::uint32_t nKey) {
@@ -143,11 +147,15 @@ void VertexCopier::CopyTo(CVertexTree& target) {
     for (std::size_t i = 0; i < comings.size(); ++i) {
         PrefetchComing(i);
         point = *m_Sources[comings[i]];
+        auto copy = std::make_unique<tagVertexNode>(point);
         tagVertexNode*& pCopy = m_Copies[m_Tree.Come(comings[i], compare)];
-        if (pCopy == nullptr) pCopy = vertex_insertion::MakeVertex(target, point);
+        if (pCopy == nullptr) {
+            copy->z = point.z;
+            vertex_insertion::CountVertex(target, *copy);
+            pCopy = copy.release();
+        }
         if (m_Tree.IsUnplaced(comings[i])) m_Mistakable.push_back(pCopy);
     }
-    SetLinks(target);
 }
 
 void VertexCopier::PrefetchComing(std::size_t i) const {
@@ -166,20 +174,21 @@ void VertexCopier::PrefetchComing(std::size_t i) const {
     }
 }
 
-// Gives the copies the places that they have in the tree.
+// Gives the copies that have been made the places that they have in the tree.
 void VertexCopier::SetLinks(CVertexTree& target) const {
     constexpr std::size_t kAhead = 16;
     auto const copyOf = [this](std::uint32_t n) { return n == kNone ? nullptr : m_Copies[n]; };
     auto const& nodes = m_Tree.Nodes();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        if (i + kAhead < nodes.size()) {
-            Prefetch(&m_Copies[nodes[i + kAhead]]->m_pLeft);
-            Prefetch(&m_Copies[nodes[i + kAhead]]->m_nBalance);
+        if (tagVertexNode const* const p = i + kAhead < nodes.size() ? m_Copies[nodes[i + kAhead]] : nullptr) {
+            Prefetch(&p->m_pLeft);
+            Prefetch(&p->m_nBalance);
         }
-        tagVertexNode& copy = *m_Copies[nodes[i]];
-        copy.m_pLeft = copyOf(m_Tree.Left(nodes[i]));
-        copy.m_pRight = copyOf(m_Tree.Right(nodes[i]));
-        copy.m_nBalance = m_Tree.Balance(nodes[i]);
+        tagVertexNode* const pCopy = m_Copies[nodes[i]];
+        if (pCopy == nullptr) continue;
+        pCopy->m_pLeft = copyOf(m_Tree.Left(nodes[i]));
+        pCopy->m_pRight = copyOf(m_Tree.Right(nodes[i]));
+        pCopy->m_nBalance = m_Tree.Balance(nodes[i]);
     }
     target.m_pRoot = copyOf(m_Tree.Root());
 }

@@ -35,6 +35,8 @@ public:
 
     /// The vertex will come next, maybe again.
     void Expect(std::uint32_t nRank) { m_Tree.Expect(nRank); }
+    /// Whether what was told can be copied: too many vertices that can be mistaken are too much.
+    bool CanCopy() const { return m_Tree.NodeCount() <= ForeseenTree::kMostNodes; }
     /// Adds all vertices that were told to the target, which is empty, one after the other.
     void CopyTo(CVertexTree& target);
     /// The target's vertex for one that was told; to be asked as often and in the same order.
@@ -55,6 +57,13 @@ private:
     bool FindRanks();
     void PrefetchComing(std::size_t i) const;
     void SetLinks(CVertexTree& target) const;
+
+    // The target owns its vertices also where memory has run out before all have come.
+    struct LinkAtEnd {
+        VertexCopier const& copier;
+        CVertexTree& target;
+        ~LinkAtEnd() { copier.SetLinks(target); }
+    };
 
     bool m_bOrdered = true;
     std::vector<tagVertexNode*> m_Sources;  // by rank

@@ -35,13 +35,11 @@ COMPARE CompareAndSnap(CPoint3D const& node, double x, double y, double& z, doub
     return CompareAxis(node.x, x, dTolerance);
 }
 
-/// A vertex that counts as the tree's next one, not yet in its place.
-inline tagVertexNode* MakeVertex(CVertexTree& tree, CPoint3D const& point) {
-    auto* const pNode = new tagVertexNode(point);
-    pNode->m_nIndex = static_cast<std::int32_t>(tree.m_nCount);
+/// Counts the node as the tree's next one.
+inline void CountVertex(CVertexTree& tree, tagVertexNode& node) {
+    node.m_nIndex = static_cast<std::int32_t>(tree.m_nCount);
     ++tree.m_nCount;
-    tree.m_BoundBox += *pNode;
-    return pNode;
+    tree.m_BoundBox += node;
 }
 
 /// The vertex for the point in the subtree of the slot, found or new.
@@ -58,7 +56,11 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& po
         [x, y, &z, dTolerance, &watch](tagVertexNode* pNode) {
             return CompareAndSnap(*pNode, x, y, z, dTolerance, watch);
         },
-        [&tree, x, y, &z] { return MakeVertex(tree, CPoint3D(x, y, z)); });
+        [&tree, x, y, &z] {
+            auto* const pNode = new tagVertexNode(CPoint3D(x, y, z));
+            CountVertex(tree, *pNode);
+            return pNode;
+        });
     point.z = z;
     return pResult;
 }
