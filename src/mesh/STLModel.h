@@ -117,8 +117,9 @@ public:
     /// Copies each connected shell to a new model, which the caller owns, and adds the models (CSTLModel*) to
     /// the list, in the order of the shells' first facets. Facets are connected as FindNeighborFacet connects
     /// them, across edges, whatever their winding: where an edge has more than two, only the first other one
-    /// on each way. They are offered to AddFacet of the new model breadth first, so that repeated ones
-    /// vanish. This model is not changed but for m_nRegion, which is 0 on all facets that were reached.
+    /// on each way. Facets that stand in no surface belong to no shell. They are offered to AddFacet of the
+    /// new model breadth first, so that repeated ones vanish. This model is not changed but for m_nRegion,
+    /// which is 0 on all facets that were reached and 1 on those that a stop has left out.
     ///
     /// The n-th shell of "part.stl" is named "part_n.STL": the suffix takes the place of the last four
     /// characters of m_Status.m_szFileName, or of all of a shorter name. What does not fit into the field is

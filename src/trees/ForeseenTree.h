@@ -19,11 +19,15 @@
 /// they go down from its root each time they come, and may end at a node that is there. Each of them must lie
 /// on one side of every key that is not unplaced.
 ///
+/// In steps: Expect for each key that will come, Link, Come for each of Comings(), then the shape can be
+/// asked; Clear makes it ready for the next keys.
+///
 /// A node takes 16 bytes, and nodes that are near each other in the order, as most are that are near in the
 /// tree, share a line of the processor's cache.
 class ForeseenTree {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
+    /// As many as a NearPointer reaches, so NodeCount must not be larger when Link is called.
     static constexpr std::size_t kMostNodes = (std::size_t{1} << 27) - 2;
 
     /// For keys below nKeys, which is kMostNodes at most.
@@ -43,11 +47,12 @@ public:
     /// All keys that will come have been told.
     void Link();
 
-    /// The keys that come, each as often as it does, and how many nodes there will be at most: keys from the
-    /// number of keys on are those of nodes for unplaced ones.
+    /// The keys that come, each as often as it does.
     std::vector<std::uint32_t> const& Comings() const { return m_Comings; }
-    std::size_t NodeCount() const { return m_nKeys + m_nUnplaced; }
+    /// How many of these are unplaced.
     std::size_t UnplacedCount() const { return m_nUnplaced; }
+    /// All keys of nodes are below this: nodes for unplaced keys have keys of their own, from nKeys on.
+    std::size_t NodeCount() const { return m_nKeys + m_nUnplaced; }
 
     /// The next key comes. For an unplaced one, compare(node's key) is above 0 where it goes right, below 0
     /// where it goes left, and 0 where it ends. Returns the key of the node that it got, or where it ended.
@@ -64,8 +69,8 @@ public:
     std::uint32_t Right(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pRight); }
     int Balance(std::uint32_t nKey) const { return NodeOf(nKey).m_nBalance; }
 
-    /// The keys of all nodes, in their order, those for unplaced keys last. All keys that were told have
-    /// come.
+    /// The keys of the nodes that there are when all that were told have come: in their order, those of nodes
+    /// for unplaced keys last.
     std::vector<std::uint32_t> const& Nodes() const { return m_NodeKeys; }
 
     /// Forgets what was told and what has come.

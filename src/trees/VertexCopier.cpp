@@ -180,7 +180,8 @@ void VertexCopier::SetLinks(CVertexTree& target) const {
     auto const copyOf = [this](std::uint32_t n) { return n == kNone ? nullptr : m_Copies[n]; };
     auto const& nodes = m_Tree.Nodes();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        if (tagVertexNode const* const p = i + kAhead < nodes.size() ? m_Copies[nodes[i + kAhead]] : nullptr) {
+        if (tagVertexNode const* const p =
+                i + kAhead < nodes.size() ? m_Copies[nodes[i + kAhead]] : nullptr) {
             Prefetch(&p->m_pLeft);
             Prefetch(&p->m_nBalance);
         }

@@ -20,6 +20,7 @@ public:
     /// Ranks the vertices of the source in its order. The source must outlive this and keep its vertices.
     /// Nothing is copied from a source with a coordinate beyond dLargest, millimetres.
     VertexCopier(CVertexTree const& source, double dLargest);
+
     /// False where the source's vertices do not stand in the order in which AddNode would hold them, or some
     /// are not numbers or too large: nothing can be copied then.
     bool IsOrdered() const { return m_bOrdered; }
