@@ -6,8 +6,9 @@
 #include "trees/Avl.h"
 
 void ForeseenTree::Link() {
+    // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
     if (m_Nodes.size() < NodeCount() + 1) {
-        ZeroedTable<Node> nodes(NodeCount() + 1);
+        ZeroedTable<Node> nodes(std::max(NodeCount() + 1, std::min(2 * m_Nodes.size(), kMostNodes + 1)));
         for (std::size_t i = 0; i < m_Nodes.size(); ++i) {
             nodes[i].bUnplaced = m_Nodes[i].bUnplaced;
             nodes[i].bExpected = m_Nodes[i].bExpected;

@@ -134,10 +134,13 @@ bool VertexCopier::FindRanks() {
 // All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
     m_Tree.Link();
-    if (m_Copies.size() < m_Tree.NodeCount()) m_Copies = ZeroedTable<tagVertexNode*>(m_Tree.NodeCount());
+    if (m_Copies.size() < m_Tree.NodeCount()) {
+        m_Copies = ZeroedTable<tagVertexNode*>(std::max(m_Tree.NodeCount(), 2 * m_Copies.size()));
+    }
     m_Mistakable.reserve(m_Tree.UnplacedCount());
     LinkAtEnd const links{*this, target};
     CPoint3D point;
+    std::unique_ptr<tagVertexNode> next;
     vertex_insertion::NoWatch watch;
     auto const compare = [this, &point, &watch, &target](std::uint32_t nKey) {
         return vertex_insertion::CompareAndSnap(*m_Copies[nKey], point.x, point.y, point.z,
@@ -147,12 +150,12 @@ void VertexCopier::CopyTo(CVertexTree& target) {
     for (std::size_t i = 0; i < comings.size(); ++i) {
         PrefetchComing(i);
         point = *m_Sources[comings[i]];
-        auto copy = std::make_unique<tagVertexNode>(point);
+        if (next == nullptr) next = std::make_unique<tagVertexNode>();
         tagVertexNode*& pCopy = m_Copies[m_Tree.Come(comings[i], compare)];
         if (pCopy == nullptr) {
-            copy->z = point.z;
-            vertex_insertion::CountVertex(target, *copy);
-            pCopy = copy.release();
+            static_cast<CPoint3D&>(*next) = point;
+            vertex_insertion::CountVertex(target, *next);
+            pCopy = next.release();
         }
         if (m_Tree.IsUnplaced(comings[i])) m_Mistakable.push_back(pCopy);
     }

@@ -346,3 +346,18 @@ TEST(Disjoin, CornerOfAnotherModelIsCopiedAsWell) {
     }
     FacetAt(model, 0).m_pVertex2 = pOwn;
 }
+
+// Strips of two rows within the tolerance, each longer than the one before.
+TEST(Disjoin, AgreesWithTheLiteralOneOnGrowingShellsOfNearRows) {
+    CSTLModel model;
+    double x = 0.0;
+    for (int nCells = 1; nCells < 30; ++nCells, x += 5.0) {
+        for (int i = 0; i < nCells; ++i, x += 1.0) {
+            AddTriangle(model, CPoint3D(x, 0, 0), CPoint3D(x + 1.0, 0, 0), CPoint3D(x + 0.5, 0.00007, 0));
+            AddTriangle(model, CPoint3D(x + 1.0, 0, 0), CPoint3D(x + 1.5, 0.00007, 0),
+                        CPoint3D(x + 0.5, 0.00007, 0));
+        }
+    }
+    ASSERT_EQ(870, model.GetFacetsNum());
+    ExpectLiteralShells(model);
+}
