@@ -12,7 +12,8 @@ public:
     NearPointer(NearPointer const&) = delete;
     NearPointer& operator=(NearPointer const& other) { return *this = static_cast<Record*>(other); }
     NearPointer& operator=(Record* pRecord) {
-        auto const nBytes = reinterpret_cast<char*>(pRecord) - reinterpret_cast<char*>(this);
+        auto const nBytes =
+            reinterpret_cast<std::uintptr_t>(pRecord) - reinterpret_cast<std::uintptr_t>(this);
         m_nBytes = pRecord == nullptr ? 0 : static_cast<std::int32_t>(nBytes);
         return *this;
     }

@@ -99,7 +99,8 @@ private:
 }  // namespace
 
 VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(0) {
-    m_Sources.reserve(std::min<std::size_t>(source.m_nCount, ForeseenTree::kMostNodes));
+    constexpr std::size_t kMostReserved = std::size_t{1} << 20;  // a host may have set m_nCount
+    m_Sources.reserve(std::min<std::size_t>(source.m_nCount, kMostReserved));
     RowGroups groups(CVertexTree().m_dTolerance);
     avl::WalkInOrder(source.m_pRoot, [this, &groups, dLargest](tagVertexNode* pNode) {
         m_bOrdered = m_bOrdered && IsWithin(*pNode, dLargest);

@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "MeshChecks.h"
 #include "trees/LiteralVertexTree.h"
 #include "trees/PointSoup.h"
 
@@ -15,16 +16,9 @@ namespace {
 
 constexpr double kLargest = 1000.0;
 
-void Collect(tagVertexNode* pNode, std::vector<tagVertexNode*>& nodes) {
-    if (pNode == nullptr) return;
-    nodes.push_back(pNode);
-    Collect(pNode->m_pRight, nodes);
-    Collect(pNode->m_pLeft, nodes);
-}
-
 std::vector<tagVertexNode*> NodesOf(CVertexTree const& tree) {
     std::vector<tagVertexNode*> nodes;
-    Collect(tree.m_pRoot, nodes);
+    CollectNodes(tree.m_pRoot, nodes);
     return nodes;
 }
 
