@@ -1,11 +1,8 @@
 # The installed package: headers, library, CMake package with version, pkg-config file.
 include(CMakePackageConfigHelpers)
 
-foreach(header IN LISTS VARNET_HEADERS)
-    get_filename_component(folder ${header} DIRECTORY)
-    install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/${header}
-            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/varnet64/${folder})
-endforeach()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/varnet64 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h")
 
 install(TARGETS Varnet64 EXPORT Varnet64Targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

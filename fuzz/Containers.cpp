@@ -9,6 +9,8 @@
 #include "foundation/List.h"
 #include "trees/PointTree.h"
 
+using namespace varnet;
+
 namespace {
 
 using Array = XR_CArray<std::int64_t, std::int64_t>;

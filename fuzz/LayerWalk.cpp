@@ -10,6 +10,8 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 // Hosts may pass anything; the walk stops before it grows out of bounds.

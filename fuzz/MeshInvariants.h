@@ -8,6 +8,8 @@
 #include "mesh/STLModel.h"
 #include "trees/Avl.h"
 
+using namespace varnet;
+
 // What holds for every mesh, whatever a file or a host has done. A breach ends the program.
 
 /// The depth of the subtree; every balance tells the truth.

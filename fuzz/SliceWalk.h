@@ -8,6 +8,8 @@
 #include "cli/LayerModel.h"
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 // Reading the bytes of an input as a slice file, layer after layer.
 
 /// A list that a reader has filled grows as any other afterwards.

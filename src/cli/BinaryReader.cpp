@@ -7,7 +7,9 @@
 #include "cli/CommandTable.h"
 #include "cli/LayerFormats.h"
 #include "contours/LoopWalk.h"
-#include "foundation/LittleEndian.h"
+#include "foundation/files/LittleEndian.h"
+
+namespace varnet {
 
 namespace {
 
@@ -164,3 +166,5 @@ LayerEnd ReadBinaryLayer(FileWindow& file, CLayer& layer, bool bDisguised) {
     layer.GetBoundBox();
     return {bSeen ? 1 : 0, true};
 }
+
+}  // namespace varnet

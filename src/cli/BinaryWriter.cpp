@@ -7,7 +7,9 @@
 #include "cli/CommandTable.h"
 #include "cli/LayerFormats.h"
 #include "contours/LoopWalk.h"
-#include "foundation/LittleEndian.h"
+#include "foundation/files/LittleEndian.h"
+
+namespace varnet {
 
 namespace {
 
@@ -88,3 +90,5 @@ void WriteBinaryLayer(ByteWriter& file, CLayer& layer, bool bDisguised) {
         WriteLayer<Plain>(file, layer);
     }
 }
+
+}  // namespace varnet

@@ -1,5 +1,7 @@
 #include "cli/CommandTable.h"
 
+namespace varnet {
+
 namespace {
 
 std::string_view FirstColumns(std::string_view line) {
@@ -47,3 +49,5 @@ std::optional<Keyword> KeywordOf(std::string_view line) {
     }
     return std::nullopt;
 }
+
+}  // namespace varnet

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+namespace varnet {
+
 // The words of CLI slice files, for reader and writer alike.
 
 /// The ways in which a file holds its layers: the values of CLayerModel::m_nFileMode.
@@ -117,3 +119,5 @@ inline constexpr Keyword KeywordOfMode(int nMode) {
 
 /// The first keyword that stands within the first 20 characters of a line, up to a zero byte, as it stands.
 std::optional<Keyword> KeywordOf(std::string_view line);
+
+}  // namespace varnet

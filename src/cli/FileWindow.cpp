@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "foundation/FilePosition.h"
+#include "foundation/files/FilePosition.h"
+
+namespace varnet {
 
 FileWindow::FileWindow(FILE* pFile)
     : m_pFile(pFile),
@@ -111,3 +113,5 @@ void FileWindow::Leave(std::int64_t nPosition) {
 void FileWindow::LeaveAtEnd() {
     if (m_nStart >= 0) Leave(std::max(m_nRead, FileLength(m_pFile) - m_nStart));
 }
+
+}  // namespace varnet

@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 
+namespace varnet {
+
 /// Reads a caller's file from its present position on, ahead in blocks, and puts it where it is told to stand
 /// when the work is done: the caller may go on with the file by any means.
 ///
@@ -70,3 +72,5 @@ private:
     std::size_t m_nNext = 0;
     std::size_t m_nEnd = 0;
 };
+
+}  // namespace varnet

@@ -7,7 +7,9 @@
 #include "cli/LayerModel.h"
 #include "cli/LineTokens.h"
 #include "foundation/Counter.h"
-#include "foundation/FilePosition.h"
+#include "foundation/files/FilePosition.h"
+
+using namespace varnet;
 
 std::int32_t g_nCLILayers = 0;
 

@@ -4,6 +4,8 @@
 #include "cli/LayerFormats.h"
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 LayerEnd ReadLayer(FileWindow& file, CLayer& layer, int nMode) {

@@ -2,7 +2,9 @@
 
 #include "cli/FileWindow.h"
 #include "contours/Layer.h"
-#include "foundation/ByteStream.h"
+#include "foundation/files/ByteStream.h"
+
+namespace varnet {
 
 // One layer in a slice file: as lines of text, or as binary commands, plain or disguised.
 
@@ -34,3 +36,5 @@ void WriteTextTree(ByteWriter& file, tagLoopTreeNode& root);
 /// Writes the layer with all its loops and hatches, after building its loop list. A disguise takes its
 /// offsets and noise from rand().
 void WriteBinaryLayer(ByteWriter& file, CLayer& layer, bool bDisguised);
+
+}  // namespace varnet

@@ -4,6 +4,8 @@
 
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 CLayer* LayerIn(void* pElement) { return static_cast<CLayer*>(pElement); }

@@ -1,7 +1,9 @@
 #include "cli/LineTokens.h"
 
-#include "foundation/ExactDecimal.h"
-#include "foundation/TextNumber.h"
+#include "foundation/text/ExactDecimal.h"
+#include "foundation/text/TextNumber.h"
+
+namespace varnet {
 
 namespace {
 
@@ -47,3 +49,5 @@ bool LineTokens::Next(double& dValue) {
     }
     return true;
 }
+
+}  // namespace varnet

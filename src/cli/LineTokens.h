@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace varnet {
+
 /// The numbers of a line of text behind its first "/", ended by blanks and commas. The text ends at a zero
 /// byte.
 ///
@@ -26,3 +28,5 @@ private:
     char const* m_pNext;
     char const* m_pEnd;
 };
+
+}  // namespace varnet

@@ -9,6 +9,8 @@
 #include "cli/LineTokens.h"
 #include "contours/LoopWalk.h"
 
+namespace varnet {
+
 namespace {
 
 // List nodes come in blocks as large as the line can fill, at most this many.
@@ -116,3 +118,5 @@ LayerEnd ReadTextLayer(FileWindow& file, CLayer& layer) {
     file.Leave(file.Position());
     return {bSeen ? 1 : 0, true};
 }
+
+}  // namespace varnet

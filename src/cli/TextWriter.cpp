@@ -7,7 +7,9 @@
 #include "cli/CommandTable.h"
 #include "cli/LayerFormats.h"
 #include "contours/LoopWalk.h"
-#include "foundation/FixedDecimal.h"
+#include "foundation/text/FixedDecimal.h"
+
+namespace varnet {
 
 namespace {
 
@@ -96,3 +98,5 @@ void WriteTextLayer(ByteWriter& file, CLayer const& layer) {
         if (hatch.m_EdgeList.IsEmpty() == 0) WriteHatches(file, hatch);
     });
 }
+
+}  // namespace varnet

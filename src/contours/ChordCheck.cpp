@@ -5,6 +5,8 @@
 
 #include "foundation/Geometry.h"
 
+namespace varnet {
+
 namespace {
 
 // Times the squared distance of a point from the anchor: the computed squared distance from a chord is off by
@@ -80,3 +82,5 @@ bool ChordCheck::IsInWedge(CPoint2D const& end) const {
 bool ChordCheck::IsNear(PointNode* pNode, PointNode* pEnd) const {
     return !(D2ofPtoLine(pNode->data, m_pAnchor->data, pEnd->data) > m_dTolerance2);
 }
+
+}  // namespace varnet

@@ -4,6 +4,8 @@
 
 #include "contours/LoopWalk.h"
 
+namespace varnet {
+
 /// Whether the points behind an anchor lie near the chord to a point further on, for chords that are drawn
 /// out point by point.
 ///
@@ -38,3 +40,5 @@ private:
     double m_dLowest = 0.0;
     double m_dHighest = 0.0;
 };
+
+}  // namespace varnet

@@ -4,6 +4,8 @@
 
 #include "contours/LoopWalk.h"
 
+namespace varnet {
+
 // The test of a point against a loop: a ray towards -x, and the parity of the edges that it crosses.
 
 /// Whether the end of an edge at this y is on the upper side of the ray.
@@ -31,3 +33,5 @@ inline int CrossingParity(PointNode const* pHead, double x, double y) {
     }
     return nParity;
 }
+
+}  // namespace varnet

@@ -5,6 +5,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 namespace {
 
 using EdgeList = XR_CList<CEdge2D, CEdge2D&>;

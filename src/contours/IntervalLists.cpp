@@ -2,6 +2,8 @@
 
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 // Codes in y.

@@ -4,6 +4,8 @@
 
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 CLayer::CLayer()
     : m_RawLoopList(10),
       m_LoopList(10),

@@ -3,6 +3,8 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 // The kinds of path that CLayer::AddOtherLayer brings along, as bits of its mask.

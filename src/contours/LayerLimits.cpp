@@ -8,6 +8,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 namespace {
 
 // Where an edge meets the sides of a box, looked at in the order bottom, right, top, left: the first two

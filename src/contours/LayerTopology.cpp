@@ -2,8 +2,10 @@
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
-#include "contours/NestingTree.h"
-#include "contours/Placement.h"
+#include "contours/nesting/NestingTree.h"
+#include "contours/nesting/Placement.h"
+
+using namespace varnet;
 
 namespace {
 

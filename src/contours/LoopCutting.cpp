@@ -6,6 +6,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 namespace {
 
 // Millimetres. The least length that is cut, and how near a vertex must be to serve as the cut point.

@@ -4,6 +4,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 namespace {
 
 // A loop that can be turned has a head and a closing copy.

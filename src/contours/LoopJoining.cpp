@@ -2,7 +2,9 @@
 
 #include "contours/LoopTreeNode.h"
 #include "contours/LoopWalk.h"
-#include "contours/PointBits.h"
+#include "contours/ordering/PointBits.h"
+
+using namespace varnet;
 
 namespace {
 

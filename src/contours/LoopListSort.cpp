@@ -8,6 +8,8 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 struct KeyedLoop {

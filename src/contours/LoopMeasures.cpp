@@ -7,6 +7,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 double tagLoopTreeNode::GetArea() {
     if (PointCount(*this) < 3) return 0.0;
     PointNode const* const pHead = FirstPoint(*this);

@@ -9,6 +9,8 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 
+using namespace varnet;
+
 namespace {
 
 // Degrees: a path that turns by more from its first direction is not thinned.

@@ -6,6 +6,8 @@
 
 #include "contours/LoopWalk.h"
 
+using namespace varnet;
+
 tagLoopTreeNode::tagLoopTreeNode(int nLevel)
     : m_pPointList(nullptr),
       m_nID(1),

@@ -8,6 +8,8 @@
 #include "contours/LoopTreeNode.h"
 #include "foundation/List.h"
 
+namespace varnet {
+
 // Walking the points of a loop, the loops of a list, and the loops of a tree.
 
 using PointList = XR_CList<CPoint2D, CPoint2D&>;
@@ -81,3 +83,5 @@ void ReverseOrder(List& list) {
     for (auto* p = list.m_pNodeHead; p != nullptr; p = p->pPrev) std::swap(p->pNext, p->pPrev);
     std::swap(list.m_pNodeHead, list.m_pNodeTail);
 }
+
+}  // namespace varnet

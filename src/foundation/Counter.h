@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace varnet {
+
 // The process-wide counters and the stop flags are plain 32-bit variables in the interface. The library
 // touches them through these, so that several threads may work on different models.
 
@@ -18,3 +20,5 @@ inline std::int32_t LoadShared(std::int32_t const& nValue) {
 inline void StoreShared(std::int32_t& nTarget, std::int32_t nValue) {
     std::atomic_ref<std::int32_t>(nTarget).store(nValue, std::memory_order_relaxed);
 }
+
+}  // namespace varnet

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+namespace varnet {
+
 // The float arithmetic behind Vec3f for the library's inner loops: the same operations in the same order,
 // without the count of living vectors, which any computation would return to its value anyway.
 
@@ -33,3 +35,5 @@ double AreaAlong(Floats const& normal, Floats const& p1, Floats const& p2, Float
     Floats const s = Sum(Sum(Cross(p1, p2), Cross(p2, p3)), Cross(p3, p1));
     return std::fabs(static_cast<double>(Dot(s, normal)) * 0.5);
 }
+
+}  // namespace varnet

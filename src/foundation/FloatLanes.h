@@ -9,6 +9,8 @@
 
 #include <emmintrin.h>
 
+namespace varnet {
+
 struct FloatLanes {
     __m128 lanes;  // x, y, z and 0
 };
@@ -57,3 +59,5 @@ FloatLanes ToFloatLanes(Point const& point) {
 }
 
 #endif
+
+}  // namespace varnet

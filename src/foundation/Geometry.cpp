@@ -7,6 +7,8 @@
 
 #include "foundation/Float3.h"
 
+using namespace varnet;
+
 namespace {
 
 using std::numbers::pi;

@@ -2,6 +2,8 @@
 
 #include "foundation/Counter.h"
 
+using namespace varnet;
+
 std::int32_t g_nMatrixCount = 0;
 
 namespace {

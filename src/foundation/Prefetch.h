@@ -1,5 +1,7 @@
 #pragma once
 
+namespace varnet {
+
 /// Brings the cache line at the address into the processor's cache. Any address will do, also null.
 inline void Prefetch(void const* pMemory) {
 #if defined(__GNUC__)
@@ -11,3 +13,5 @@ inline void Prefetch(void const* pMemory) {
     (void)pMemory;
 #endif
 }
+
+}  // namespace varnet

@@ -4,6 +4,8 @@
 
 #include "foundation/Counter.h"
 
+using namespace varnet;
+
 std::int32_t g_nQuaternionCount = 0;
 
 namespace {

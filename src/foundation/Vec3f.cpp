@@ -5,6 +5,8 @@
 #include "foundation/Counter.h"
 #include "foundation/Float3.h"
 
+using namespace varnet;
+
 std::int32_t g_nVectorCount = 0;
 
 namespace {

@@ -7,15 +7,17 @@
 #include <span>
 #include <vector>
 
-#include "foundation/AddNew.h"
 #include "foundation/Counter.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetGraph.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
 #include "trees/VertexCopier.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -4,9 +4,11 @@
 #include <cmath>
 
 #include "foundation/Float3.h"
-#include "foundation/SlotPool.h"
+#include "foundation/memory/SlotPool.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetMeasures.h"
+
+using namespace varnet;
 
 static_assert(sizeof(CFacet) <= kFacetSlotSize);
 

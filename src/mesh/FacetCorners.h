@@ -6,6 +6,8 @@
 
 #include "mesh/Facet.h"
 
+namespace varnet {
+
 // The corners and directed edges of a facet, as the topics of the mesh use them.
 
 /// An edge in the direction that a facet's winding gives it.
@@ -60,3 +62,5 @@ inline std::array<CFacet*, 3> Neighbors(CFacet& facet) {
             facet.FindNeighborFacet(facet.m_pVertex2, facet.m_pVertex3),
             facet.FindNeighborFacet(facet.m_pVertex3, facet.m_pVertex1)};
 }
+
+}  // namespace varnet

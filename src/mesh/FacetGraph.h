@@ -7,10 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/LargePages.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/LargePages.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
+
+namespace varnet {
 
 /// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and a note of what a walk
 /// wants to know of each besides.
@@ -37,7 +39,7 @@ public:
         }
         for (std::uint32_t i = 0; i < Size(); ++i) {
             BringNeighbors(m_Facets, i);
-            std::array<CFacet*, 3> const neighbors = ::Neighbors(*m_Facets[i]);
+            std::array<CFacet*, 3> const neighbors = varnet::Neighbors(*m_Facets[i]);
             for (std::size_t k = 0; k < neighbors.size(); ++k) m_Records[i].neighbors[k] = Find(neighbors[k]);
             m_Records[i].note = makeNote(*this, i);
         }
@@ -75,3 +77,5 @@ private:
     std::vector<CFacet*> m_Facets;
     ZeroedTable<Record> m_Records;
 };
+
+}  // namespace varnet

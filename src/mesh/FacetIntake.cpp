@@ -13,6 +13,8 @@
 #include "mesh/FacetMeasures.h"
 #include "trees/FacetList.h"
 
+using namespace varnet;
+
 namespace {
 
 // Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
@@ -75,7 +77,7 @@ constexpr std::size_t kSample = 128;
 
 }  // namespace
 
-void EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered) {
+void varnet::EnterTriangle(CSTLModel& model, std::array<tagVertexNode*, 3> const& offered) {
     auto const [a, b, c] = offered;
     if (a == b || b == c || c == a) return;
     if (CFacet* const g = FindTriangle(a, b, c)) {

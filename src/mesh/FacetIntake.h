@@ -9,6 +9,8 @@
 #include "mesh/STLModel.h"
 #include "trees/VertexCache.h"
 
+namespace varnet {
+
 /// A triangle with a coordinate beyond this, in millimetres, is refused. NaN passes.
 inline constexpr double kLargestCoordinate = 10000000000.0;
 
@@ -80,3 +82,5 @@ private:
     std::vector<tagFACET> m_Facets;
     tagFACET m_Last;
 };
+
+}  // namespace varnet

@@ -5,6 +5,8 @@
 #include "foundation/FloatLanes.h"
 #include "mesh/Facet.h"
 
+namespace varnet {
+
 /// CFacet::Area, for loops over all facets.
 inline double AreaOf(CFacet const& facet) {
     return AreaAlong(ToFloatLanes(facet.m_fNormal), ToFloatLanes(*facet.m_pVertex1),
@@ -33,3 +35,5 @@ inline bool CalculateNormalOf(CPoint3D const& p1, CPoint3D const& p2, CPoint3D c
     pNormal[2] = bArea ? static_cast<float>(nz / dLength) : 1.0f;
     return bArea;
 }
+
+}  // namespace varnet

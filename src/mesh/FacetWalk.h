@@ -9,6 +9,8 @@
 #include "mesh/FacetCorners.h"
 #include "support/FeatureSurface.h"
 
+namespace varnet {
+
 // What a walk over facets brings into the processor's cache, some facets before it comes to them.
 
 /// The coordinates of the facet's corners.
@@ -75,3 +77,5 @@ void ForEachFacet(CSurfaceArray const& surfaces, Visit const& visit) {
     for (int i = 0; i < surfaces.m_aSurface.m_nSize; ++i)
         ForEachFacet<Bring>(surfaces.m_aSurface[i]->m_aFacet, visit);
 }
+
+}  // namespace varnet

@@ -9,6 +9,8 @@
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 
+using namespace varnet;
+
 double CSTLModel::Area() { return m_dArea != 0.0 ? m_dArea : CalArea(); }
 
 double CSTLModel::CalArea() {

@@ -12,6 +12,8 @@
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 
+namespace varnet {
+
 // How connected groups of facets are found: classes of facets, level planes, overhangs, shells.
 
 /// Marks in m_nRegion while regions grow. What is placed once is never taken again.
@@ -157,3 +159,5 @@ private:
 struct EveryoneJoins {
     bool operator()(int, CFacet const&, CFacet const&) const { return true; }
 };
+
+}  // namespace varnet

@@ -2,7 +2,9 @@
 
 #include "mesh/STLModel.h"
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -6,6 +6,8 @@
 #include "trees/Avl.h"
 #include "trees/VertexTree.h"
 
+using namespace varnet;
+
 namespace {
 
 // 88.2 degrees: the slope at which the tangent is cut off.

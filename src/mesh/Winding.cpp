@@ -8,6 +8,8 @@
 #include "mesh/STLModel.h"
 #include "mesh/WindingParity.h"
 
+using namespace varnet;
+
 namespace {
 
 // Marks of the walk in m_nRegion.

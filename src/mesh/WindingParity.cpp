@@ -7,6 +7,8 @@
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 
+namespace varnet {
+
 WindingParity::WindingParity(CSTLModel& model) : m_Links(static_cast<std::size_t>(model.GetFacetsNum())) {
     std::uint32_t nFacets = 0;
     ForEachFacet<BringFacet>(model.m_SurfaceArray, [this, &nFacets](CFacet& facet) {
@@ -109,3 +111,5 @@ WindingParity::Place WindingParity::Find(std::uint32_t nFacet) {
     }
     return {nFacet, nTurned};
 }
+
+}  // namespace varnet

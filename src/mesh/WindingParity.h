@@ -5,8 +5,10 @@
 #include <span>
 #include <vector>
 
-#include "foundation/LargePages.h"
+#include "foundation/memory/LargePages.h"
 #include "mesh/STLModel.h"
+
+namespace varnet {
 
 /// Which facets of a mesh to turn, so that all agree with the first facet of their shell: found in the order
 /// of the facets, without walking the shells.
@@ -55,3 +57,5 @@ private:
     std::vector<Spoke> m_Spokes;  // room for those of the largest vertex yet
     bool m_bUnique = true;
 };
+
+}  // namespace varnet

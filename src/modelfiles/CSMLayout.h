@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace varnet {
+
 // The CSM files: three layouts that have nothing in common but the name, told apart by the text at the start
 // of the header.
 
@@ -50,3 +52,5 @@ constexpr std::size_t HeaderSizeOf(std::string_view header, Layout layout) {
 }
 
 }  // namespace csm
+
+}  // namespace varnet

@@ -3,6 +3,8 @@
 #include "mesh/STLModel.h"
 #include "modelfiles/StoredName.h"
 
+using namespace varnet;
+
 namespace {
 
 constexpr int kOltpType = 4;

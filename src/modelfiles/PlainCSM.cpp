@@ -10,16 +10,18 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/ByteStream.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/Path.h"
 #include "foundation/Prefetch.h"
+#include "foundation/files/ByteStream.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/files/Path.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/StoredName.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -6,8 +6,10 @@
 #include <cstdint>
 
 #include "foundation/BoundBox.h"
-#include "foundation/LittleEndian.h"
 #include "foundation/Point.h"
+#include "foundation/files/LittleEndian.h"
+
+namespace varnet {
 
 // How the compressed files hold points: as whole numbers of steps from the least corner of the model's box.
 
@@ -84,3 +86,5 @@ inline std::array<float, 3> Load(unsigned char const* pBytes, PointGrid const& g
     return values;
 }
 }  // namespace strip_point
+
+}  // namespace varnet

@@ -6,6 +6,8 @@
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
+namespace varnet {
+
 namespace {
 
 // The longest run that a step can state, and the most edges beyond a run that are looked at.
@@ -216,3 +218,5 @@ void RingEncoder::AddStep(Choice const& choice) {
     m_Steps.push_back(
         {static_cast<std::uint8_t>(choice.nPosition & 0xFF), static_cast<std::uint8_t>(choice.nRun & 0xFF)});
 }
+
+}  // namespace varnet

@@ -6,6 +6,8 @@
 
 #include "mesh/Facet.h"
 
+namespace varnet {
+
 /// An edge of the ring: the boundary of what has been coded, in the direction that the coded side gives it.
 /// The facet beyond it is looked up when the edge is made, and is not looked at again: by the time the edge's
 /// turn comes, that facet may have been coded through another edge.
@@ -85,3 +87,5 @@ private:
     std::vector<Step> m_Steps;
     std::vector<tagVertexNode const*> m_Points;
 };
+
+}  // namespace varnet

@@ -5,14 +5,16 @@
 #include <cstddef>
 #include <cstring>
 
-#include "foundation/ByteStream.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/Path.h"
+#include "foundation/files/ByteStream.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/files/Path.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/RingEncoder.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -7,12 +7,14 @@
 #include <string_view>
 
 #include "foundation/Counter.h"
-#include "foundation/Path.h"
-#include "foundation/TextLines.h"
-#include "foundation/TextScanner.h"
-#include "foundation/TextSearch.h"
+#include "foundation/files/Path.h"
+#include "foundation/text/TextLines.h"
+#include "foundation/text/TextScanner.h"
+#include "foundation/text/TextSearch.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -8,11 +8,13 @@
 #include <vector>
 
 #include "foundation/Counter.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/Path.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/files/Path.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -4,9 +4,11 @@
 #include <array>
 #include <cstring>
 
-#include "foundation/Path.h"
+#include "foundation/files/Path.h"
 #include "mesh/STLModel.h"
 #include "modelfiles/StoredName.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include "mesh/STLModel.h"
 
+namespace varnet {
+
 /// Keeps the path in m_szFileName: byte by byte up to its first zero byte, which for 16-bit characters of the
 /// Latin range is the second byte. A path that does not fit is cut; a null path is an empty one.
 inline void StoreFileName(char const* pszPath, tagSTLStatus& status) {
@@ -15,3 +17,5 @@ inline void StoreFileName(char const* pszPath, tagSTLStatus& status) {
     }
     status.m_szFileName[i] = '\0';
 }
+
+}  // namespace varnet

@@ -10,15 +10,17 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/ByteStream.h"
 #include "foundation/Counter.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/Path.h"
+#include "foundation/files/ByteStream.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/files/Path.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
 #include "modelfiles/StoredName.h"
+
+using namespace varnet;
 
 namespace {
 

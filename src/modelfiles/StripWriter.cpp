@@ -10,13 +10,15 @@
 #include <string_view>
 
 #include "foundation/Counter.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/Path.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/files/Path.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
 #include "modelfiles/CSMLayout.h"
 #include "modelfiles/QuantizedPoint.h"
+
+using namespace varnet;
 
 std::int32_t m_nCSMFacetCount = 0;
 

@@ -8,12 +8,14 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/Path.h"
-#include "foundation/TextLines.h"
-#include "foundation/TextNumber.h"
-#include "foundation/TextSearch.h"
+#include "foundation/files/Path.h"
+#include "foundation/text/TextLines.h"
+#include "foundation/text/TextNumber.h"
+#include "foundation/text/TextSearch.h"
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
+
+using namespace varnet;
 
 namespace {
 

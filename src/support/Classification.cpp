@@ -8,12 +8,14 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetGraph.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
 #include "support/RimWalk.h"
+
+using namespace varnet;
 
 namespace {
 

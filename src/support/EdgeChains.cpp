@@ -6,7 +6,9 @@
 #include <functional>
 #include <vector>
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
+
+namespace varnet {
 
 namespace {
 
@@ -111,3 +113,5 @@ void ChainEdges(std::span<MeshEdge const> edges, XR_CArray<CFeatureEdge*, CFeatu
         }
     }
 }
+
+}  // namespace varnet

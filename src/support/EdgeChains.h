@@ -5,6 +5,8 @@
 #include "foundation/Array.h"
 #include "support/FeatureEdge.h"
 
+namespace varnet {
+
 /// An edge of a mesh, as the facet that it was found at is wound.
 struct MeshEdge {
     tagVertexNode* pHead;
@@ -22,3 +24,5 @@ struct MeshEdge {
 ///
 /// The time is that of sorting the ends of the edges.
 void ChainEdges(std::span<MeshEdge const> edges, XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains);
+
+}  // namespace varnet

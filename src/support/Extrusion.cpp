@@ -9,6 +9,8 @@
 #include "support/RimWalk.h"
 #include "support/SolidIntake.h"
 
+using namespace varnet;
+
 namespace {
 
 // Normals whose weighted sum is shorter than this cancel each other.

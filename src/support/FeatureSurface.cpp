@@ -9,6 +9,8 @@
 #include "mesh/FacetWalk.h"
 #include "support/RimWalk.h"
 
+using namespace varnet;
+
 namespace {
 
 // Colours of neighbouring surfaces differ.

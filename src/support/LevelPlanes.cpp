@@ -2,9 +2,11 @@
 
 #include <cmath>
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
+
+using namespace varnet;
 
 void CSTLModel::ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult) {
     RegionGrowth growth;

@@ -6,6 +6,8 @@
 #include "foundation/Array.h"
 #include "mesh/FacetCorners.h"
 
+namespace varnet {
+
 inline void MarkFacets(XR_CArray<CFacet*, CFacet*> const& facets, std::int32_t nMark) {
     for (int i = 0; i < facets.m_nSize; ++i) facets.m_pData[i]->m_nRegion = nMark;
 }
@@ -40,3 +42,5 @@ void WalkRim(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
     WalkRim(facets, isRim, visit);
     MarkFacets(facets, 0);
 }
+
+}  // namespace varnet

@@ -7,6 +7,8 @@
 #include "mesh/FacetIntake.h"
 #include "mesh/STLModel.h"
 
+namespace varnet {
+
 /// The record with which a generated triangle is offered to a model: one of its own for each, so that no
 /// corner carries on the height that another one took. None where a corner is not finite: such a triangle is
 /// refused as one that is out of range is, without a trace, since a vertex without a height counts as equal
@@ -36,3 +38,5 @@ public:
 private:
     FacetIntake m_Intake;
 };
+
+}  // namespace varnet

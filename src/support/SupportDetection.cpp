@@ -4,11 +4,13 @@
 #include <limits>
 #include <vector>
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
 #include "support/RimWalk.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -5,10 +5,12 @@
 #include <memory>
 #include <optional>
 
-#include "foundation/AddNew.h"
+#include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/STLModel.h"
 #include "support/SolidIntake.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -8,6 +8,8 @@
 #include "mesh/STLModel.h"
 #include "support/EdgeChains.h"
 
+using namespace varnet;
+
 namespace {
 
 constexpr double kPi = 3.141592653589793;

@@ -6,6 +6,8 @@
 
 #include "foundation/Prefetch.h"
 
+namespace varnet {
+
 // The balanced tree that the vertex tree and the point tree share (G. M. Adelson-Velsky and E. M. Landis,
 // "An algorithm for the organization of information", 1962). Greater keys are on the left. A node's balance
 // is 0 when both sides are equally deep, +1 when the left side is deeper, -1 when the right side is.
@@ -184,3 +186,5 @@ Node* Rebuild(Node* pRoot, InsertNode const& insert) {
 }
 
 }  // namespace avl
+
+}  // namespace varnet

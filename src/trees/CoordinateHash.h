@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace varnet {
+
 // Hashes of exact coordinates.
 
 namespace coordinate_hash {
@@ -24,3 +26,5 @@ inline std::size_t Hash(double x, double y, double z) {
 }
 
 }  // namespace coordinate_hash
+
+}  // namespace varnet

@@ -7,8 +7,10 @@
 #include <cstring>
 #include <new>
 
-#include "foundation/SlotPool.h"
+#include "foundation/memory/SlotPool.h"
 #include "trees/VertexTree.h"
+
+namespace varnet {
 
 // The list of a vertex's facets. Most vertices of a mesh have 7 facets at most: such a list stands in the
 // annex of its vertex's slot. A longer one is a block of the heap for 15, 31, ... entries, which
@@ -46,3 +48,5 @@ inline void Free(tagVertexNode& vertex) noexcept {
 }
 
 }  // namespace facet_list
+
+}  // namespace varnet

@@ -5,6 +5,8 @@
 
 #include "trees/Avl.h"
 
+namespace varnet {
+
 void ForeseenTree::Link() {
     // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
     if (m_Nodes.size() < NodeCount() + 1) {
@@ -133,3 +135,5 @@ void ForeseenTree::Clear() {
     m_Made.clear();
     m_nUnplaced = 0;
 }
+
+}  // namespace varnet

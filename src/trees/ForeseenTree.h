@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "foundation/LargePages.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/LargePages.h"
 #include "trees/NearPointer.h"
+
+namespace varnet {
 
 /// The shape that a balanced tree gets when keys enter it whose order is known in advance, and in which order
 /// they will come. Hardly any goes down the tree to find its place.
@@ -150,3 +152,5 @@ private:
     std::vector<std::uint32_t> m_NodeKeys;  // those that will have nodes, and those that were made
     std::vector<std::uint32_t> m_Made;      // the unplaced keys that nodes were made for
 };
+
+}  // namespace varnet

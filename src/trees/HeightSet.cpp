@@ -6,6 +6,8 @@
 
 #include "foundation/Prefetch.h"
 
+namespace varnet {
+
 namespace {
 
 constexpr std::size_t kFirstLines = 16;
@@ -60,8 +62,8 @@ HeightSet::Answer HeightSet::Find(double z) const {
 }
 
 void HeightSet::Prefetch(double z) const {
-    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z - kReach * m_dTolerance))]);
-    ::Prefetch(&m_Lines[PlaceOf(IntervalOf(z + kReach * m_dTolerance))]);
+    varnet::Prefetch(&m_Lines[PlaceOf(IntervalOf(z - kReach * m_dTolerance))]);
+    varnet::Prefetch(&m_Lines[PlaceOf(IntervalOf(z + kReach * m_dTolerance))]);
 }
 
 bool HeightSet::Holds(Line const& line, double dHeight) {
@@ -95,3 +97,5 @@ void HeightSet::Grow() {
     }
     for (double const dHeight : overflow) Insert(dHeight);
 }
+
+}  // namespace varnet

@@ -6,7 +6,9 @@
 #include <tuple>
 #include <vector>
 
-#include "foundation/LargePages.h"
+#include "foundation/memory/LargePages.h"
+
+namespace varnet {
 
 /// The distinct heights of the vertices of a tree, more than the tolerance apart from each other, and the
 /// question to which of them a new height would be drawn.
@@ -50,3 +52,5 @@ private:
     ZeroedTable<Line> m_Lines;  // a power of two
     std::vector<double> m_Overflow;
 };
+
+}  // namespace varnet

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace varnet {
+
 /// A pointer of four bytes from a member of one record to another record that lies less than two gigabytes
 /// away, such as one of the same table. Null when all its bytes are zero; no record points to itself by its
 /// first member.
@@ -25,3 +27,5 @@ public:
 private:
     std::int32_t m_nBytes;
 };
+
+}  // namespace varnet

@@ -2,6 +2,8 @@
 
 #include "trees/Avl.h"
 
+using namespace varnet;
+
 namespace {
 
 // Coordinates within this distance of each other agree. Millimetres, per axis.

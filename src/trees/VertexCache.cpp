@@ -5,9 +5,11 @@
 #include <cmath>
 #include <utility>
 
-#include "foundation/LittleEndian.h"
 #include "foundation/Prefetch.h"
+#include "foundation/files/LittleEndian.h"
 #include "trees/VertexInsertion.h"
+
+namespace varnet {
 
 namespace {
 
@@ -268,3 +270,5 @@ void VertexCache::MarkAround(double y, double dHeight) {
         m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);
     }
 }
+
+}  // namespace varnet

@@ -6,11 +6,13 @@
 #include <span>
 #include <vector>
 
-#include "foundation/LargePages.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/LargePages.h"
 #include "trees/CoordinateHash.h"
 #include "trees/HeightSet.h"
 #include "trees/VertexTree.h"
+
+namespace varnet {
 
 /// Answers, while a file is read into an empty tree, most corners by a look into a hash table instead of a
 /// descent of the tree. The result is the same as that of CVertexTree::AddNode, node for node.
@@ -130,3 +132,5 @@ private:
     std::array<std::uint64_t, kMarkedHeights / 64> m_MarkedHeights{};  // a bit for heights with marks
     std::vector<std::uint64_t> m_Marks;                                // empty until there is one
 };
+
+}  // namespace varnet

@@ -12,6 +12,8 @@
 #include "trees/Avl.h"
 #include "trees/VertexInsertion.h"
 
+namespace varnet {
+
 namespace {
 
 bool HasSameBits(double a, double b) {
@@ -204,3 +206,5 @@ void VertexCopier::Clear() {
     m_Mistakable.clear();
     m_nMistakable = 0;
 }
+
+}  // namespace varnet

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "foundation/LargePages.h"
+#include "foundation/memory/LargePages.h"
 #include "trees/ForeseenTree.h"
 #include "trees/VertexTree.h"
+
+namespace varnet {
 
 /// Copies vertices of one tree to other trees, empty ones, where it is known in advance which vertices will
 /// come and in which order. The result is that of CVertexTree::AddNode for each, node for node.
@@ -74,3 +76,5 @@ private:
     std::vector<tagVertexNode*> m_Mistakable;  // in the order of their coming
     std::size_t m_nMistakable = 0;             // asked for
 };
+
+}  // namespace varnet

@@ -5,6 +5,8 @@
 #include "trees/Avl.h"
 #include "trees/VertexTree.h"
 
+namespace varnet {
+
 // How a point finds its place in the vertex tree. CVertexTree and the vertex cache of the readers share it;
 // they differ in what they watch on the way.
 
@@ -66,3 +68,5 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& po
 }
 
 }  // namespace vertex_insertion
+
+}  // namespace varnet

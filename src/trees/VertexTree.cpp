@@ -2,12 +2,14 @@
 
 #include <utility>
 
-#include "foundation/ByteStream.h"
-#include "foundation/LittleEndian.h"
-#include "foundation/SlotPool.h"
+#include "foundation/files/ByteStream.h"
+#include "foundation/files/LittleEndian.h"
+#include "foundation/memory/SlotPool.h"
 #include "trees/Avl.h"
 #include "trees/FacetList.h"
 #include "trees/VertexInsertion.h"
+
+using namespace varnet;
 
 using vertex_insertion::CompareAndSnap;
 using vertex_insertion::InsertPoint;

@@ -7,6 +7,8 @@
 
 #include "cli/Slices.h"
 
+using namespace varnet;
+
 namespace {
 
 // The reading end of a pipe into which the bytes go.

@@ -3,9 +3,11 @@
 #include <limits>
 #include <set>
 
-#include "contours/LiteralNesting.h"
 #include "contours/LoopWalk.h"
 #include "contours/Paths.h"
+#include "contours/nesting/LiteralNesting.h"
+
+using namespace varnet;
 
 namespace {
 

@@ -2,6 +2,8 @@
 #include "contours/LoopWalk.h"
 #include "contours/Paths.h"
 
+using namespace varnet;
+
 namespace {
 
 Places const kSquare = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};

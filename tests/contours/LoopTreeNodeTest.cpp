@@ -4,6 +4,8 @@
 #include "contours/LoopWalk.h"
 #include "contours/Paths.h"
 
+using namespace varnet;
+
 TEST(LoopTreeNode, FieldsStandInOrder) {
     tagLoopTreeNode const loop(0);
     FieldWalk(loop, 0)

@@ -8,6 +8,8 @@
 #include "foundation/Point.h"
 #include "foundation/Vec3f.h"
 
+using namespace varnet;
+
 TEST(Vec3f, NewVectorIsZeroAndOthersAreAsGiven) {
     Vec3f const zero;
     EXPECT_EQ(0.0f, zero.x);

@@ -7,6 +7,8 @@
 #include "mesh/LiteralMesh.h"
 #include "trees/PointSoup.h"
 
+using namespace varnet;
+
 namespace {
 
 CPoint3D const kA(0.0, 0.0, 0.0);

@@ -9,6 +9,8 @@
 #include "RingDecoder.h"
 #include "modelfiles/RingEncoder.h"
 
+using namespace varnet;
+
 namespace {
 
 constexpr char kText[] = "Quarnell Ziped Model -- CSM2.0";

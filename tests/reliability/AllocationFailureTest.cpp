@@ -8,11 +8,13 @@
 
 #include "FailingMemory.h"
 #include "SmallFiles.h"
-#include "foundation/Path.h"
+#include "foundation/files/Path.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
+
+using namespace varnet;
 
 namespace {
 

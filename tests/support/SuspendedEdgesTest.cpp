@@ -6,6 +6,8 @@
 #include "RandomParts.h"
 #include "support/EdgeChains.h"
 
+using namespace varnet;
+
 namespace {
 
 using Edges = std::vector<std::pair<tagVertexNode*, tagVertexNode*>>;

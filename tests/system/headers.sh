@@ -8,7 +8,7 @@ command -v "$cxx" >/dev/null || { echo "$cxx is not installed"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 compile() {
-    "$cxx" -std="$standard" -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -I "$source/src" "$1"
+    "$cxx" -std="$standard" -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -I "$source/include/varnet64" "$1"
 }
 forward=""
 backward=""
@@ -26,4 +26,4 @@ compile "$work/all.cpp"
 printf '%s' "$backward" >"$work/all.cpp"
 compile "$work/all.cpp"
 # No header but one defines a macro.
-! grep -nE '^[[:space:]]*#[[:space:]]*define' $(printf "$source/src/%s " "$@") | grep -v 'foundation/Export.h'
+! grep -nE '^[[:space:]]*#[[:space:]]*define' $(printf "$source/include/varnet64/%s " "$@") | grep -v 'foundation/Export.h'

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+using namespace varnet;
+
 namespace {
 
 // Addresses that are only compared.

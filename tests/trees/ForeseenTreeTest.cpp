@@ -11,6 +11,8 @@
 
 #include "trees/Avl.h"
 
+using namespace varnet;
+
 namespace {
 
 // A tree of numbers as they come, by comparing. Unplaced numbers meet their like.

@@ -5,6 +5,8 @@
 #include <random>
 #include <vector>
 
+using namespace varnet;
+
 namespace {
 
 constexpr double kTolerance = 0.0001;

@@ -9,6 +9,8 @@
 #include "trees/LiteralVertexTree.h"
 #include "trees/PointSoup.h"
 
+using namespace varnet;
+
 // The cache against the plain tree, node for node and bit for bit.
 
 namespace {

@@ -10,6 +10,8 @@
 #include "trees/LiteralVertexTree.h"
 #include "trees/PointSoup.h"
 
+using namespace varnet;
+
 // Copies of vertices against those that AddNode makes, node for node and bit for bit.
 
 namespace {

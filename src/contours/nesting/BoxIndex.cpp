@@ -1,0 +1,190 @@
+#include "contours/nesting/BoxIndex.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace varnet {
+
+namespace {
+
+constexpr std::size_t kLeafSize = 8;
+constexpr std::size_t kMostRecent = 32;
+
+bool IsOrdered(BoxKey const& box) {
+    return std::none_of(box.begin(), box.end(), [](double d) { return std::isnan(d); });
+}
+
+}  // namespace
+
+// ---- one tree
+
+BoxIndex::Tree::Tree(std::vector<Entry> all) : entries(std::move(all)), nLeaves(1) {
+    while (nLeaves * kLeafSize < entries.size()) nLeaves *= 2;
+    nodes.resize(2 * nLeaves - 1);
+    Build(0, 0, nLeaves);
+}
+
+// The entries of a node are divided at the middle of the axis on which they spread most.
+void BoxIndex::Tree::Build(std::size_t nNode, std::size_t nFirstLeaf, std::size_t nLeavesBelow) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    auto const begin = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf));
+    auto const end = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf + nLeavesBelow));
+    Node& node = nodes[nNode];
+    node.lowest.fill(kInfinite);
+    node.highest.fill(-kInfinite);
+    node.nFirstPlace = kGone;
+    for (auto i = begin; i != end; ++i) {
+        for (std::size_t k = 0; k < 4; ++k) {
+            node.lowest[k] = std::min(node.lowest[k], i->box[k]);
+            node.highest[k] = std::max(node.highest[k], i->box[k]);
+        }
+        node.nFirstPlace = std::min(node.nFirstPlace, i->nPlace);
+    }
+    if (nLeavesBelow == 1) return;
+    std::size_t nAxis = 0;
+    for (std::size_t k = 1; k < 4; ++k) {
+        if (node.highest[k] - node.lowest[k] > node.highest[nAxis] - node.lowest[nAxis]) nAxis = k;
+    }
+    std::size_t const nHalf = nLeavesBelow / 2;
+    auto const middle = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf + nHalf));
+    std::nth_element(begin, middle, end,
+                     [nAxis](Entry const& a, Entry const& b) { return a.box[nAxis] < b.box[nAxis]; });
+    Build(2 * nNode + 1, nFirstLeaf, nHalf);
+    Build(2 * nNode + 2, nFirstLeaf + nHalf, nHalf);
+}
+
+std::size_t BoxIndex::Tree::LeafOf(std::size_t nEntry) const {
+    std::size_t nLeaf = nEntry * nLeaves / entries.size();
+    while (LeafBegin(nLeaf + 1) <= nEntry) ++nLeaf;
+    return nLeaf;
+}
+
+std::int32_t BoxIndex::Tree::FirstPlaceInLeaf(std::size_t nLeaf) const {
+    std::int32_t nFirst = kGone;
+    for (std::size_t i = LeafBegin(nLeaf); i < LeafBegin(nLeaf + 1); ++i) {
+        nFirst = std::min(nFirst, entries[i].nPlace);
+    }
+    return nFirst;
+}
+
+std::int32_t BoxIndex::Tree::FirstPlaceBelow(std::size_t nNode) const {
+    if (nNode >= nLeaves - 1) return FirstPlaceInLeaf(nNode - (nLeaves - 1));
+    return std::min(nodes[2 * nNode + 1].nFirstPlace, nodes[2 * nNode + 2].nFirstPlace);
+}
+
+void BoxIndex::Tree::Remove(std::size_t nEntry) {
+    entries[nEntry].nPlace = kGone;
+    for (std::size_t n = LeafOf(nEntry) + nLeaves - 1;; n = (n - 1) / 2) {
+        std::int32_t const nFirst = FirstPlaceBelow(n);
+        if (nodes[n].nFirstPlace == nFirst) return;
+        nodes[n].nFirstPlace = nFirst;
+        if (n == 0) return;
+    }
+}
+
+// ---- the index
+
+BoxIndex::BoxIndex(std::vector<Slot>& slots, std::vector<Entry> entries) : m_pSlots(&slots) {
+    std::erase_if(entries, [](Entry const& entry) { return !IsOrdered(entry.box); });
+    AddTree(std::move(entries));
+}
+
+void BoxIndex::AddTree(std::vector<Entry> entries) {
+    if (entries.empty()) return;
+    Tree const& tree = m_Trees.emplace_back(std::move(entries));
+    auto const nTree = static_cast<std::int32_t>(m_Trees.size() - 1);
+    for (std::size_t i = 0; i < tree.entries.size(); ++i) {
+        (*m_pSlots)[static_cast<std::size_t>(tree.entries[i].nLoop)] = {nTree, static_cast<std::int32_t>(i)};
+    }
+}
+
+void BoxIndex::Add(Entry const& entry) {
+    if (!IsOrdered(entry.box)) return;
+    (*m_pSlots)[static_cast<std::size_t>(entry.nLoop)] = {kRecentTree,
+                                                          static_cast<std::int32_t>(m_Recent.size())};
+    m_Recent.push_back(entry);
+    if (m_Recent.size() < kMostRecent) return;
+    std::vector<Entry> entries = std::exchange(m_Recent, {});
+    while (!m_Trees.empty() && m_Trees.back().entries.size() <= entries.size()) {
+        std::vector<Entry> const& smaller = m_Trees.back().entries;
+        entries.insert(entries.end(), smaller.begin(), smaller.end());
+        m_Trees.pop_back();
+    }
+    std::erase_if(entries, [](Entry const& old) { return old.nPlace == kGone; });
+    AddTree(std::move(entries));
+}
+
+void BoxIndex::Remove(std::int32_t nLoop) {
+    Slot const slot = std::exchange((*m_pSlots)[static_cast<std::size_t>(nLoop)], Slot{});
+    auto const nEntry = static_cast<std::size_t>(slot.nEntry);
+    if (slot.nTree == kRecentTree) {
+        m_Recent[nEntry].nPlace = kGone;
+    } else if (slot.nTree != kNoTree) {
+        m_Trees[static_cast<std::size_t>(slot.nTree)].Remove(nEntry);
+    }
+}
+
+// Whether a box below the node may be inside, or may have the box inside.
+bool BoxIndex::MayRelate(Node const& node, BoxKey const& box) {
+    bool const bInside = node.highest[0] > box[0] && node.highest[1] > box[1] && node.lowest[2] < box[2] &&
+                         node.lowest[3] < box[3];
+    bool const bAround = node.lowest[0] < box[0] && node.lowest[1] < box[1] && node.highest[2] > box[2] &&
+                         node.highest[3] > box[3];
+    return bInside || bAround;
+}
+
+// ---- searching
+
+BoxIndex::Search::Search(BoxIndex const& index, BoxKey const& box) : m_Index(index), m_Box(box) {
+    for (std::size_t i = 0; i < index.m_Trees.size(); ++i) PushNode(i, 0);
+    PushEntries(index.m_Recent, 0, index.m_Recent.size(), kRecentTree);
+}
+
+void BoxIndex::Search::Push(Item const& item) {
+    m_Heap.push_back(item);
+    std::push_heap(m_Heap.begin(), m_Heap.end(),
+                   [](Item const& a, Item const& b) { return a.nPlace > b.nPlace; });
+}
+
+void BoxIndex::Search::PushNode(std::size_t nTree, std::size_t nNode) {
+    Node const& node = m_Index.m_Trees[nTree].nodes[nNode];
+    if (node.nFirstPlace == kGone || !MayRelate(node, m_Box)) return;
+    Push({node.nFirstPlace, static_cast<std::int32_t>(nTree), static_cast<std::int32_t>(nNode), 0});
+}
+
+void BoxIndex::Search::PushEntries(std::vector<Entry> const& entries, std::size_t nBegin, std::size_t nEnd,
+                                   std::int32_t nTree) {
+    for (std::size_t i = nBegin; i < nEnd; ++i) {
+        Entry const& entry = entries[i];
+        if (entry.nPlace == kGone) continue;
+        if (!IsBoxInside(m_Box, entry.box) && !IsBoxInside(entry.box, m_Box)) continue;
+        Push({entry.nPlace, nTree, -1, entry.nLoop});
+    }
+}
+
+bool BoxIndex::Search::Next(std::int32_t& nLoop) {
+    while (!m_Heap.empty()) {
+        std::pop_heap(m_Heap.begin(), m_Heap.end(),
+                      [](Item const& a, Item const& b) { return a.nPlace > b.nPlace; });
+        Item const item = m_Heap.back();
+        m_Heap.pop_back();
+        if (item.nNode < 0) {
+            nLoop = item.nEntry;
+            return true;
+        }
+        auto const nTree = static_cast<std::size_t>(item.nTree);
+        auto const nNode = static_cast<std::size_t>(item.nNode);
+        Tree const& tree = m_Index.m_Trees[nTree];
+        if (nNode >= tree.nLeaves - 1) {
+            std::size_t const nLeaf = nNode - (tree.nLeaves - 1);
+            PushEntries(tree.entries, tree.LeafBegin(nLeaf), tree.LeafBegin(nLeaf + 1), item.nTree);
+        } else {
+            PushNode(nTree, 2 * nNode + 1);
+            PushNode(nTree, 2 * nNode + 2);
+        }
+    }
+    return false;
+}
+
+}  // namespace varnet

@@ -1,0 +1,215 @@
+#include "contours/nesting/NestingTree.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "contours/CrossingParity.h"
+#include "contours/LoopWalk.h"
+#include "contours/nesting/Placement.h"
+
+namespace varnet {
+
+namespace {
+
+// So many children are looked at one by one; more are searched.
+constexpr std::int32_t kFewChildren = 32;
+
+// A loop that has been tested so often gets slabs.
+constexpr std::int32_t kFewTests = 8;
+
+}  // namespace
+
+// ---- taking the layer in
+
+NestingTree::NestingTree(CLayer& layer) : m_Layer(layer) {
+    std::size_t const nLoops = static_cast<std::size_t>(layer.m_LoopList.GetCount());
+    m_Records.reserve(nLoops);
+    m_Raw.reserve(static_cast<std::size_t>(layer.m_RawLoopList.GetCount()));
+    ForEachLoop(layer.m_RawLoopList, [this](tagLoopTreeNode& loop) { TakeInSubtree(loop); });
+    m_Slots.resize(m_Records.size());
+}
+
+NestingTree::Loop NestingTree::AddRecord(tagLoopTreeNode& loop, std::int32_t nDepth) {
+    Record& record = m_Records.emplace_back();
+    record.box = KeyOf(loop.m_Box);
+    record.bClosed = loop.m_bClosed != 0;
+    record.nDepth = nDepth;
+    record.pLoop = &loop;
+    if (PointNode const* const pHead = FirstPoint(loop)) {
+        record.bHasPoints = true;
+        record.dHeadX = pHead->data.x;
+        record.dHeadY = pHead->data.y;
+    }
+    return static_cast<Loop>(m_Records.size() - 1);
+}
+
+void NestingTree::TakeInSubtree(tagLoopTreeNode& root) {
+    m_Raw.push_back(AddRecord(root, 0));
+    // Children get their records together, level by level.
+    for (auto parent = static_cast<std::size_t>(m_Raw.back()); parent < m_Records.size(); ++parent) {
+        ForEachLoop(m_Records[parent].pLoop->m_ChildList, [this, parent](tagLoopTreeNode& child) {
+            Loop const loop = AddRecord(child, m_Records[parent].nDepth + 1);
+            Link(static_cast<Loop>(parent), loop);
+        });
+    }
+}
+
+void NestingTree::Link(Loop parent, Loop child) {
+    Record& above = At(parent);
+    Record& below = At(child);
+    below.parent = parent;
+    below.previous = above.lastChild;
+    below.next = kNone;
+    below.nPlace = m_nNextPlace++;
+    (above.lastChild != kNone ? At(above.lastChild).next : above.firstChild) = child;
+    above.lastChild = child;
+    ++above.nChildren;
+}
+
+// ---- what PlaceBelow asks for
+
+BoxIndex::Entry NestingTree::EntryOf(Loop loop) const { return {At(loop).box, At(loop).nPlace, loop}; }
+
+NestingTree::Cursor NestingTree::Children(Loop parent, Loop loop) {
+    Record& record = At(parent);
+    if (record.nChildren <= kFewChildren) return {.next = record.firstChild};
+    if (record.pIndex == nullptr) {
+        std::vector<BoxIndex::Entry> entries;
+        for (Loop child = record.firstChild; child != kNone; child = At(child).next) {
+            entries.push_back(EntryOf(child));
+        }
+        record.pIndex = std::make_unique<BoxIndex>(m_Slots, std::move(entries));
+    }
+    auto pFound = std::make_unique<std::vector<Loop>>();
+    BoxIndex::Search search(*record.pIndex, At(loop).box);
+    for (Loop child; search.Next(child);) pFound->push_back(child);
+    std::reverse(pFound->begin(), pFound->end());
+    return {.pFound = std::move(pFound)};
+}
+
+bool NestingTree::Next(Cursor& cursor, Loop& sibling) const {
+    if (cursor.pFound != nullptr) {
+        if (cursor.pFound->empty()) return false;
+        cursor.current = cursor.pFound->back();
+        cursor.pFound->pop_back();
+    } else {
+        if (cursor.next == kNone) return false;
+        cursor.current = cursor.next;
+        cursor.next = At(cursor.next).next;
+    }
+    sibling = cursor.current;
+    return true;
+}
+
+bool NestingTree::Holds(Loop a, Loop b) {
+    Record& outer = At(a);
+    Record const& inner = At(b);
+    if (!IsBoxInside(outer.box, inner.box)) return false;
+    double const x = inner.dHeadX;
+    double const y = inner.dHeadY;
+    bool const bInBox = outer.box[0] < x && x < outer.box[2] && outer.box[1] < y && y < outer.box[3];
+    if (!bInBox) return false;
+    if (!inner.bHasPoints) return false;
+    if (outer.pSlabs != nullptr) return outer.pSlabs->Parity(x, y) != 0;
+    if (!outer.bClosed || !outer.bHasPoints) return false;
+    if (++outer.nTests >= kFewTests) outer.pSlabs = std::make_unique<LoopSlabs>(*outer.pLoop);
+    return CrossingParity(FirstPoint(*outer.pLoop), x, y) != 0;
+}
+
+void NestingTree::TakeOut(Loop parent, Cursor const& cursor) {
+    Record& above = At(parent);
+    Record& below = At(cursor.current);
+    if (above.pIndex != nullptr) above.pIndex->Remove(cursor.current);
+    (below.previous != kNone ? At(below.previous).next : above.firstChild) = below.next;
+    (below.next != kNone ? At(below.next).previous : above.lastChild) = below.previous;
+    --above.nChildren;
+    above.bChanged = true;
+    below.parent = kNone;
+}
+
+void NestingTree::Append(Loop parent, Loop loop) {
+    Link(parent, loop);
+    Record& above = At(parent);
+    above.bChanged = true;
+    if (above.pIndex != nullptr) above.pIndex->Add(EntryOf(loop));
+}
+
+// ---- nesting
+
+void NestingTree::Nest() {
+    std::vector<BoxIndex::Entry> closed;
+    for (Loop const loop : m_Raw) {
+        At(loop).nPlace = m_nNextPlace++;
+        if (At(loop).bClosed) closed.push_back(EntryOf(loop));
+    }
+    BoxIndex raw(m_Slots, std::move(closed));
+    for (Loop const loop : m_Raw) {
+        if (At(loop).bClosed && At(loop).parent == kNone) NestBehind(loop, raw);
+    }
+}
+
+// Looks at the raw loops behind this one; those before it have left the index, or the raw loops.
+void NestingTree::NestBehind(Loop loop, BoxIndex& raw) {
+    raw.Remove(loop);
+    BoxIndex::Search search(raw, At(loop).box);
+    for (Loop later; search.Next(later);) {
+        if (Holds(loop, later)) {
+            raw.Remove(later);
+            PlaceBelow(*this, loop, later);
+        } else if (Holds(later, loop)) {
+            PlaceBelow(*this, later, loop);
+            return;
+        }
+    }
+}
+
+// ---- writing the tree back
+
+// All loops that move leave their lists before the first one enters another: should memory run out, none is
+// in two.
+void NestingTree::Store() {
+    for (Record const& record : m_Records) {
+        if (record.bChanged) record.pLoop->m_ChildList.RemoveAll();
+    }
+    auto raw = m_Raw.begin();
+    for (XR__POSITION* position = m_Layer.m_RawLoopList.GetHeadPosition(); position != nullptr;) {
+        XR__POSITION* const place = position;
+        if (m_Layer.m_RawLoopList.GetNext(position) == nullptr) continue;
+        if (At(*raw++).parent != kNone) m_Layer.m_RawLoopList.RemoveAt(place);
+    }
+    for (Record const& record : m_Records) {
+        if (record.bChanged) StoreChildren(record);
+    }
+    for (Loop const loop : m_Raw) {
+        if (At(loop).parent == kNone) StoreLevels(loop);
+    }
+}
+
+void NestingTree::StoreChildren(Record const& record) {
+    LoopList& children = record.pLoop->m_ChildList;
+    for (Loop child = record.firstChild; child != kNone; child = At(child).next) {
+        children.AddTail(At(child).pLoop);
+    }
+}
+
+// A loop is one level deeper for each loop more that is above it.
+void NestingTree::StoreLevels(Loop root) {
+    std::int32_t nDepth = 0;
+    for (Loop loop = root;;) {
+        Record const& record = At(loop);
+        record.pLoop->m_nLevel += nDepth - record.nDepth;
+        if (record.firstChild != kNone) {
+            loop = record.firstChild;
+            ++nDepth;
+            continue;
+        }
+        while (loop != root && At(loop).next == kNone) {
+            loop = At(loop).parent;
+            --nDepth;
+        }
+        if (loop == root) return;
+        loop = At(loop).next;
+    }
+}
+
+}  // namespace varnet

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "contours/Layer.h"
+#include "contours/nesting/BoxIndex.h"
+#include "contours/nesting/LoopSlabs.h"
+
+namespace varnet {
+
+/// The nesting tree of a layer while CLayer::MakeTopology works on it: a record for each loop, with what the
+/// tests of nesting look at, and indices where many loops stand side by side. The layer's own lists are
+/// changed at the end only.
+class NestingTree {
+public:
+    /// Takes in all loops. Boxes are taken as they are cached.
+    explicit NestingTree(CLayer& layer);
+
+    /// Nests the raw loops.
+    void Nest();
+    /// Writes the tree to the layer: raw loops, children, levels.
+    void Store();
+
+    // What PlaceBelow asks for.
+    using Loop = std::int32_t;
+    struct Cursor {
+        Loop current = kNone;
+        Loop next = kNone;                               // while children are walked one by one
+        std::unique_ptr<std::vector<Loop>> pFound = {};  // else those that were found, the last one first
+    };
+    Cursor Children(Loop parent, Loop loop);
+    bool Next(Cursor& cursor, Loop& sibling) const;
+    bool Holds(Loop a, Loop b);
+    void TakeOut(Loop parent, Cursor const& cursor);
+    void Append(Loop parent, Loop loop);
+    /// Nothing: a loop's level grows by as much as its depth does, which Store sees.
+    void Sink(Loop /*loop*/) const {}
+
+private:
+    static constexpr Loop kNone = -1;
+
+    // What a walk down the tree looks at fills the first cache line.
+    struct alignas(64) Record {
+        BoxKey box;
+        std::unique_ptr<LoopSlabs> pSlabs = {};
+        Loop next = kNone;
+        Loop firstChild = kNone;
+        std::int32_t nChildren = 0;
+
+        std::int32_t nTests = 0;  // of points against the loop
+        double dHeadX = 0.0;
+        double dHeadY = 0.0;
+        bool bHasPoints = false;
+        bool bClosed = false;
+        bool bChanged = false;  // other children than on entry
+        Loop parent = kNone;
+        Loop previous = kNone;
+        Loop lastChild = kNone;
+        std::int32_t nPlace = 0;  // among its siblings, growing from one to the next
+        std::int32_t nDepth = 0;  // on entry
+        tagLoopTreeNode* pLoop = nullptr;
+        std::unique_ptr<BoxIndex> pIndex = {};  // of its children
+    };
+
+    Record& At(Loop loop) { return m_Records[static_cast<std::size_t>(loop)]; }
+    Record const& At(Loop loop) const { return m_Records[static_cast<std::size_t>(loop)]; }
+    Loop AddRecord(tagLoopTreeNode& loop, std::int32_t nDepth);
+    void TakeInSubtree(tagLoopTreeNode& root);
+    void Link(Loop parent, Loop child);
+    BoxIndex::Entry EntryOf(Loop loop) const;
+    void NestBehind(Loop loop, BoxIndex& raw);
+    void StoreChildren(Record const& record);
+    void StoreLevels(Loop root);
+
+    CLayer& m_Layer;
+    std::vector<Record> m_Records;
+    std::vector<Loop> m_Raw;
+    std::vector<BoxIndex::Slot> m_Slots;
+    std::int32_t m_nNextPlace = 0;
+};
+
+}  // namespace varnet

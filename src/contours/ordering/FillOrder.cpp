@@ -1,0 +1,137 @@
+// Ordering one outer loop with its children and the hatches between them.
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "contours/CrossingParity.h"
+#include "contours/Layer.h"
+#include "contours/LoopWalk.h"
+#include "contours/nesting/BoxIndex.h"
+#include "contours/nesting/LoopSlabs.h"
+#include "contours/ordering/ContourSplice.h"
+#include "contours/ordering/HatchClass.h"
+#include "contours/ordering/HatchOrder.h"
+#include "contours/ordering/LoopOrder.h"
+
+using namespace varnet;
+
+namespace {
+
+constexpr int kSecondGroup = 1000;  // hatch ids from here on take no part
+// A loop that has been tested so often gets slabs.
+constexpr int kFewTests = 8;
+
+// Millimetres that are left of a ring when its end is cut off.
+constexpr double kKeepOfRing = 1.0;
+
+// IsInLoop for many points and one loop, which may not change meanwhile.
+class LoopInside {
+public:
+    explicit LoopInside(tagLoopTreeNode& loop) : m_Loop(loop) {}
+
+    bool Holds(CPoint2D& point) {
+        PointNode const* const pHead = FirstPoint(m_Loop);
+        if (m_Loop.m_bClosed == 0 || pHead == nullptr || m_Loop.m_Box.IsInBox(point) == 0) return false;
+        if (m_pSlabs != nullptr) return m_pSlabs->Parity(point.x, point.y) != 0;
+        if (++m_nTests >= kFewTests) m_pSlabs = std::make_unique<LoopSlabs>(m_Loop);
+        return CrossingParity(pHead, point.x, point.y) != 0;
+    }
+
+private:
+    tagLoopTreeNode& m_Loop;
+    int m_nTests = 0;
+    std::unique_ptr<LoopSlabs> m_pSlabs;
+};
+
+// The area of a loop without its children.
+class OwnArea {
+public:
+    explicit OwnArea(tagLoopTreeNode& loop)
+        : m_Outer(loop), m_Slots(static_cast<std::size_t>(loop.m_ChildList.GetCount())) {
+        std::vector<BoxIndex::Entry> entries;
+        ForEachLoop(loop.m_ChildList, [this, &entries](tagLoopTreeNode& child) {
+            auto const n = static_cast<std::int32_t>(m_Children.size());
+            m_Children.emplace_back(child);
+            entries.push_back({KeyOf(child.m_Box), n, n});
+        });
+        m_pBoxes = std::make_unique<BoxIndex>(m_Slots, std::move(entries));
+    }
+
+    bool Holds(CPoint2D& point) {
+        if (!m_Outer.Holds(point)) return false;
+        BoxIndex::Search search(*m_pBoxes, {point.x, point.y, point.x, point.y});
+        for (std::int32_t n = 0; search.Next(n);) {
+            if (m_Children[static_cast<std::size_t>(n)].Holds(point)) return false;
+        }
+        return true;
+    }
+
+private:
+    LoopInside m_Outer;
+    std::vector<LoopInside> m_Children;
+    std::vector<BoxIndex::Slot> m_Slots;
+    std::unique_ptr<BoxIndex> m_pBoxes;
+};
+
+// Copies of hatches, to be consumed.
+class HatchCopies {
+public:
+    HatchCopies() = default;
+    HatchCopies(HatchCopies const&) = delete;
+    HatchCopies& operator=(HatchCopies const&) = delete;
+    ~HatchCopies() {
+        ForEachHatch(m_List, [](CHatch& hatch) { delete &hatch; });
+    }
+
+    void Add(CHatch& hatch) {
+        auto* const pCopy = new CHatch;
+        pCopy->Copy(&hatch);
+        m_List.AddTail(pCopy);
+    }
+    XR_CList<void*, void*> const& List() const { return m_List; }
+
+private:
+    XR_CList<void*, void*> m_List;
+};
+
+void TakeHatchsIn(tagLoopTreeNode& loop, CLayer& layer, HatchCopies& copies) {
+    OwnArea area(loop);
+    ForEachHatch(layer.m_HatchList, [&area, &copies](CHatch& hatch) {
+        if (hatch.m_nID >= kSecondGroup || (hatch.m_nFlag & HATCH_USED_FLAG) != 0) return;
+        if (hatch.m_EdgeList.IsEmpty() != 0 || !area.Holds(hatch.m_EdgeList.GetHead().m_ptStart)) return;
+        copies.Add(hatch);
+        hatch.m_nFlag = HATCH_USED_FLAG;
+    });
+}
+
+void EmitHatch(CHatch& hatch, double dZ, CLayer& out, CPoint2D& pos, double dCut) {
+    std::unique_ptr<tagLoopTreeNode> pPath(ConvertHatchToLoop(&hatch, dZ, LOOP_KIND_HATCH));
+    if (ClassOf(hatch) == kRingClass) pPath->CutLoop(dCut, kKeepOfRing, OPERATE_AT_TAIL, 0);
+    if (PointCount(*pPath) < 2) return;
+    pos = pPath->m_pPointList->GetTail();
+    out.AddRawLoop(pPath.release());
+}
+
+}  // namespace
+
+void CLayer::OptimizeLoopAndChildLoopHatch(tagLoopTreeNode* pLoop, CPoint2D* pPos, CLayer* pOut,
+                                           double dWidth, double dCut) {
+    pOut->m_dZ = m_dZ;
+    HatchCopies copies;
+    TakeHatchsIn(*pLoop, *this, copies);
+
+    LinkableHatchs hatchs(copies.List());
+    LinkContour(*pLoop, hatchs, *pPos, *pOut, dWidth, dCut);
+    NearLoops children(pLoop->m_ChildList);
+    while (tagLoopTreeNode* const pChild = children.Next(*pPos)) {
+        LinkContour(*pChild, hatchs, *pPos, *pOut, dWidth, dCut);
+        pChild->m_nFlag |= LOOP_USED_FLAG;
+    }
+    NearHatchs left(copies.List());
+    while (CHatch* const pHatch = left.Next(*pPos)) {
+        pHatch->m_nFlag |= HATCH_USED_FLAG;
+        EmitHatch(*pHatch, m_dZ, *pOut, *pPos, dCut);
+    }
+}

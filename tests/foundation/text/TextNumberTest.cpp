@@ -1,0 +1,106 @@
+#include "foundation/text/TextNumber.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+
+using namespace varnet;
+
+namespace {
+
+// The bits of atof in the classic locale, which a test program has.
+void ExpectAsRuntime(std::string const& text) {
+    double const dExpected = std::atof(text.c_str());
+    double const dValue = TextToDouble(text);
+    if (std::isnan(dExpected)) {
+        EXPECT_TRUE(std::isnan(dValue)) << text;
+        return;
+    }
+    EXPECT_EQ(dExpected, dValue) << text;
+    EXPECT_EQ(std::signbit(dExpected), std::signbit(dValue)) << text;
+}
+
+}  // namespace
+
+TEST(TextNumber, RealsAreWhatTheRuntimeTakes) {
+    for (char const* const pText : {"",
+                                    "1.5\" Y",
+                                    "2",
+                                    "-3\"",
+                                    "+4",
+                                    "+-4",
+                                    "-+4",
+                                    "--4",
+                                    " \t\n\v\f\r7",
+                                    "1E3",
+                                    "1e-3x",
+                                    "1e",
+                                    "1e+",
+                                    "1.5E\"",
+                                    ".5",
+                                    "5.",
+                                    ".",
+                                    "-.",
+                                    "-0",
+                                    "-abc",
+                                    "abc",
+                                    "INF",
+                                    "-infinity",
+                                    "NAN",
+                                    "nan(12)",
+                                    "0x1P4",
+                                    "0X.8",
+                                    "0x",
+                                    "0xg",
+                                    "-0x1.8p1",
+                                    "0x-1",
+                                    "0xinf",
+                                    "1,5",
+                                    "1 2",
+                                    "1e400",
+                                    "-1e400",
+                                    "1e-400",
+                                    "-1e-400",
+                                    "4.9e-324",
+                                    "2e-324",
+                                    "1e999999999999",
+                                    "1e-999999999999",
+                                    "0x1p5000",
+                                    "0x1p-5000",
+                                    "0e999999999999"}) {
+        ExpectAsRuntime(pText);
+    }
+    ExpectAsRuntime(std::string(400, '9'));
+    ExpectAsRuntime("0." + std::string(400, '0') + "1");
+    ExpectAsRuntime("0." + std::string(400, '0') + "1e800");
+    EXPECT_EQ(1.0, TextToDouble(std::string("1\0005", 3)));
+}
+
+TEST(TextNumber, RandomTextsAreWhatTheRuntimeTakes) {
+    std::mt19937 random(1);
+    constexpr char kLetters[] = "0123456789.eE+-xXpP infa\"";
+    for (int n = 0; n < 20000; ++n) {
+        std::string text;
+        for (std::size_t i = random() % 12; i > 0; --i) text += kLetters[random() % (sizeof kLetters - 1)];
+        ExpectAsRuntime(text);
+    }
+}
+
+TEST(TextNumber, IntegersStopAtTheirLimits) {
+    EXPECT_EQ(12, TextToInt("12\""));
+    EXPECT_EQ(-12, TextToInt(" -12.9"));
+    EXPECT_EQ(7, TextToInt("+7"));
+    EXPECT_EQ(0, TextToInt(""));
+    EXPECT_EQ(0, TextToInt("x1"));
+    EXPECT_EQ(0, TextToInt("- 1"));
+    EXPECT_EQ(2147483647, TextToInt("2147483647"));
+    EXPECT_EQ(2147483647, TextToInt("4294967296"));
+    EXPECT_EQ(2147483647, TextToInt("99999999999999999999999999"));
+    EXPECT_EQ(-2147483647 - 1, TextToInt("-99999999999999999999999999"));
+}
