@@ -1,0 +1,157 @@
+#include "files/File.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "TestFiles.h"
+#include "varnet/Error.h"
+
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace varnet {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string BytesOf(fs::path const& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class OutputFileTest : public ::testing::Test {
+protected:
+    OutputFileTest()
+        : folder(fs::temp_directory_path() / fs::path(u8"varnet_\u0142\u4e2d\U0001F600_" + Unique())) {
+        fs::create_directories(folder);
+    }
+    ~OutputFileTest() override { fs::remove_all(folder); }
+    static std::u8string Unique() {
+        std::string const text = std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+                                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        return {text.begin(), text.end()};
+    }
+    std::size_t FilesInFolder() const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+    }
+    fs::path folder;
+};
+
+TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenItIsCommitted) {
+    fs::path const target = folder / u8"\u017c\u00f3\u0142\u0107.bin";
+    {
+        OutputFile file(target);
+        file.Write("abc");
+        EXPECT_FALSE(fs::exists(target));
+        file.Write("def");
+        file.Commit();
+    }
+    EXPECT_EQ(BytesOf(target), "abcdef");
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(OutputFileTest, LeavesTheOldFileWhereItIsNotCommitted) {
+    fs::path const target = folder / "old.bin";
+    WriteWhole(target, "old");
+    { OutputFile(target).Write("new"); }
+    EXPECT_EQ(BytesOf(target), "old");
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+
+TEST_F(OutputFileTest, OverwritesBytesInFrontAndGoesOnBehind) {
+    OutputFile file(folder / "a");
+    file.Write("0123456789");
+    file.Overwrite(2, std::string("xy"));
+    file.Write("!");
+    EXPECT_EQ(file.Size(), 11u);
+    file.Commit();
+    EXPECT_EQ(BytesOf(folder / "a"), "01xy456789!");
+}
+
+TEST_F(OutputFileTest, RefusesAFolderAndAPlaceThatIsNot) {
+    try {
+        OutputFile file(folder);
+        FAIL();
+    } catch (Error const& error) {
+        EXPECT_EQ(error.Kind(), ErrorKind::kFile);
+        EXPECT_NE(std::string(error.what()).find("is a folder"), std::string::npos);
+    }
+    EXPECT_THROW(OutputFile(folder / "none" / "a"), Error);
+}
+
+#if !defined(_WIN32)
+TEST_F(OutputFileTest, KeepsTheModeOfTheFileItReplaces) {
+    fs::path const target = folder / "private.bin";
+    WriteWhole(target, "old");
+    chmod(target.c_str(), 0600);
+    WriteWhole(target, "new");
+    struct stat status {};
+    ASSERT_EQ(stat(target.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    EXPECT_EQ(BytesOf(target), "new");
+}
+
+TEST_F(OutputFileTest, KeepsLinksPointing) {
+    fs::path const target = folder / "target.bin";
+    WriteWhole(target, "old");
+    fs::create_symlink("target.bin", folder / "link");
+    fs::create_symlink("link", folder / "link to link");
+    WriteWhole(folder / "link to link", "new");
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link to link"));
+    EXPECT_EQ(BytesOf(target), "new");
+    fs::create_symlink("later.bin", folder / "dangling");
+    WriteWhole(folder / "dangling", "made");
+    EXPECT_EQ(BytesOf(folder / "later.bin"), "made");
+}
+
+TEST_F(OutputFileTest, WritesToADeviceAndLeavesItOne) {
+    fs::path const link = folder / "null";
+    fs::create_symlink("/dev/null", link);
+    WriteWhole(link, "gone");
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no full device here";
+    try {
+        WriteWhole("/dev/full", std::string(100000, 'x'));
+        FAIL();
+    } catch (Error const& error) {
+        EXPECT_NE(std::string(error.what()).find("the disk is full"), std::string::npos) << error.what();
+    }
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+TEST_F(OutputFileTest, GivesItsPlaceToAWriterThatOpensByName) {
+    fs::path const target = folder / "by name";
+    OutputFile file(target);
+    std::ofstream(file.PathForWriter(), std::ios::binary) << "written elsewhere";
+    EXPECT_FALSE(fs::exists(target));
+    file.Commit();
+    EXPECT_EQ(BytesOf(target), "written elsewhere");
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+#endif
+
+TEST_F(OutputFileTest, ReadsAtAnyPlace) {
+    WriteWhole(folder / "a", "0123456789");
+    InputFile file(folder / "a");
+    EXPECT_EQ(file.Size(), 10u);
+    std::string piece(4, '?');
+    EXPECT_EQ(file.ReadAt(8, piece), 2u);
+    EXPECT_EQ(piece, "89??");
+    EXPECT_EQ(file.ReadAt(3, piece), 4u);
+    EXPECT_EQ(piece, "3456");
+    EXPECT_EQ(file.ReadAt(99, piece), 0u);
+    EXPECT_EQ(ReadWhole(folder / "a", 10).size(), 10u);
+    EXPECT_THROW(ReadWhole(folder / "a", 9), Error);
+    EXPECT_THROW(InputFile(folder / "none"), Error);
+    EXPECT_THROW(InputFile{folder}, Error);
+}
+
+}  // namespace
+}  // namespace varnet
