@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "slice/Pulse.h"
+#include "varnet/Slicer.h"
+
+namespace varnet {
+
+/// Where layers are cut, and where they stand. Numbers are counted from 1.
+struct LayerHeights {
+    double bottom = 0.0;
+    double layer = 0.2;
+    int count = 0;
+
+    double CutHeight(int number) const { return bottom + (number - 0.5) * layer; }
+    double Top(int number) const { return bottom + number * layer; }
+    /// The first layer that is cut above the height; count + 1 where none is.
+    int FirstAbove(double z) const;
+};
+
+/// The facets of a mesh in the order of the layers that cut them first: four bytes a facet, and eight a
+/// layer. Facets that no layer cuts are left out, and so are those with a corner that is no number or
+/// farther away than 1e10.
+///
+/// May be shared between threads.
+class FacetIndex {
+public:
+    /// The triangles' indexes are in range. The spans must stay as they are.
+    FacetIndex(SlicerInput const& input, LayerHeights const& heights, Pulse& pulse);
+
+    SlicerInput const& Input() const { return m_Input; }
+    LayerHeights const& Heights() const { return m_Heights; }
+    /// The facets that this layer is the first to cut, in the order of the mesh.
+    std::span<std::uint32_t const> StartingAt(int number) const;
+    /// The last layer that cuts any of them; 0 where there are none.
+    int ReachOf(int number) const { return m_Reach[static_cast<std::size_t>(number)]; }
+    /// The last layer that cuts the facet.
+    int LastOf(Triangle const& triangle) const;
+
+private:
+    SlicerInput m_Input;
+    LayerHeights m_Heights;
+    std::vector<std::uint32_t> m_Order;
+    std::vector<std::uint32_t> m_First;  // by layer, and one more: where its facets begin
+    std::vector<std::int32_t> m_Reach;
+};
+
+/// Whether the slicer can use the corners: numbers, and not beyond 1e10.
+bool IsUsable(SlicerInput const& input, Triangle const& triangle);
+
+}  // namespace varnet

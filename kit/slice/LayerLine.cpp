@@ -1,0 +1,162 @@
+#include "slice/LayerLine.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace varnet {
+
+namespace {
+
+class OwnThread : public LayerLine {
+public:
+    explicit OwnThread(SlicePlan const& plan) : m_Maker(plan), m_Number(plan.settings.firstLayer) {}
+    SlicedLayer Next(std::function<void()> const& look) override {
+        Pulse pulse(look);
+        return m_Maker.Make(m_Number++, pulse);
+    }
+
+private:
+    LayerMaker m_Maker;
+    int m_Number;
+};
+
+// Ends a thread's work in the middle of a layer.
+struct Stopped {};
+
+// Threads make blocks of layers, each the next one that nobody has; they wait where they are too far ahead of
+// the one who takes the layers.
+class Threads : public LayerLine {
+public:
+    explicit Threads(SlicePlan const& plan) : m_Plan(plan) {
+        int const count = plan.settings.lastLayer - plan.settings.firstLayer + 1;
+        int const threads = std::min(plan.settings.threads, count);
+        m_BlockSize = std::clamp(count / (threads * kBlocksEach), 1, kLongestBlock);
+        m_BlockCount = (count + m_BlockSize - 1) / m_BlockSize;
+        m_Slots.resize(static_cast<std::size_t>(std::min(threads * kAhead, m_BlockCount)));
+        for (int i = 0; i < threads; ++i) {
+            try {
+                m_Threads.emplace_back([this] { Work(); });
+            } catch (std::system_error const&) {
+                if (m_Threads.empty()) throw;
+                break;
+            }
+        }
+    }
+
+    ~Threads() override {
+        m_Stop.store(true, std::memory_order_relaxed);
+        {
+            std::lock_guard const lock(m_Mutex);
+            m_Room.notify_all();
+        }
+        for (std::thread& thread : m_Threads) thread.join();
+    }
+
+    SlicedLayer Next(std::function<void()> const& look) override {
+        if (m_Taken == m_Block.size()) TakeBlock(look);
+        return std::move(m_Block[m_Taken++]);
+    }
+
+private:
+    static constexpr int kBlocksEach = 8;
+    static constexpr int kLongestBlock = 8;
+    static constexpr int kAhead = 4;
+
+    struct Slot {
+        bool full = false;
+        std::vector<SlicedLayer> layers;
+        std::exception_ptr error;
+    };
+
+    Slot& SlotOf(int block) { return m_Slots[static_cast<std::size_t>(block) % m_Slots.size()]; }
+
+    void TakeBlock(std::function<void()> const& look) {
+        std::unique_lock lock(m_Mutex);
+        Slot& slot = SlotOf(m_NextTaken);
+        while (!m_Ready.wait_for(lock, std::chrono::milliseconds(20), [&slot] { return slot.full; })) {
+            lock.unlock();
+            look();
+            lock.lock();
+        }
+        if (slot.error) std::rethrow_exception(slot.error);
+        m_Block = std::move(slot.layers);
+        slot = {};
+        m_Taken = 0;
+        ++m_NextTaken;
+        m_Room.notify_all();
+    }
+
+    void Work() {
+        std::optional<LayerMaker> maker;
+        Pulse pulse([this] {
+            if (m_Stop.load(std::memory_order_relaxed)) throw Stopped();
+        });
+        for (int block = NextBlock(); block < m_BlockCount; block = NextBlock()) {
+            Slot made;
+            made.full = true;
+            try {
+                if (!maker.has_value()) maker.emplace(m_Plan);
+                made.layers = Make(*maker, block, pulse);
+            } catch (Stopped const&) {
+                return;
+            } catch (...) {
+                made.error = std::current_exception();
+            }
+            std::lock_guard const lock(m_Mutex);
+            SlotOf(block) = std::move(made);
+            m_Ready.notify_all();
+            if (SlotOf(block).error) return;
+        }
+    }
+
+    std::vector<SlicedLayer> Make(LayerMaker& maker, int block, Pulse& pulse) const {
+        int const first = m_Plan.settings.firstLayer + block * m_BlockSize;
+        int const last = std::min(first + m_BlockSize - 1, m_Plan.settings.lastLayer);
+        std::vector<SlicedLayer> layers;
+        for (int number = first; number <= last; ++number) layers.push_back(maker.Make(number, pulse));
+        return layers;
+    }
+
+    // The next block that nobody has, once there is room for it; the number of blocks when there is no more.
+    int NextBlock() {
+        std::unique_lock lock(m_Mutex);
+        auto const isStopped = [this] { return m_Stop.load(std::memory_order_relaxed); };
+        m_Room.wait(lock, [&] {
+            return isStopped() || m_NextMade >= m_BlockCount ||
+                   m_NextMade < m_NextTaken + static_cast<int>(m_Slots.size());
+        });
+        return isStopped() ? m_BlockCount : m_NextMade < m_BlockCount ? m_NextMade++ : m_BlockCount;
+    }
+
+    SlicePlan const& m_Plan;
+    int m_BlockSize = 1;
+    int m_BlockCount = 0;
+    std::mutex m_Mutex;
+    std::condition_variable m_Ready;
+    std::condition_variable m_Room;
+    std::vector<Slot> m_Slots;
+    int m_NextMade = 0;
+    int m_NextTaken = 0;
+    std::atomic<bool> m_Stop{false};
+    std::vector<SlicedLayer> m_Block;
+    std::size_t m_Taken = 0;
+    std::vector<std::thread> m_Threads;
+};
+
+}  // namespace
+
+std::unique_ptr<LayerLine> MakeLayerLine(SlicePlan const& plan) {
+    if (plan.settings.threads == 1) return std::make_unique<OwnThread>(plan);
+    return std::make_unique<Threads>(plan);
+}
+
+}  // namespace varnet

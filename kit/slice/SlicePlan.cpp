@@ -1,0 +1,179 @@
+// What has to be right before the first layer is made.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "slice/FillLines.h"
+#include "slice/LayerMaker.h"
+
+namespace varnet {
+
+namespace {
+
+// What a part may be higher than its layers, of a layer, before it gets another one.
+constexpr double kSliver = 1e-6;
+
+constexpr double kMostLayers = 1e6;
+constexpr int kMostThreads = 1024;
+
+// Millimetres. Lengths outside of these are a slip of the hand.
+constexpr double kShortest = 1e-9;
+constexpr double kLongest = 1e6;
+
+// Numbers of fill lines are exact up to here.
+constexpr double kFarthestLine = 1e15;
+
+[[noreturn]] void Refuse(std::string const& message) { throw Error(ErrorKind::kArgument, message); }
+
+void Validate(SliceSettings const& settings) {
+    auto const isLength = [](double value) { return value >= kShortest && value <= kLongest; };
+    auto const isLengthOrNone = [](double value) { return value >= 0.0 && value <= kLongest; };
+    if (!isLength(settings.layer)) Refuse("the height of a layer has to be from 1e-9 to 1e6 mm");
+    if (settings.hatch != 0.0 && !isLength(settings.hatch)) {
+        Refuse("the distance of fill lines has to be 0 or from 1e-9 to 1e6 mm");
+    }
+    if (!(std::fabs(settings.angle) <= 360.0)) {
+        Refuse("the angle of fill lines has to be from -360 to 360 degrees");
+    }
+    if (!isLengthOrNone(settings.tolerance)) Refuse("the tolerance of contours has to be from 0 to 1e6 mm");
+    if (!isLengthOrNone(settings.close)) Refuse("gaps can be closed from 0 to 1e6 mm");
+    if (settings.threads < 1 || settings.threads > kMostThreads) Refuse("threads have to be from 1 to 1024");
+}
+
+// Takes in the corners of all inputs that can be sliced, and measures them.
+class Measures {
+public:
+    Measures(std::vector<SlicerInput> const& inputs, Pulse& pulse) : m_Pulse(pulse) {
+        for (std::size_t i = 0; i < inputs.size(); ++i) CheckIndexes(inputs[i], i);
+        for (SlicerInput const& input : inputs) AddToBox(input);
+        for (SlicerInput const& input : inputs) {
+            if (!input.support) AddVolume(input);
+        }
+    }
+    Box3 const& Parts() const { return m_Parts; }
+    Box3 const& Supports() const { return m_Supports; }
+    double Volume() const { return m_Volume; }
+    std::int64_t Skipped() const { return m_Skipped; }
+
+private:
+    void CheckIndexes(SlicerInput const& input, std::size_t number) {
+        auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
+        if (input.triangles.size() >= UINT32_MAX) Refuse("a mesh can have at most 4294967294 facets");
+        for (std::size_t i = 0; i < input.triangles.size(); ++i) {
+            for (std::int32_t const corner : input.triangles[i]) {
+                if (corner >= 0 && corner < count) continue;
+                Refuse("facet " + std::to_string(i) + " of mesh " + std::to_string(number) + " names point " +
+                       std::to_string(corner) + ", which is not there");
+            }
+            m_Pulse.Beat();
+        }
+    }
+
+    void AddToBox(SlicerInput const& input) {
+        Box3& box = input.support ? m_Supports : m_Parts;
+        for (Triangle const& triangle : input.triangles) {
+            m_Pulse.Beat();
+            if (!IsUsable(input, triangle)) {
+                ++m_Skipped;
+                continue;
+            }
+            for (std::int32_t const corner : triangle)
+                box.Add(input.points[static_cast<std::size_t>(corner)]);
+        }
+    }
+
+    // The tetrahedra between the facets and the middle of the box.
+    void AddVolume(SlicerInput const& input) {
+        Point3 const middle{(m_Parts.min.x + m_Parts.max.x) / 2.0, (m_Parts.min.y + m_Parts.max.y) / 2.0,
+                            (m_Parts.min.z + m_Parts.max.z) / 2.0};
+        double volume = 0.0;
+        for (Triangle const& triangle : input.triangles) {
+            m_Pulse.Beat();
+            if (!IsUsable(input, triangle)) continue;
+            Point3 corners[3];
+            for (std::size_t i = 0; i < 3; ++i) {
+                Point3 const& p = input.points[static_cast<std::size_t>(triangle[i])];
+                corners[i] = {p.x - middle.x, p.y - middle.y, p.z - middle.z};
+            }
+            auto const& [a, b, c] = corners;
+            volume +=
+                a.x * (b.y * c.z - b.z * c.y) + a.y * (b.z * c.x - b.x * c.z) + a.z * (b.x * c.y - b.y * c.x);
+        }
+        m_Volume += (input.turned ? -volume : volume) / 6.0;
+    }
+
+    static constexpr std::size_t kMostPoints = std::size_t{1} << 31;
+    Pulse& m_Pulse;
+    Box3 m_Parts;
+    Box3 m_Supports;
+    double m_Volume = 0.0;
+    std::int64_t m_Skipped = 0;
+};
+
+Box2 Flat(Box3 const& box) { return {{box.min.x, box.min.y}, {box.max.x, box.max.y}}; }
+
+LayerHeights HeightsOf(Box3 const& box, SliceSettings const& settings) {
+    if (box.IsEmpty() || !(box.max.z > box.min.z)) {
+        Refuse("there is nothing to slice: the parts have no height");
+    }
+    double const layers = std::max(std::ceil((box.max.z - box.min.z) / settings.layer - kSliver), 1.0);
+    if (!(layers <= kMostLayers)) {
+        char message[128];
+        std::snprintf(message, sizeof message,
+                      "the layers are too thin: for at most a million they have to be %.3g mm or more",
+                      (box.max.z - box.min.z) / kMostLayers);
+        Refuse(message);
+    }
+    return {box.min.z, settings.layer, static_cast<int>(layers)};
+}
+
+// Lines at any angle.
+void CheckFillLines(Box2 const& box, double hatch) {
+    if (!(hatch > 0.0) || box.IsEmpty()) return;
+    double const width = box.max.x - box.min.x;
+    double const depth = box.max.y - box.min.y;
+    double const across = std::sqrt(width * width + depth * depth);
+    double const farthest =
+        std::max({std::fabs(box.min.x), std::fabs(box.min.y), std::fabs(box.max.x), std::fabs(box.max.y)});
+    if (across / hatch <= kMostFillLines && farthest / hatch <= kFarthestLine) return;
+    char message[128];
+    std::snprintf(message, sizeof message,
+                  "the fill lines are too close for parts of this size: at least %.3g mm, or 0 for none",
+                  std::max(across / kMostFillLines, farthest / kFarthestLine));
+    Refuse(message);
+}
+
+void CheckRange(SliceSettings& settings, int count) {
+    if (settings.lastLayer == 0) settings.lastLayer = count;
+    if (settings.firstLayer >= 1 && settings.firstLayer <= settings.lastLayer &&
+        settings.lastLayer <= count) {
+        return;
+    }
+    Refuse("there are layers 1 to " + std::to_string(count) + ", and not " +
+           std::to_string(settings.firstLayer) + " to " + std::to_string(settings.lastLayer));
+}
+
+}  // namespace
+
+SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const& settings, Pulse& pulse) {
+    Validate(settings);
+    Measures const measures(inputs, pulse);
+    SlicePlan plan;
+    plan.settings = settings;
+    plan.heights = HeightsOf(measures.Parts(), settings);
+    CheckRange(plan.settings, plan.heights.count);
+    CheckFillLines(Flat(measures.Parts()), settings.hatch);
+    CheckFillLines(Flat(measures.Supports()), settings.hatch);
+    plan.partGrid = Grid(Flat(measures.Parts()));
+    plan.supportGrid = Grid(Flat(measures.Supports()));
+    plan.meshVolume = measures.Volume();
+    plan.skippedFacets = measures.Skipped();
+    for (SlicerInput const& input : inputs) {
+        (input.support ? plan.supports : plan.parts).emplace_back(input, plan.heights, pulse);
+    }
+    return plan;
+}
+
+}  // namespace varnet

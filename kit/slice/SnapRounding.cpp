@@ -1,0 +1,281 @@
+#include "slice/SnapRounding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <tuple>
+#include <utility>
+
+namespace varnet {
+
+namespace {
+
+__extension__ typedef __int128 Wide;
+
+int SignOf(std::int64_t n) { return n > 0 ? 1 : n < 0 ? -1 : 0; }
+
+// The whole number nearest to n / d, the greater of two; d is above 0.
+std::int64_t Rounded(Wide n, Wide d) {
+    Wide const doubled = 2 * n + d;
+    Wide const divisor = 2 * d;
+    Wide quotient = doubled / divisor;
+    if (doubled % divisor < 0) --quotient;
+    return static_cast<std::int64_t>(quotient);
+}
+
+bool BoxesMeet(GridSide const& s, GridSide const& t) {
+    return std::max(s.from.x, s.to.x) >= std::min(t.from.x, t.to.x) &&
+           std::max(t.from.x, t.to.x) >= std::min(s.from.x, s.to.x) &&
+           std::max(s.from.y, s.to.y) >= std::min(t.from.y, t.to.y) &&
+           std::max(t.from.y, t.to.y) >= std::min(s.from.y, s.to.y);
+}
+
+// Where two sides cross within both of them. Where one ends on the other that end is hot anyway.
+bool Cross(GridSide const& s, GridSide const& t, GridPoint& at) {
+    if (!BoxesMeet(s, t)) return false;
+    std::int64_t const a = Turn(s.from, s.to, t.from);
+    std::int64_t const b = Turn(s.from, s.to, t.to);
+    if (SignOf(a) * SignOf(b) >= 0) return false;
+    std::int64_t const c = Turn(t.from, t.to, s.from);
+    std::int64_t const d = Turn(t.from, t.to, s.to);
+    if (SignOf(c) * SignOf(d) >= 0) return false;
+    // From t.from on by the share a / (a - b).
+    Wide share = a;
+    Wide whole = Wide{a} - b;
+    if (whole < 0) {
+        share = -share;
+        whole = -whole;
+    }
+    at.x = static_cast<std::int32_t>(t.from.x + Rounded(share * (std::int64_t{t.to.x} - t.from.x), whole));
+    at.y = static_cast<std::int32_t>(t.from.y + Rounded(share * (std::int64_t{t.to.y} - t.from.y), whole));
+    return true;
+}
+
+// Whether a side passes the pixel around a point: half a step to each side, without its upper and right rim.
+// Counted in half steps, ends are even and rims odd, so that no end is on a rim.
+bool Passes(GridSide const& s, GridPoint const& pixel) {
+    std::int64_t const ax = 2 * std::int64_t{s.from.x} - 2 * std::int64_t{pixel.x};
+    std::int64_t const ay = 2 * std::int64_t{s.from.y} - 2 * std::int64_t{pixel.y};
+    std::int64_t const bx = 2 * std::int64_t{s.to.x} - 2 * std::int64_t{pixel.x};
+    std::int64_t const by = 2 * std::int64_t{s.to.y} - 2 * std::int64_t{pixel.y};
+    if (std::max(ax, bx) < -1 || std::min(ax, bx) > 1 || std::max(ay, by) < -1 || std::min(ay, by) > 1) {
+        return false;
+    }
+    auto const side = [&](std::int64_t x, std::int64_t y) {
+        Wide const turn = Wide{bx - ax} * (y - ay) - Wide{by - ay} * (x - ax);
+        return turn > 0 ? 1 : turn < 0 ? -1 : 0;
+    };
+    int const lowerLeft = side(-1, -1);
+    int const others[3] = {side(1, -1), side(-1, 1), side(1, 1)};
+    int const least = std::min({lowerLeft, others[0], others[1], others[2]});
+    int const most = std::max({lowerLeft, others[0], others[1], others[2]});
+    if (least < 0 && most > 0) return true;
+    // Only the lower left corner belongs to the pixel.
+    return lowerLeft == 0 && std::min(ax, bx) <= -1 && std::max(ax, bx) >= -1 && std::min(ay, by) <= -1 &&
+           std::max(ay, by) >= -1;
+}
+
+// About as many cells as sides, over their box. Each knows the sides that come near it.
+class Cells {
+public:
+    explicit Cells(std::span<GridSide const> sides) : m_Sides(sides) {
+        MeasureBox();
+        m_First.assign(m_Columns * m_Rows + 1, 0);
+        for (GridSide const& s : sides) {
+            ForEachCell(s, [this](std::size_t cell) { ++m_First[cell + 1]; });
+        }
+        for (std::size_t i = 1; i < m_First.size(); ++i) m_First[i] += m_First[i - 1];
+        m_SidesOf.resize(m_First.back());
+        std::vector<std::size_t> next = m_First;
+        for (std::size_t i = 0; i < sides.size(); ++i) {
+            ForEachCell(sides[i],
+                        [&](std::size_t cell) { m_SidesOf[next[cell]++] = static_cast<std::uint32_t>(i); });
+        }
+    }
+
+    std::size_t Count() const { return m_Columns * m_Rows; }
+    std::span<std::uint32_t const> SidesOf(std::size_t cell) const {
+        return {m_SidesOf.data() + m_First[cell], m_First[cell + 1] - m_First[cell]};
+    }
+    std::size_t CellOf(GridPoint const& p) const { return Column(p.x) * m_Rows + Row(p.y); }
+
+private:
+    void MeasureBox() {
+        std::int64_t maxX = INT32_MIN;
+        std::int64_t maxY = INT32_MIN;
+        m_MinX = m_MinY = INT32_MAX;
+        for (GridSide const& s : m_Sides) {
+            for (GridPoint const& p : {s.from, s.to}) {
+                m_MinX = std::min<std::int64_t>(m_MinX, p.x);
+                m_MinY = std::min<std::int64_t>(m_MinY, p.y);
+                maxX = std::max<std::int64_t>(maxX, p.x);
+                maxY = std::max<std::int64_t>(maxY, p.y);
+            }
+        }
+        auto const width = static_cast<double>(maxX - m_MinX + 1);
+        auto const height = static_cast<double>(maxY - m_MinY + 1);
+        auto const count = static_cast<double>(m_Sides.size());
+        m_Cell = std::max({std::ceil(std::sqrt(width * height / count)), std::ceil(width / count),
+                           std::ceil(height / count), 4.0});
+        m_Columns = static_cast<std::size_t>(width / m_Cell) + 1;
+        m_Rows = static_cast<std::size_t>(height / m_Cell) + 1;
+    }
+
+    std::size_t Column(std::int64_t x) const { return At(x - m_MinX, m_Columns); }
+    std::size_t Row(std::int64_t y) const { return At(y - m_MinY, m_Rows); }
+    std::size_t At(std::int64_t offset, std::size_t count) const {
+        if (offset <= 0) return 0;
+        return std::min(static_cast<std::size_t>(static_cast<double>(offset) / m_Cell), count - 1);
+    }
+
+    // The cells that a side comes within two steps of, which is further than it moves when it is rounded.
+    template <class Visit>
+    void ForEachCell(GridSide const& s, Visit visit) const {
+        constexpr std::int64_t kNear = 2;
+        GridPoint const a = s.from < s.to ? s.from : s.to;
+        GridPoint const b = s.from < s.to ? s.to : s.from;
+        double const slope =
+            b.x == a.x ? 0.0 : (static_cast<double>(b.y) - a.y) / (static_cast<double>(b.x) - a.x);
+        std::int64_t const low = std::min(a.y, b.y) - kNear;
+        std::int64_t const high = std::max(a.y, b.y) + kNear;
+        std::size_t const last = Column(b.x + kNear);
+        for (std::size_t column = Column(a.x - kNear); column <= last; ++column) {
+            std::int64_t from = low;
+            std::int64_t to = high;
+            if (b.x != a.x) {
+                double const left =
+                    static_cast<double>(m_MinX - a.x) + static_cast<double>(column) * m_Cell - 2.0 * kNear;
+                double const right = left + m_Cell + 4.0 * kNear;
+                double const reach = static_cast<double>(b.x) - a.x;
+                double const y1 = a.y + std::clamp(left, 0.0, reach) * slope;
+                double const y2 = a.y + std::clamp(right, 0.0, reach) * slope;
+                from = std::max(low, static_cast<std::int64_t>(std::floor(std::min(y1, y2))) - 2 * kNear);
+                to = std::min(high, static_cast<std::int64_t>(std::ceil(std::max(y1, y2))) + 2 * kNear);
+            }
+            std::size_t const lastRow = Row(to);
+            for (std::size_t row = Row(from); row <= lastRow; ++row) visit(column * m_Rows + row);
+        }
+    }
+
+    std::span<GridSide const> m_Sides;
+    std::int64_t m_MinX = 0;
+    std::int64_t m_MinY = 0;
+    double m_Cell = 1.0;
+    std::size_t m_Columns = 1;
+    std::size_t m_Rows = 1;
+    std::vector<std::size_t> m_First;
+    std::vector<std::uint32_t> m_SidesOf;
+};
+
+void SortUnique(std::vector<std::uint64_t>& keys) {
+    std::sort(keys.begin(), keys.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+}
+
+// The keys of the hot pixels: of ends and crossings.
+std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells const& cells, Pulse& pulse) {
+    std::vector<std::uint64_t> keys;
+    keys.reserve(2 * sides.size());
+    for (GridSide const& s : sides) {
+        keys.push_back(s.from.Key());
+        keys.push_back(s.to.Key());
+    }
+    SortUnique(keys);
+    std::size_t settled = keys.size();
+    for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
+        std::span<std::uint32_t const> const near = cells.SidesOf(cell);
+        for (std::size_t i = 0; i < near.size(); ++i) {
+            for (std::size_t k = i + 1; k < near.size(); ++k) {
+                GridPoint at;
+                if (Cross(sides[near[i]], sides[near[k]], at)) keys.push_back(at.Key());
+            }
+            pulse.Beat(near.size() - i);
+        }
+        // The same crossing may be found in several cells.
+        if (keys.size() > 2 * settled) {
+            SortUnique(keys);
+            settled = keys.size();
+        }
+    }
+    SortUnique(keys);
+    return keys;
+}
+
+// A side and a pixel that it passes.
+struct Passing {
+    std::uint32_t side;
+    std::int32_t vertex;
+    bool operator<(Passing const& other) const {
+        return std::tie(side, vertex) < std::tie(other.side, other.vertex);
+    }
+    bool operator==(Passing const&) const = default;
+};
+
+std::vector<Passing> FindPassings(std::span<GridSide const> sides, Cells const& cells,
+                                  std::vector<GridPoint> const& vertices, Pulse& pulse) {
+    std::vector<Passing> passings;
+    for (std::size_t v = 0; v < vertices.size(); ++v) {
+        std::span<std::uint32_t const> const near = cells.SidesOf(cells.CellOf(vertices[v]));
+        for (std::uint32_t const side : near) {
+            if (Passes(sides[side], vertices[v])) passings.push_back({side, static_cast<std::int32_t>(v)});
+        }
+        pulse.Beat(near.size());
+    }
+    std::sort(passings.begin(), passings.end());
+    return passings;
+}
+
+void Merge(std::vector<GridEdge>& edges) {
+    std::sort(edges.begin(), edges.end(), [](GridEdge const& a, GridEdge const& b) {
+        return std::tie(a.left, a.right) < std::tie(b.left, b.right);
+    });
+    std::size_t count = 0;
+    for (GridEdge const& edge : edges) {
+        if (count > 0 && edges[count - 1].left == edge.left && edges[count - 1].right == edge.right) {
+            edges[count - 1].balance += edge.balance;
+            edges[count - 1].count += edge.count;
+        } else {
+            edges[count++] = edge;
+        }
+    }
+    edges.resize(count);
+}
+
+}  // namespace
+
+GridGraph RoundSides(std::span<GridSide const> sides, Pulse& pulse) {
+    GridGraph graph;
+    if (sides.empty()) return graph;
+    Cells const cells(sides);
+    for (std::uint64_t const key : HotPixels(sides, cells, pulse)) {
+        graph.vertices.push_back(GridPoint::FromKey(key));
+    }
+    std::vector<Passing> passings = FindPassings(sides, cells, graph.vertices, pulse);
+    for (std::size_t i = 0; i < passings.size();) {
+        std::size_t const begin = i;
+        while (i < passings.size() && passings[i].side == passings[begin].side) ++i;
+        GridSide const& s = sides[passings[begin].side];
+        // Numbers of vertices grow with x, and then with y: of those above each other a side that goes down
+        // passes the upper one first.
+        if (s.from < s.to ? s.to.y < s.from.y : s.from.y < s.to.y) {
+            std::sort(passings.begin() + static_cast<std::ptrdiff_t>(begin),
+                      passings.begin() + static_cast<std::ptrdiff_t>(i),
+                      [&](Passing const& a, Passing const& b) {
+                          GridPoint const& p = graph.vertices[static_cast<std::size_t>(a.vertex)];
+                          GridPoint const& q = graph.vertices[static_cast<std::size_t>(b.vertex)];
+                          return p.x != q.x ? p.x < q.x : p.y > q.y;
+                      });
+        }
+        int const balance = s.from < s.to ? 1 : -1;
+        for (std::size_t k = begin + 1; k < i; ++k) {
+            std::int32_t const a = passings[k - 1].vertex;
+            std::int32_t const b = passings[k].vertex;
+            graph.edges.push_back({std::min(a, b), std::max(a, b), a < b ? balance : -balance, 1});
+        }
+        pulse.Beat(i - begin);
+    }
+    Merge(graph.edges);
+    return graph;
+}
+
+}  // namespace varnet
