@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -9,9 +11,10 @@
 #include <vector>
 
 #include "varnet/Error.h"
+#include "varnet/Export.h"
 #include "varnet/Geometry.h"
 
-class CSTLModel;
+class CSTLModel;  // of the door, Varnet64.h
 
 namespace varnet {
 
@@ -19,6 +22,9 @@ namespace varnet {
 enum class MeshFormat { kAsciiStl, kBinaryStl, kOltp, kThreeDmf, kPlainCsm, kStripCsm, kRingCsm };
 /// "binary STL"
 VARNET_KIT_API char const* NameOf(MeshFormat format);
+
+/// The tolerances that are tried, millimetres, where corners that are equal leave open edges.
+inline constexpr std::array<double, 5> kWeldTolerances = {1e-6, 1e-5, 1e-4, 1e-3, 1e-2};
 
 /// How a mesh is taken in.
 struct IntakeSettings {
@@ -49,9 +55,6 @@ struct IntakeReport {
     std::vector<std::string> notes;  ///< a line each for a person: what was lost or put right, and where
 };
 
-/// A shell of a part: facets that hang together across edges. A view: it is valid as long as its part.
-class Body;
-
 /// What one wants to know of a body or a part.
 struct MeshMeasures {
     Box3 box;
@@ -74,6 +77,137 @@ struct RepairSettings {
     double fillHoles = 0.0;  ///< millimetres: rims up to this length are closed; 0 for none
     bool outward = false;    ///< turn whole bodies that are inside out and no cavities
     Progress progress;
+};
+
+/// What a file holds beside what was to be written into it.
+struct WriteReport {
+    std::int64_t facetsBefore = 0;
+    std::int64_t facetsAfter = 0;
+    std::int64_t openEdgesBefore = 0;
+    std::int64_t openEdgesAfter = 0;  ///< by equal corners, as the file has them
+    double volumeBefore = 0.0;
+    double volumeAfter = 0.0;
+};
+
+/// A map of space: three rows of a matrix and, behind each, an offset in millimetres. A point p goes to
+/// (row 0 . p + offset, row 1 . p + offset, row 2 . p + offset).
+struct Placement {
+    std::array<std::array<double, 4>, 3> rows = {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+};
+
+class Part;
+
+/// Facets of a part that hang together across edges. Where more than two facets share an edge, they are
+/// paired by the angle about it, the solid between them, so that bodies which only touch are several.
+///
+/// A body belongs to its part, and is valid as long as that is neither destroyed, assigned to nor changed. It
+/// does not change, and may be used by several threads at a time.
+class VARNET_KIT_API Body {
+public:
+    Body(Body&& other) noexcept;
+    Body& operator=(Body&& other) noexcept;
+    ~Body();
+
+    /// Points, and triangles of their indexes in the order of the part. Where the part has one body only,
+    /// these are the part's own.
+    std::span<Point3 const> Points() const { return m_Points; }
+    std::span<Triangle const> Triangles() const { return m_Triangles; }
+    MeshMeasures const& Measures() const { return m_Measures; }
+    /// Whether it bounds a hollow: its volume is negative, and it lies inside another body.
+    bool IsCavity() const { return m_Enclosing.has_value(); }
+    /// Of a cavity the number of the body around it, the smallest of several; else nothing.
+    std::optional<std::size_t> Enclosing() const { return m_Enclosing; }
+    /// Whether its volume is negative and it is no cavity.
+    bool IsInsideOut() const { return m_Measures.volume < 0.0 && !IsCavity(); }
+
+    /// The body as a model of the classic kind, made on each call: with a tolerance of 0, each facet given to
+    /// AddFacet in order. Of facets on the same three corners such a model holds one, or none where as many
+    /// face each way; facets whose doubled area is not above 1e-10 square millimetres it refuses. How many
+    /// were left out goes to `refused` where that is given.
+    std::unique_ptr<CSTLModel> Model(std::int64_t* refused = nullptr) const;
+
+private:
+    friend class Part;
+    Body();
+
+    std::vector<Point3> m_OwnPoints;
+    std::vector<Triangle> m_OwnTriangles;
+    std::span<Point3 const> m_Points;
+    std::span<Triangle const> m_Triangles;
+    MeshMeasures m_Measures;
+    std::optional<std::size_t> m_Enclosing;
+};
+
+/// A mesh as a person has it: read from a file or given as arrays, with what can be put right put right, and
+/// divided into bodies.
+///
+/// Copies are cheap: they share what does not change. A part that is not changed may be used by several
+/// threads at a time. Operations that throw leave it as it was.
+class VARNET_KIT_API Part {
+public:
+    /// Without facets.
+    Part();
+    /// Reads a file of any format; its content says which. Throws an Error of kind kFile where the system
+    /// refuses, of kind kContent where the file is no model or holds no facets, of kind kArgument where a
+    /// setting makes no sense, of kind kCancelled.
+    ///
+    /// Takes about six times the bytes of a binary file at most, and no more for what a file announces.
+    static Part Read(std::filesystem::path const& path, IntakeSettings const& settings = {});
+    /// From points and triangles of their indexes. Throws an Error of kind kArgument that names a triangle
+    /// whose index no point has, and for settings that make no sense; of kind kCancelled.
+    Part(std::span<Point3 const> points, std::span<Triangle const> triangles,
+         IntakeSettings const& settings = {});
+    /// From the facets of a classic model, in the order of its surfaces. The model is not changed and not
+    /// kept.
+    explicit Part(CSTLModel const& model, IntakeSettings const& settings = {});
+
+    /// The file's name without its extension; empty for a part that comes from none.
+    std::string const& Name() const;
+    /// The text of the file's header: of ASCII STL the name behind `solid`.
+    std::string const& Header() const;
+    /// Of the file; kBinaryStl for a part that comes from none.
+    MeshFormat Format() const;
+
+    /// Points, and triangles of their indexes, in the order of the file but for what was put right: a facet
+    /// that was divided stands as its pieces in its place.
+    std::span<Point3 const> Points() const;
+    std::span<Triangle const> Triangles() const;
+    /// What was found in the file, and what was done to it.
+    IntakeReport const& Report() const;
+    /// Of all facets.
+    MeshMeasures const& Measures() const;
+    /// In the order of their first facets. The first call takes some time, about as long as reading.
+    std::span<Body const> Bodies() const;
+    /// All facets in one model of the classic kind; see Body::Model.
+    std::unique_ptr<CSTLModel> Model(std::int64_t* refused = nullptr) const;
+
+    /// Turns the facets that contradict their own shell, closes holes where that is asked for, and turns
+    /// bodies outward where that is. A closed part whose facets agree is not changed. Never ends with more
+    /// open edges than it began. Throws an Error of kind kArgument for settings that make no sense, of kind
+    /// kCancelled.
+    RepairReport Repair(RepairSettings const& settings = {});
+    /// Moves every point. A map that mirrors turns all facets, so that the outside stays outside. Throws an
+    /// Error of kind kArgument where a number of the map is not finite, the map flattens space, or a point
+    /// would land beyond 1e10.
+    void Transform(Placement const& placement);
+    /// A part for each body that is no cavity, with the cavities in it, in the order of the bodies.
+    std::vector<Part> Split() const;
+
+    /// Writes a file of this format, under its name only when it is complete, and reads it back to see what
+    /// it holds. Coordinates are narrowed to float, in compressed formats to the grid of the format; -0.0 may
+    /// have become 0.0. Throws an Error of kind kArgument for a format that is not written, of kind kFile
+    /// where the system refuses, of kind kContent where the format cannot hold the part, of kind kCancelled.
+    WriteReport Write(std::filesystem::path const& path, MeshFormat format = MeshFormat::kBinaryStl,
+                      Progress const& progress = {}) const;
+    /// What the file holds beside this part.
+    WriteReport CompareWith(std::filesystem::path const& path, Progress const& progress = {}) const;
+
+    struct State;  ///< of the kit's inside
+
+private:
+    explicit Part(std::shared_ptr<State const> state);
+    static std::vector<Body> MakeBodies(State const& state);
+    std::shared_ptr<State const> m_State;
 };
 
 }  // namespace varnet

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "part/Edges.h"
+#include "part/FlatMesh.h"
+
+namespace varnet {
+
+/// Pairs the edges of more than two facets anew, by the angle about the edge: a facet where the solid begins
+/// with the next one, counter-clockwise, where it ends, like brackets on a circle. Of facets at one angle
+/// those that end the solid go first, so that shells which touch come apart, and copies of a shell are paired
+/// among themselves.
+void PairByAngle(FlatMesh const& mesh, EdgeTable& edges);
+
+/// Which body each facet belongs to: facets hang together across paired edges, and across an edge of two that
+/// run the same way. Bodies are numbered in the order of their first facets.
+struct BodyLabels {
+    std::vector<std::int32_t> ofFacet;
+    std::int32_t count = 0;
+};
+BodyLabels LabelBodies(std::size_t facets, EdgeTable const& edges);
+
+/// Area, volume and box of some facets. The volume of closed facets is the same about any point, and measured
+/// about a near one; that of open ones is measured about the origin, as is usual.
+MeshMeasures Measure(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                     std::int64_t openEdges);
+
+/// The volume, or 0 where it is no more than what rounding leaves.
+double SureVolume(MeshMeasures const& measures);
+
+/// A body as the search for what encloses it wants it.
+struct Shell {
+    std::span<Point3 const> points;
+    std::span<Triangle const> triangles;
+    double volume = 0.0;
+};
+
+/// For each shell of negative volume the shell of positive volume around it, of several the smallest one; -1
+/// for none, and for shells of positive volume. Judged by a point of the shell.
+std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells);
+
+}  // namespace varnet

@@ -1,0 +1,61 @@
+#include "part/FacetSink.h"
+
+namespace varnet {
+
+FacetSink::FacetSink(RawMesh& raw, IntakeReport& report, double scale, std::size_t expected)
+    : m_Raw(raw), m_Report(report), m_Scale(scale), m_Welder(raw.mesh.points, expected / 2 + 2) {
+    raw.mesh.points.reserve(expected / 2 + 2);
+    raw.mesh.triangles.reserve(expected);
+    m_Corners.reserve(kBlock);
+    m_Numbers.resize(kBlock);
+}
+
+void FacetSink::Flush() {
+    m_Report.facetsRead += static_cast<std::int64_t>(m_Corners.size() / 3);
+    if (m_Scale != 1.0) {
+        for (Point3& p : m_Corners) p = m_Scale * p;
+    }
+    DropNotFinite();
+    NoteCollinear();
+    m_Welder.Add(m_Corners, m_Numbers.data());
+    for (std::size_t i = 0; i + 2 < m_Corners.size(); i += 3) {
+        std::int32_t const a = m_Numbers[i];
+        std::int32_t const b = m_Numbers[i + 1];
+        std::int32_t const c = m_Numbers[i + 2];
+        if (a == b || b == c || c == a) {
+            ++m_Report.degenerate;
+        } else {
+            m_Raw.mesh.triangles.push_back({a, b, c});
+        }
+    }
+    m_Corners.clear();
+}
+
+void FacetSink::DropNotFinite() {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < m_Corners.size(); i += 3) {
+        if (!(IsInRange(m_Corners[i]) && IsInRange(m_Corners[i + 1]) && IsInRange(m_Corners[i + 2]))) {
+            ++m_Report.notFinite;
+            continue;
+        }
+        if (kept != i) {
+            for (std::size_t k = 0; k < 3; ++k) m_Corners[kept + k] = m_Corners[i + k];
+        }
+        kept += 3;
+    }
+    m_Corners.resize(kept);
+}
+
+// With room for what the order of the corners changes: the judge looks again.
+void FacetSink::NoteCollinear() {
+    constexpr double kRoom = 4.0;
+    constexpr double kLimit = kRoom * kCollinear * kCollinear;
+    bool found = false;
+    for (std::size_t i = 0; i < m_Corners.size(); i += 3) {
+        Point3 const normal = Cross(m_Corners[i + 1] - m_Corners[i], m_Corners[i + 2] - m_Corners[i]);
+        found |= Dot(normal, normal) <= kLimit;
+    }
+    m_Raw.hasCollinear |= found;
+}
+
+}  // namespace varnet

@@ -1,0 +1,146 @@
+// The face: what a part holds, and its bodies.
+
+#include "varnet/Part.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "part/Bodies.h"
+#include "part/Classic.h"
+#include "part/Intake.h"
+#include "part/MeshReaders.h"
+#include "part/PartState.h"
+
+namespace varnet {
+
+char const* NameOf(MeshFormat format) {
+    constexpr std::array<char const*, 7> kNames = {"ASCII STL", "binary STL",    "OLTP",           "3DMF",
+                                                   "plain CSM", "CSM in strips", "CSM ring stream"};
+    return kNames.at(static_cast<std::size_t>(format));
+}
+
+Body::Body() = default;
+Body::Body(Body&& other) noexcept = default;
+Body& Body::operator=(Body&& other) noexcept = default;
+Body::~Body() = default;
+
+std::unique_ptr<CSTLModel> Body::Model(std::int64_t* refused) const {
+    std::int64_t count = 0;
+    std::unique_ptr<CSTLModel> model = MakeClassic(m_Points, m_Triangles, count);
+    if (refused != nullptr) *refused = count;
+    return model;
+}
+
+namespace {
+
+void CheckSettings(IntakeSettings const& settings) {
+    if (settings.weld && !(*settings.weld >= 0.0 && *settings.weld <= kLargestCoordinate)) {
+        throw Error(ErrorKind::kArgument, "the weld tolerance is a length from 0 to 1e10 mm");
+    }
+    if (!(settings.scale > 0.0 && settings.scale <= kLargestCoordinate)) {
+        throw Error(ErrorKind::kArgument, "the scale is a number above 0, and no more than 1e10");
+    }
+}
+
+std::string NameOfFile(std::filesystem::path const& path) {
+    std::u8string const name = path.stem().u8string();
+    return {name.begin(), name.end()};
+}
+
+}  // namespace
+
+Part::Part() : m_State(std::make_shared<State>()) {}
+Part::Part(std::shared_ptr<State const> state) : m_State(std::move(state)) {}
+
+Part Part::Read(std::filesystem::path const& path, IntakeSettings const& settings) {
+    CheckSettings(settings);
+    auto state = std::make_shared<State>();
+    Pace const pace(settings.progress);
+    RawMesh raw = ReadMeshFile(path, settings, state->report, pace.Between(0.0, 0.6));
+    state->name = NameOfFile(path);
+    TakeIn(std::move(raw), settings, *state, pace.Between(0.6, 1.0));
+    return Part(std::move(state));
+}
+
+Part::Part(std::span<Point3 const> points, std::span<Triangle const> triangles,
+           IntakeSettings const& settings) {
+    CheckSettings(settings);
+    auto state = std::make_shared<State>();
+    Pace const pace(settings.progress);
+    RawMesh raw = ReadArrays(points, triangles, settings, state->report, pace.Between(0.0, 0.6));
+    TakeIn(std::move(raw), settings, *state, pace.Between(0.6, 1.0));
+    m_State = std::move(state);
+}
+
+Part::Part(CSTLModel const& model, IntakeSettings const& settings) {
+    FlatMesh const mesh = Flatten(model);
+    *this = Part(mesh.points, mesh.triangles, settings);
+}
+
+std::string const& Part::Name() const { return m_State->name; }
+std::string const& Part::Header() const { return m_State->header; }
+MeshFormat Part::Format() const { return m_State->format; }
+std::span<Point3 const> Part::Points() const { return m_State->mesh.points; }
+std::span<Triangle const> Part::Triangles() const { return m_State->mesh.triangles; }
+IntakeReport const& Part::Report() const { return m_State->report; }
+MeshMeasures const& Part::Measures() const { return m_State->measures; }
+
+std::span<Body const> Part::Bodies() const {
+    std::call_once(m_State->bodiesOnce, [this] { m_State->bodies = MakeBodies(*m_State); });
+    return m_State->bodies;
+}
+
+std::unique_ptr<CSTLModel> Part::Model(std::int64_t* refused) const {
+    std::int64_t count = 0;
+    std::unique_ptr<CSTLModel> model = MakeClassic(Points(), Triangles(), count);
+    if (refused != nullptr) *refused = count;
+    return model;
+}
+
+// Facets of each body, and its points in the order in which they come.
+std::vector<Body> Part::MakeBodies(State const& state) {
+    FlatMesh const& mesh = state.mesh;
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), Pace::None());
+    PairByAngle(mesh, edges);
+    BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
+    std::vector<Body> bodies;
+    for (std::int32_t i = 0; i < labels.count; ++i) bodies.push_back(Body());
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        Body& body = bodies[static_cast<std::size_t>(labels.ofFacet[i])];
+        if (labels.count > 1) body.m_OwnTriangles.push_back(mesh.triangles[i]);
+        for (std::size_t k = 0; k < 3; ++k) body.m_Measures.openEdges += edges.across[3 * i + k] < 0;
+    }
+    std::vector<std::int32_t> numbers(labels.count > 1 ? mesh.points.size() : 0, -1);
+    std::vector<Shell> shells;
+    for (Body& body : bodies) {
+        body.m_Points = mesh.points;
+        body.m_Triangles = mesh.triangles;
+        if (labels.count > 1) {
+            std::vector<std::int32_t> used;
+            for (Triangle& triangle : body.m_OwnTriangles) {
+                for (std::int32_t& corner : triangle) {
+                    std::int32_t& number = numbers[static_cast<std::size_t>(corner)];
+                    if (number < 0) {
+                        number = static_cast<std::int32_t>(used.size());
+                        used.push_back(corner);
+                        body.m_OwnPoints.push_back(mesh.points[static_cast<std::size_t>(corner)]);
+                    }
+                    corner = number;
+                }
+            }
+            for (std::int32_t const corner : used) numbers[static_cast<std::size_t>(corner)] = -1;
+            body.m_Points = body.m_OwnPoints;
+            body.m_Triangles = body.m_OwnTriangles;
+        }
+        body.m_Measures = Measure(body.m_Points, body.m_Triangles, body.m_Measures.openEdges);
+        shells.push_back({body.m_Points, body.m_Triangles, SureVolume(body.m_Measures)});
+    }
+    std::vector<std::int32_t> const enclosing = FindEnclosing(shells);
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        if (enclosing[i] >= 0) bodies[i].m_Enclosing = static_cast<std::size_t>(enclosing[i]);
+    }
+    return bodies;
+}
+
+}  // namespace varnet

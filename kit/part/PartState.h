@@ -1,0 +1,28 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "part/FlatMesh.h"
+#include "varnet/Part.h"
+
+namespace varnet {
+
+/// What a part holds. It does not change once it is a part's, but for the bodies, which are made when they
+/// are first asked for.
+struct Part::State {
+    FlatMesh mesh;
+    std::string name;
+    std::string header;
+    MeshFormat format = MeshFormat::kBinaryStl;
+    IntakeReport report;
+    MeshMeasures measures;
+    mutable std::once_flag bodiesOnce;
+    mutable std::vector<Body> bodies;
+};
+
+/// Measures the mesh, whose open edges have been counted.
+void SetMeasures(Part::State& state, std::int64_t openEdges);
+
+}  // namespace varnet

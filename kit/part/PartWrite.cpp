@@ -1,0 +1,247 @@
+// Writing a part, and looking at what was written.
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <system_error>
+#include <vector>
+
+#include "part/Bytes.h"
+#include "part/Classic.h"
+#include "part/Pace.h"
+#include "part/PartState.h"
+
+namespace varnet {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kStlHeader = 80;
+constexpr std::size_t kRecord = 50;
+constexpr std::string_view kStlText = "Varnet64";
+constexpr std::string_view kPlainText = "Quarnell Ziped Model";
+
+// Gathers bytes and writes them in large blocks.
+class Output {
+public:
+    explicit Output(fs::path const& path) : m_Stream(path, std::ios::binary) {}
+    char* Room(std::size_t size) {
+        if (m_Used + size > m_Block.size()) Flush();
+        m_Used += size;
+        return m_Block.data() + m_Used - size;
+    }
+    bool Close() {
+        Flush();
+        m_Stream.close();
+        return m_Stream.good();
+    }
+
+private:
+    void Flush() {
+        m_Stream.write(m_Block.data(), static_cast<std::streamsize>(m_Used));
+        m_Used = 0;
+    }
+
+    std::ofstream m_Stream;
+    std::vector<char> m_Block = std::vector<char>(std::size_t{1} << 16);
+    std::size_t m_Used = 0;
+};
+
+void StorePoint(char* bytes, Point3 const& p) {
+    StoreF32(bytes, static_cast<float>(p.x));
+    StoreF32(bytes + 4, static_cast<float>(p.y));
+    StoreF32(bytes + 8, static_cast<float>(p.z));
+}
+
+Point3 NormalOf(Point3 const& a, Point3 const& b, Point3 const& c) {
+    Point3 const normal = Cross(b - a, c - a);
+    double const length = Length(normal);
+    return length > 0.0 ? (1.0 / length) * normal : Point3{};
+}
+
+bool WriteBinaryStl(FlatMesh const& mesh, fs::path const& path, Pace const& pace) {
+    Output output(path);
+    char* const header = output.Room(kStlHeader + 4);
+    std::memset(header, 0, kStlHeader);
+    std::memcpy(header, kStlText.data(), kStlText.size());
+    StoreU32(header + kStlHeader, static_cast<std::uint32_t>(mesh.triangles.size()));
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        pace.Step(i, mesh.triangles.size());
+        std::array<Point3, 3> corner;
+        for (std::size_t k = 0; k < 3; ++k) {
+            corner[k] = mesh.points[static_cast<std::size_t>(mesh.triangles[i][k])];
+        }
+        char* const record = output.Room(kRecord);
+        StorePoint(record, NormalOf(corner[0], corner[1], corner[2]));
+        for (std::size_t k = 0; k < 3; ++k) StorePoint(record + 12 + 12 * k, corner[k]);
+        record[48] = 0;
+        record[49] = 0;
+    }
+    return output.Close();
+}
+
+bool WritePlainCsm(FlatMesh const& mesh, fs::path const& path, Pace const& pace) {
+    Output output(path);
+    char* const header = output.Room(kStlHeader + 4);
+    std::memset(header, 0, kStlHeader);
+    std::memcpy(header, kPlainText.data(), kPlainText.size());
+    StoreU32(header + kStlHeader, static_cast<std::uint32_t>(mesh.points.size()));
+    for (Point3 const& p : mesh.points) StorePoint(output.Room(12), p);
+    StoreU32(output.Room(4), static_cast<std::uint32_t>(mesh.triangles.size()));
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        pace.Step(i, mesh.triangles.size());
+        char* const record = output.Room(12);
+        for (std::size_t k = 0; k < 3; ++k)
+            StoreU32(record + 4 * k, static_cast<std::uint32_t>(mesh.triangles[i][k]));
+    }
+    return output.Close();
+}
+
+bool WriteStrips(Part const& part, fs::path const& path) {
+    std::unique_ptr<CSTLModel> const model = part.Model();
+    constexpr std::uint32_t kTooMany = 1u << 21;
+    if (model->m_VertexTree.m_nCount >= kTooMany) {
+        throw Error(ErrorKind::kContent, path, "CSM in strips holds fewer than 2,097,152 vertices");
+    }
+    return model->ExtractFacetForCSM(1, ClassicPath(path).Get(), 0, nullptr, 0) == 1;
+}
+
+bool WriteRing(Part const& part, fs::path const& path) {
+    return part.Model()->SaveCSMFile1(ClassicPath(path).Get()) == 1;
+}
+
+// Lets write() make a file beside the named one, and gives it the name. Whatever goes wrong, no half of a
+// file stays.
+void WriteWhole(fs::path const& path, std::function<bool(fs::path const&)> const& write) {
+    fs::path const partial = fs::path(path).concat(".part");
+    std::error_code error;
+    std::error_code ignored;
+    bool written = false;
+    errno = 0;
+    try {
+        written = write(partial);
+    } catch (...) {
+        fs::remove(partial, ignored);
+        throw;
+    }
+    int const reason = errno;
+    if (written) {
+        fs::rename(partial, path, error);
+        if (!error) return;
+    }
+    fs::remove(partial, ignored);
+    std::string const why = error         ? error.message()
+                            : reason != 0 ? std::strerror(reason)
+                                          : "is the disk full?";
+    throw Error(ErrorKind::kFile, path, "cannot be written: " + why);
+}
+
+}  // namespace
+
+WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const& progress) const {
+    Pace const pace = Pace(progress).Between(0.0, 0.5);
+    WriteWhole(path, [&](fs::path const& partial) {
+        switch (format) {
+            case MeshFormat::kBinaryStl:
+                return WriteBinaryStl(m_State->mesh, partial, pace);
+            case MeshFormat::kPlainCsm:
+                return WritePlainCsm(m_State->mesh, partial, pace);
+            case MeshFormat::kStripCsm:
+                return WriteStrips(*this, partial);
+            case MeshFormat::kRingCsm:
+                return WriteRing(*this, partial);
+            default:
+                throw Error(ErrorKind::kArgument, std::string(NameOf(format)) + " is not written");
+        }
+    });
+    return CompareWith(
+        path, progress ? Progress([&](double share) { return progress(0.5 + 0.5 * share); }) : Progress());
+}
+
+WriteReport Part::CompareWith(fs::path const& path, Progress const& progress) const {
+    WriteReport report;
+    report.facetsBefore = static_cast<std::int64_t>(Triangles().size());
+    report.openEdgesBefore = Measures().openEdges;
+    report.volumeBefore = Measures().volume;
+    IntakeSettings settings;
+    settings.heal = false;
+    settings.progress = progress;
+    if (report.facetsBefore == 0) return report;
+    Part const written = Read(path, settings);
+    report.facetsAfter = static_cast<std::int64_t>(written.Triangles().size());
+    report.openEdgesAfter = written.Report().openEdgesExact;
+    report.volumeAfter = written.Measures().volume;
+    return report;
+}
+
+void Part::Transform(Placement const& placement) {
+    auto const& m = placement.rows;
+    auto const minor = [&m](std::size_t a, std::size_t b) { return m[1][a] * m[2][b] - m[1][b] * m[2][a]; };
+    double const determinant = m[0][0] * minor(1, 2) - m[0][1] * minor(0, 2) + m[0][2] * minor(0, 1);
+    for (auto const& row : m) {
+        for (double const value : row) {
+            if (!std::isfinite(value))
+                throw Error(ErrorKind::kArgument, "a number of the placement is not finite");
+        }
+    }
+    if (determinant == 0.0 || !std::isfinite(determinant)) {
+        throw Error(ErrorKind::kArgument, "the placement flattens the part");
+    }
+    auto state = std::make_shared<State>();
+    state->mesh = m_State->mesh;
+    state->name = m_State->name;
+    state->header = m_State->header;
+    state->format = m_State->format;
+    state->report = m_State->report;
+    for (Point3& p : state->mesh.points) {
+        auto const along = [p, &m](std::size_t i) {
+            return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];
+        };
+        p = {along(0), along(1), along(2)};
+        if (!IsInRange(p)) throw Error(ErrorKind::kArgument, "the placement moves a point beyond 1e10");
+    }
+    if (determinant < 0.0) {
+        for (Triangle& t : state->mesh.triangles) std::swap(t[1], t[2]);
+    }
+    SetMeasures(*state, m_State->measures.openEdges);
+    m_State = std::move(state);
+}
+
+std::vector<Part> Part::Split() const {
+    std::span<Body const> const bodies = Bodies();
+    std::vector<std::vector<std::size_t>> members(bodies.size());
+    for (std::size_t i = 0; i < bodies.size(); ++i) members[bodies[i].Enclosing().value_or(i)].push_back(i);
+    std::vector<Part> parts;
+    for (std::vector<std::size_t> const& group : members) {
+        if (group.empty()) continue;
+        auto state = std::make_shared<State>();
+        std::int64_t openEdges = 0;
+        for (std::size_t const i : group) {
+            auto const offset = static_cast<std::int32_t>(state->mesh.points.size());
+            state->mesh.points.insert(state->mesh.points.end(), bodies[i].Points().begin(),
+                                      bodies[i].Points().end());
+            for (Triangle const& t : bodies[i].Triangles()) {
+                state->mesh.triangles.push_back({t[0] + offset, t[1] + offset, t[2] + offset});
+            }
+            openEdges += bodies[i].Measures().openEdges;
+        }
+        state->name = m_State->name;
+        state->header = m_State->header;
+        state->format = m_State->format;
+        auto const facets = static_cast<std::int64_t>(state->mesh.triangles.size());
+        state->report.facetsInFile = facets;
+        state->report.facetsRead = facets;
+        state->report.openEdgesExact = openEdges;
+        state->report.openEdges = openEdges;
+        SetMeasures(*state, openEdges);
+        parts.push_back(Part(std::move(state)));
+    }
+    return parts;
+}
+
+}  // namespace varnet

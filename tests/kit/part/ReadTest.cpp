@@ -1,0 +1,239 @@
+#include <Varnet64.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "PartChecks.h"
+#include "TestFiles.h"
+
+namespace varnet {
+namespace {
+
+std::string MessageOf(std::filesystem::path const& path) {
+    try {
+        Part::Read(path);
+    } catch (Error const& error) {
+        return error.what();
+    }
+    return "";
+}
+
+bool Holds(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
+
+TEST(ReadPart, BinaryAndAsciiStlGiveTheFacetsInTheirOrder) {
+    TestFolder const folder;
+    for (shapes::Mesh const& mesh :
+         {shapes::Cube(10.0f), shapes::Bracket(), shapes::Moved(shapes::UvSphere(3.0, 9, 12), 1, 2, 3)}) {
+        Part const binary = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh, "a header")));
+        EXPECT_EQ(FacetsOf(binary), FacetsOf(mesh));
+        EXPECT_EQ(binary.Format(), MeshFormat::kBinaryStl);
+        EXPECT_EQ(binary.Header(), "a header");
+        EXPECT_EQ(binary.Name(), "a");
+        for (char const* const end : {"\n", "\r\n", "\r"}) {
+            Part const ascii = Part::Read(folder.Write("b.stl", shapes::ToAsciiStl(mesh, "my part", end)));
+            ASSERT_EQ(ascii.Triangles().size(), mesh.size());
+            EXPECT_EQ(ascii.Format(), MeshFormat::kAsciiStl);
+            EXPECT_EQ(ascii.Header(), "my part");
+            EXPECT_EQ(ascii.Report().openEdgesExact, 0);
+        }
+    }
+}
+
+TEST(ReadPart, CornersAreJoinedWhereTheyAreEqualAndMinusZeroIsZero) {
+    Soup soup;
+    soup.points = {{0.0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {-0.0, 0, -0.0}, {0, 1, 0}, {1e-300, 0, 0}};
+    soup.triangles = {{0, 1, 2}, {3, 4, 1}, {5, 4, 1}};
+    IntakeSettings settings;
+    settings.heal = false;
+    Part const part(soup.points, soup.triangles, settings);
+    EXPECT_EQ(part.Points().size(), 4u);
+    EXPECT_EQ(part.Triangles()[0], (Triangle{0, 1, 2}));
+    EXPECT_EQ(part.Triangles()[1], (Triangle{0, 2, 1}));
+    EXPECT_EQ(part.Triangles()[2], (Triangle{3, 2, 1}));
+}
+
+TEST(ReadPart, AnIndexThatNoPointHasIsNamed) {
+    std::vector<Point3> const points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    for (std::int32_t const bad : {-1, 3, 2147483647}) {
+        std::vector<Triangle> const triangles = {{0, 1, 2}, {0, 1, bad}};
+        try {
+            Part const part(points, triangles);
+            ADD_FAILURE();
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kArgument);
+            EXPECT_TRUE(Holds(error.what(), "triangle 1")) << error.what();
+        }
+    }
+}
+
+TEST(ReadPart, ArraysWithoutTrianglesGiveAnEmptyPart) {
+    Part const part = Part(std::span<Point3 const>(), std::span<Triangle const>());
+    EXPECT_TRUE(part.Triangles().empty());
+    EXPECT_TRUE(part.Bodies().empty());
+    EXPECT_TRUE(Part().Bodies().empty());
+    EXPECT_TRUE(Part().Measures().box.IsEmpty());
+}
+
+TEST(ReadPart, FacetsThatAreNoneAreLeftOutAndCounted) {
+    shapes::Mesh mesh = shapes::Cube(10.0f);
+    float const nan = std::numeric_limits<float>::quiet_NaN();
+    float const infinite = std::numeric_limits<float>::infinity();
+    mesh.push_back({shapes::Corner{nan, 0, 0}, shapes::Corner{1, 0, 0}, shapes::Corner{0, 1, 0}});
+    mesh.push_back({shapes::Corner{0, 0, 0}, shapes::Corner{1, -infinite, 0}, shapes::Corner{0, 1, 0}});
+    mesh.push_back({shapes::Corner{0, 0, 0}, shapes::Corner{1, 0, 0}, shapes::Corner{0, 1, 2e10f}});
+    mesh.push_back({shapes::Corner{0, 0, 0}, shapes::Corner{1, 0, 0}, shapes::Corner{-0.0f, 0, 0}});
+    TestFolder const folder;
+    Part const part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh)));
+    EXPECT_EQ(part.Report().facetsInFile, 16);
+    EXPECT_EQ(part.Report().facetsRead, 16);
+    EXPECT_EQ(part.Report().notFinite, 3);
+    EXPECT_EQ(part.Report().degenerate, 1);
+    EXPECT_EQ(FacetsOf(part), FacetsOf(shapes::Cube(10.0f)));
+}
+
+TEST(ReadPart, FilesThatAreNoModelSaySo) {
+    TestFolder const folder;
+    auto const message = [&](std::string const& bytes) { return MessageOf(folder.Write("x.stl", bytes)); };
+    EXPECT_TRUE(Holds(message("<!DOCTYPE html>\n<html><body>Not found</body></html>\n"), "HTML"));
+    EXPECT_TRUE(
+        Holds(message("version https://git-lfs.github.com/spec/v1\noid sha256:12\nsize 12\n"), "Git LFS"));
+    std::string wide = "\xFF\xFE";
+    for (char const c : shapes::ToAsciiStl(shapes::Cube(1.0f))) wide += {c, '\0'};
+    EXPECT_TRUE(Holds(message(wide), "UTF-16"));
+    EXPECT_TRUE(Holds(message(wide.substr(2)), "UTF-16"));
+    EXPECT_TRUE(Holds(message("404: Not Found"), "no ASCII STL"));
+    std::string line = shapes::ToAsciiStl(shapes::Cube(1.0f));
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    EXPECT_TRUE(Holds(message(line), "one line"));
+    EXPECT_TRUE(Holds(message(""), "empty"));
+    EXPECT_TRUE(Holds(message("solid nothing\nendsolid nothing\n"), "no facets"));
+    EXPECT_TRUE(Holds(message(shapes::ToBinaryStl({})), "no facets"));
+    std::string const cube = shapes::ToBinaryStl(shapes::Cube(1.0f));
+    EXPECT_TRUE(Holds(message(cube.substr(0, cube.size() - 1)), "announces 12 facets, and holds 11"));
+    EXPECT_TRUE(Holds(message(cube + cube), "announces 12 facets"));
+    EXPECT_TRUE(Holds(message("$$HEADERSTART\n$$ASCII\n$$HEADEREND\n"), "slices"));
+    EXPECT_EQ(MessageOf(folder / "none.stl"), (folder / "none.stl").string() + ": no such file");
+    EXPECT_TRUE(Holds(MessageOf(folder.Path()), "folder"));
+}
+
+TEST(ReadPart, ABinaryFileWhoseSizeAgreesIsBinaryWhateverItsBytes) {
+    TestFolder const folder;
+    for (char const* const header :
+         {"solid a\nfacet normal 0 0 1\n outer loop\n vertex 0 0 0\n", "<html>", "CSM3.0", "PK\x03\x04"}) {
+        Part const part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(shapes::Cube(5.0f), header)));
+        EXPECT_EQ(part.Format(), MeshFormat::kBinaryStl);
+        EXPECT_EQ(part.Triangles().size(), 12u);
+    }
+}
+
+TEST(ReadPart, StrayBytesBehindTheLastFacetAreNoted) {
+    TestFolder const folder;
+    Part const part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(shapes::Cube(5.0f)) + "abc"));
+    EXPECT_EQ(part.Triangles().size(), 12u);
+    ASSERT_EQ(part.Report().notes.size(), 1u);
+    EXPECT_TRUE(Holds(part.Report().notes[0], "3 bytes"));
+}
+
+TEST(ReadPart, EveryCutOfABinaryFileIsRefused) {
+    TestFolder const folder;
+    std::string const bytes = shapes::ToBinaryStl(shapes::Cube(5.0f));
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        EXPECT_THROW(Part::Read(folder.Write("a.stl", bytes.substr(0, size))), Error) << size;
+    }
+}
+
+TEST(ReadPart, EveryCutOfATextGivesItsWholeFacetsOrIsRefused) {
+    TestFolder const folder;
+    shapes::Mesh const mesh = shapes::Moved(shapes::Cube(5.5f), 0.25f, 0.125f, 0.0f);
+    std::string const bytes = shapes::ToAsciiStl(mesh);
+    std::vector<Corners> const facets = FacetsOf(mesh);
+    IntakeSettings settings;
+    settings.heal = false;
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+        try {
+            Part const part = Part::Read(folder.Write("a.stl", bytes.substr(0, size)), settings);
+            std::vector<Corners> const read = FacetsOf(part);
+            ASSERT_LE(read.size(), facets.size());
+            EXPECT_TRUE(std::equal(read.begin(), read.end(), facets.begin())) << size;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kContent);
+        }
+    }
+}
+
+TEST(ReadPart, TextIsReadByItsWords) {
+    TestFolder const folder;
+    std::string const text =
+        "  SOLID vertex facet m\xC3\xBCll\n\n# a comment, vertex 1 2 3\n\tFacet Normal 0 0 1\r\n  OUTER "
+        "LOOP\n"
+        "    Vertex 0 0 0\n\n    vertex +1.0E+0 0 -0\n    vertex 0 10e-1 0\n  endloop\nendFacet\nendsolid "
+        "vertex\n"
+        "; facet vertex 1 1 1\nsolid b\nfacet normal nan nan nan\nouter loop vertex 0 0 1 vertex 1 0 1\n"
+        "vertex 0 1 1e-400\nendloop\nendfacet\nendsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    ASSERT_EQ(part.Triangles().size(), 2u);
+    EXPECT_EQ(part.Header(), "vertex facet m\xC3\xBCll");
+    EXPECT_EQ(part.Report().facetsInFile, 2);
+    EXPECT_TRUE(part.Report().notes.empty());
+    EXPECT_EQ(part.Points()[1], (Point3{1, 0, 0}));
+    EXPECT_EQ(part.Points()[2], (Point3{0, 1, 0}));
+}
+
+TEST(ReadPart, FacetsThatTheTextLosesAreCountedAndTheFirstIsNamed) {
+    TestFolder const folder;
+    std::string const facet =
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n";
+    std::string const broken =
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 x 0\nvertex 0 1 0\nendloop\nendfacet\n";
+    std::string const square =
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 1 1 0\nvertex 0 1 "
+        "0\nendloop\nendfacet\n";
+    Part const part =
+        Part::Read(folder.Write("a.stl", "solid a\n" + facet + broken + facet + square + "endsolid a\n"));
+    EXPECT_EQ(part.Report().facetsRead, 2);
+    // 13 words vertex: four facets and a corner.
+    EXPECT_EQ(part.Report().facetsInFile, 5);
+    ASSERT_EQ(part.Report().notes.size(), 1u);
+    EXPECT_EQ(part.Report().notes[0], "3 facets of 5 could not be read, the first in line 9");
+}
+
+TEST(ReadPart, ScaleIsTakenAsSettingsSay) {
+    IntakeSettings settings;
+    settings.scale = 25.4;
+    EXPECT_NEAR(PartOf(shapes::Cube(1.0f), settings).Measures().volume, 25.4 * 25.4 * 25.4, 1e-9);
+    for (double const bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) {
+        settings.scale = bad;
+        EXPECT_THROW(PartOf(shapes::Cube(1.0f), settings), Error);
+    }
+}
+
+TEST(ReadPart, ProgressNeverFallsAndStopsTheRead) {
+    IntakeSettings settings;
+    double last = 0.0;
+    int calls = 0;
+    settings.progress = [&](double share) {
+        EXPECT_GE(share, last);
+        EXPECT_LE(share, 1.0);
+        last = share;
+        ++calls;
+        return true;
+    };
+    TestFolder const folder;
+    auto const path = folder.Write("a.stl", shapes::ToBinaryStl(shapes::IcoSphere(10.0, 7)));
+    Part::Read(path, settings);
+    EXPECT_EQ(last, 1.0);
+    for (int stop = 1; stop <= calls; ++stop) {
+        int left = stop;
+        settings.progress = [&](double) { return --left > 0; };
+        try {
+            Part::Read(path, settings);
+            ADD_FAILURE();
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kCancelled);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace varnet

@@ -1,0 +1,81 @@
+#include <Varnet64.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "PartChecks.h"
+#include "TestFiles.h"
+
+namespace varnet {
+namespace {
+
+TEST(WritePart, EveryFormatThatIsWrittenReadsBackAndSaysWhatItLost) {
+    TestFolder const folder;
+    Part const part = PartOf(shapes::Bracket());
+    for (MeshFormat const format :
+         {MeshFormat::kBinaryStl, MeshFormat::kPlainCsm, MeshFormat::kStripCsm, MeshFormat::kRingCsm}) {
+        SCOPED_TRACE(NameOf(format));
+        WriteReport const report = part.Write(folder / "a.out", format);
+        EXPECT_EQ(report.facetsBefore, static_cast<std::int64_t>(part.Triangles().size()));
+        EXPECT_EQ(report.facetsAfter, report.facetsBefore);
+        EXPECT_EQ(report.openEdgesBefore, 0);
+        EXPECT_EQ(report.openEdgesAfter, 0);
+        EXPECT_NEAR(report.volumeAfter, report.volumeBefore, 1e-4 * report.volumeBefore);
+        EXPECT_EQ(Part::Read(folder / "a.out").Format(), format);
+        EXPECT_FALSE(std::filesystem::exists(folder / "a.out.part"));
+    }
+}
+
+TEST(WritePart, TouchingShellsLoseFacetsInWhatHoldsNoCoincidentOnes) {
+    TestFolder const folder;
+    Part const part = PartOf(shapes::CubesAtFace());
+    EXPECT_EQ(part.Write(folder / "a.stl").facetsAfter, 24);
+    EXPECT_EQ(part.Write(folder / "a.csm", MeshFormat::kPlainCsm).facetsAfter, 24);
+    WriteReport const strips = part.Write(folder / "b.csm", MeshFormat::kStripCsm);
+    EXPECT_EQ(strips.facetsAfter, 20);
+    EXPECT_EQ(strips.openEdgesAfter, 0);
+    EXPECT_NEAR(strips.volumeAfter, 2000.0, 1e-6);
+}
+
+TEST(WritePart, BinaryStlHasTheCornersAsRead) {
+    TestFolder const folder;
+    shapes::Mesh const mesh = shapes::Shuffled(shapes::Gyroid(12), 5);
+    Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh))).Write(folder / "b.stl");
+    std::string const a = ReadBytes(folder / "a.stl");
+    std::string const b = ReadBytes(folder / "b.stl");
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 84; i < a.size(); i += 50) {
+        EXPECT_EQ(a.substr(i + 12, 36), b.substr(i + 12, 36));
+    }
+}
+
+TEST(WritePart, FormatsThatAreNotWrittenAreRefused) {
+    TestFolder const folder;
+    for (MeshFormat const format : {MeshFormat::kAsciiStl, MeshFormat::kOltp, MeshFormat::kThreeDmf}) {
+        EXPECT_THROW(PartOf(shapes::Cube(1.0f)).Write(folder / "a.stl", format), Error);
+        EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+    }
+    EXPECT_THROW(PartOf(shapes::Cube(1.0f)).Write(folder / "no" / "such.stl"), Error);
+}
+
+TEST(TransformPart, MovesAndMirrorsAndKeepsTheOutsideOutside) {
+    Part part = PartOf(shapes::Cube(10.0f));
+    Part const before = part;
+    Placement placement;
+    placement.rows = {{{-2, 0, 0, 5}, {0, 1, 0, 0}, {0, 0, 1, -3}}};
+    part.Transform(placement);
+    EXPECT_NEAR(part.Measures().volume, 2000.0, 1e-9);
+    EXPECT_EQ(part.Measures().box.min, (Point3{-15, 0, -3}));
+    EXPECT_EQ(part.Measures().box.max, (Point3{5, 10, 7}));
+    EXPECT_NEAR(before.Measures().volume, 1000.0, 1e-9);
+    placement.rows[0] = {0, 0, 0, 0};
+    EXPECT_THROW(part.Transform(placement), Error);
+    placement.rows[0] = {std::nan(""), 0, 0, 0};
+    EXPECT_THROW(part.Transform(placement), Error);
+    placement.rows[0] = {1, 0, 0, 1e11};
+    EXPECT_THROW(part.Transform(placement), Error);
+    EXPECT_EQ(part.Measures().box.max, (Point3{5, 10, 7}));
+}
+
+}  // namespace
+}  // namespace varnet
