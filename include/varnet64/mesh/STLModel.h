@@ -193,7 +193,8 @@ public:
     /// is 0 on all facets afterwards.
     ///
     /// Chains grow in the order of their edges. At a vertex of three suspended edges or more the first one
-    /// goes on. The chain of a ring holds the edge that closes it at both ends.
+    /// goes on. The chain of a ring holds the edge that closes it at both ends. The array has the capacity of
+    /// one to which an element was added for each edge.
     int FindSuspendEdge(int nMode, double dUpAngle, double dDownAngle, double dMinLength);
     /// Adds a solid to m_SupportModelList for each support surface. With a distance above 0.0 only for those
     /// with FS_NEEDS_SUPPORT, a closed one: walls and a lower cap that distance (millimetres) below the
