@@ -147,7 +147,8 @@ public:
     /// neighbouring facet whose normal is nearest to that of the facet beside it, if they differ by less than
     /// 60 degrees over the root of the area, 120 at most. In the order of the surfaces, each as the merges
     /// before have left it; cached areas are those from the beginning. Surfaces left without facets are taken
-    /// out of the array and destroyed. m_nRegion is 0 on all facets afterwards.
+    /// out of the array and stay allocated: nothing of the library refers to them any more, and a host that
+    /// holds one may destroy it. m_nRegion is 0 on all facets afterwards.
     void UnionSmallSurface();
     /// ExtractFeatherSurf with JionJudgeFun at 30 degrees, UnionSmallSurface, then FindSurfaceVerge on every
     /// surface.
