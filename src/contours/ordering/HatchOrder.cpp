@@ -8,8 +8,8 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
-#include "foundation/LeaveAllocated.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/LeaveAllocated.h"
 
 using namespace varnet;
 
