@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/memory/AddNew.h"
+#include "foundation/memory/LeaveAllocated.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetGraph.h"
 #include "mesh/RegionGrowth.h"
@@ -159,7 +160,7 @@ void MoveFacets(CFeatureSurface& from, CFeatureSurface& to, int nTarget) {
     from.m_aFacet.RemoveAll();
 }
 
-// Takes the surfaces without facets out of the array, all in one pass, and destroys them.
+// Takes the surfaces without facets out of the array, all in one pass. A host may hold them.
 void DropEmptySurfaces(XR_CArray<CFeatureSurface*, CFeatureSurface*>& surfaces) {
     int nKept = 0;
     for (int i = 0; i < surfaces.m_nSize; ++i) {
@@ -167,7 +168,7 @@ void DropEmptySurfaces(XR_CArray<CFeatureSurface*, CFeatureSurface*>& surfaces) 
         if (pSurface->m_aFacet.m_nSize > 0) {
             surfaces[nKept++] = pSurface;
         } else {
-            delete pSurface;
+            LeaveAllocated(pSurface);
         }
     }
     surfaces.RemoveAt(nKept, surfaces.m_nSize - nKept);

@@ -1,6 +1,7 @@
 // Finding the lines of a model that hang in the air.
 
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 #include "mesh/FacetCorners.h"
@@ -51,13 +52,22 @@ std::vector<MeshEdge> EdgesOfMode(CSTLModel const& model, int nMode, double dSlo
     return found;
 }
 
+// Chains come about from one chain for each edge, which they absorb, and removing keeps the capacity: the
+// empty array gets that of one that has held them all.
+void GrowForEach(std::vector<MeshEdge> const& edges, XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains) {
+    for (std::size_t i = 0; i < edges.size(); ++i) chains.Add(nullptr);
+    chains.RemoveAt(0, chains.GetSize());
+}
+
 }  // namespace
 
 int CSTLModel::FindSuspendEdge(int nMode, double dUpAngle, double dDownAngle, double dMinLength) {
     ClearSuspendEdge();
     FlagLevelFacets(*this, dUpAngle, dDownAngle);
     double const dSlopeLimit = std::tan(ToRadians((nMode == 1 ? dUpAngle : dDownAngle) - kSlopeMargin));
-    ChainEdges(EdgesOfMode(*this, nMode, dSlopeLimit), m_SuspendEdgeArray);
+    std::vector<MeshEdge> const edges = EdgesOfMode(*this, nMode, dSlopeLimit);
+    GrowForEach(edges, m_SuspendEdgeArray);
+    ChainEdges(edges, m_SuspendEdgeArray);
     int nSelected = 0;
     for (int i = 0; i < m_SuspendEdgeArray.m_nSize; ++i) {
         CFeatureEdge& chain = *m_SuspendEdgeArray[i];

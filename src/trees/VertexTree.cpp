@@ -35,7 +35,10 @@ void WriteVertex(tagVertexNode const& node, ByteWriter& writer) {
 }  // namespace
 
 void* tagVertexNode::operator new(std::size_t nSize) {
-    return nSize == sizeof(tagVertexNode) ? AllocateVertexSlot() : ::operator new(nSize);
+    if (nSize != sizeof(tagVertexNode)) return ::operator new(nSize);
+    void* const pSlot = AllocateVertexSlot();
+    facet_list::ForgetBlock(pSlot);
+    return pSlot;
 }
 
 void* tagVertexNode::operator new(std::size_t nSize, std::nothrow_t const&) noexcept {

@@ -1,6 +1,8 @@
 #include "mesh/FacetIntake.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <random>
 
 #include "MeshChecks.h"
@@ -292,4 +294,32 @@ TEST(AddFacet, VertexOfVeryManyFacetsKeepsThemInOrder) {
     ASSERT_EQ(5000, pHub->m_nFacetNum);
     for (int n = 0; n < 5000; ++n) ASSERT_EQ(&FacetAt(model, n), pHub->m_ppFacet[n]);
     ExpectInvariants(model);
+}
+
+// The address sanitizer sees what is written behind a list.
+TEST(AddFacet, ListsThatAHostHasMadeGrowBeforeAFacetIsEntered) {
+    for (int nFacets = 1; nFacets <= 40; ++nFacets) {
+        CSTLModel model;
+        for (int n = 0; n < nFacets; ++n) {
+            AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(2 * n, 1, 1), CPoint3D(2 * n + 1, 1, 1));
+        }
+        std::vector<CFacet*> facets = FacetsOf(model);
+        tagVertexNode* const pHub = facets[0]->m_pVertex1;
+        ASSERT_EQ(nFacets, pHub->m_nFacetNum);
+        CFacet** const ppOfLibrary = pHub->m_ppFacet;
+        std::size_t const nBytes = facets.size() * sizeof(CFacet*);
+        pHub->m_ppFacet = static_cast<CFacet**>(std::malloc(nBytes));
+        ASSERT_NE(nullptr, pHub->m_ppFacet);
+        std::memcpy(static_cast<void*>(pHub->m_ppFacet), facets.data(), nBytes);
+        for (int n = nFacets; n < nFacets + 3; ++n) {
+            AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(2 * n, 1, 1), CPoint3D(2 * n + 1, 1, 1));
+        }
+        facets = FacetsOf(model);
+        ASSERT_EQ(nFacets + 3, pHub->m_nFacetNum);
+        for (int n = 0; n < nFacets + 3; ++n)
+            ASSERT_EQ(facets[static_cast<std::size_t>(n)], pHub->m_ppFacet[n]);
+        ExpectInvariants(model);
+        model.ReleaseAllFacet();
+        if (nFacets > 7) std::free(static_cast<void*>(ppOfLibrary));
+    }
 }

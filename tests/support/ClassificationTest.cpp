@@ -1,5 +1,7 @@
 // Dividing a model into feature surfaces.
 
+#include <algorithm>
+
 #include "LiteralSupport.h"
 #include "RandomParts.h"
 
@@ -209,6 +211,52 @@ TEST(Classification, SmallSurfaceWithNoneWithinTheLimitStays) {
     EXPECT_EQ(2, fold(86.0));
     EXPECT_EQ(1, fold(84.0));
     EXPECT_EQ(1, fold(20.0));
+}
+
+namespace {
+
+int g_nDestroyed = 0;
+
+struct WatchedSurface : CFeatureSurface {
+    ~WatchedSurface() override { ++g_nDestroyed; }
+};
+
+// Puts watched surfaces with the same facets in place of the model's.
+std::vector<CFeatureSurface*> WatchSurfaces(CSTLModel& model) {
+    std::vector<CFeatureSurface*> watched;
+    auto& surfaces = model.m_SurfaceArray.m_aSurface;
+    for (int i = 0; i < surfaces.GetSize(); ++i) {
+        watched.push_back(new WatchedSurface);
+        watched.back()->m_aFacet.Copy(surfaces[i]->m_aFacet);
+        surfaces[i]->m_aFacet.RemoveAll();
+        delete surfaces[i];
+        surfaces[i] = watched.back();
+    }
+    return watched;
+}
+
+}  // namespace
+
+TEST(Classification, EmptiedSurfacesLeaveTheArrayAndStayAllocated) {
+    NumberedModel m(shapes::Cube(0.6f));
+    m.model.ExtractFeatherSurf(CSTLModel::JionJudgeFun, JoinDistance2());
+    std::vector<CFeatureSurface*> const before = WatchSurfaces(m.model);
+    g_nDestroyed = 0;
+    m.model.UnionSmallSurface();
+    EXPECT_EQ(0, g_nDestroyed);
+    auto const& surfaces = m.model.m_SurfaceArray.m_aSurface;
+    int nEmptied = 0;
+    for (CFeatureSurface* const p : before) {
+        if (std::count(surfaces.m_pData, surfaces.m_pData + surfaces.GetSize(), p) != 0) continue;
+        EXPECT_EQ(0, p->m_aFacet.m_nSize);
+        EXPECT_EQ(0, p->m_aFacet.m_nMaxSize);
+        EXPECT_GT(p->m_dArea, 0.0);
+        delete p;
+        ++nEmptied;
+    }
+    EXPECT_EQ(6 - surfaces.GetSize(), nEmptied);
+    EXPECT_GT(nEmptied, 0);
+    EXPECT_EQ(nEmptied, g_nDestroyed);
 }
 
 TEST(Classification, ModelWithoutFacetsIsLeftWithoutSurfaces) {

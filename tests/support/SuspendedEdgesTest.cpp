@@ -287,6 +287,31 @@ TEST(SuspendedEdges, AgreesWithTheLiteralSearchOnRandomMeshes) {
     EXPECT_GT(nChains, 300u);
 }
 
+// Joining takes edges out of the array, which keeps its capacity.
+TEST(SuspendedEdges, ArrayKeepsTheCapacityOfOneElementForEachEdge) {
+    std::size_t nJoined = 0;
+    for (std::uint32_t nSeed = 0; nSeed < 60; ++nSeed) {
+        for (int const nGrowBy : {0, 1, 7}) {
+            SCOPED_TRACE(testing::Message() << nSeed << ", " << nGrowBy);
+            NumberedModel m(RandomParts(nSeed).Make(nSeed));
+            auto const expected = literal::SuspendedEdges(m.facets, 0, 35.0, 30.0);
+            auto& chains = m.model.m_SuspendEdgeArray;
+            chains.m_nGrowBy = nGrowBy;
+            XR_CArray<CFeatureEdge*, CFeatureEdge*> held;
+            held.m_nGrowBy = nGrowBy;
+            for (std::size_t i = 0; i < expected.edges.size(); ++i) held.Add(nullptr);
+            for (int nTwice = 0; nTwice < 2; ++nTwice) {
+                m.model.FindSuspendEdge(0, 35.0, 30.0, 1.5);
+                ASSERT_EQ(held.m_nMaxSize, chains.m_nMaxSize);
+                ASSERT_EQ(nGrowBy, chains.m_nGrowBy);
+                ASSERT_EQ(expected.edges.empty(), chains.m_pData == nullptr);
+            }
+            nJoined += expected.edges.size() - static_cast<std::size_t>(chains.GetSize());
+        }
+    }
+    EXPECT_GT(nJoined, 100u);
+}
+
 TEST(EdgeChains, RandomEdgeSetsWithJunctionsAndRingsAreChainedAsByTheScan) {
     std::mt19937 random(11);
     for (int nTry = 0; nTry < 3000; ++nTry) {

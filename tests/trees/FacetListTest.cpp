@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -57,6 +58,85 @@ TEST(FacetList, ListsGrowBesideEachOther) {
         for (std::uintptr_t n = 0; n < 12; ++n)
             ASSERT_EQ(FacetNumber(1000 * n + i), vertices[i]->m_ppFacet[n]);
     }
+}
+
+namespace {
+
+struct FreeBlock {
+    void operator()(CFacet** ppBlock) const { std::free(static_cast<void*>(ppBlock)); }
+};
+
+// A list as a host makes it: exactly as many entries as there are facets.
+void SetListByHand(tagVertexNode& vertex, std::uintptr_t nFacets) {
+    vertex.m_ppFacet = static_cast<CFacet**>(std::malloc(nFacets * sizeof(CFacet*)));
+    ASSERT_NE(nullptr, vertex.m_ppFacet);
+    for (std::uintptr_t n = 0; n < nFacets; ++n) vertex.m_ppFacet[n] = FacetNumber(n);
+    vertex.m_nFacetNum = static_cast<std::int32_t>(nFacets);
+}
+
+void ExpectFacets(tagVertexNode const& vertex, std::uintptr_t nFacets) {
+    ASSERT_EQ(static_cast<int>(nFacets), vertex.m_nFacetNum);
+    for (std::uintptr_t n = 0; n < nFacets; ++n) ASSERT_EQ(FacetNumber(n), vertex.m_ppFacet[n]);
+}
+
+}  // namespace
+
+// The address sanitizer sees what is written behind a list.
+TEST(FacetList, NothingIsWrittenBehindAListThatAHostHasMade) {
+    for (std::uintptr_t nOfLibrary : {0, 1, 7, 8, 20}) {
+        for (std::uintptr_t nFacets = 1; nFacets <= 40; ++nFacets) {
+            OwnedVertex const pVertex(new tagVertexNode);
+            for (std::uintptr_t n = 0; n < nOfLibrary; ++n) facet_list::Add(*pVertex, FacetNumber(n));
+            bool const bBlock = nOfLibrary > 0 && pVertex->m_ppFacet != facet_list::OwnList(*pVertex);
+            std::unique_ptr<CFacet*, FreeBlock> const replaced(bBlock ? pVertex->m_ppFacet : nullptr);
+            SetListByHand(*pVertex, nFacets);
+            for (std::uintptr_t n = nFacets; n < nFacets + 30; ++n) facet_list::Add(*pVertex, FacetNumber(n));
+            ExpectFacets(*pVertex, nFacets + 30);
+        }
+    }
+}
+
+TEST(FacetList, ListThatAHostHasGrownIsReallocatedOnceMore) {
+    OwnedVertex const pVertex(new tagVertexNode);
+    SetListByHand(*pVertex, 8);
+    std::uintptr_t nFacets = 8;
+    while (nFacets < 60) {
+        facet_list::Add(*pVertex, FacetNumber(nFacets++));
+        void* const pGrown =
+            std::realloc(static_cast<void*>(pVertex->m_ppFacet), (nFacets + 1) * sizeof(CFacet*));
+        ASSERT_NE(nullptr, pGrown);
+        pVertex->m_ppFacet = static_cast<CFacet**>(pGrown);
+        pVertex->m_ppFacet[nFacets] = FacetNumber(nFacets);
+        pVertex->m_nFacetNum = static_cast<std::int32_t>(++nFacets);
+    }
+    ExpectFacets(*pVertex, nFacets);
+}
+
+// The annex of a slot that is used anew may hold what it said of another vertex.
+TEST(FacetList, NewVertexKnowsNoBlockOfAnEarlierOne) {
+    OwnedVertex const pVertex(new tagVertexNode);
+    SetListByHand(*pVertex, 9);
+    facet_list::BlockRecord const earlier{pVertex->m_ppFacet, 2 * 31 + 1, 9};
+    std::memcpy(AnnexOf(pVertex.get()), &earlier, sizeof earlier);
+    EXPECT_TRUE(facet_list::HasRoom(*pVertex, earlier));
+    facet_list::ForgetBlock(pVertex.get());
+    for (std::uintptr_t n = 9; n < 20; ++n) facet_list::Add(*pVertex, FacetNumber(n));
+    ExpectFacets(*pVertex, 20);
+}
+
+// Growing by one entry each time would take a million reallocations.
+TEST(FacetList, BlockHasRoomToSpare) {
+    OwnedVertex const pVertex(new tagVertexNode);
+    SetListByHand(*pVertex, 3);
+    int nMoves = 0;
+    for (std::uintptr_t n = 3; n < 100000; ++n) {
+        facet_list::BlockRecord before;
+        std::memcpy(&before, AnnexOf(pVertex.get()), sizeof before);
+        nMoves += facet_list::HasRoom(*pVertex, before) ? 0 : 1;
+        facet_list::Add(*pVertex, FacetNumber(n));
+    }
+    ExpectFacets(*pVertex, 100000);
+    EXPECT_LE(nMoves, 17);
 }
 
 // A host that has set a list of its own from the heap has it freed with the vertex.

@@ -107,9 +107,9 @@ public:
     /// Orders the hatches: from pos each time the one with the nearest end (nMode 0), the one with the
     /// farthest end (1), or one by chance, by a number of rand for each end of each hatch that is left. The
     /// first of equals is taken, the start before the end. A hatch that is entered at its end is replaced by
-    /// a new one that runs the other way, without flags: pointers to hatches are void. Hatches that can't be
-    /// entered are destroyed: those without edges, and those that are 1e15 or more away (nMode 0), or
-    /// nowhere.
+    /// a new one that runs the other way, without flags: pointers to these are void. Hatches that can't be
+    /// entered leave the list: those without edges are destroyed, those that are 1e15 or more away (nMode 0),
+    /// or nowhere, stay allocated as they are and belong to the host.
     ///
     /// Near and far passes take time in proportion to n log n; a pass by chance draws for all pairs.
     void OptimizeHatchs(CPoint2D& pos, int nMode);

@@ -147,7 +147,8 @@ public:
     /// neighbouring facet whose normal is nearest to that of the facet beside it, if they differ by less than
     /// 60 degrees over the root of the area, 120 at most. In the order of the surfaces, each as the merges
     /// before have left it; cached areas are those from the beginning. Surfaces left without facets are taken
-    /// out of the array and destroyed. m_nRegion is 0 on all facets afterwards.
+    /// out of the array and stay allocated: nothing of the library refers to them any more, and a host that
+    /// holds one may destroy it. m_nRegion is 0 on all facets afterwards.
     void UnionSmallSurface();
     /// ExtractFeatherSurf with JionJudgeFun at 30 degrees, UnionSmallSurface, then FindSurfaceVerge on every
     /// surface.
@@ -193,7 +194,8 @@ public:
     /// is 0 on all facets afterwards.
     ///
     /// Chains grow in the order of their edges. At a vertex of three suspended edges or more the first one
-    /// goes on. The chain of a ring holds the edge that closes it at both ends.
+    /// goes on. The chain of a ring holds the edge that closes it at both ends. The array has the capacity of
+    /// one to which an element was added for each edge.
     int FindSuspendEdge(int nMode, double dUpAngle, double dDownAngle, double dMinLength);
     /// Adds a solid to m_SupportModelList for each support surface. With a distance above 0.0 only for those
     /// with FS_NEEDS_SUPPORT, a closed one: walls and a lower cap that distance (millimetres) below the

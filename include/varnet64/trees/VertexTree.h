@@ -55,9 +55,13 @@ public:
     CPoint3D* m_pExtrude;      ///< offset position while a surface is extruded, else null
     double m_dZOffset;         ///< Z compensation now applied
     std::int32_t m_nFacetNum;  ///< entries in m_ppFacet
-    CFacet** m_ppFacet;        ///< facets that use the vertex, in order of their adding; owned, read only
-    std::int32_t m_nIndex;     ///< number of nodes in the tree when this one was made
-    float m_fWeight[3];        ///< 1.0; for the host
+    /// Facets that use the vertex, in order of their adding; owned by the vertex. A list that the library has
+    /// made is for reading: it is neither freed nor reallocated by a host. A host may put a list of its own
+    /// in its place, from malloc and with m_nFacetNum entries: the library reallocates it before it adds to
+    /// it, and frees it with the vertex.
+    CFacet** m_ppFacet;
+    std::int32_t m_nIndex;  ///< number of nodes in the tree when this one was made
+    float m_fWeight[3];     ///< 1.0; for the host
 };
 
 /// The vertices of a mesh: an AVL tree ordered by z, then y, then x, in which corners within a tolerance on

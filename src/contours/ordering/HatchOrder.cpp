@@ -9,6 +9,7 @@
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
 #include "foundation/Prefetch.h"
+#include "foundation/memory/LeaveAllocated.h"
 
 using namespace varnet;
 
@@ -143,11 +144,20 @@ std::vector<Ends> OfferEnds(std::vector<CHatch*> const& hatchs, GreedyOrder& ord
 
 enum class EnteredAt : unsigned char { kNone, kStart, kEnd };
 
-// Turns the hatches that were entered at their ends, and destroys those that were not entered.
+// A hatch that no step has chosen. A host may hold one that has edges.
+void LetGo(CHatch* pHatch) {
+    if (pHatch->m_EdgeList.IsEmpty() != 0) {
+        delete pHatch;
+    } else {
+        LeaveAllocated(pHatch);
+    }
+}
+
+// Turns the hatches that were entered at their ends, and lets those go that were not entered.
 void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered) {
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
         PrefetchBehind(hatchs, i);
-        if (entered[i] == EnteredAt::kNone) delete hatchs[i];
+        if (entered[i] == EnteredAt::kNone) LetGo(hatchs[i]);
         if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i]);
     }
 }

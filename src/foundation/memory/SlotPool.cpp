@@ -9,28 +9,19 @@
 
 namespace varnet {
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VARNET_PLAIN_HEAP 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VARNET_PLAIN_HEAP 1
-#endif
-#endif
-
-#if defined(VARNET_PLAIN_HEAP)
+#if VARNET_ADDRESS_SANITIZER
 
 void* AllocateFacetSlot() { return ::operator new(kFacetSlotSize); }
 void FreeFacetSlot(void* pSlot) noexcept { ::operator delete(pSlot); }
 void* AllocateVertexSlot() { return ::operator new(kVertexSlotSize + kVertexAnnexSize); }
 void FreeVertexSlot(void* pSlot) noexcept { ::operator delete(pSlot); }
-void* AnnexOf(void* pSlot) noexcept { return static_cast<char*>(pSlot) + kVertexSlotSize; }
 
 #else
 
 namespace {
 
-// Chunks are aligned to this, so that a slot's address leads to its chunk.
-constexpr std::size_t kChunkSize = std::size_t{128} * 1024;
+using slot_layout::kChunkSize;
+using slot_layout::kFirstSlot;
 
 // A thread that needs more than a few chunks gets them by the region, which is a large page.
 constexpr std::size_t kChunksPerRegion = kLargePage / kChunkSize;
@@ -80,8 +71,7 @@ void ReleaseSlots(Chunk* pChunk, std::int64_t nSlots) noexcept {
         ReleaseChunks(pChunk->pRegion, 1);
 }
 
-// One thread's open chunk for slots of one size, and what is left of its open region. The slots' annexes
-// stand together behind all slots of their chunk.
+// One thread's open chunk for slots of one size, and what is left of its open region.
 template <std::size_t kSlotSize, std::size_t kAnnexSize>
 class SlotPool {
 public:
@@ -98,16 +88,8 @@ public:
         ReleaseSlots(reinterpret_cast<Chunk*>(nAddress & ~(kChunkSize - 1)), 1);
     }
 
-    static void* Annex(void* pSlot) noexcept {
-        std::size_t const nOffset = reinterpret_cast<std::uintptr_t>(pSlot) & (kChunkSize - 1);
-        std::size_t const nIndex = (nOffset - kFirstSlot) / kSlotSize;
-        return static_cast<char*>(pSlot) - nOffset + kSlotsEnd + nIndex * kAnnexSize;
-    }
-
 private:
-    static constexpr std::size_t kFirstSlot = 128;
-    static constexpr std::size_t kSlots = (kChunkSize - kFirstSlot) / (kSlotSize + kAnnexSize);
-    static constexpr std::size_t kSlotsEnd = kFirstSlot + kSlots * kSlotSize;
+    static constexpr std::size_t kSlotsEnd = slot_layout::SlotsEnd(kSlotSize, kAnnexSize);
     static constexpr std::size_t kNoChunk = kChunkSize;
     static_assert(sizeof(Chunk) <= kFirstSlot);
 
@@ -186,7 +168,6 @@ void* AllocateFacetSlot() { return t_FacetPool.Allocate(); }
 void FreeFacetSlot(void* pSlot) noexcept { FacetPool::Free(pSlot); }
 void* AllocateVertexSlot() { return t_VertexPool.Allocate(); }
 void FreeVertexSlot(void* pSlot) noexcept { VertexPool::Free(pSlot); }
-void* AnnexOf(void* pSlot) noexcept { return VertexPool::Annex(pSlot); }
 
 #endif
 

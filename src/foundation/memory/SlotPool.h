@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+
+#include "foundation/memory/AddressSanitizer.h"
 
 namespace varnet {
 
@@ -18,13 +21,33 @@ void FreeFacetSlot(void* pSlot) noexcept;
 
 void* AllocateVertexSlot();
 void FreeVertexSlot(void* pSlot) noexcept;
-/// More room that comes and goes with a slot for a vertex, apart from it, so that walks over the vertices do
-/// not load it. For an address that is no such slot, an address that must not be used.
-void* AnnexOf(void* pVertexSlot) noexcept;
 
 // Sizes that the slots hold at least; the records assert that they fit.
 inline constexpr std::size_t kFacetSlotSize = 56;
 inline constexpr std::size_t kVertexSlotSize = 104;
 inline constexpr std::size_t kVertexAnnexSize = 56;
+
+namespace slot_layout {
+
+// Chunks are aligned to this, so that a slot's address leads to its chunk.
+inline constexpr std::size_t kChunkSize = std::size_t{128} * 1024;
+inline constexpr std::size_t kFirstSlot = 128;
+
+// The annexes of a chunk's slots stand together behind all slots.
+constexpr std::size_t SlotsEnd(std::size_t nSlotSize, std::size_t nAnnexSize) {
+    return kFirstSlot + (kChunkSize - kFirstSlot) / (nSlotSize + nAnnexSize) * nSlotSize;
+}
+
+}  // namespace slot_layout
+
+/// More room that comes and goes with a slot for a vertex, apart from it, so that walks over the vertices do
+/// not load it. For an address that is no such slot, an address that must not be used.
+inline void* AnnexOf(void* pVertexSlot) noexcept {
+    if constexpr (VARNET_ADDRESS_SANITIZER) return static_cast<char*>(pVertexSlot) + kVertexSlotSize;
+    std::size_t const nOffset = reinterpret_cast<std::uintptr_t>(pVertexSlot) & (slot_layout::kChunkSize - 1);
+    std::size_t const nIndex = (nOffset - slot_layout::kFirstSlot) / kVertexSlotSize;
+    return static_cast<char*>(pVertexSlot) - nOffset +
+           slot_layout::SlotsEnd(kVertexSlotSize, kVertexAnnexSize) + nIndex * kVertexAnnexSize;
+}
 
 }  // namespace varnet

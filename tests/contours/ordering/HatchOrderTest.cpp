@@ -114,6 +114,28 @@ TEST(OptimizeHatchs, HatchsThatCannotBeEnteredLeaveTheList) {
     EXPECT_EQ(AllSegments(layer), (std::vector<Segments>{{{{1, 0}, {2, 0}}}}));
 }
 
+TEST(OptimizeHatchs, HatchsWithEdgesThatNoStepChoosesStayAllocatedAsTheyAre) {
+    double const dNaN = std::numeric_limits<double>::quiet_NaN();
+    for (int const nMode : {0, 1}) {
+        CLayer layer;
+        HatchPtr pFar = Hatch({{{2e15, 0}, {2e15, 1}}}, 5);
+        pFar->m_nFlag = HATCH_USED_FLAG;
+        HatchPtr pNowhere = Hatch({{{dNaN, 0}, {0, dNaN}}}, 6);
+        HatchPtr pWithoutEdges = std::make_unique<CHatch>();
+        if (nMode == 0) layer.m_HatchList.AddTail(pFar.get());
+        layer.m_HatchList.AddTail(pWithoutEdges.release());
+        layer.m_HatchList.AddTail(pNowhere.get());
+        Give(layer, Hatch({{{1, 0}, {2, 0}}}));
+        CPoint2D pos;
+        layer.OptimizeHatchs(pos, nMode);
+        ASSERT_EQ(HatchesOf(layer).size(), 1u);
+        EXPECT_EQ(SegmentsOf(*pFar), (Segments{{{2e15, 0}, {2e15, 1}}}));
+        EXPECT_EQ(pFar->m_nFlag, HATCH_USED_FLAG);
+        EXPECT_EQ(pNowhere->m_nID, 6);
+        EXPECT_EQ(pNowhere->m_EdgeList.GetCount(), 1);
+    }
+}
+
 TEST(FindNearHatchAndAdjust, FindsNothingWhereAllAreUsedOrEmpty) {
     CLayer layer;
     Give(layer, Ring())->m_nFlag = HATCH_USED_FLAG;
