@@ -93,6 +93,11 @@ struct SliceWriteSettings {
     std::optional<std::uint64_t> seed;
 };
 
+/// The layer as a file of this mode gives it back: coordinates rounded as they are stored, contours without
+/// parents. Paths that are put in order in this form are in the same order as when the file is read and
+/// ordered afterwards.
+VARNET_KIT_API Layer AsStored(Layer const& layer, SliceMode mode);
+
 /// Writes a slice file layer by layer. Nothing stands under the file's name before Finish; a writer that is
 /// destroyed before leaves nothing. Devices and pipes are written to directly, "-" is standard output, links
 /// keep pointing, and a file that is replaced keeps owner and mode.

@@ -63,7 +63,7 @@ struct SliceReport {
     std::int64_t strokes = 0;  ///< in parts
     std::int64_t supportStrokes = 0;
     double contourLength = 0.0;
-    double volume = 0.0;  ///< cubic millimetres of the layers as they are: area times height of a layer
+    double volume = 0.0;       ///< cubic millimetres of the layers as they are: area times height of a layer
     double solidVolume = 0.0;  ///< the same before contours were thinned out
     /// Cubic millimetres that the closed contours enclosed before overlaps were united and cavities within
     /// nothing dropped, by their winding: for closed parts that of the mesh, up to the height of layers.

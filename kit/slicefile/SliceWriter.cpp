@@ -4,6 +4,7 @@
 #include <random>
 
 #include "files/File.h"
+#include "slicefile/TextLayer.h"
 #include "slicefile/Words.h"
 #include "varnet/SliceFile.h"
 
@@ -166,6 +167,38 @@ std::string HeaderOf(SliceMode mode, std::int64_t layers) {
 }
 
 }  // namespace
+
+Layer AsStored(Layer const& layer, SliceMode mode) {
+    auto const stored = [mode](double value, int decimals) {
+        if (mode != SliceMode::kText) return static_cast<double>(static_cast<float>(value));
+        std::string text;
+        AddNumber(text, value, decimals);
+        double read = 0.0;
+        std::from_chars(text.data(), text.data() + text.size(), read);
+        return read;
+    };
+    auto const point = [&stored](Point2 const& p) {
+        return Point2{stored(p.x, kCoordinateDigits), stored(p.y, kCoordinateDigits)};
+    };
+    Layer result;
+    result.number = layer.number;
+    result.z = stored(layer.z, kHeightDigits);
+    result.cutHeight = layer.cutHeight;
+    std::vector<Point2> points;
+    for (std::size_t i = 0; i < layer.ContourCount(); ++i) {
+        points.clear();
+        ForEachPoint(layer, i, [&](Point2 const& p) { points.push_back(point(p)); });
+        AddPath(result, points, layer.contours[i].id, DirectionOf(layer.contours[i]));
+    }
+    std::vector<Stroke> strokes;
+    for (std::size_t i = 0; i < layer.ChainCount(); ++i) {
+        strokes.clear();
+        for (Stroke const& stroke : layer.ChainStrokes(i))
+            strokes.push_back({point(stroke.from), point(stroke.to)});
+        result.AddChain(strokes, layer.chainIds[i]);
+    }
+    return result;
+}
 
 class SliceWriter::Work {
 public:
