@@ -108,7 +108,7 @@ std::string TextOf(fs::path const& path) {
 
 // ---- reading
 
-InputFile::InputFile(fs::path const& path) : m_Path(path) {
+SeekableFile::SeekableFile(fs::path const& path) : m_Path(path) {
     std::error_code error;
     if (fs::is_directory(path, error)) throw Error(ErrorKind::kFile, path, "is a folder");
     errno = 0;
@@ -122,7 +122,7 @@ InputFile::InputFile(fs::path const& path) : m_Path(path) {
     }
 }
 
-std::size_t InputFile::ReadAt(std::uint64_t place, std::span<char> bytes) {
+std::size_t SeekableFile::ReadAt(std::uint64_t place, std::span<char> bytes) {
     if (place != m_Place && Seek(m_File.get(), place) != 0) {
         throw Error(ErrorKind::kFile, m_Path, "cannot be read: " + ReasonOf(errno));
     }
@@ -136,7 +136,7 @@ std::size_t InputFile::ReadAt(std::uint64_t place, std::span<char> bytes) {
 }
 
 std::vector<char> ReadWhole(fs::path const& path, std::uint64_t most) {
-    InputFile file(path);
+    SeekableFile file(path);
     if (file.Size() > most) {
         throw Error(ErrorKind::kContent, path, "is larger than " + std::to_string(most) + " bytes");
     }

@@ -25,10 +25,10 @@ FilePointer OpenFile(std::filesystem::path const& path, char const* mode);
 std::string TextOf(std::filesystem::path const& path);
 
 /// A file that is read at any place.
-class InputFile {
+class SeekableFile {
 public:
     /// Throws Error of kind kFile where there is no such file, where it is a folder, or may not be read.
-    explicit InputFile(std::filesystem::path const& path);
+    explicit SeekableFile(std::filesystem::path const& path);
 
     std::filesystem::path const& Path() const { return m_Path; }
     std::uint64_t Size() const { return m_Size; }

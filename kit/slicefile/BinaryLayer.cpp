@@ -56,7 +56,7 @@ std::uint64_t ItemBytes(BinaryCommand const& command, std::int64_t items) {
 // A window on a file that moves forward.
 class Window {
 public:
-    explicit Window(InputFile& file)
+    explicit Window(SeekableFile& file)
         : m_File(file), m_Buffer(static_cast<std::size_t>(std::min<std::uint64_t>(file.Size(), kBlock))) {}
 
     // Up to `size` bytes at a place; fewer at the end of the file.
@@ -71,7 +71,7 @@ public:
 
 private:
     static constexpr std::uint64_t kBlock = std::uint64_t{1} << 18;
-    InputFile& m_File;
+    SeekableFile& m_File;
     std::vector<char> m_Buffer;
     std::uint64_t m_Start = 0;
     std::size_t m_Filled = 0;
@@ -79,7 +79,7 @@ private:
 
 }  // namespace
 
-BinaryIndex IndexBinary(InputFile& file, BinaryForm const& form, Progress const& progress) {
+BinaryIndex IndexBinary(SeekableFile& file, BinaryForm const& form, Progress const& progress) {
     constexpr std::size_t kMostAhead = 16;  // a word, its filling and three whole numbers
     constexpr std::uint64_t kBetweenCalls = 4096;
     BinaryIndex index;

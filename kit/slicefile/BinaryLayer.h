@@ -29,7 +29,7 @@ struct BinaryIndex {
 };
 
 /// Walks through the commands without reading the coordinates.
-BinaryIndex IndexBinary(InputFile& file, BinaryForm const& form, Progress const& progress);
+BinaryIndex IndexBinary(SeekableFile& file, BinaryForm const& form, Progress const& progress);
 
 /// Reads the commands of one layer, which lies at a place of the file. Throws Error::AtByte.
 Layer ParseBinaryLayer(std::span<char const> bytes, BinaryForm const& form, std::filesystem::path const& file,

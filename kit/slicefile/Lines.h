@@ -21,7 +21,7 @@ struct Line {
 /// at their end.
 class LineReader {
 public:
-    LineReader(InputFile& file, std::uint64_t place, std::uint64_t firstNumber)
+    LineReader(SeekableFile& file, std::uint64_t place, std::uint64_t firstNumber)
         : m_File(file), m_Place(place), m_Number(firstNumber) {}
 
     /// The next line; nothing at the end. The text is valid until the next call.
@@ -32,7 +32,7 @@ public:
 private:
     bool Fill();
 
-    InputFile& m_File;
+    SeekableFile& m_File;
     std::vector<char> m_Buffer;
     std::size_t m_Used = 0;
     std::uint64_t m_Place;

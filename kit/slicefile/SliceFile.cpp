@@ -45,7 +45,7 @@ public:
         std::uint64_t line;  // in text
     };
 
-    mutable InputFile m_File;
+    mutable SeekableFile m_File;
     mutable std::mutex m_Mutex;  // of the file's position
     SliceReadSettings m_Settings;
     SliceHeader m_Header;

@@ -139,7 +139,7 @@ TEST_F(OutputFileTest, GivesItsPlaceToAWriterThatOpensByName) {
 
 TEST_F(OutputFileTest, ReadsAtAnyPlace) {
     WriteWhole(folder / "a", "0123456789");
-    InputFile file(folder / "a");
+    SeekableFile file(folder / "a");
     EXPECT_EQ(file.Size(), 10u);
     std::string piece(4, '?');
     EXPECT_EQ(file.ReadAt(8, piece), 2u);
@@ -149,8 +149,8 @@ TEST_F(OutputFileTest, ReadsAtAnyPlace) {
     EXPECT_EQ(file.ReadAt(99, piece), 0u);
     EXPECT_EQ(ReadWhole(folder / "a", 10).size(), 10u);
     EXPECT_THROW(ReadWhole(folder / "a", 9), Error);
-    EXPECT_THROW(InputFile(folder / "none"), Error);
-    EXPECT_THROW(InputFile{folder}, Error);
+    EXPECT_THROW(SeekableFile(folder / "none"), Error);
+    EXPECT_THROW(SeekableFile{folder}, Error);
 }
 
 }  // namespace
