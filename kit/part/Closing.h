@@ -23,8 +23,8 @@ struct ClosingCounts {
 ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
                              Pace const& pace);
 
-/// Leaves out facets that stand in the list once too often: groups of copies, hanging together, without which
-/// there are fewer open edges. Returns how many, and then the table fits the mesh.
+/// Leaves out facets that stand in the list once too often: groups of copies, hanging together, whose rim is
+/// open with them and closed without them. Returns how many, and then the table fits the mesh.
 std::int64_t LeaveOutCopies(FlatMesh& mesh, EdgeTable& edges, Pace const& pace);
 
 }  // namespace varnet

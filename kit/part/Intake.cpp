@@ -122,6 +122,7 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     FlatMesh& mesh = raw.mesh;
     EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace.Between(0.0, 0.6));
     report.openEdgesExact = edges.open;
+    state.openEdgesBefore = edges.open;
     report.manyFacetEdges = edges.many;
     if (settings.heal) Heal(mesh, edges, raw.hasCollinear, settings, report, pace.Between(0.6, 0.9));
     report.openEdges = edges.open;
