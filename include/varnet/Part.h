@@ -69,13 +69,20 @@ struct RepairReport {
     std::int64_t openEdgesBefore = 0;  ///< by equal corners, as in the file
     std::int64_t openEdgesAfter = 0;
     std::int64_t holesFilled = 0;
-    std::int64_t facetsAdded = 0;   ///< by filling
-    std::int64_t bodiesTurned = 0;  ///< whole bodies that were turned outward, where that was asked for
+    std::int64_t facetsAdded = 0;    ///< by filling
+    std::int64_t bodiesTurned = 0;   ///< whole bodies that were turned outward, where that was asked for
+    std::int64_t holesLeft = 0;      ///< plain rims that are longer than asked for, or of too many edges
+    std::vector<std::string> notes;  ///< a line each for a person
 };
 
+inline constexpr std::size_t kMostRimEdges = 400;
+
 struct RepairSettings {
-    double fillHoles = 0.0;  ///< millimetres: rims up to this length are closed; 0 for none
-    bool outward = false;    ///< turn whole bodies that are inside out and no cavities
+    /// Millimetres: plain rims up to this length are closed, by the triangulation of least area; 0 for none.
+    /// A rim is plain where each of its corners has one open edge that arrives and one that leaves. Rims of
+    /// more than kMostRimEdges edges stay open and are counted: the work grows with the third power.
+    double fillHoles = 0.0;
+    bool outward = false;  ///< turn whole bodies that are inside out and no cavities
     Progress progress;
 };
 

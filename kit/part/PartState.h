@@ -18,6 +18,7 @@ struct Part::State {
     MeshFormat format = MeshFormat::kBinaryStl;
     IntakeReport report;
     MeshMeasures measures;
+    std::int64_t openEdgesBefore = 0;  // as the part came: what a repair compares with
     mutable std::once_flag bodiesOnce;
     mutable std::vector<Body> bodies;
 };

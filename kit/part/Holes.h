@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "part/Edges.h"
+#include "part/FlatMesh.h"
+#include "part/Pace.h"
+
+namespace varnet {
+
+/// What became of the plain rims of a mesh.
+struct HoleCounts {
+    std::int64_t filled = 0;
+    std::int64_t facetsAdded = 0;
+    std::int64_t tooLong = 0;  ///< longer than asked for
+    std::int64_t tooMany = 0;  ///< of more than kMostRimEdges edges
+};
+
+/// Closes plain rims up to the length with facets behind the others, of the least area of all that have the
+/// rim's corners alone, by dynamic programming (Barequet and Sharir, Filling gaps in the boundary of a
+/// polyhedron, 1995). Where possible, they have no edge that the mesh already has. A loose facet gets no
+/// back. The table fits the mesh before, not afterwards.
+HoleCounts FillHoles(FlatMesh& mesh, EdgeTable const& edges, double longest, Pace const& pace);
+
+}  // namespace varnet

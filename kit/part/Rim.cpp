@@ -1,0 +1,245 @@
+#include "part/Rim.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+
+#include "part/NearPoints.h"
+#include "part/PointTree.h"
+
+namespace varnet {
+
+namespace {
+
+// What the coordinates of floats leave uncertain, relative to the largest of them: a few roundings.
+constexpr double kRounding = 4.0 / (1 << 23);
+
+// A directed edge or a piece of one.
+struct Piece {
+    std::int32_t start;
+    std::int32_t end;
+    std::size_t edge;  // whose piece it is
+    std::size_t place;
+    bool met = false;  // by one that runs the other way
+};
+
+// Marks the pieces that meet one that runs the other way, each one.
+void Meet(std::vector<Piece>& pieces) {
+    std::vector<std::size_t> order(pieces.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    auto const key = [&pieces](std::size_t i) {
+        Piece const& p = pieces[i];
+        return std::tuple(std::min(p.start, p.end), std::max(p.start, p.end), p.start > p.end, i);
+    };
+    std::sort(order.begin(), order.end(), [&key](std::size_t a, std::size_t b) { return key(a) < key(b); });
+    for (std::size_t i = 0; i < order.size();) {
+        auto const [low, high, turned, first] = key(order[i]);
+        std::size_t up = i;
+        while (up < order.size() && pieces[order[up]].start == low && pieces[order[up]].end == high) ++up;
+        std::size_t down = up;
+        while (down < order.size() && pieces[order[down]].start == high && pieces[order[down]].end == low)
+            ++down;
+        std::size_t const pairs = std::min(up - i, down - up);
+        for (std::size_t k = 0; k < pairs; ++k) {
+            pieces[order[i + k]].met = true;
+            pieces[order[up + k]].met = true;
+        }
+        i = down;
+    }
+}
+
+double LargestOf(Point3 const& p) { return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}); }
+
+}  // namespace
+
+Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
+    std::vector<std::int32_t> local(mesh.points.size(), -1);
+    auto const number = [&](std::int32_t point) {
+        std::int32_t& n = local[static_cast<std::size_t>(point)];
+        if (n < 0) {
+            n = static_cast<std::int32_t>(m_Numbers.size());
+            m_Numbers.push_back(point);
+        }
+        return n;
+    };
+    for (std::size_t i = 0; i < edges.across.size(); ++i) {
+        if (edges.across[i] >= 0) continue;
+        auto const edge = static_cast<std::int32_t>(i);
+        std::int32_t const start = number(StartOf(mesh.triangles, edge));
+        m_Open.push_back({start, number(EndOf(mesh.triangles, edge)), edge});
+    }
+    for (std::int32_t const point : m_Numbers)
+        m_Points.push_back(mesh.points[static_cast<std::size_t>(point)]);
+
+    std::vector<std::vector<std::int32_t>> facetsOf(m_Numbers.size());
+    for (Triangle const& t : mesh.triangles) {
+        Triangle corners;
+        for (std::size_t k = 0; k < 3; ++k) {
+            std::int32_t const n = local[static_cast<std::size_t>(t[k])];
+            corners[k] = n >= 0 ? n : ~t[k];
+        }
+        if (corners[0] < 0 && corners[1] < 0 && corners[2] < 0) continue;
+        for (std::int32_t const corner : corners) {
+            if (corner >= 0) {
+                facetsOf[static_cast<std::size_t>(corner)].push_back(
+                    static_cast<std::int32_t>(m_Facets.size()));
+            }
+        }
+        m_Facets.push_back(corners);
+    }
+    for (auto const& facets : facetsOf) {
+        m_FacetsOf.push_back(m_FacetList.size());
+        m_FacetList.insert(m_FacetList.end(), facets.begin(), facets.end());
+    }
+    m_FacetsOf.push_back(m_FacetList.size());
+}
+
+Rim::Plan Rim::Try(double tolerance, Pace const& pace) const {
+    Plan plan;
+    std::vector<std::int32_t> const becomes = Join(tolerance, pace);
+    for (std::size_t i = 0; i < becomes.size(); ++i) {
+        if (becomes[i] == static_cast<std::int32_t>(i)) continue;
+        plan.joined.emplace_back(m_Numbers[i], m_Numbers[static_cast<std::size_t>(becomes[i])]);
+    }
+    Divide(OpenAfter(becomes), tolerance, plan, pace);
+    return plan;
+}
+
+// Points that would harm a facet stay as they are, with all that would become the same point.
+std::vector<std::int32_t> Rim::Join(double tolerance, Pace const& pace) const {
+    std::vector<std::int32_t> becomes = JoinNear(m_Points, tolerance, pace);
+    if (tolerance <= 0.0) return becomes;
+    std::vector<char> spoilt(m_Points.size());
+    for (bool again = true; again;) {
+        again = false;
+        for (Triangle const& corners : m_Facets) {
+            if (!Harms(corners, becomes)) continue;
+            for (std::int32_t const corner : corners) {
+                if (corner < 0) continue;
+                auto const target = static_cast<std::size_t>(becomes[static_cast<std::size_t>(corner)]);
+                if (!spoilt[target]) again = true;
+                spoilt[target] = 1;
+            }
+        }
+        for (std::size_t i = 0; i < becomes.size(); ++i) {
+            if (spoilt[static_cast<std::size_t>(becomes[i])]) becomes[i] = static_cast<std::int32_t>(i);
+        }
+        // Points that stay themselves again spoil nothing: only groups do.
+        std::vector<char> group(m_Points.size());
+        for (std::size_t i = 0; i < becomes.size(); ++i) {
+            if (becomes[i] != static_cast<std::int32_t>(i)) group[static_cast<std::size_t>(becomes[i])] = 1;
+        }
+        bool left = false;
+        for (std::size_t i = 0; i < group.size(); ++i) left |= group[i] != 0;
+        again = again && left;
+        std::fill(spoilt.begin(), spoilt.end(), 0);
+    }
+    return becomes;
+}
+
+// Whether the facet would lose a corner, or look the other way.
+bool Rim::Harms(Triangle const& corners, std::vector<std::int32_t> const& becomes) const {
+    std::array<Point3, 3> before;
+    std::array<Point3, 3> after;
+    Triangle now;
+    bool moved = false;
+    for (std::size_t k = 0; k < 3; ++k) {
+        std::int32_t const corner = corners[k];
+        if (corner < 0) {
+            now[k] = corner;
+            before[k] = after[k] = m_Mesh.points[static_cast<std::size_t>(~corner)];
+            continue;
+        }
+        now[k] = becomes[static_cast<std::size_t>(corner)];
+        moved |= now[k] != corner;
+        before[k] = m_Points[static_cast<std::size_t>(corner)];
+        after[k] = m_Points[static_cast<std::size_t>(now[k])];
+    }
+    if (!moved) return false;
+    if (now[0] == now[1] || now[1] == now[2] || now[2] == now[0]) return true;
+    if (DoubledArea(before[0], before[1], before[2]) <= kCollinear) return false;
+    return Dot(Cross(before[1] - before[0], before[2] - before[0]),
+               Cross(after[1] - after[0], after[2] - after[0])) <= 0.0;
+}
+
+std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes) const {
+    std::vector<Piece> pieces;
+    for (std::size_t i = 0; i < m_Open.size(); ++i) {
+        pieces.push_back({becomes[static_cast<std::size_t>(m_Open[i].start)],
+                          becomes[static_cast<std::size_t>(m_Open[i].end)], i, 0});
+    }
+    Meet(pieces);
+    std::vector<Open> open;
+    for (Piece const& piece : pieces) {
+        if (!piece.met) open.push_back({piece.start, piece.end, m_Open[piece.edge].edge});
+    }
+    return open;
+}
+
+std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, PointTree const& tree,
+                                        std::vector<std::int32_t> const& candidates) const {
+    Point3 const& a = m_Points[static_cast<std::size_t>(edge.start)];
+    Point3 const& b = m_Points[static_cast<std::size_t>(edge.end)];
+    Point3 const way = b - a;
+    double const square = Dot(way, way);
+    double const near = std::max(tolerance, kRounding * std::max(LargestOf(a), LargestOf(b)));
+    std::vector<std::pair<double, std::int32_t>> found;
+    tree.NearLine(a, b, near, [&](std::size_t i) {
+        std::int32_t const number = candidates[i];
+        if (number == edge.start || number == edge.end) return;
+        Point3 const& p = m_Points[static_cast<std::size_t>(number)];
+        double const share = Dot(p - a, way) / square;
+        if (!(share > 0.0 && share < 1.0)) return;
+        if (Length(p - (a + share * way)) <= near) found.emplace_back(share, number);
+    });
+    std::sort(found.begin(), found.end());
+    std::vector<std::int32_t> points;
+    for (auto const& [share, number] : found) points.push_back(number);
+    return points;
+}
+
+// All edges are divided at all points on them, and the pieces compared. What stays open is put together
+// again.
+void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const {
+    std::vector<std::int32_t> candidates;
+    for (Open const& edge : open) {
+        candidates.push_back(edge.start);
+        candidates.push_back(edge.end);
+    }
+    std::sort(candidates.begin(), candidates.end());
+    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+    std::vector<Point3> points;
+    for (std::int32_t const i : candidates) points.push_back(m_Points[static_cast<std::size_t>(i)]);
+    PointTree const tree(points);
+
+    std::vector<Piece> pieces;
+    for (std::size_t i = 0; i < open.size(); ++i) {
+        pace.Step(i, open.size());
+        std::int32_t start = open[i].start;
+        std::size_t place = 0;
+        for (std::int32_t const point : PointsOn(open[i], tolerance, tree, candidates)) {
+            pieces.push_back({start, point, i, place++});
+            start = point;
+        }
+        pieces.push_back({start, open[i].end, i, place});
+    }
+    Meet(pieces);
+    for (std::size_t i = 0; i < pieces.size();) {
+        Division division{open[pieces[i].edge].edge, {}};
+        std::size_t end = i;
+        bool wasMet = true;
+        for (; end < pieces.size() && pieces[end].edge == pieces[i].edge; ++end) {
+            bool const met = pieces[end].met;
+            if (end != i && (met || wasMet)) {
+                division.points.push_back(m_Numbers[static_cast<std::size_t>(pieces[end].start)]);
+            }
+            if (!met && (end == i || wasMet)) ++plan.open;
+            wasMet = met;
+        }
+        if (!division.points.empty()) plan.divisions.push_back(std::move(division));
+        i = end;
+    }
+}
+
+}  // namespace varnet

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "part/Edges.h"
+#include "part/FlatMesh.h"
+#include "part/Pace.h"
+
+namespace varnet {
+
+/// The open edges of a mesh, and the facets at their corners.
+class Rim {
+public:
+    Rim(FlatMesh const& mesh, EdgeTable const& edges);
+
+    /// An edge of a facet that is divided, and the points on it from its start to its end.
+    struct Division {
+        std::int32_t edge;
+        std::vector<std::int32_t> points;
+    };
+    /// How open edges could be closed.
+    struct Plan {
+        std::vector<std::pair<std::int32_t, std::int32_t>> joined;  ///< a point, and the one that it becomes
+        std::vector<Division> divisions;                            ///< by the points as they are then
+        std::int64_t open = 0;                                      ///< edges that stay open
+    };
+
+    /// A plan that joins points within the tolerance, and divides edges at points within it, or within the
+    /// rounding of coordinates.
+    Plan Try(double tolerance, Pace const& pace) const;
+
+private:
+    struct Open {
+        std::int32_t start;  // numbers in m_Points
+        std::int32_t end;
+        std::int32_t edge;
+    };
+
+    std::vector<std::int32_t> Join(double tolerance, Pace const& pace) const;
+    bool Harms(Triangle const& corners, std::vector<std::int32_t> const& becomes) const;
+    std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes) const;
+    void Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const;
+    std::vector<std::int32_t> PointsOn(Open const& edge, double tolerance, class PointTree const& tree,
+                                       std::vector<std::int32_t> const& candidates) const;
+
+    FlatMesh const& m_Mesh;
+    std::vector<std::int32_t> m_Numbers;  // in the mesh, of the points on open edges
+    std::vector<Point3> m_Points;
+    std::vector<Open> m_Open;
+    std::vector<Triangle> m_Facets;       // with a corner on an open edge; ~i for another point i of the mesh
+    std::vector<std::size_t> m_FacetsOf;  // where the facets at a point begin in m_FacetList
+    std::vector<std::int32_t> m_FacetList;
+};
+
+}  // namespace varnet

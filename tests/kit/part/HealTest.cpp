@@ -1,0 +1,244 @@
+#include <Varnet64.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "PartChecks.h"
+
+namespace varnet {
+namespace {
+
+struct Shape {
+    char const* name;
+    shapes::Mesh mesh;
+};
+
+std::vector<Shape> Shapes() {
+    return {{"cube", shapes::Cube(10.0f)},
+            {"box off the origin", shapes::Box({-3, 7, 11}, {5, 9, 20})},
+            {"bracket", shapes::Bracket()},
+            {"ring sphere", shapes::UvSphere(20.0, 17, 32)},
+            {"icosphere", shapes::Moved(shapes::IcoSphere(15.0, 3), 100.0f, -50.0f, 7.0f)},
+            {"torus", shapes::Torus(20.0, 5.0, 40, 20)},
+            {"gyroid", shapes::Gyroid(12)}};
+}
+
+// Closed, in each body and in its classic model, with the volume of the shape.
+void ExpectWhole(Part const& part, double volume) {
+    EXPECT_EQ(part.Report().openEdges, 0);
+    EXPECT_EQ(OpenEdgesOf(FacetsOf(part)), 0);
+    EXPECT_NEAR(part.Measures().volume, volume, 1e-4 * std::abs(volume));
+    for (Body const& body : part.Bodies()) {
+        EXPECT_EQ(body.Measures().openEdges, 0);
+        std::int64_t refused = -1;
+        Part const model(*body.Model(&refused));
+        EXPECT_EQ(refused, 0);
+        EXPECT_EQ(model.Report().openEdgesExact, 0);
+    }
+}
+
+TEST(Heal, AWholePartIsNotTouched) {
+    for (Shape const& shape : Shapes()) {
+        SCOPED_TRACE(shape.name);
+        Part const part = PartOf(shape.mesh);
+        ExpectWhole(part, part.Measures().volume);
+        EXPECT_EQ(FacetsOf(part), FacetsOf(shape.mesh));
+        EXPECT_EQ(part.Report().welded + part.Report().split + part.Report().collinearTurned, 0);
+    }
+}
+
+TEST(Heal, FacetsWithoutAreaAreTakenOut) {
+    for (Shape const& shape : Shapes()) {
+        double const volume = PartOf(shape.mesh).Measures().volume;
+        for (std::size_t every : {1u, 3u, 7u}) {
+            SCOPED_TRACE(shape.name);
+            shapes::Mesh const mesh = shapes::WithSlivers(shape.mesh, every);
+            Part const part = PartOf(mesh);
+            EXPECT_EQ(part.Report().openEdgesExact, 0);
+            ExpectWhole(part, volume);
+            Part const shuffled = PartOf(shapes::Shuffled(mesh, 11));
+            ExpectWhole(shuffled, volume);
+        }
+    }
+    // Of a cube the middles are exact: each sliver goes, and takes nothing with it.
+    Part const cube = PartOf(shapes::WithSlivers(shapes::Cube(10.0f), 1));
+    EXPECT_GT(cube.Report().collinearTurned, 0);
+    EXPECT_NEAR(cube.Measures().area, 600.0, 1e-9);
+}
+
+TEST(Heal, FacetsBesideTJunctionsAreDivided) {
+    for (Shape const& shape : Shapes()) {
+        double const volume = PartOf(shape.mesh).Measures().volume;
+        for (std::size_t every : {1u, 3u, 7u}) {
+            SCOPED_TRACE(shape.name);
+            shapes::Mesh const mesh = shapes::WithTJunctions(shape.mesh, every);
+            Part const part = PartOf(mesh);
+            EXPECT_GT(part.Report().openEdgesExact, 0);
+            EXPECT_GT(part.Report().split, 0);
+            ExpectWhole(part, volume);
+            ExpectWhole(PartOf(shapes::Shuffled(mesh, 5)), volume);
+        }
+    }
+}
+
+TEST(Heal, ManyTJunctionsOnOneEdgeAreAllMet) {
+    // A box whose top is one pair of triangles and whose sides are strips with corners of their own.
+    for (int n : {1, 2, 5, 50, 400}) {
+        shapes::Mesh mesh;
+        float const w = 16.0f;
+        auto const at = [&](int side, int i, float z) -> shapes::Corner {
+            float const s = w * static_cast<float>(i) / static_cast<float>(n);
+            if (side == 0) return {s, 0, z};
+            if (side == 1) return {w, s, z};
+            if (side == 2) return {w - s, w, z};
+            return {0, w - s, z};
+        };
+        for (int side = 0; side < 4; ++side) {
+            for (int i = 0; i < n; ++i) {
+                mesh.push_back({at(side, i, 0), at(side, i + 1, 0), at(side, i + 1, 4)});
+                mesh.push_back({at(side, i, 0), at(side, i + 1, 4), at(side, i, 4)});
+            }
+        }
+        mesh.push_back({at(0, 0, 4), at(1, 0, 4), at(2, 0, 4)});
+        mesh.push_back({at(0, 0, 4), at(2, 0, 4), at(3, 0, 4)});
+        mesh.push_back({at(0, 0, 0), at(2, 0, 0), at(1, 0, 0)});
+        mesh.push_back({at(0, 0, 0), at(3, 0, 0), at(2, 0, 0)});
+        Part const part = PartOf(mesh);
+        EXPECT_EQ(part.Report().openEdgesExact, n == 1 ? 0 : 8 + 8 * n);
+        ExpectWhole(part, 1024.0);
+        EXPECT_EQ(part.Report().split, n == 1 ? 0 : 4);
+    }
+}
+
+TEST(Heal, CornersARoundingApartAreJoinedByTheSmallestToleranceThatHelps) {
+    struct Case {
+        float distance;
+        double tolerance;
+    };
+    for (Case const& c :
+         {Case{5e-7f, 1e-6}, Case{5e-6f, 1e-5}, Case{5e-5f, 1e-4}, Case{5e-4f, 1e-3}, Case{5e-3f, 1e-2}}) {
+        // Near 0 so that floats can tell such distances.
+        Part const part = PartOf(shapes::WithNearCorners(shapes::Box({0, 0, 0}, {1, 1, 1}), 5, c.distance));
+        if (c.distance >= 5e-7f) {
+            EXPECT_GT(part.Report().openEdgesExact, 0);
+            EXPECT_EQ(part.Report().weldTolerance, c.tolerance);
+            EXPECT_GT(part.Report().welded, 0);
+            ExpectWhole(part, 1.0 + 0 * c.distance);
+        }
+    }
+    Part const far = PartOf(shapes::WithNearCorners(shapes::Cube(10.0f), 36, 0.5f));
+    EXPECT_GT(far.Report().openEdges, 0);
+    EXPECT_EQ(far.Report().welded, 0);
+}
+
+TEST(Heal, WeldByHandJoinsAllCornersWithinIt) {
+    IntakeSettings settings;
+    settings.weld = 0.6;
+    Part const part = PartOf(shapes::WithNearCorners(shapes::Cube(10.0f), 36, 0.5f), settings);
+    EXPECT_EQ(part.Points().size(), 8u);
+    EXPECT_EQ(part.Report().weldTolerance, 0.6);
+    ExpectWhole(part, part.Measures().volume);
+    settings.weld = 100.0;
+    Part const point = PartOf(shapes::Cube(10.0f), settings);
+    EXPECT_TRUE(point.Triangles().empty());
+    settings.weld = -1.0;
+    EXPECT_THROW(PartOf(shapes::Cube(10.0f), settings), Error);
+}
+
+TEST(Heal, WithoutHealingNothingButEqualCornersIsJoined) {
+    IntakeSettings settings;
+    settings.heal = false;
+    for (shapes::Mesh const& mesh :
+         {shapes::WithSlivers(shapes::Bracket(), 2), shapes::WithTJunctions(shapes::Bracket(), 2)}) {
+        Part const part = PartOf(mesh, settings);
+        EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+        EXPECT_EQ(part.Report().openEdges, part.Report().openEdgesExact);
+        EXPECT_EQ(part.Report().openEdgesExact, OpenEdgesOf(FacetsOf(mesh)));
+    }
+}
+
+TEST(Heal, HolesAreNotClosedAndOpenSurfacesNotDivided) {
+    shapes::Mesh const mesh = shapes::Without(shapes::IcoSphere(10.0, 2), 40, 3);
+    Part const part = PartOf(mesh);
+    EXPECT_EQ(part.Report().openEdges, OpenEdgesOf(FacetsOf(mesh)));
+    EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+    shapes::Mesh const field = shapes::HeightField(20, 1.0, [](double x, double y) { return 0.1 * x * y; });
+    EXPECT_EQ(FacetsOf(PartOf(field)), FacetsOf(field));
+}
+
+TEST(Heal, AFacetOnceTooOftenIsLeftOut) {
+    shapes::Mesh mesh = shapes::IcoSphere(10.0, 2);
+    std::vector<Corners> const facets = FacetsOf(mesh);
+    for (std::size_t i = 50; i < 60; ++i) mesh.push_back(mesh[i]);
+    Part const part = PartOf(mesh);
+    EXPECT_GT(part.Report().openEdgesExact, 0);
+    EXPECT_EQ(part.Report().doubled, 10);
+    EXPECT_EQ(FacetsOf(part), facets);
+    // A whole copy is a shell of its own.
+    EXPECT_EQ(PartOf(shapes::Doubled(shapes::Cube(1.0f))).Report().doubled, 0);
+}
+
+TEST(Heal, SmallFacetsOfAPartInMetresAreLeftAloneAndTold) {
+    shapes::Mesh const mesh = shapes::Scaled(shapes::IcoSphere(10.0, 5), 1e-5f);
+    Part const part = PartOf(mesh);
+    EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+    EXPECT_EQ(part.Report().openEdges, 0);
+    EXPECT_EQ(part.Report().collinearTurned, 0);
+    ASSERT_FALSE(part.Report().notes.empty());
+    IntakeSettings settings;
+    settings.scale = 1000.0;
+    EXPECT_TRUE(PartOf(mesh, settings).Report().notes.empty());
+}
+
+TEST(Heal, ChainsAndFansOfSliversGoAwayInAnyOrder) {
+    // A wall whose upper edge is divided on one side only, the gap filled with slivers in many ways.
+    std::mt19937 random(3);
+    for (int n = 2; n < 40; ++n) {
+        shapes::Mesh mesh = shapes::Cube(16.0f);
+        // The edge of two facets of the cube is divided in the first; slivers fill the gap.
+        shapes::Triangle const t = mesh[0];
+        mesh.erase(mesh.begin());
+        std::vector<shapes::Corner> line;
+        for (int i = 0; i <= n; ++i) {
+            float const s = static_cast<float>(i) / static_cast<float>(n);
+            line.push_back({t[0].x + s * (t[1].x - t[0].x), t[0].y + s * (t[1].y - t[0].y),
+                            t[0].z + s * (t[1].z - t[0].z)});
+        }
+        line.back() = t[1];
+        for (std::size_t i = 0; i + 1 < line.size(); ++i) mesh.push_back({line[i], line[i + 1], t[2]});
+        while (line.size() > 2) {
+            std::size_t const i = 1 + random() % (line.size() - 2);
+            mesh.push_back({line[i - 1], line[i + 1], line[i]});
+            line.erase(line.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+        Part const part = PartOf(shapes::Shuffled(mesh, static_cast<std::uint32_t>(n)));
+        EXPECT_EQ(part.Report().openEdgesExact, 0);
+        ExpectWhole(part, 4096.0);
+    }
+}
+
+TEST(Heal, NoInputMakesMoreOpenEdges) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 300; ++round) {
+        // Few places for corners: facets back to back, on lines, and many at an edge.
+        int const side = 2 + static_cast<int>(random() % 3);
+        Soup soup;
+        for (int i = 0; i < side * side * side; ++i) {
+            soup.points.push_back({1.0 * (i % side), 1.0 * (i / side % side), 1.0 * (i / side / side)});
+        }
+        auto const count = 1 + random() % 200;
+        for (std::size_t i = 0; i < count; ++i) {
+            auto const any = [&] { return static_cast<std::int32_t>(random() % soup.points.size()); };
+            soup.triangles.push_back({any(), any(), any()});
+        }
+        Part const part(soup.points, soup.triangles);
+        EXPECT_LE(part.Report().openEdges, part.Report().openEdgesExact);
+        EXPECT_EQ(part.Report().openEdges, OpenEdgesOf(FacetsOf(part)));
+        std::int64_t open = 0;
+        for (Body const& body : part.Bodies()) open += body.Measures().openEdges;
+        EXPECT_EQ(open, part.Report().openEdges);
+    }
+}
+
+}  // namespace
+}  // namespace varnet

@@ -1,0 +1,250 @@
+#include <Varnet64.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "PartChecks.h"
+#include "TestFiles.h"
+
+namespace varnet {
+namespace {
+
+RepairSettings Filling(double length) {
+    RepairSettings settings;
+    settings.fillHoles = length;
+    return settings;
+}
+
+TEST(Repair, AClosedPartWhoseFacetsAgreeIsNotChanged) {
+    for (shapes::Mesh const& mesh :
+         {shapes::Bracket(), shapes::CubesAtFace(), shapes::CubesAtEdge(), shapes::CubeInCube(true),
+          shapes::CubeInCube(false), shapes::InsideOut(shapes::Cube(10.0f)),
+          shapes::Doubled(shapes::Cube(10.0f)), shapes::CubesOverlapping(),
+          shapes::Shuffled(shapes::Gyroid(12), 2)}) {
+        Part part = PartOf(mesh);
+        RepairReport const report = part.Repair(Filling(1e6));
+        EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+        EXPECT_EQ(report.turned + report.facetsAdded + report.openEdgesBefore + report.openEdgesAfter, 0);
+    }
+}
+
+TEST(Repair, ThoseThatContradictTheirShellAreTurnedAndNoOthers) {
+    std::mt19937 random(2);
+    for (shapes::Mesh const& mesh :
+         {shapes::Cube(10.0f), shapes::Bracket(), shapes::IcoSphere(10.0, 3), shapes::CubeInCube(true)}) {
+        for (int round = 0; round < 20; ++round) {
+            shapes::Mesh damaged = mesh;
+            std::int64_t turned = 0;
+            std::size_t const shellSize = mesh.size() == 24 ? 12 : mesh.size();
+            std::vector<std::size_t> inShell(mesh.size() / shellSize);
+            for (std::size_t i = 0; i < damaged.size(); ++i) {
+                if (random() % 3 != 0 || 2 * ++inShell[i / shellSize] >= shellSize) continue;
+                std::swap(damaged[i][1], damaged[i][2]);
+                ++turned;
+            }
+            Part part = PartOf(damaged);
+            std::int64_t const before = OpenEdgesOf(FacetsOf(damaged));
+            RepairReport const report = part.Repair();
+            EXPECT_EQ(report.turned, turned);
+            EXPECT_EQ(report.openEdgesBefore, before);
+            EXPECT_EQ(report.openEdgesAfter, 0);
+            EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+        }
+    }
+}
+
+TEST(Repair, OneFacetTurnedAtAnEdgeOfFourIsFound) {
+    for (std::size_t i = 0; i < 24; ++i) {
+        for (shapes::Mesh const& mesh : {shapes::CubesAtEdge(), shapes::CubesAtFace()}) {
+            shapes::Mesh damaged = mesh;
+            std::swap(damaged[i][1], damaged[i][2]);
+            Part part = PartOf(damaged);
+            RepairReport const report = part.Repair();
+            EXPECT_EQ(report.openEdgesAfter, 0) << i;
+            EXPECT_LE(report.turned, 1);
+        }
+    }
+}
+
+TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
+    // Half of the facets of an octahedron, all alike.
+    Soup soup;
+    soup.points = {{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
+    for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 4});
+    for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 5});
+    Part part(soup.points, soup.triangles);
+    RepairReport const report = part.Repair();
+    EXPECT_EQ(report.turned, 4);
+    EXPECT_EQ(report.openEdgesAfter, 0);
+    EXPECT_EQ(part.Triangles()[0], (Triangle{0, 1, 2}));
+    EXPECT_GT(part.Measures().volume, 0.0);
+    std::reverse(soup.triangles.begin(), soup.triangles.end());
+    Part other(soup.points, soup.triangles);
+    other.Repair();
+    EXPECT_LT(other.Measures().volume, 0.0);
+}
+
+TEST(Repair, ASurfaceWithoutAnOutsideIsLeftWithNoMoreOpenEdges) {
+    // A band of n squares with half a twist.
+    for (int n : {5, 8, 30}) {
+        Soup soup;
+        for (int i = 0; i < n; ++i) {
+            double const a = 2 * 3.14159265358979 * i / n;
+            for (int s : {-1, 1}) {
+                double const r = 10 + s * std::cos(a / 2);
+                soup.points.push_back({r * std::cos(a), r * std::sin(a), s * std::sin(a / 2)});
+            }
+        }
+        for (std::int32_t i = 0; i < n; ++i) {
+            bool const last = i == n - 1;
+            std::int32_t const a = 2 * i;
+            std::int32_t const b = 2 * i + 1;
+            std::int32_t const c = last ? 1 : 2 * i + 2;
+            std::int32_t const d = last ? 0 : 2 * i + 3;
+            soup.triangles.push_back({a, c, d});
+            soup.triangles.push_back({a, d, b});
+        }
+        Part part(soup.points, soup.triangles);
+        RepairReport const report = part.Repair();
+        EXPECT_LE(report.openEdgesAfter, report.openEdgesBefore);
+        EXPECT_EQ(report.openEdgesAfter, OpenEdgesOf(FacetsOf(part)));
+    }
+}
+
+TEST(Repair, WholeBodiesAreTurnedOnlyWhereThatIsAskedFor) {
+    shapes::Mesh mesh = shapes::InsideOut(shapes::Cube(10.0f));
+    shapes::Append(mesh, shapes::Moved(shapes::CubeInCube(true), 100.0f, 0.0f, 0.0f));
+    Part part = PartOf(mesh);
+    EXPECT_EQ(part.Repair().bodiesTurned, 0);
+    EXPECT_NEAR(part.Measures().volume, 25000.0, 1e-6);
+    RepairSettings settings;
+    settings.outward = true;
+    EXPECT_EQ(part.Repair(settings).bodiesTurned, 1);
+    EXPECT_NEAR(part.Measures().volume, 27000.0, 1e-6);
+    EXPECT_TRUE(part.Bodies()[2].IsCavity());
+}
+
+TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {
+    // The lid of a box: two facets, in whichever diagonal, of the same area.
+    shapes::Mesh const mesh = shapes::Without(shapes::Cube(10.0f), 0, 2);
+    Part part = PartOf(mesh);
+    ASSERT_EQ(part.Report().openEdges, 4);
+    EXPECT_EQ(part.Repair(Filling(39.9)).holesFilled, 0);
+    EXPECT_EQ(part.Report().openEdges, 4);
+    RepairReport const report = part.Repair(Filling(40.1));
+    EXPECT_EQ(report.holesFilled, 1);
+    EXPECT_EQ(report.facetsAdded, 2);
+    EXPECT_EQ(report.openEdgesBefore, 4);
+    EXPECT_EQ(report.openEdgesAfter, 0);
+    EXPECT_NEAR(part.Measures().volume, 1000.0, 1e-9);
+    EXPECT_NEAR(part.Measures().area, 600.0, 1e-9);
+    std::vector<Corners> const facets = FacetsOf(part);
+    EXPECT_TRUE(std::equal(facets.begin(), facets.end() - 2, FacetsOf(mesh).begin()));
+}
+
+// All triangulations of a polygon from i to j, the cheapest.
+double LeastArea(std::vector<Point3> const& p, std::size_t i, std::size_t j) {
+    if (j - i < 2) return 0.0;
+    double least = HUGE_VAL;
+    for (std::size_t k = i + 1; k < j; ++k) {
+        auto const sub = [&](std::size_t m) {
+            return Point3{p[m].x - p[i].x, p[m].y - p[i].y, p[m].z - p[i].z};
+        };
+        Point3 const u = sub(k);
+        Point3 const v = sub(j);
+        double const area =
+            0.5 * std::hypot(u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x);
+        least = std::min(least, area + LeastArea(p, i, k) + LeastArea(p, k, j));
+    }
+    return least;
+}
+
+TEST(Repair, TheFillingIsTheCheapestOfAll) {
+    std::mt19937 random(9);
+    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    for (int round = 0; round < 30; ++round) {
+        // A cone of walls down to one point below a rim that goes up and down.
+        std::size_t const n = 4 + random() % 6;
+        Soup soup;
+        for (std::size_t i = 0; i < n; ++i) {
+            double const a = 2 * 3.14159265358979 * static_cast<double>(i) / static_cast<double>(n);
+            soup.points.push_back({10 * std::cos(a), 10 * std::sin(a), 5 * any(random)});
+        }
+        std::vector<Point3> const rim = soup.points;
+        soup.points.push_back({0, 0, -30});
+        for (std::size_t i = 0; i < n; ++i) {
+            soup.triangles.push_back({static_cast<std::int32_t>((i + 1) % n), static_cast<std::int32_t>(i),
+                                      static_cast<std::int32_t>(n)});
+        }
+        Part part(soup.points, soup.triangles);
+        double const walls = part.Measures().area;
+        RepairReport const report = part.Repair(Filling(1000.0));
+        EXPECT_EQ(report.openEdgesAfter, 0);
+        EXPECT_EQ(report.facetsAdded, static_cast<std::int64_t>(n) - 2);
+        EXPECT_NEAR(part.Measures().area - walls, LeastArea(rim, 0, n - 1), 1e-9);
+    }
+}
+
+TEST(Repair, ALooseFacetGetsNoBackAndRimsOfTooManyEdgesStay) {
+    Part loose(std::vector<Point3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, std::vector<Triangle>{{0, 1, 2}});
+    EXPECT_EQ(loose.Repair(Filling(100.0)).facetsAdded, 0);
+
+    Soup soup;
+    auto const n = static_cast<std::int32_t>(kMostRimEdges + 1);
+    for (std::int32_t i = 0; i < n; ++i) {
+        double const a = 2 * 3.14159265358979 * i / n;
+        soup.points.push_back({std::cos(a), std::sin(a), 0});
+    }
+    soup.points.push_back({0, 0, -1});
+    for (std::int32_t i = 0; i < n; ++i) soup.triangles.push_back({(i + 1) % n, i, n});
+    Part part(soup.points, soup.triangles);
+    RepairReport const report = part.Repair(Filling(1000.0));
+    EXPECT_EQ(report.holesFilled, 0);
+    EXPECT_EQ(report.holesLeft, 1);
+    EXPECT_EQ(report.openEdgesAfter, n);
+    ASSERT_EQ(report.notes.size(), 1u);
+}
+
+TEST(Repair, NoInputMakesMoreOpenEdges) {
+    std::mt19937 random(6);
+    for (int round = 0; round < 300; ++round) {
+        int const side = 2 + static_cast<int>(random() % 3);
+        Soup soup;
+        for (int i = 0; i < side * side * side; ++i) {
+            soup.points.push_back({1.0 * (i % side), 1.0 * (i / side % side), 1.0 * (i / side / side)});
+        }
+        auto const count = 1 + random() % 200;
+        for (std::size_t i = 0; i < count; ++i) {
+            auto const any = [&] { return static_cast<std::int32_t>(random() % soup.points.size()); };
+            soup.triangles.push_back({any(), any(), any()});
+        }
+        Part part(soup.points, soup.triangles);
+        RepairReport const report = part.Repair(round % 2 == 0 ? RepairSettings() : Filling(100.0));
+        EXPECT_EQ(report.openEdgesBefore, part.Report().openEdgesExact);
+        EXPECT_LE(report.openEdgesAfter, report.openEdgesBefore);
+        EXPECT_EQ(report.openEdgesAfter, OpenEdgesOf(FacetsOf(part)));
+    }
+}
+
+TEST(Repair, WhatIsStoppedIsLeftAsItWas) {
+    shapes::Mesh const mesh = shapes::WithTurned(shapes::Bracket(), 3);
+    Part part = PartOf(mesh);
+    RepairSettings settings = Filling(10.0);
+    int calls = 0;
+    settings.progress = [&](double) { return ++calls > 0; };
+    Part(part).Repair(settings);
+    for (int stop = 1; stop <= calls; ++stop) {
+        int left = stop;
+        settings.progress = [&](double) { return --left > 0; };
+        EXPECT_THROW(part.Repair(settings), Error);
+        EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
+    }
+    settings.fillHoles = -1.0;
+    EXPECT_THROW(part.Repair(settings), Error);
+    settings.fillHoles = std::nan("");
+    EXPECT_THROW(part.Repair(settings), Error);
+}
+
+}  // namespace
+}  // namespace varnet
