@@ -20,7 +20,9 @@ std::unique_ptr<tagLoopTreeNode> LoopOf(Layer const& layer, std::size_t number) 
     loop->m_nID = contour.id;
     loop->m_bClosed = contour.closed ? 1 : 0;
     loop->m_dZ = layer.z;
-    loop->m_nDirection = !contour.closed ? LOOPDIRECT_NONE : contour.IsHole() ? LOOPDIRECT_CW : LOOPDIRECT_CCW;
+    loop->m_nDirection = !contour.closed    ? LOOPDIRECT_NONE
+                         : contour.IsHole() ? LOOPDIRECT_CW
+                                            : LOOPDIRECT_CCW;
     std::span<Point2 const> const points = layer.ContourPoints(number);
     for (Point2 const& p : points) {
         CPoint2D point(p.x, p.y);
@@ -107,7 +109,7 @@ Layer FromClassic(CLayer& classic) {
         if (hatch == nullptr || hatch->m_EdgeList.IsEmpty() != 0) continue;
         for (auto const* edge = hatch->m_EdgeList.m_pNodeHead; edge != nullptr; edge = edge->pNext) {
             CEdge2D const& e = edge->data;
-            layer.strokes.push_back({{e.m_pt1.x, e.m_pt1.y}, {e.m_pt2.x, e.m_pt2.y}});
+            layer.strokes.push_back({{e.m_ptStart.x, e.m_ptStart.y}, {e.m_ptEnd.x, e.m_ptEnd.y}});
         }
         layer.chainOffsets.push_back(layer.strokes.size());
         layer.chainIds.push_back(hatch->m_nID);
