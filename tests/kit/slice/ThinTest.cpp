@@ -1,0 +1,108 @@
+#include "slice/Thin.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "varnet/Layer.h"
+
+namespace varnet {
+namespace {
+
+double DistanceOf(Point2 const& p, Point2 const& a, Point2 const& b) {
+    double const dx = b.x - a.x;
+    double const dy = b.y - a.y;
+    double const length2 = dx * dx + dy * dy;
+    double const t =
+        length2 > 0.0 ? std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / length2, 0.0, 1.0) : 0.0;
+    return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
+}
+
+double DistanceOf(Point2 const& p, std::span<Point2 const> path, bool closed) {
+    double nearest = HUGE_VAL;
+    for (std::size_t i = closed ? 0 : 1; i < path.size(); ++i) {
+        nearest = std::min(nearest, DistanceOf(p, path[i == 0 ? path.size() - 1 : i - 1], path[i]));
+    }
+    return nearest;
+}
+
+SolidContours Thinned(std::vector<Point2> const& path, double tolerance) {
+    SolidContours contours;
+    contours.Add(path, -1);
+    SolidContours thinned;
+    ThinContours(contours, tolerance, thinned);
+    return thinned;
+}
+
+TEST(Thin, StraightSidesKeepTheirCornersAlone) {
+    std::vector<Point2> square;
+    for (int i = 0; i < 10; ++i) square.push_back({static_cast<double>(i), 0});
+    for (int i = 0; i < 10; ++i) square.push_back({10, static_cast<double>(i)});
+    for (int i = 10; i > 0; --i) square.push_back({static_cast<double>(i), 10});
+    for (int i = 10; i > 0; --i) square.push_back({0, static_cast<double>(i)});
+    // Wherever it begins.
+    for (std::size_t turn = 0; turn < square.size(); ++turn) {
+        std::rotate(square.begin(), square.begin() + 1, square.end());
+        SolidContours const thinned = Thinned(square, 0.01);
+        ASSERT_EQ(thinned.parents.size(), 1u);
+        EXPECT_EQ(thinned.paths.points, (std::vector<Point2>{{0, 0}, {10, 0}, {10, 10}, {0, 10}}));
+    }
+    EXPECT_EQ(Thinned(square, 0.0).paths.points, square);
+}
+
+TEST(Thin, NoPointThatGoesIsFurtherThanTheTolerance) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 300; ++round) {
+        std::uniform_real_distribution<double> noise(-0.004 * (round % 4), 0.004 * (round % 4));
+        std::vector<Point2> path;
+        int const corners = 10 + round * 7;
+        for (int k = 0; k < corners; ++k) {
+            double const angle = 2.0 * std::acos(-1.0) * k / corners;
+            double const radius = 10.0 + 3.0 * std::sin((round % 5) * angle);
+            path.push_back(
+                {radius * std::cos(angle) + noise(random), radius * std::sin(angle) + noise(random)});
+        }
+        double const tolerance = 0.01;
+        SolidContours const thinned = Thinned(path, tolerance);
+        ASSERT_EQ(thinned.parents.size(), 1u);
+        for (Point2 const& p : path) EXPECT_LE(DistanceOf(p, thinned.paths.points, true), tolerance);
+        for (Point2 const& p : thinned.paths.points) EXPECT_EQ(std::count(path.begin(), path.end(), p), 1);
+        bool const isSmooth = round % 4 == 0 && corners > 1000;
+        EXPECT_LT(thinned.paths.points.size(), isSmooth ? path.size() / 2 : path.size() + 1);
+
+        Paths open;
+        open.Add(path, false);
+        Paths thinnedOpen;
+        ThinPaths(open, tolerance, thinnedOpen);
+        EXPECT_EQ(thinnedOpen.points.front(), path.front());
+        EXPECT_EQ(thinnedOpen.points.back(), path.back());
+        for (Point2 const& p : path) EXPECT_LE(DistanceOf(p, thinnedOpen.points, false), tolerance);
+    }
+}
+
+TEST(Thin, TinyStepsForthAndBackStay) {
+    // Steps too short to have a direction go far along the line, and back again.
+    std::vector<Point2> path{{0, 0}, {1, 0}};
+    for (int i = 1; i <= 2000; ++i) path.push_back({1.0 + i * 0.0005, 0});
+    for (int i = 2000; i >= 0; --i) path.push_back({1.0 + i * 0.0005, 1e-4});
+    path.push_back({1, 5});
+    SolidContours const thinned = Thinned(path, 0.01);
+    for (Point2 const& p : path) EXPECT_LE(DistanceOf(p, thinned.paths.points, true), 0.01);
+}
+
+TEST(Thin, WhatIsTooThinGoesWithAllInIt) {
+    SolidContours contours;
+    contours.Add(std::vector<Point2>{{0, 0}, {10, 0}, {20, 0.001}, {10, 0.002}}, -1);
+    contours.Add(std::vector<Point2>{{10, 0.001}, {11, 0.0012}, {11, 0.0011}}, 0);
+    contours.Add(std::vector<Point2>{{30, 0}, {40, 0}, {40, 10}}, -1);
+    contours.Add(std::vector<Point2>{{38, 2}, {38, 3}, {39, 3}}, 2);
+    SolidContours thinned;
+    ThinContours(contours, 0.01, thinned);
+    EXPECT_EQ(thinned.parents, (std::vector<int>{-1, 0}));
+    EXPECT_EQ(thinned.levels, (std::vector<int>{0, 1}));
+}
+
+}  // namespace
+}  // namespace varnet
