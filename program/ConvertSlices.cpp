@@ -1,100 +1,110 @@
-// Writes a slice file in another mode, every layer of it, reads the result back, and says what it has cost.
+#include "ConvertSlices.h"
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
-#include "Commands.h"
-#include "Failure.h"
-#include "Layers.h"
-#include "Progress.h"
-#include "SliceFile.h"
-#include "Table.h"
+#include "Console.h"
+#include "Reading.h"
+#include "SliceFacts.h"
 
 namespace {
 
-// The largest difference of a number of two layers that have the same paths.
-class Difference {
-public:
-    void Compare(CLayer& a, CLayer& b) {
-        Add(a.m_dZ, b.m_dZ);
-        XR__POSITION* pa = a.m_LoopList.GetHeadPosition();
-        XR__POSITION* pb = b.m_LoopList.GetHeadPosition();
-        while (pa != nullptr && pb != nullptr) {
-            Compare(*static_cast<tagLoopTreeNode*>(a.m_LoopList.GetNext(pa)),
-                    *static_cast<tagLoopTreeNode*>(b.m_LoopList.GetNext(pb)));
-        }
-        pa = a.m_HatchList.GetHeadPosition();
-        pb = b.m_HatchList.GetHeadPosition();
-        while (pa != nullptr && pb != nullptr) {
-            Compare(*static_cast<CHatch*>(a.m_HatchList.GetNext(pa)),
-                    *static_cast<CHatch*>(b.m_HatchList.GetNext(pb)));
-        }
-    }
-    double Largest() const { return m_dLargest; }
+bool SamePaths(varnet::Layer const& a, varnet::Layer const& b) {
+    return a.offsets == b.offsets && a.chainOffsets == b.chainOffsets;
+}
 
-private:
-    void Add(double a, double b) { m_dLargest = std::max(m_dLargest, std::fabs(a - b)); }
-    void Add(CPoint2D const& a, CPoint2D const& b) {
-        Add(a.x, b.x);
-        Add(a.y, b.y);
+// The largest difference of a coordinate of two layers that have the same paths.
+double DifferenceOf(varnet::Layer const& a, varnet::Layer const& b) {
+    double largest = std::fabs(a.z - b.z);
+    auto const compare = [&largest](varnet::Point2 const& p, varnet::Point2 const& q) {
+        largest = std::max({largest, std::fabs(p.x - q.x), std::fabs(p.y - q.y)});
+    };
+    for (std::size_t i = 0; i < a.points.size(); ++i) compare(a.points[i], b.points[i]);
+    for (std::size_t i = 0; i < a.strokes.size(); ++i) {
+        compare(a.strokes[i].from, b.strokes[i].from);
+        compare(a.strokes[i].to, b.strokes[i].to);
     }
-    void Compare(tagLoopTreeNode const& a, tagLoopTreeNode const& b) {
-        XR__POSITION* pa = a.m_pPointList->GetHeadPosition();
-        XR__POSITION* pb = b.m_pPointList->GetHeadPosition();
-        while (pa != nullptr && pb != nullptr) Add(a.m_pPointList->GetNext(pa), b.m_pPointList->GetNext(pb));
-    }
-    void Compare(CHatch const& a, CHatch const& b) {
-        XR__POSITION* pa = a.m_EdgeList.GetHeadPosition();
-        XR__POSITION* pb = b.m_EdgeList.GetHeadPosition();
-        while (pa != nullptr && pb != nullptr) {
-            CEdge2D const ea = a.m_EdgeList.GetNext(pa);
-            CEdge2D const eb = b.m_EdgeList.GetNext(pb);
-            Add(ea.m_ptStart, eb.m_ptStart);
-            Add(ea.m_ptEnd, eb.m_ptEnd);
-        }
-    }
-    double m_dLargest = 0.0;
+    return largest;
+}
+
+struct Comparison {
+    LayerFacts before;
+    LayerFacts after;
+    double difference = 0.0;
 };
 
-bool SamePaths(LayerFacts const& a, LayerFacts const& b) {
-    return a.nLoops == b.nLoops && a.nOpenPaths == b.nOpenPaths && a.nHatches == b.nHatches &&
-           a.nPoints == b.nPoints && a.nEdges == b.nEdges;
+Comparison Compare(varnet::SliceFile const& input, varnet::SliceFile const& output) {
+    Comparison comparison;
+    auto const bar = Bar("Comparing");
+    for (long long number = 1; number <= input.LayerCount(); ++number) {
+        if (!bar(static_cast<double>(number) / static_cast<double>(input.LayerCount()))) ThrowIfStopped();
+        varnet::Layer const a = input.LayerAt(number);
+        comparison.before += FactsOf(a);
+        if (number > output.LayerCount()) continue;
+        varnet::Layer const b = output.LayerAt(number);
+        comparison.after += FactsOf(b);
+        if (SamePaths(a, b)) comparison.difference = std::max(comparison.difference, DifferenceOf(a, b));
+    }
+    return comparison;
+}
+
+void Write(varnet::SliceFile const& input, std::string const& output, varnet::SliceMode mode) {
+    auto const bar = Bar("Writing");
+    varnet::SliceWriteSettings settings;
+    settings.mode = mode;
+    varnet::SliceWriter writer(PathOf(output), input.LayerCount(), settings);
+    for (long long number = 1; number <= input.LayerCount(); ++number) {
+        if (!bar(static_cast<double>(number) / static_cast<double>(input.LayerCount()))) ThrowIfStopped();
+        writer.Write(input.LayerAt(number));
+    }
+    writer.Finish();
+    if (writer.TooLongForClassicReader() > 0) {
+        Warn(output + ": " + Count(writer.TooLongForClassicReader()) +
+             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary has no such limit");
+    }
 }
 
 }  // namespace
 
-void RunConvertSlices(ConvertOptions const& options) {
-    SliceMode const inputMode = SliceReader(options.input).Mode();
-    SliceMode const outputMode = SliceModeOf(options.mode).value_or(inputMode);
-    int const nLayers = RewriteSlices(options.input, options.output, outputMode, [](CLayer&) {});
+std::optional<varnet::SliceMode> SliceModeOf(std::string const& word) {
+    if (word == "ascii") return varnet::SliceMode::kText;
+    if (word == "binary") return varnet::SliceMode::kBinary;
+    if (word == "coc") return varnet::SliceMode::kDisguised;
+    return std::nullopt;
+}
 
-    SliceReader input(options.input);
-    SliceReader output(options.output);
-    LayerFacts before;
-    LayerFacts after;
-    Difference difference;
-    CLayer a;
-    CLayer b;
-    while (input.Next(a) && output.Next(b)) {
-        ThrowIfInterrupted();
-        LayerFacts const factsA = FactsOf(a);
-        LayerFacts const factsB = FactsOf(b);
-        before += factsA;
-        after += factsB;
-        if (SamePaths(factsA, factsB)) difference.Compare(a, b);
+void ConvertSlices(std::string const& inputName, std::string const& outputName, std::string const& mode, bool json) {
+    varnet::SliceFile const input(PathOf(inputName), {false, Bar("Reading")});
+    varnet::SliceMode const outputMode = SliceModeOf(mode).value_or(input.Header().mode);
+    Write(input, outputName, outputMode);
+    Report report(inputName + " -> " + outputName);
+    report.Add("formats", "format", std::string(NameOf(outputMode)),
+               std::string(NameOf(input.Header().mode)) + " -> " + NameOf(outputMode));
+    for (std::string const& note : input.Report().notes) report.AddRow("note", note);
+    report.AddJson("notes", input.Report().notes);
+    if (BytesOf(PathOf(outputName)) == 0) {  // a pipe, which cannot be read back
+        report.Print(json, true);
+        return;
     }
-    Table table(options.input + " -> " + options.output);
-    auto const add = [&table](char const* pLabel, long long nBefore, long long nAfter) {
-        table.Add(pLabel, Count(nBefore) + ", read back " + Count(nAfter));
+    varnet::SliceFile const output(PathOf(outputName));
+    Comparison const comparison = Compare(input, output);
+    LayerFacts const& a = comparison.before;
+    LayerFacts const& b = comparison.after;
+    auto const add = [&report](char const* label, char const* key, long long before, long long after) {
+        report.Add(label, key, nlohmann::json{before, after}, Count(before) + ", read back " + Count(after));
     };
-    table.Add("formats", std::string(NameOf(inputMode)) + " -> " + NameOf(outputMode));
-    table.Add("bytes", Count(static_cast<long long>(std::filesystem::file_size(options.input))) + " -> " +
-                           Count(static_cast<long long>(std::filesystem::file_size(options.output))));
-    add("layers", nLayers, output.LayersRead());
-    add("loops and paths", before.nLoops + before.nOpenPaths, after.nLoops + after.nOpenPaths);
-    add("points", before.nPoints, after.nPoints);
-    add("hatch edges", before.nEdges, after.nEdges);
-    table.Add("largest difference, mm", Number(difference.Largest()));
-    table.Print();
+    long long const bytes = BytesOf(PathOf(inputName));
+    report.Add("bytes", "bytes", nlohmann::json{bytes, BytesOf(PathOf(outputName))},
+               Count(bytes) + " -> " + Count(BytesOf(PathOf(outputName))));
+    add("layers", "layers", input.LayerCount(), output.LayerCount());
+    add("contours and paths", "paths", a.contours + a.openPaths, b.contours + b.openPaths);
+    add("points", "points", a.points, b.points);
+    add("strokes of fill", "strokes", a.strokes, b.strokes);
+    report.Add("largest difference, mm", "largest_difference", comparison.difference);
+    report.Print(json);
+    bool const less = output.LayerCount() < input.LayerCount() || b.contours + b.openPaths < a.contours + a.openPaths ||
+                      b.points < a.points || b.strokes < a.strokes;
+    if (!less) return;
+    throw varnet::Error(varnet::ErrorKind::kContent, PathOf(outputName),
+                        "less can be read back than was written: --mode binary holds it all");
 }

@@ -1,101 +1,119 @@
-// Orders the paths of a slice file, layer by layer, and says how much shorter the head's travel has become.
+// The paths of a slice file in an order in which the head travels less.
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
+#include <memory>
 
 #include "Commands.h"
-#include "Failure.h"
-#include "LayerPicture.h"
-#include "ModelFile.h"
-#include "PathOrder.h"
-#include "Progress.h"
-#include "SliceFile.h"
-#include "Table.h"
-
-namespace {
+#include "Console.h"
+#include "Reading.h"
+#include "varnet/PathOrder.h"
+#include "varnet/Picture.h"
+#include "varnet/SliceFile.h"
 
 namespace fs = std::filesystem;
 
-int ModeOf(std::string const& word) { return word == "near" ? 0 : word == "far" ? 1 : 2; }
+namespace {
 
-PathOrdering OrderingOf(OrderOptions const& options) {
-    PathOrdering ordering;
-    ordering.order = options.bSplice ? PathOrder::kSpliced : PathOrder::kByEnds;
-    ordering.nLoopMode = ModeOf(options.loops);
-    ordering.nHatchMode = options.bSplice ? 0 : ModeOf(options.hatches);
-    ordering.dWidth = options.dWidth;
-    ordering.dCut = options.dCut;
-    return ordering;
-}
-
-// Layer after layer, each from where the last one ended.
-class Ordering {
-public:
-    explicit Ordering(OrderOptions const& options)
-        : m_Options(options), m_Before(CPoint2D(options.start[0], options.start[1])), m_After(m_Before) {
-        std::srand(options.nSeed);
-    }
-
-    void Order(CLayer& layer) {
-        ThrowIfInterrupted();
-        ++m_nLayers;
-        m_Before.Print(layer);
-        bool const bPicture = !m_Options.svg.empty();
-        CLayer before;
-        if (bPicture) before = layer;
-        CPoint2D pos(m_After.Pos());
-        OrderPaths(layer, OrderingOf(m_Options), pos);
-        m_After.Print(layer);
-        if (bPicture) Draw(before, layer);
-    }
-    Travel const& Before() const { return m_Before.Way(); }
-    Travel const& After() const { return m_After.Way(); }
-    int Layers() const { return m_nLayers; }
-
-private:
-    void Draw(CLayer& before, CLayer& after) const {
-        before.GetBoundBox();
-        after.GetBoundBox();
-        std::array<char, 32> name{};
-        std::snprintf(name.data(), name.size(), "layer_%05d.svg", m_nLayers);
-        std::vector<PicturePanel> const panels = {{"before", &before}, {"after", &after}};
-        WriteBytes((fs::path(m_Options.svg) / name.data()).string(), LayerPicture(panels, BoxAround(panels)));
-    }
-
-    OrderOptions m_Options;
-    Head m_Before;
-    Head m_After;
-    int m_nLayers = 0;
+struct OrderOptions {
+    std::string input;
+    std::string output;
+    std::string hatches = "near";
+    std::string loops = "near";
+    bool splice = false;
+    double width = 0.0;
+    double cut = 0.0;
+    std::vector<double> start = {0.0, 0.0};
+    unsigned seed = 1;
+    std::string svg;  // folder for pictures; none when empty
+    bool json = false;
 };
 
-int CountLayers(std::string const& file) {
-    SliceReader reader(file);
-    for (CLayer layer; reader.Next(layer);) ThrowIfInterrupted();
-    return reader.LayersRead();
+varnet::NextPath NextOf(std::string const& word) {
+    if (word == "far") return varnet::NextPath::kFarthest;
+    return word == "random" ? varnet::NextPath::kRandom : varnet::NextPath::kNearest;
+}
+
+varnet::OrderSettings SettingsOf(OrderOptions const& options) {
+    varnet::OrderSettings settings;
+    settings.splice = options.splice;
+    settings.contours = NextOf(options.loops);
+    settings.fill = NextOf(options.hatches);
+    settings.width = options.width;
+    settings.cut = options.cut;
+    settings.start = {options.start[0], options.start[1]};
+    settings.seed = options.seed;
+    return settings;
+}
+
+void Draw(fs::path const& folder, varnet::Layer const& before, varnet::Layer const& after) {
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), "layer_%05d.svg", after.number);
+    std::array<varnet::PicturePanel, 2> const panels = {{{"before", &before}, {"after", &after}}};
+    varnet::WritePicture(folder / name.data(), varnet::PictureOf(panels));
+}
+
+void Run(OrderOptions const& options) {
+    varnet::SliceFile const input(PathOf(options.input), {false, Bar("Reading")});
+    varnet::PathOrder order(SettingsOf(options));
+    if (!options.svg.empty()) MakeFolder(PathOf(options.svg));
+    varnet::SliceWriteSettings settings;
+    settings.mode = input.Header().mode;
+    varnet::SliceWriter writer(PathOf(options.output), input.LayerCount(), settings);
+    auto const bar = Bar("Ordering");
+    for (long long number = 1; number <= input.LayerCount(); ++number) {
+        if (!bar(static_cast<double>(number) / static_cast<double>(input.LayerCount()))) ThrowIfStopped();
+        varnet::Layer layer = input.LayerAt(number);
+        varnet::Layer const before = options.svg.empty() ? varnet::Layer() : layer;
+        order.Order(layer);
+        writer.Write(layer);
+        if (!options.svg.empty()) Draw(PathOf(options.svg), before, layer);
+    }
+    ThrowIfStopped();
+    writer.Finish();
+    Report report(options.input + " -> " + options.output);
+    varnet::Travel const& before = order.Before();
+    varnet::Travel const& after = order.After();
+    report.Add("layers", "layers", input.LayerCount());
+    report.Add("travel with the material off, mm", "travel", nlohmann::json{before.length, after.length},
+               Number(before.length) + " -> " + Number(after.length));
+    report.Add("starts and stops", "starts", nlohmann::json{before.starts, after.starts},
+               Count(before.starts) + " -> " + Count(after.starts));
+    report.Print(options.json, options.output == "-");
 }
 
 }  // namespace
 
-void RunOrder(OrderOptions const& options) {
-    if (!options.svg.empty()) {
-        std::error_code error;
-        fs::create_directories(options.svg, error);
-        if (error) throw Failure(options.svg, "cannot be made: " + error.message());
-    }
-    // The file is gone through again where its header announces another number of layers.
-    int const nLayers = CountLayers(options.input);
-    Ordering ordering(options);
-    RewriteSlices(options.input, options.output, SliceReader(options.input).Mode(), [&](CLayer& layer) {
-        if (ordering.Layers() == nLayers) ordering = Ordering(options);
-        ordering.Order(layer);
-    });
-    Table table(options.input + " -> " + options.output);
-    table.Add("layers", Count(nLayers));
-    table.Add("travel with the material off, mm",
-              Number(ordering.Before().dLength) + " -> " + Number(ordering.After().dLength));
-    table.Add("starts and stops",
-              Count(ordering.Before().nStarts) + " -> " + Count(ordering.After().nStarts));
-    table.Print();
+void AddOrder(CLI::App& app) {
+    auto const options = std::make_shared<OrderOptions>();
+    CLI::App* const command =
+        app.add_subcommand("order", "Order the paths of a slice file for a print head that travels little");
+    command->add_option("IN", options->input, "CLI slice file to read")->required();
+    command->add_option("OUT", options->output, "CLI slice file to write, - for standard output")->required();
+    auto const words = CLI::IsMember({"near", "far", "random"});
+    CLI::Option* const hatches =
+        command->add_option("--hatches", options->hatches, "Which chain of fill comes next")->check(words)->capture_default_str();
+    CLI::Option* const loops =
+        command->add_option("--loops", options->loops, "Which contour comes next")->check(words)->capture_default_str();
+    CLI::Option* const width = command->add_option("--width", options->width, "Contours link with fill within 1.8 times this, mm")
+                                   ->check(WhyNotFinite)
+                                   ->check(CLI::Range(1e-9, 1e9));
+    CLI::Option* const cut =
+        command->add_option("--cut", options->cut, "Length of the opening of a contour, and cut off path ends, mm")
+            ->check(WhyNotFinite)
+            ->check(CLI::Range(0.0, 1e9));
+    CLI::Option* const splice =
+        command->add_flag("--splice", options->splice, "Print contours in one stroke with the fill beside them");
+    splice->needs(width, cut)->excludes(hatches, loops);
+    width->needs(splice);
+    cut->needs(splice);
+    command->add_option("--start", options->start, "Where the head is at first: X,Y")
+        ->check(WhyNotFinite)
+        ->delimiter(',')
+        ->expected(2)
+        ->capture_default_str();
+    command->add_option("--seed", options->seed, "Seed of the random order")->capture_default_str();
+    command->add_option("--svg", options->svg, "Folder for a picture of each layer, before and after");
+    command->add_flag("--json", options->json, "Print JSON instead of a table");
+    command->callback([options] { Run(*options); });
 }

@@ -1,74 +1,66 @@
-#include "Repair.h"
+// Winding made consistent within each shell, and holes closed where that is asked for.
 
-#include <array>
-#include <vector>
+#include <memory>
 
 #include "Commands.h"
-#include "ModelFile.h"
-#include "Shells.h"
-#include "Table.h"
+#include "Console.h"
+#include "Reading.h"
 
 namespace {
 
-std::vector<CFacet*> AllFacets(CSTLModel const& model) {
-    std::vector<CFacet*> facets;
-    auto const& surfaces = model.m_SurfaceArray.m_aSurface;
-    for (int i = 0; i < surfaces.GetSize(); ++i) {
-        for (int k = 0; k < surfaces[i]->m_aFacet.GetSize(); ++k) facets.push_back(surfaces[i]->m_aFacet[k]);
-    }
-    return facets;
-}
+struct RepairOptions {
+    std::string input;
+    std::string output;
+    double fillHoles = 0.0;
+    bool outward = false;
+    bool json = false;
+    ReadOptions read;
+};
 
-// Whether the facet's winding runs from the one vertex straight to the other.
-bool RunsFromTo(CFacet const& facet, tagVertexNode const* a, tagVertexNode const* b) {
-    return (facet.m_pVertex1 == a && facet.m_pVertex2 == b) ||
-           (facet.m_pVertex2 == a && facet.m_pVertex3 == b) ||
-           (facet.m_pVertex3 == a && facet.m_pVertex1 == b);
-}
+void Run(RepairOptions const& options) {
+    varnet::Part part = ReadPart(options.input, options.read);
+    varnet::RepairSettings settings;
+    settings.fillHoles = options.fillHoles;
+    settings.outward = options.outward;
+    settings.progress = Bar("Repairing");
+    varnet::RepairReport const repaired = part.Repair(settings);
+    part.Write(PathOf(options.output), varnet::MeshFormat::kBinaryStl, Bar("Writing"));
 
-int FixWinding(CSTLModel& model) {
-    std::vector<CFacet*> const facets = AllFacets(model);
-    std::vector<std::array<tagVertexNode*, 2>> before;
-    before.reserve(facets.size());
-    for (CFacet const* const pFacet : facets) before.push_back({pFacet->m_pVertex1, pFacet->m_pVertex2});
-    model.FixNormal();
-    int nTurned = 0;
-    for (std::size_t i = 0; i < facets.size(); ++i) {
-        if (!RunsFromTo(*facets[i], before[i][0], before[i][1])) ++nTurned;
+    Report report(options.input + " -> " + options.output);
+    AddIntake(report, part);
+    report.Add("facets turned to agree", "turned", static_cast<long long>(repaired.turned));
+    report.Add("bodies turned outward", "bodies_turned", static_cast<long long>(repaired.bodiesTurned));
+    report.Add("holes closed", "holes_filled", static_cast<long long>(repaired.holesFilled));
+    report.Add("facets added", "facets_added", static_cast<long long>(repaired.facetsAdded));
+    report.Add("open edges, before and after", "open_edges_after", static_cast<long long>(repaired.openEdgesAfter),
+               Count(repaired.openEdgesBefore) + " -> " + Count(repaired.openEdgesAfter));
+    report.AddJson("open_edges_before", repaired.openEdgesBefore);
+    AddMeasures(report, part);
+    AddBodies(report, part);
+    report.Print(options.json, options.output == "-");
+    if (repaired.openEdgesAfter > 0) {
+        Warn(options.output + ": " + Count(repaired.openEdgesAfter) + " edges are open: --fill-holes MM closes plain rims");
     }
-    return nTurned;
+    for (varnet::Body const& body : part.Bodies()) {
+        if (!body.IsInsideOut()) continue;
+        Warn(options.output + ": a body is inside out: --outward turns it");
+        break;
+    }
 }
 
 }  // namespace
 
-RepairResult Repair(CSTLModel& model) {
-    RepairResult result;
-    result.nTurned = FixWinding(model);
-    std::vector<Shell> const shells = FindShells(model);
-    result.nShells = static_cast<int>(shells.size());
-    for (Shell const& shell : shells) {
-        if (shell.dSignedVolume >= 0.0) continue;
-        if (IsCavity(shells, shell)) {
-            ++result.nCavities;
-            continue;
-        }
-        for (CFacet* const pFacet : shell.facets) pFacet->Reverse();
-        ++result.nShellsTurned;
-    }
-    return result;
-}
-
-void RunRepair(RepairOptions const& options) {
-    CSTLModel model;
-    ReadModel(options.input, model);
-    RepairResult const result = Repair(model);
-    WriteModel(model, options.output);
-
-    Table table(options.input + " -> " + options.output);
-    table.Add("facets written", Count(model.GetFacetsNum()));
-    table.Add("shells", Count(result.nShells));
-    table.Add("facets turned to agree", Count(result.nTurned));
-    table.Add("shells turned outward", Count(result.nShellsTurned));
-    table.Add("cavities left facing inward", Count(result.nCavities));
-    table.Print();
+void AddRepair(CLI::App& app) {
+    auto const options = std::make_shared<RepairOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "repair", "Join what belongs together, turn facets that contradict their shell, and write binary STL");
+    command->add_option("IN", options->input, "Mesh file to read")->required();
+    command->add_option("OUT", options->output, "STL file to write, - for standard output")->required();
+    command->add_option("--fill-holes", options->fillHoles, "Close plain holes whose rim is up to this long, mm")
+        ->check(WhyNotFinite)
+        ->check(CLI::Range(0.0, 1e9));
+    command->add_flag("--outward", options->outward, "Turn whole bodies that are inside out");
+    command->add_flag("--json", options->json, "Print JSON instead of a table");
+    options->read.AddTo(*command);
+    command->callback([options] { Run(*options); });
 }

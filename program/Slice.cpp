@@ -1,164 +1,198 @@
-#include "Slice.h"
+// Parts into layers.
 
-#include <atomic>
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
 #include <memory>
-#include <vector>
 
 #include "Commands.h"
-#include "Failure.h"
-#include "ModelFile.h"
-#include "Progress.h"
-#include "Support.h"
-#include "Table.h"
+#include "Console.h"
+#include "ConvertSlices.h"
+#include "Reading.h"
+#include "varnet/PathOrder.h"
+#include "varnet/SliceFile.h"
+#include "varnet/Slicer.h"
+#include "varnet/Supports.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+struct SliceOptions {
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string layers;  // "A:B"
+    std::string rule = "winding";
+    std::string mode = "binary";
+    bool noFill = false;
+    bool support = false;
+    bool order = false;
+    bool splice = false;
+    bool strict = false;
+    bool json = false;
+    std::vector<std::uint64_t> seed;  // empty: not given
+    varnet::SliceSettings settings;
+    ReadOptions read;
+};
 
-// Readers of text take a longer line for two.
-constexpr std::size_t kLongestLine = 10239;
-
-// The characters of a number with three decimals, and the blank in front of it.
-std::size_t CharactersOf(double d) {
-    int const nCharacters = std::snprintf(nullptr, 0, " %.3f", d);
-    return static_cast<std::size_t>(nCharacters);
+// "A:B", "A:", ":B" or "A".
+void TakeRange(std::string const& text, varnet::SliceSettings& settings) {
+    if (text.empty()) return;
+    std::size_t const colon = text.find(':');
+    auto const number = [&text](std::string const& digits, std::int32_t otherwise) {
+        if (digits.empty()) return otherwise;
+        std::int32_t value = 0;
+        if (!CLI::detail::lexical_cast(digits, value) || value < 1) {
+            throw CLI::ValidationError("--layers", text + " is no range of layers such as 1:100");
+        }
+        return value;
+    };
+    settings.firstLayer = number(text.substr(0, colon), 1);
+    settings.lastLayer =
+        colon == std::string::npos ? settings.firstLayer : number(text.substr(colon + 1), settings.lastLayer);
 }
 
-// The numbers in front of the points take some dozens of characters.
-bool IsTooLongForText(tagLoopTreeNode const& loop) {
-    std::size_t nCharacters = 64;
-    for (auto const* p = loop.m_pPointList->m_pNodeHead; p != nullptr; p = p->pNext) {
-        nCharacters += CharactersOf(p->data.x) + CharactersOf(p->data.y);
+struct Written {
+    varnet::Travel travel;
+    std::int64_t tooLong = 0;
+    std::uint64_t bytes = 0;
+};
+
+Written Write(SliceOptions const& options, varnet::Slicer& slicer) {
+    varnet::SliceWriteSettings settings;
+    settings.mode = SliceModeOf(options.mode).value_or(varnet::SliceMode::kBinary);
+    if (!options.seed.empty()) settings.seed = options.seed.front();
+    if (!options.layers.empty()) {
+        settings.range = varnet::LayerRange{slicer.FirstLayer(), slicer.LastLayer(), slicer.LayerCount()};
     }
-    return nCharacters > kLongestLine;
+    varnet::OrderSettings ordering;
+    ordering.splice = options.splice;
+    ordering.width = options.settings.hatch > 0.0 ? options.settings.hatch : ordering.width;
+    varnet::PathOrder order(ordering);
+    varnet::SliceWriter writer(PathOf(options.output), slicer.LastLayer() - slicer.FirstLayer() + 1, settings);
+    Written written;
+    varnet::Point2 head;
+    slicer.ForEachLayer([&](varnet::Layer&& layer) {
+        if (options.order || options.splice) {
+            // As it stands in the file, so that a later pass over the file gives the same order.
+            varnet::Layer stored = AsStored(layer, settings.mode);
+            order.Order(stored);
+            layer = std::move(stored);
+        }
+        AddTravel(layer, head, written.travel);
+        writer.Write(layer);
+    });
+    ThrowIfStopped();
+    writer.Finish();
+    written.tooLong = writer.TooLongForClassicReader();
+    written.bytes = writer.BytesWritten();
+    return written;
 }
 
-std::size_t CountTooLong(CLayer const& layer) {
-    std::size_t nTooLong = 0;
-    for (auto const* p = layer.m_LoopList.m_pNodeHead; p != nullptr; p = p->pNext) {
-        if (IsTooLongForText(*static_cast<tagLoopTreeNode const*>(p->data))) ++nTooLong;
+void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written, std::size_t solids) {
+    Report report(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") + " -> " +
+                  options.output);
+    report.Add("layers", "layers", sliced.layers, Count(sliced.layers) + " of " + Number(options.settings.layer) + " mm");
+    report.Add("contours", "contours", static_cast<long long>(sliced.contours));
+    report.Add("open paths", "open_paths", static_cast<long long>(sliced.openPaths));
+    report.Add("layers with open paths", "layers_with_open_paths", static_cast<long long>(sliced.layersWithOpenPaths));
+    report.Add("gaps closed", "gaps_closed", sliced.gapsClosed,
+               Count(sliced.gapsClosed) + (sliced.gapsClosed > 0 ? ", up to " + Number(sliced.longestGapClosed) + " mm" : ""));
+    report.AddJson("longest_gap_closed", sliced.longestGapClosed);
+    report.AddJson("longest_gap", sliced.longestGap);
+    report.Add("points", "points", static_cast<long long>(sliced.points));
+    report.Add("length of all contours, mm", "contour_length", sliced.contourLength);
+    report.Add("volume of the mesh, mm3", "mesh_volume", sliced.meshVolume);
+    report.Add("volume of the layers, mm3", "layer_volume", sliced.volume);
+    report.AddJson("cut_volume", sliced.cutVolume);
+    bool const filled = options.settings.hatch > 0.0;
+    report.Add("fill strokes", "strokes", sliced.strokes, filled ? Count(sliced.strokes) : "none: contours only");
+    report.Add("support strokes", "support_strokes", static_cast<long long>(sliced.supportStrokes));
+    report.Add("support solids", "support_solids", static_cast<long long>(solids));
+    report.Add("travel with the material off, mm", "travel", written.travel.length);
+    report.Add("starts and stops", "starts", static_cast<long long>(written.travel.starts));
+    report.Add("bytes", "bytes", static_cast<long long>(written.bytes));
+    report.Print(options.json, options.output == "-");
+}
+
+// What is not as the part was: a line on standard error, or with --strict an error.
+void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written) {
+    if (written.tooLong > 0) {
+        Warn(Count(written.tooLong) +
+             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary has no such limit");
     }
-    return nTooLong;
+    if (sliced.skippedFacets > 0) Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
+    if (sliced.openPaths == 0) return;
+    bool const whole = options.layers.empty();
+    double const missing = std::max(0.0, std::fabs(sliced.meshVolume) - std::fabs(sliced.cutVolume));
+    std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " + Count(sliced.layers) +
+                             " layers, the longest gap " + Rounded(sliced.longestGap, 4) + " mm" +
+                             (whole ? ", " + Rounded(missing, 4) + " mm3 missing" : "") +
+                             ": varnet repair --fill-holes closes the part, --close MM the gaps";
+    if (options.strict) throw varnet::Error(varnet::ErrorKind::kContent, text);
+    Warn(text);
 }
 
-PathOrdering OrderingOf(SliceOptions const& options) {
-    PathOrdering ordering;
-    if (options.bOrder) ordering.order = PathOrder::kByEnds;
-    if (options.bSplice) ordering.order = PathOrder::kSpliced;
-    ordering.dWidth = options.dHatch;
-    return ordering;
-}
-
-using Models = std::vector<std::unique_ptr<CSTLModel>>;
-
-std::vector<CSTLModel const*> Borrowed(Models const& models) {
-    std::vector<CSTLModel const*> borrowed;
-    for (auto const& pModel : models) borrowed.push_back(pModel.get());
-    return borrowed;
-}
-
-// Solids down to the plate, with the thresholds that the support command has where none are given.
-Models SupportsOf(Models const& parts) {
-    Models supports;
-    RunWithProgress(
-        "Building support",
-        [&] {
-            for (auto const& pPart : parts) {
-                SupportOptions const options;
-                SupportPlan const plan = PlanSupport(*pPart, options);
-                for (auto& pSolid : BuildSolids(*pPart, plan, options)) supports.push_back(std::move(pSolid));
-            }
-        },
-        [] { return 0.0; }, [] {});
-    ThrowIfInterrupted();
-    return supports;
-}
-
-void PrintFigures(SliceOptions const& options, SliceFigures const& figures, SliceWriteFigures const& written,
-                  std::size_t nSolids) {
-    Table table(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") +
-                " -> " + options.output);
-    auto const count = [](std::size_t n) { return Count(static_cast<long long>(n)); };
-    table.Add("layers", Count(figures.nLayers) + " of " + Number(options.dLayer) + " mm");
-    table.Add("contours", count(figures.nLoops));
-    table.Add("open paths", count(figures.nOpenPaths));
-    table.Add("points", count(figures.nPoints));
-    table.Add("length of all contours, mm", Number(figures.dContourLength));
-    table.Add("volume of the layers, mm3", Number(figures.dVolume));
-    table.Add("fill strokes", count(figures.nStrokes));
-    if (options.bSupport) {
-        table.Add("support", count(nSolids) + " solids, " + count(figures.nSupportStrokes) + " strokes");
+void Run(SliceOptions options) {
+    TakeRange(options.layers, options.settings);
+    options.settings.rule = options.rule == "odd" ? varnet::SolidRule::kOdd : varnet::SolidRule::kWinding;
+    if (options.noFill) options.settings.hatch = 0.0;
+    std::vector<varnet::Part> parts;
+    std::vector<varnet::Supports> supports;
+    std::size_t solids = 0;
+    for (std::string const& input : options.inputs) {
+        parts.push_back(ReadPart(input, options.read));
+        for (varnet::Body const& body : parts.back().Bodies()) {
+            if (!body.IsInsideOut() || options.settings.rule == varnet::SolidRule::kOdd) continue;
+            Warn(input + ": a body is inside out, and is sliced as if it were turned");
+            break;
+        }
+        if (!options.support) continue;
+        varnet::SupportSettings settings;
+        settings.progress = Bar("Building support");
+        supports.emplace_back(parts.back(), settings);
+        solids += supports.back().Solids().size();
     }
-    table.Add("travel with the material off, mm", Number(written.travel.dLength));
-    table.Add("starts and stops", Count(written.travel.nStarts));
-    table.Add("bytes", Count(static_cast<long long>(fs::file_size(options.output))));
-    table.Print();
-}
-
-// Writes all layers of the plate. False where the disk did not take them.
-bool WriteLayers(Plate& plate, SliceOutput const& output, fs::path const& path, SliceWriteFigures& figures,
-                 std::atomic<int>& nDone) {
-    std::unique_ptr<FILE, int (*)(FILE*)> const pFile(std::fopen(path.string().c_str(), "wb"), &std::fclose);
-    if (pFile == nullptr) return false;
-    CLayerModel writer;
-    auto const nMode = static_cast<int>(output.mode);
-    writer.SaveCLIHead(pFile.get(), nMode, plate.LayerCount());
-    CPoint2D pos(0.0, 0.0);
-    Head head(pos);
-    for (int i = 0; i < plate.LayerCount(); ++i) {
-        ThrowIfInterrupted();
-        std::unique_ptr<CLayer> const pLayer = plate.NextLayer();
-        OrderPaths(*pLayer, output.ordering, pos);
-        head.Print(*pLayer);
-        if (output.mode == SliceMode::kText) figures.nTooLong += CountTooLong(*pLayer);
-        writer.SaveLayer(pLayer.get(), pFile.get(), nMode);
-        nDone = i + 1;
-    }
-    figures.travel = head.Way();
-    if (output.mode == SliceMode::kText) std::fputs("$$GEOMETRYEND\n", pFile.get());
-    return std::fflush(pFile.get()) == 0 && std::ferror(pFile.get()) == 0;
+    options.settings.progress = Bar("Slicing into " + TextOf(PathOf(options.output).filename()));
+    varnet::Slicer slicer(varnet::SlicerInputs(parts, supports), options.settings);
+    Written const written = Write(options, slicer);
+    Print(options, slicer.Report(), written, solids);
+    Judge(options, slicer.Report(), written);
 }
 
 }  // namespace
 
-SliceWriteFigures WriteSlices(Plate& plate, SliceOutput const& output) {
-    SliceWriteFigures figures;
-    std::atomic<int> nDone = 0;
-    WriteWhole(output.file, [&](fs::path const& path) {
-        bool bWritten = false;
-        RunWithProgress(
-            "Slicing into " + fs::path(output.file).filename().string(),
-            [&] { bWritten = WriteLayers(plate, output, path, figures, nDone); },
-            [&] { return static_cast<double>(nDone) / plate.LayerCount(); }, [] {});
-        return bWritten;
-    });
-    return figures;
-}
-
-void RunSlice(SliceOptions const& options) {
-    Models parts;
-    for (std::string const& input : options.inputs) {
-        parts.push_back(std::make_unique<CSTLModel>());
-        ReadModel(input, *parts.back());
-    }
-    Models const supports = options.bSupport ? SupportsOf(parts) : Models();
-    SliceSettings settings;
-    settings.dLayer = options.dLayer;
-    settings.dHatch = options.dHatch;
-    settings.dAngle = options.dAngle;
-    Plate plate(Borrowed(parts), Borrowed(supports), settings);
-    SliceOutput output;
-    output.file = options.output;
-    output.mode = SliceModeOf(options.mode).value_or(output.mode);
-    output.ordering = OrderingOf(options);
-    SliceWriteFigures const written = WriteSlices(plate, output);
-    PrintFigures(options, plate.Figures(), written, supports.size());
-    if (output.mode == SliceMode::kText && written.nTooLong > 0) {
-        std::fprintf(stderr,
-                     "varnet: %zu paths have lines too long to be read back whole: write binary instead\n",
-                     written.nTooLong);
-    }
+void AddSlice(CLI::App& app) {
+    auto const options = std::make_shared<SliceOptions>();
+    varnet::SliceSettings& settings = options->settings;
+    CLI::App* const command = app.add_subcommand("slice", "Slice parts, as they lie side by side, into a CLI file");
+    command->add_option("IN", options->inputs, "Mesh files to read: STL, CSM, 3DMF, OLTP")->required();
+    command->add_option("-o", options->output, "CLI file to write, - for standard output")->required();
+    auto const number = [command](char const* name, double& value, double least, double most, char const* what) {
+        return command->add_option(name, value, what)
+            ->check(WhyNotFinite)
+            ->check(CLI::Range(least, most))
+            ->capture_default_str();
+    };
+    number("--layer", settings.layer, 1e-6, 1e6, "Height of a layer, mm");
+    number("--hatch", settings.hatch, 0.0, 1e6, "Distance of fill lines, mm; 0 for contours only");
+    command->add_flag("--no-fill", options->noFill, "Contours only");
+    number("--angle", settings.angle, -360.0, 360.0, "Of the fill lines; each layer is at right angles to the last");
+    number("--close", settings.close, 0.0, 1e6, "Close gaps in contours up to this, mm; 0 for never");
+    command->add_option("--rule", options->rule, "What is solid: where bodies wind round, or where an odd number does")
+        ->check(CLI::IsMember({"winding", "odd"}))
+        ->capture_default_str();
+    command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
+    command->add_option("--threads", settings.threads, "The layers are the same for any number")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str();
+    command->add_flag("--support", options->support, "Fill support solids too, in layers of even numbers");
+    CLI::Option* const order =
+        command->add_flag("--order", options->order, "Print what is nearest next: contours, then fill");
+    command->add_flag("--splice", options->splice, "Print contours and fill in one stroke where they meet")->excludes(order);
+    command->add_option("--mode", options->mode, "Of the file")
+        ->check(CLI::IsMember({"ascii", "binary", "coc"}))
+        ->capture_default_str();
+    command->add_option("--seed", options->seed, "Of the noise of mode coc: the same bytes in each run")->expected(1);
+    command->add_flag("--strict", options->strict, "Exit code 1 where paths stay open");
+    command->add_flag("--json", options->json, "Print JSON instead of a table");
+    options->read.AddTo(*command);
+    command->callback([options] { Run(*options); });
 }

@@ -1,175 +1,128 @@
-#include "Support.h"
+// What hangs in the air, and the solids that hold it.
 
-#include <cstdio>
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <memory>
 
-#include "Failure.h"
-#include "ModelFile.h"
-#include "Ply.h"
-#include "Progress.h"
-#include "Table.h"
+#include "Commands.h"
+#include "Console.h"
+#include "Reading.h"
+#include "varnet/Picture.h"
+#include "varnet/Supports.h"
 
 namespace {
 
-constexpr int kKeels = -1;
-
+constexpr std::size_t kListed = 50;
 constexpr std::uint32_t kRed = 0xD03020;
 constexpr std::uint32_t kYellow = 0xE8C840;
+constexpr std::uint32_t kGrey = 0xC0C0C0;
 
-// A region that is nowhere higher than this above the lowest point of the part rests on the plate, in
-// millimetres.
-constexpr double kOnPlate = 0.001;
+struct SupportOptions {
+    std::string input;
+    std::string output;
+    std::string ply;  // empty: no picture
+    std::string connect = "edge";
+    bool toPlate = false;  // what a `down` of 0 says anyway
+    bool json = false;
+    varnet::SupportSettings settings;
+    ReadOptions read;
+};
 
-// So many regions are listed.
-constexpr std::size_t kListed = 50;
-
-SupportRegion Judge(CFeatureSurface& surface, double dLowest) {
-    if (surface.m_BoundBox.m_ptMax.z - dLowest <= kOnPlate) return {&surface, false, "rests on the plate"};
-    if ((surface.m_nSupportFlag & FS_NEEDS_SUPPORT) == 0) {
-        return {&surface, false, "below the least area and held by a wall"};
+// Supported regions red, the others yellow.
+void WritePicture(std::string const& file, varnet::Part const& part, varnet::Supports const& supports) {
+    std::vector<std::uint32_t> colors(part.Triangles().size(), kGrey);
+    for (varnet::Overhang const& overhang : supports.Overhangs()) {
+        for (std::int32_t const triangle : overhang.triangles) {
+            if (triangle >= 0) colors[static_cast<std::size_t>(triangle)] = overhang.supported ? kRed : kYellow;
+        }
     }
-    if ((surface.m_nSurfaceFlag & FS_SMALL_SUSPENDED) != 0) {
-        return {&surface, true, "below the least area, but hangs free"};
-    }
-    return {&surface, true, "faces down"};
+    varnet::WritePly(PathOf(file), part.Points(), part.Triangles(), colors);
 }
 
-// Takes the solids that the generators have made, which stand for the wanted ones of something in order.
-template <class Wanted>
-void TakeSolids(CSTLModel& model, Wanted const& isWanted, std::vector<std::unique_ptr<CSTLModel>>& solids) {
-    for (std::size_t nIndex = 0; model.m_SupportModelList.IsEmpty() == 0; ++nIndex) {
-        std::unique_ptr<CSTLModel> pSolid(static_cast<CSTLModel*>(model.m_SupportModelList.RemoveHead()));
-        if (isWanted(nIndex)) solids.push_back(std::move(pSolid));
+nlohmann::json OverhangsJson(varnet::Supports const& supports) {
+    nlohmann::json list = nlohmann::json::array();
+    for (varnet::Overhang const& overhang : supports.Overhangs()) {
+        list.push_back({{"facets", overhang.triangles.size()},
+                        {"area", overhang.area},
+                        {"projected_area", overhang.projectedArea},
+                        {"box", ToJson(overhang.box)},
+                        {"supported", overhang.supported},
+                        {"why", overhang.why}});
     }
+    return list;
 }
 
-nlohmann::json PointJson(CPoint3D const& p) { return {p.x, p.y, p.z}; }
-
-nlohmann::json ToJson(SupportPlan const& plan, int nSolids, int nFacets) {
-    nlohmann::json json;
-    json["regions"] = nlohmann::json::array();
-    for (SupportRegion const& region : plan.regions) {
-        CFeatureSurface& surface = *region.pSurface;
-        json["regions"].push_back(
-            {{"facets", surface.m_aFacet.GetSize()},
-             {"area", surface.Area()},
-             {"projected_area", surface.ProjectArea()},
-             {"box", {PointJson(surface.m_BoundBox.m_ptMin), PointJson(surface.m_BoundBox.m_ptMax)}},
-             {"supported", region.bSupported},
-             {"why", region.why}});
+nlohmann::json EdgesJson(varnet::Supports const& supports) {
+    nlohmann::json list = nlohmann::json::array();
+    for (varnet::HangingEdge const& edge : supports.Edges()) {
+        list.push_back({{"vertices", edge.points.size()}, {"length", edge.length}, {"lowest", edge.lowest}});
     }
-    json["edges"] = nlohmann::json::array();
-    for (CFeatureEdge* const pChain : plan.chains) {
-        json["edges"].push_back({{"vertices", pChain->m_VertexList.GetCount()},
-                                 {"length", pChain->GetLength(0)},
-                                 {"lowest", pChain->GetMinZ(0)}});
-    }
-    json["solids"] = nSolids;
-    json["facets"] = nFacets;
-    return json;
+    return list;
 }
 
-std::string RangeText(double dMin, double dMax) { return Number(dMin) + ".." + Number(dMax); }
+void AddRegions(Report& report, varnet::Supports const& supports) {
+    auto const overhangs = supports.Overhangs();
+    report.Add("regions", "region_count", static_cast<long long>(overhangs.size()));
+    for (std::size_t i = 0; i < std::min(kListed, overhangs.size()); ++i) {
+        varnet::Overhang const& overhang = overhangs[i];
+        report.AddRow("region " + std::to_string(i + 1), std::string(overhang.supported ? "kept" : "dropped") + ": " +
+                                                             overhang.why + "; area " + Number(overhang.area) + ", projected " +
+                                                             Number(overhang.projectedArea) + ", box " + TextOf(overhang.box));
+    }
+    if (overhangs.size() > kListed) report.AddRow("...", Count(static_cast<long long>(overhangs.size() - kListed)) + " more");
+    report.AddJson("regions", OverhangsJson(supports));
+    double length = 0.0;
+    for (varnet::HangingEdge const& edge : supports.Edges()) length += edge.length;
+    report.Add("hanging edges", "edge_count", static_cast<long long>(supports.Edges().size()),
+               Count(static_cast<long long>(supports.Edges().size())) + " chains, " + Number(length) + " mm");
+    report.AddJson("edges", EdgesJson(supports));
+    report.Add("regions smaller than a stroke", "small_regions", static_cast<long long>(supports.SmallRegions()));
+}
 
-void PrintPlan(std::string const& title, SupportPlan const& plan, int nSolids, int nFacets) {
-    Table table(title);
-    table.Add("regions", Count(static_cast<long long>(plan.regions.size())));
-    for (std::size_t i = 0; i < std::min(kListed, plan.regions.size()); ++i) {
-        SupportRegion const& region = plan.regions[i];
-        CBoundBox3D const& box = region.pSurface->m_BoundBox;
-        table.Add(
-            "region " + std::to_string(i + 1),
-            std::string(region.bSupported ? "kept" : "dropped") + ": " + region.why + "; area " +
-                Number(region.pSurface->Area()) + ", projected " + Number(region.pSurface->ProjectArea()) +
-                ", x " + RangeText(box.m_ptMin.x, box.m_ptMax.x) + ", y " +
-                RangeText(box.m_ptMin.y, box.m_ptMax.y) + ", z " + RangeText(box.m_ptMin.z, box.m_ptMax.z));
-    }
-    if (plan.regions.size() > kListed) {
-        table.Add("...", Count(static_cast<long long>(plan.regions.size() - kListed)) + " more");
-    }
-    double dLength = 0.0;
-    for (CFeatureEdge* const pChain : plan.chains) dLength += pChain->GetLength(0);
-    table.Add("suspended edges",
-              Count(static_cast<long long>(plan.chains.size())) + " chains, " + Number(dLength) + " mm");
-    table.Add("solids", Count(nSolids) + ", " + Count(nFacets) + " facets");
-    table.Print();
+void Run(SupportOptions options) {
+    varnet::Part const part = ReadPart(options.input, options.read);
+    options.settings.connectByVertex = options.connect == "vertex";
+    options.settings.progress = Bar("Building support");
+    varnet::Supports const supports(part, options.settings);
+    long long facets = 0;
+    for (varnet::SupportSolid const& solid : supports.Solids()) facets += static_cast<long long>(solid.triangles.size());
+    supports.Write(PathOf(options.output));
+    if (!options.ply.empty()) WritePicture(options.ply, part, supports);
+    Report report(options.input + " -> " + options.output);
+    AddRegions(report, supports);
+    report.Add("solids", "solids", static_cast<long long>(supports.Solids().size()),
+               Count(static_cast<long long>(supports.Solids().size())) + ", " + Count(facets) + " facets");
+    report.AddJson("facets", facets);
+    report.Print(options.json, options.output == "-");
 }
 
 }  // namespace
 
-SupportPlan PlanSupport(CSTLModel& model, SupportOptions const& options) {
-    SupportPlan plan;
-    model.FindSupportSurface(options.dAngle, options.connect == "edge" ? 1 : 0);
-    model.FilterUnSuspendSupport(options.dMinArea);
-    model.FindSuspendEdge(kKeels, options.dEdgesUp, options.dEdgesDown, options.dEdgeLength);
-    double const dLowest = model.m_VertexTree.m_BoundBox.m_ptMin.z;
-    auto const& surfaces = model.m_SupportArray.m_aSurface;
-    for (int i = 0; i < surfaces.GetSize(); ++i) plan.regions.push_back(Judge(*surfaces[i], dLowest));
-    for (int i = 0; i < model.m_SuspendEdgeArray.GetSize(); ++i) {
-        CFeatureEdge* const pChain = model.m_SuspendEdgeArray[i];
-        // A keel that lies on the plate needs nothing below it.
-        if (pChain->GetMinZ(0) - dLowest <= kOnPlate) pChain->m_nEdgeFlag &= ~FE_SELECTED;
-        if ((pChain->m_nEdgeFlag & FE_SELECTED) != 0) plan.chains.push_back(pChain);
-    }
-    return plan;
-}
-
-// For a level the library makes solids of all regions and chains: those that are not wanted are left out.
-std::vector<std::unique_ptr<CSTLModel>> BuildSolids(CSTLModel& model, SupportPlan const& plan,
-                                                    SupportOptions const& options) {
-    bool const bAll = options.dDown <= 0.0;
-    for (SupportRegion const& region : plan.regions) {
-        if (!region.bSupported) region.pSurface->m_nSupportFlag &= ~FS_NEEDS_SUPPORT;
-    }
-    std::vector<std::unique_ptr<CSTLModel>> solids;
-    model.ClearSupportSTL();
-    model.GenSupportSTL(options.dDown);
-    TakeSolids(
-        model, [&plan, bAll](std::size_t i) { return !bAll || plan.regions[i].bSupported; }, solids);
-    model.GenSuspendSTL(options.dDown);
-    auto& chains = model.m_SuspendEdgeArray;
-    TakeSolids(
-        model,
-        [&chains, bAll](std::size_t i) {
-            return !bAll || (chains[static_cast<int>(i)]->m_nEdgeFlag & FE_SELECTED) != 0;
-        },
-        solids);
-    return solids;
-}
-
-int BuildSupport(CSTLModel& model, SupportPlan const& plan, SupportOptions const& options,
-                 CSTLModel& target) {
-    std::vector<std::unique_ptr<CSTLModel>> const solids = BuildSolids(model, plan, options);
-    for (auto const& pSolid : solids) target.AddSTLModel(pSolid.get());
-    return static_cast<int>(solids.size());
-}
-
-void WriteSupportPly(std::string const& file, CSTLModel const& model, SupportPlan const& plan) {
-    FacetColors colors;
-    for (SupportRegion const& region : plan.regions)
-        colors.Paint(*region.pSurface, region.bSupported ? kRed : kYellow);
-    WritePly(file, model, colors);
-}
-
-void RunSupport(SupportOptions const& options) {
-    CSTLModel model;
-    ReadModel(options.input, model);
-    CSTLModel solids;
-    SupportPlan plan;
-    int nSolids = 0;
-    RunWithProgress(
-        "Building support",
-        [&] {
-            plan = PlanSupport(model, options);
-            nSolids = BuildSupport(model, plan, options, solids);
-        },
-        [] { return 0.0; }, [&solids] { solids.StopCurOperate(); });
-    ThrowIfInterrupted();
-    WriteModel(solids, options.output);
-    if (!options.ply.empty()) WriteSupportPly(options.ply, model, plan);
-    if (options.bJson) {
-        std::printf("%s\n", ToJson(plan, nSolids, solids.GetFacetsNum()).dump(2).c_str());
-    } else {
-        PrintPlan(options.input + " -> " + options.output, plan, nSolids, solids.GetFacetsNum());
-    }
+void AddSupport(CLI::App& app) {
+    auto const options = std::make_shared<SupportOptions>();
+    varnet::SupportSettings& settings = options->settings;
+    CLI::App* const command = app.add_subcommand("support", "Find what hangs in the air and write support solids for it");
+    command->add_option("IN", options->input, "Mesh file to read")->required();
+    command->add_option("-o", options->output, "STL file to write the solids to, - for standard output")->required();
+    command->add_option("--ply", options->ply, "PLY file to write, with the regions coloured");
+    auto const number = [command](char const* name, double& value, double most, char const* what) {
+        return command->add_option(name, value, what)->check(WhyNotFinite)->check(CLI::Range(0.0, most))->capture_default_str();
+    };
+    number("--angle", settings.angle, 90.0, "Faces less than this from straight down need support");
+    command->add_option("--connect", options->connect, "What joins facets to one region")
+        ->check(CLI::IsMember({"edge", "vertex"}))
+        ->capture_default_str();
+    number("--min-area", settings.minArea, 1e12, "Regions with less projected area need to hang free");
+    CLI::Option* const down = command->add_option("--down", settings.down, "Closed solids of this height, mm")
+                                  ->check(WhyNotFinite)
+                                  ->check(CLI::Range(1e-6, 1e9));
+    command
+        ->add_flag("--to-plate", options->toPlate,
+                   "Solids down to the lowest point of the part, open at the bottom below faces (default)")
+        ->excludes(down);
+    number("--edges-up", settings.edgesUp, 90.0, "Facets less than this from straight up hold edges");
+    number("--edges-down", settings.edgesDown, 90.0, "And those less than this from straight down");
+    number("--edge-length", settings.edgeLength, 1e9, "Chains of edges must be longer than this, mm");
+    command->add_flag("--json", options->json, "Print JSON instead of a table");
+    options->read.AddTo(*command);
+    command->callback([options] { Run(*options); });
 }

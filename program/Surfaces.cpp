@@ -1,94 +1,82 @@
-#include "Surfaces.h"
+// A part divided into surfaces.
 
 #include <algorithm>
-#include <cmath>
-#include <vector>
+#include <memory>
+#include <numeric>
 
 #include "Commands.h"
-#include "ModelFile.h"
-#include "Ply.h"
-#include "Progress.h"
-#include "Table.h"
+#include "Console.h"
+#include "Reading.h"
+#include "varnet/Picture.h"
+#include "varnet/Supports.h"
 
 namespace {
 
-// Facets whose normal's z is below this count as upright, when surfaces are classes of facets.
-constexpr double kUpright = 0.1;
-
 // So many surfaces are listed, the largest first.
 constexpr std::size_t kListed = 20;
+constexpr std::uint32_t kGrey = 0xC0C0C0;
 
-std::vector<CFeatureSurface*> LargestFirst(CSTLModel const& model) {
-    auto const& surfaces = model.m_SurfaceArray.m_aSurface;
-    std::vector<CFeatureSurface*> found(surfaces.GetData(), surfaces.GetData() + surfaces.GetSize());
-    std::stable_sort(found.begin(), found.end(),
-                     [](CFeatureSurface* a, CFeatureSurface* b) { return a->Area() > b->Area(); });
-    return found;
+struct SurfacesOptions {
+    std::string input;
+    std::string output;  // empty: no picture
+    std::string judge = "normal";
+    bool json = false;
+    ReadOptions read;
+};
+
+varnet::SurfaceRule RuleOf(std::string const& judge) {
+    if (judge == "eight") return varnet::SurfaceRule::kOctants;
+    return judge == "winding" ? varnet::SurfaceRule::kShells : varnet::SurfaceRule::kNormals;
 }
 
-void PrintSurfaces(std::string const& file, CSTLModel const& model) {
-    std::vector<CFeatureSurface*> const surfaces = LargestFirst(model);
-    double dArea = 0.0, dRim = 0.0;
-    for (CFeatureSurface* const pSurface : surfaces) {
-        dArea += pSurface->Area();
-        dRim += RimLength(*pSurface);
+void WritePicture(SurfacesOptions const& options, varnet::Part const& part, varnet::Surfaces const& surfaces) {
+    std::vector<std::uint32_t> colors;
+    for (std::int32_t const surface : surfaces.ofTriangle) {
+        colors.push_back(surface < 0 ? kGrey : surfaces.all[static_cast<std::size_t>(surface)].color);
     }
-    Table table(file);
-    table.Add("surfaces", Count(static_cast<long long>(surfaces.size())));
-    table.Add("area, mm2", Number(dArea));
-    table.Add("length of all rims, mm", Number(dRim));
-    for (std::size_t i = 0; i < std::min(kListed, surfaces.size()); ++i) {
-        table.Add("surface " + std::to_string(i + 1), Count(surfaces[i]->m_aFacet.GetSize()) +
-                                                          " facets, area " + Number(surfaces[i]->Area()) +
-                                                          ", rim " + Number(RimLength(*surfaces[i])));
+    varnet::WritePly(PathOf(options.output), part.Points(), part.Triangles(), colors);
+}
+
+void Run(SurfacesOptions const& options) {
+    varnet::Part const part = ReadPart(options.input, options.read);
+    varnet::Surfaces const surfaces(part, RuleOf(options.judge), Bar("Dividing"));
+    if (!options.output.empty()) WritePicture(options, part, surfaces);
+
+    std::vector<varnet::Surface> all = surfaces.all;
+    std::stable_sort(all.begin(), all.end(), [](auto const& a, auto const& b) { return a.area > b.area; });
+    double area = 0.0;
+    double rim = 0.0;
+    nlohmann::json list = nlohmann::json::array();
+    for (varnet::Surface const& surface : all) {
+        area += surface.area;
+        rim += surface.rimLength;
+        list.push_back({{"facets", surface.facets}, {"area", surface.area}, {"rim", surface.rimLength}});
     }
-    if (surfaces.size() > kListed) {
-        table.Add("...", Count(static_cast<long long>(surfaces.size() - kListed)) + " smaller ones");
+    Report report(options.input);
+    report.Add("surfaces", "surfaces", static_cast<long long>(all.size()));
+    report.Add("area, mm2", "area", area);
+    report.Add("length of all rims, mm", "rim", rim);
+    for (std::size_t i = 0; i < std::min(kListed, all.size()); ++i) {
+        report.AddRow("surface " + std::to_string(i + 1),
+                      Count(all[i].facets) + " facets, area " + Number(all[i].area) + ", rim " + Number(all[i].rimLength));
     }
-    table.Print();
+    if (all.size() > kListed) report.AddRow("...", Count(static_cast<long long>(all.size() - kListed)) + " smaller ones");
+    report.AddJson("surface_list", std::move(list));
+    report.Print(options.json, options.output == "-");
 }
 
 }  // namespace
 
-void DivideModel(CSTLModel& model, std::string const& judge) {
-    if (judge == "normal") {
-        model.ExtractSurfaceAndEdge();
-        return;
-    }
-    if (judge == "eight") {
-        model.ClassifySurf(CSTLModel::EightClassifyFun, kUpright);
-    } else {
-        model.ExtractFeatherSurf(CSTLModel::NormalJudgeFun, 0.0);
-    }
-    auto const& surfaces = model.m_SurfaceArray.m_aSurface;
-    for (int i = 0; i < surfaces.GetSize(); ++i) {
-        surfaces[i]->FindSurfaceVerge();
-        surfaces[i]->CalArea();
-    }
-}
-
-double RimLength(CFeatureSurface const& surface) {
-    double dLength = 0.0;
-    XR__POSITION* position = surface.m_VergeList.GetHeadPosition();
-    while (position != nullptr) {
-        tagVertexNode const* const pStart = surface.m_VergeList.GetNext(position);
-        tagVertexNode const* const pEnd = surface.m_VergeList.GetNext(position);
-        dLength += std::sqrt(D2ofPtoP(*pStart, *pEnd));
-    }
-    return dLength;
-}
-
-void RunSurfaces(SurfacesOptions const& options) {
-    CSTLModel model;
-    ReadModel(options.input, model);
-    RunWithProgress(
-        "Dividing", [&model, &options] { DivideModel(model, options.judge); }, [] { return 0.0; }, [] {});
-    ThrowIfInterrupted();
-    if (!options.output.empty()) {
-        FacetColors colors;
-        auto const& surfaces = model.m_SurfaceArray.m_aSurface;
-        for (int i = 0; i < surfaces.GetSize(); ++i) colors.Paint(*surfaces[i], surfaces[i]->m_nColor);
-        WritePly(options.output, model, colors);
-    }
-    PrintSurfaces(options.input, model);
+void AddSurfaces(CLI::App& app) {
+    auto const options = std::make_shared<SurfacesOptions>();
+    CLI::App* const command = app.add_subcommand("surfaces", "Divide a part into surfaces: count, areas, rim lengths");
+    command->add_option("IN", options->input, "Mesh file to read")->required();
+    command->add_option("-o", options->output, "PLY file to write, with a colour for each surface");
+    command
+        ->add_option("--judge", options->judge, "What makes a surface: similar normals, the octant of the normal, or a shell")
+        ->check(CLI::IsMember({"normal", "eight", "winding"}))
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Print JSON instead of a table");
+    options->read.AddTo(*command);
+    command->callback([options] { Run(*options); });
 }

@@ -1,0 +1,153 @@
+#include "Reading.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "Console.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// So many bodies are listed; a file may hold thousands.
+constexpr std::size_t kListed = 20;
+
+double ScaleOf(ReadOptions const& options) {
+    double const unit = options.units == "in" ? 25.4 : options.units == "m" ? 1000.0 : options.units == "cm" ? 10.0 : 1.0;
+    return options.scale * unit;
+}
+
+// A part below this, on its longest side, is more likely in metres or inches.
+constexpr double kSmallPart = 1.0;
+
+}  // namespace
+
+void ReadOptions::AddTo(CLI::App& command) {
+    command.add_option("--weld", weld, "Join corners nearer than this, mm, instead of what leaves the fewest open edges")
+        ->check(WhyNotFinite)
+        ->check(CLI::Range(0.0, 1e3));
+    command.add_option("--scale", scale, "Multiply every coordinate")
+        ->check(WhyNotFinite)
+        ->check(CLI::Range(1e-9, 1e9))
+        ->capture_default_str();
+    command.add_option("--units", units, "Of the file, where it is not in millimetres")
+        ->check(CLI::IsMember({"mm", "cm", "m", "in"}));
+}
+
+fs::path PathOf(std::string const& argument) {
+#if defined(_WIN32)
+    return fs::path(std::u8string(argument.begin(), argument.end()));
+#else
+    return fs::path(argument);
+#endif
+}
+
+std::string TextOf(fs::path const& path) {
+    std::u8string const text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+varnet::Part ReadPart(std::string const& file, ReadOptions const& options) {
+    ThrowIfStopped();
+    varnet::IntakeSettings settings;
+    if (options.weld >= 0.0) settings.weld = options.weld;
+    settings.scale = ScaleOf(options);
+    settings.progress = Bar("Reading " + TextOf(PathOf(file).filename()));
+    varnet::Part part = varnet::Part::Read(PathOf(file), settings);
+    varnet::IntakeReport const& found = part.Report();
+    if (found.facetsRead < found.facetsInFile) {
+        Warn(file + ": " + Count(found.facetsInFile - found.facetsRead) + " of " + Count(found.facetsInFile) +
+             " facets could not be read");
+    }
+    varnet::Box3 const& box = part.Measures().box;
+    double const side = box.IsEmpty() ? 0.0 : std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
+    if (side > 0.0 && side < kSmallPart) {
+        Warn(file + ": the part is " + Rounded(side, 3) + " mm long: if the file is in metres or inches, say --units m or --units in");
+    }
+    return part;
+}
+
+std::string WhyNotFinite(std::string const& text) {
+    double value = 0.0;
+    return CLI::detail::lexical_cast(text, value) && std::isfinite(value) ? "" : text + " is not a number";
+}
+
+nlohmann::json ToJson(varnet::Box3 const& box) {
+    if (box.IsEmpty()) return nullptr;
+    return {{box.min.x, box.min.y, box.min.z}, {box.max.x, box.max.y, box.max.z}};
+}
+
+std::string TextOf(varnet::Box3 const& box) {
+    if (box.IsEmpty()) return "none";
+    auto const point = [](varnet::Point3 const& p) { return Number(p.x) + "  " + Number(p.y) + "  " + Number(p.z); };
+    return point(box.min) + "  to  " + point(box.max);
+}
+
+void AddIntake(Report& report, varnet::Part const& part) {
+    varnet::IntakeReport const& found = part.Report();
+    report.Add("type", "type", std::string(NameOf(part.Format())));
+    report.Add("facets in the file", "facets_in_file", static_cast<long long>(found.facetsInFile));
+    report.Add("open edges in the file", "open_edges_in_file", static_cast<long long>(found.openEdgesExact));
+    auto const count = [&report](char const* label, char const* key, std::int64_t n) {
+        report.AddJson(key, n);
+        if (n > 0) report.AddRow(label, Count(n));
+    };
+    count("facets that could not be read", "facets_lost", found.facetsInFile - found.facetsRead);
+    count("facets with a corner that is no number", "not_finite", found.notFinite);
+    count("facets with two equal corners, left out", "degenerate", found.degenerate);
+    count("facets once too often, left out", "doubled", found.doubled);
+    count("facets without area, taken out", "collinear_turned", found.collinearTurned);
+    count("facets divided at a vertex on their edge", "split", found.split);
+    count("vertices joined with a near one", "welded", found.welded);
+    report.AddJson("weld_tolerance", found.weldTolerance);
+    if (found.welded > 0) report.AddRow("joined within, mm", Number(found.weldTolerance));
+    count("edges of more than two facets", "many_facet_edges", found.manyFacetEdges);
+    report.AddJson("notes", found.notes);
+    for (std::string const& note : found.notes) report.AddRow("note", note);
+}
+
+void AddMeasures(Report& report, varnet::Part const& part) {
+    varnet::MeshMeasures const& measures = part.Measures();
+    report.Add("facets", "facets", static_cast<long long>(part.Triangles().size()));
+    report.Add("vertices", "vertices", static_cast<long long>(part.Points().size()));
+    report.Add("open edges", "open_edges", static_cast<long long>(measures.openEdges));
+    report.Add("box", "box", ToJson(measures.box), TextOf(measures.box));
+    report.Add("area, mm2", "area", measures.area);
+    report.Add("volume, mm3", "volume", measures.volume);
+}
+
+void AddBodies(Report& report, varnet::Part const& part) {
+    auto const bodies = part.Bodies();
+    report.Add("bodies", "bodies", static_cast<long long>(bodies.size()));
+    nlohmann::json list = nlohmann::json::array();
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        varnet::Body const& body = bodies[i];
+        varnet::MeshMeasures const& measures = body.Measures();
+        char const* const kind = body.IsCavity() ? "cavity" : body.IsInsideOut() ? "inside out" : "solid";
+        list.push_back({{"facets", body.Triangles().size()},
+                        {"kind", kind},
+                        {"open_edges", measures.openEdges},
+                        {"area", measures.area},
+                        {"volume", measures.volume},
+                        {"box", ToJson(measures.box)}});
+        if (bodies.size() == 1 || i >= kListed) continue;
+        report.AddRow("body " + std::to_string(i + 1),
+                      std::string(kind) + ", " + Count(static_cast<long long>(body.Triangles().size())) + " facets, volume " +
+                          Number(measures.volume) + ", open edges " + Count(measures.openEdges));
+    }
+    if (bodies.size() > kListed) report.AddRow("...", Count(static_cast<long long>(bodies.size() - kListed)) + " more");
+    report.AddJson("body_list", std::move(list));
+}
+
+void MakeFolder(fs::path const& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) throw varnet::Error(varnet::ErrorKind::kFile, folder, "cannot be made: " + error.message());
+}
+
+long long BytesOf(fs::path const& path) {
+    std::error_code error;
+    std::uintmax_t const bytes = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
+    return error ? 0 : static_cast<long long>(bytes);
+}

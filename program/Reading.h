@@ -1,0 +1,44 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <string>
+
+#include "Report.h"
+#include "varnet/Layer.h"
+#include "varnet/Part.h"
+
+// What the commands share about files that are read.
+
+/// How meshes are read: --weld, --scale, --units.
+struct ReadOptions {
+    double weld = -1.0;  // below 0: not given
+    double scale = 1.0;
+    std::string units;
+
+    void AddTo(CLI::App& command);
+};
+
+/// A path from the command line, which is UTF-8.
+std::filesystem::path PathOf(std::string const& argument);
+std::string TextOf(std::filesystem::path const& path);
+
+/// Reads a part, with a bar. Warns where facets were lost, and where the part is so small that it may be in other units.
+varnet::Part ReadPart(std::string const& file, ReadOptions const& options);
+
+/// Refuses text that is no finite number, with a short line.
+std::string WhyNotFinite(std::string const& text);
+
+/// Rows about what was found in the file and done to it, and about the part.
+void AddIntake(Report& report, varnet::Part const& part);
+void AddMeasures(Report& report, varnet::Part const& part);
+void AddBodies(Report& report, varnet::Part const& part);
+
+nlohmann::json ToJson(varnet::Box3 const& box);
+std::string TextOf(varnet::Box3 const& box);
+
+/// Makes a folder where there is none. Throws varnet::Error.
+void MakeFolder(std::filesystem::path const& folder);
+
+/// The size of a file in bytes; 0 where that cannot be told, as of a pipe.
+long long BytesOf(std::filesystem::path const& path);
