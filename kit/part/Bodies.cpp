@@ -221,18 +221,29 @@ MeshMeasures Measure(std::span<Point3 const> points, std::span<Triangle const> t
     measures.openEdges = openEdges;
     if (triangles.empty()) return measures;
     auto const point = [points](std::int32_t i) { return points[static_cast<std::size_t>(i)]; };
-    Point3 const origin = openEdges == 0 ? point(triangles[0][0]) : Point3{};
-    double area = 0.0;
-    double volume = 0.0;
+    FacetSums sums;
+    sums.about = point(triangles[0][0]);
     for (Triangle const& t : triangles) {
         for (std::int32_t const corner : t) measures.box.Add(point(corner));
-        Point3 const a = point(t[0]) - origin;
-        Point3 const normal = Cross(point(t[1]) - point(t[0]), point(t[2]) - point(t[0]));
-        area += Length(normal);
-        volume += Dot(a, normal);
+        Point3 const a = point(t[0]);
+        Point3 const normal = Cross(point(t[1]) - a, point(t[2]) - a);
+        sums.area2 += Length(normal);
+        sums.volume6 += Dot(a - sums.about, normal);
+        sums.normals = sums.normals + normal;
     }
-    measures.area = area / 2.0;
-    measures.volume = volume / 6.0;
+    MeshMeasures const rest = MeasuresFrom(sums, {}, openEdges);
+    measures.area = rest.area;
+    measures.volume = rest.volume;
+    return measures;
+}
+
+MeshMeasures MeasuresFrom(FacetSums const& sums, std::span<Point3 const> points, std::int64_t openEdges) {
+    MeshMeasures measures;
+    measures.openEdges = openEdges;
+    for (Point3 const& p : points) measures.box.Add(p);
+    measures.area = sums.area2 / 2.0;
+    double const moved = openEdges == 0 ? 0.0 : Dot(sums.about, sums.normals);
+    measures.volume = (sums.volume6 + moved) / 6.0;
     return measures;
 }
 

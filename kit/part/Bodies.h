@@ -29,6 +29,9 @@ BodyLabels LabelBodies(std::size_t facets, EdgeTable const& edges);
 MeshMeasures Measure(std::span<Point3 const> points, std::span<Triangle const> triangles,
                      std::int64_t openEdges);
 
+/// The same from sums.
+MeshMeasures MeasuresFrom(FacetSums const& sums, std::span<Point3 const> points, std::int64_t openEdges);
+
 /// The volume, or 0 where it is no more than what rounding leaves.
 double SureVolume(MeshMeasures const& measures);
 

@@ -61,7 +61,7 @@ void Apply(Rim::Plan const& plan, FlatMesh& mesh, ClosingCounts& counts) {
     if (plan.divisions.empty()) return;
     Divisions divisions;
     for (Rim::Division const& division : plan.divisions) divisions[division.edge] = division.points;
-    std::vector<Triangle> triangles;
+    LargeVector<Triangle> triangles;
     triangles.reserve(mesh.triangles.size() + divisions.size());
     auto next = divisions.begin();
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
@@ -87,7 +87,7 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
         auto const consider = [&](double with) {
-            Rim::Plan plan = rim.Try(with, pace.Between(0.0, 0.0));
+            Rim::Plan plan = rim.Try(with, pace);
             if (plan.open >= (best ? best->open : edges.open)) return;
             best = std::move(plan);
             tolerance = with;
@@ -101,7 +101,7 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
         FlatMesh changed = mesh;
         ClosingCounts after = counts;
         Apply(*best, changed, after);
-        EdgeTable table = FindEdges(changed.triangles, changed.points.size(), pace.Between(0.0, 0.0));
+        EdgeTable table = FindEdges(changed.triangles, changed.points.size(), pace);
         if (table.open >= edges.open) break;
         mesh = std::move(changed);
         edges = std::move(table);

@@ -80,7 +80,7 @@ private:
 EdgeTable FindEdges(std::span<Triangle const> triangles, std::size_t points, Pace const& pace) {
     EdgeTable table;
     table.across.assign(3 * triangles.size(), -1);
-    std::vector<std::uint32_t> begin(points + 2);
+    LargeVector<std::uint32_t> begin(points + 2, 0);
     for (Triangle const& t : triangles) {
         for (std::size_t k = 0; k < 3; ++k) {
             ++begin[static_cast<std::size_t>(std::min(t[k], t[k == 2 ? 0 : k + 1])) + 2];
@@ -89,7 +89,7 @@ EdgeTable FindEdges(std::span<Triangle const> triangles, std::size_t points, Pac
     pace.At(0.2);
     for (std::size_t i = 2; i < begin.size(); ++i) begin[i] += begin[i - 1];
 
-    std::vector<Entry> entries(3 * triangles.size());
+    LargeVector<Entry> entries(3 * triangles.size());
     for (std::size_t i = 0; i < triangles.size(); ++i) {
         pace.Between(0.2, 0.7).Step(i, triangles.size());
         Triangle const& t = triangles[i];

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "part/LargeVector.h"
 #include "part/Pace.h"
 #include "varnet/Geometry.h"
 
@@ -27,7 +28,7 @@ inline std::int32_t ApexOf(std::span<Triangle const> triangles, std::int32_t edg
 
 /// Which edge of which triangle lies across.
 struct EdgeTable {
-    std::vector<std::int32_t> across;  ///< for each edge one that runs the other way, -1 for none
+    LargeVector<std::int32_t> across;  ///< for each edge one that runs the other way, -1 for none
     std::int64_t open = 0;             ///< edges without one
     std::int64_t conflicts = 0;        ///< pairs of vertices with two facets that run the same way
     std::int64_t many = 0;             ///< pairs of vertices with more than two facets

@@ -1,5 +1,8 @@
 #include "part/FacetSink.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace varnet {
 
 FacetSink::FacetSink(RawMesh& raw, IntakeReport& report, double scale, std::size_t expected)
@@ -16,7 +19,7 @@ void FacetSink::Flush() {
         for (Point3& p : m_Corners) p = m_Scale * p;
     }
     DropNotFinite();
-    NoteCollinear();
+    Measure();
     m_Welder.Add(m_Corners, m_Numbers.data());
     for (std::size_t i = 0; i + 2 < m_Corners.size(); i += 3) {
         std::int32_t const a = m_Numbers[i];
@@ -46,16 +49,25 @@ void FacetSink::DropNotFinite() {
     m_Corners.resize(kept);
 }
 
-// With room for what the order of the corners changes: the judge looks again.
-void FacetSink::NoteCollinear() {
+// What the corners tell while they are at hand. Whether a facet is collinear is judged with room for what the
+// order of the corners changes: the judge looks again.
+void FacetSink::Measure() {
     constexpr double kRoom = 4.0;
     constexpr double kLimit = kRoom * kCollinear * kCollinear;
-    bool found = false;
+    FacetSums sums = m_Raw.sums;
+    if (m_Raw.mesh.points.empty() && !m_Corners.empty()) sums.about = m_Corners[0];
+    double least = 2.0 * kLimit;
     for (std::size_t i = 0; i < m_Corners.size(); i += 3) {
-        Point3 const normal = Cross(m_Corners[i + 1] - m_Corners[i], m_Corners[i + 2] - m_Corners[i]);
-        found |= Dot(normal, normal) <= kLimit;
+        Point3 const& a = m_Corners[i];
+        Point3 const normal = Cross(m_Corners[i + 1] - a, m_Corners[i + 2] - a);
+        double const square = Dot(normal, normal);
+        least = std::min(least, square);
+        sums.area2 += std::sqrt(square);
+        sums.volume6 += Dot(a - sums.about, normal);
+        sums.normals = sums.normals + normal;
     }
-    m_Raw.hasCollinear |= found;
+    m_Raw.hasCollinear |= least <= kLimit;
+    m_Raw.sums = sums;
 }
 
 }  // namespace varnet

@@ -30,7 +30,7 @@ private:
     static constexpr std::size_t kBlock = 3 * 1024;
 
     void DropNotFinite();
-    void NoteCollinear();
+    void Measure();
 
     RawMesh& m_Raw;
     IntakeReport& m_Report;

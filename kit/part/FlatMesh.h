@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "part/LargeVector.h"
 #include "varnet/Geometry.h"
 #include "varnet/Part.h"
 
@@ -12,8 +13,16 @@ namespace varnet {
 
 /// Points, and triangles of their indexes.
 struct FlatMesh {
-    std::vector<Point3> points;
-    std::vector<Triangle> triangles;
+    LargeVector<Point3> points;
+    LargeVector<Triangle> triangles;
+};
+
+/// What facets add up to.
+struct FacetSums {
+    Point3 about;          ///< a corner of the first one
+    Point3 normals;        ///< of a length of twice the areas
+    double area2 = 0.0;    ///< twice the area
+    double volume6 = 0.0;  ///< six times the volume, about that point
 };
 
 /// A mesh as a reader makes it: equal corners joined, facets with two equal corners left out.
@@ -21,6 +30,7 @@ struct RawMesh {
     FlatMesh mesh;
     MeshFormat format = MeshFormat::kBinaryStl;
     std::string header;         ///< of the file, as it stands there, up to its first zero byte
+    FacetSums sums;             ///< of the facets
     bool hasCollinear = false;  ///< whether a facet's doubled area may be no more than kCollinear
 };
 

@@ -129,7 +129,13 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     state.mesh = std::move(mesh);
     state.header = std::move(raw.header);
     state.format = raw.format;
-    SetMeasures(state, report.openEdges);
+    bool const changed = report.welded + report.split + report.doubled + report.collinearTurned > 0;
+    if (changed) {
+        SetMeasures(state, report.openEdges);
+    } else {
+        state.measures = MeasuresFrom(raw.sums, state.mesh.points, report.openEdges);
+    }
+    state.edges = std::move(edges);
     pace.At(1.0);
 }
 

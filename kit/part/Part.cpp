@@ -56,7 +56,8 @@ Part::Part(std::shared_ptr<State const> state) : m_State(std::move(state)) {}
 Part Part::Read(std::filesystem::path const& path, IntakeSettings const& settings) {
     CheckSettings(settings);
     auto state = std::make_shared<State>();
-    Pace const pace(settings.progress);
+    Watch watch(settings.progress);
+    Pace const pace(watch);
     RawMesh raw = ReadMeshFile(path, settings, state->report, pace.Between(0.0, 0.6));
     state->name = NameOfFile(path);
     TakeIn(std::move(raw), settings, *state, pace.Between(0.6, 1.0));
@@ -67,7 +68,8 @@ Part::Part(std::span<Point3 const> points, std::span<Triangle const> triangles,
            IntakeSettings const& settings) {
     CheckSettings(settings);
     auto state = std::make_shared<State>();
-    Pace const pace(settings.progress);
+    Watch watch(settings.progress);
+    Pace const pace(watch);
     RawMesh raw = ReadArrays(points, triangles, settings, state->report, pace.Between(0.0, 0.6));
     TakeIn(std::move(raw), settings, *state, pace.Between(0.6, 1.0));
     m_State = std::move(state);
@@ -101,7 +103,9 @@ std::unique_ptr<CSTLModel> Part::Model(std::int64_t* refused) const {
 // Facets of each body, and its points in the order in which they come.
 std::vector<Body> Part::MakeBodies(State const& state) {
     FlatMesh const& mesh = state.mesh;
-    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), Pace::None());
+    EdgeTable edges = std::move(state.edges);
+    state.edges = EdgeTable();
+    if (edges.across.empty()) edges = FindEdges(mesh.triangles, mesh.points.size(), Pace::None());
     PairByAngle(mesh, edges);
     BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
     std::vector<Body> bodies;
@@ -133,7 +137,9 @@ std::vector<Body> Part::MakeBodies(State const& state) {
             body.m_Points = body.m_OwnPoints;
             body.m_Triangles = body.m_OwnTriangles;
         }
-        body.m_Measures = Measure(body.m_Points, body.m_Triangles, body.m_Measures.openEdges);
+        body.m_Measures = labels.count == 1
+                              ? state.measures
+                              : Measure(body.m_Points, body.m_Triangles, body.m_Measures.openEdges);
         shells.push_back({body.m_Points, body.m_Triangles, SureVolume(body.m_Measures)});
     }
     std::vector<std::int32_t> const enclosing = FindEnclosing(shells);

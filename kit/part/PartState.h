@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "part/Edges.h"
 #include "part/FlatMesh.h"
 #include "varnet/Part.h"
 
@@ -19,6 +20,8 @@ struct Part::State {
     IntakeReport report;
     MeshMeasures measures;
     std::int64_t openEdgesBefore = 0;  // as the part came: what a repair compares with
+    // Until the bodies are made; empty where it is not known.
+    mutable EdgeTable edges;
     mutable std::once_flag bodiesOnce;
     mutable std::vector<Body> bodies;
 };

@@ -144,7 +144,8 @@ void WriteWhole(fs::path const& path, std::function<bool(fs::path const&)> const
 }  // namespace
 
 WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const& progress) const {
-    Pace const pace = Pace(progress).Between(0.0, 0.5);
+    Watch watch(progress);
+    Pace const pace = Pace(watch).Between(0.0, 0.5);
     WriteWhole(path, [&](fs::path const& partial) {
         switch (format) {
             case MeshFormat::kBinaryStl:

@@ -174,7 +174,8 @@ void Fill(FlatMesh& mesh, EdgeTable& edges, double longest, RepairReport& report
 RepairReport Part::Repair(RepairSettings const& settings) {
     if (!(settings.fillHoles >= 0.0))
         throw Error(ErrorKind::kArgument, "the length of rims to fill is 0 mm or more");
-    Pace const pace(settings.progress);
+    Watch watch(settings.progress);
+    Pace const pace(watch);
     RepairReport report;
     report.openEdgesBefore = m_State->openEdgesBefore;
     FlatMesh mesh = m_State->mesh;
@@ -203,6 +204,7 @@ RepairReport Part::Repair(RepairSettings const& settings) {
     state->report = m_State->report;
     state->openEdgesBefore = edges.open;
     SetMeasures(*state, edges.open);
+    state->edges = std::move(edges);
     pace.At(1.0);
     m_State = std::move(state);
     return report;

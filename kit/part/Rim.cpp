@@ -15,6 +15,10 @@ namespace {
 // What the coordinates of floats leave uncertain, relative to the largest of them: a few roundings.
 constexpr double kRounding = 4.0 / (1 << 23);
 
+// So many points are looked at for an edge on average, and so many in any case.
+constexpr std::size_t kPointsPerEdge = 200;
+constexpr std::size_t kPointsAtLeast = 100000;
+
 // A directed edge or a piece of one.
 struct Piece {
     std::int32_t start;
@@ -111,28 +115,26 @@ std::vector<std::int32_t> Rim::Join(double tolerance, Pace const& pace) const {
     std::vector<std::int32_t> becomes = JoinNear(m_Points, tolerance, pace);
     if (tolerance <= 0.0) return becomes;
     std::vector<char> spoilt(m_Points.size());
+    // Groups are few, and most come apart at once.
+    constexpr int kRounds = 16;
+    int round = 0;
     for (bool again = true; again;) {
+        if (++round > kRounds) {
+            std::iota(becomes.begin(), becomes.end(), 0);
+            return becomes;
+        }
         again = false;
         for (Triangle const& corners : m_Facets) {
             if (!Harms(corners, becomes)) continue;
             for (std::int32_t const corner : corners) {
                 if (corner < 0) continue;
-                auto const target = static_cast<std::size_t>(becomes[static_cast<std::size_t>(corner)]);
-                if (!spoilt[target]) again = true;
-                spoilt[target] = 1;
+                spoilt[static_cast<std::size_t>(becomes[static_cast<std::size_t>(corner)])] = 1;
+                again = true;
             }
         }
         for (std::size_t i = 0; i < becomes.size(); ++i) {
             if (spoilt[static_cast<std::size_t>(becomes[i])]) becomes[i] = static_cast<std::int32_t>(i);
         }
-        // Points that stay themselves again spoil nothing: only groups do.
-        std::vector<char> group(m_Points.size());
-        for (std::size_t i = 0; i < becomes.size(); ++i) {
-            if (becomes[i] != static_cast<std::int32_t>(i)) group[static_cast<std::size_t>(becomes[i])] = 1;
-        }
-        bool left = false;
-        for (std::size_t i = 0; i < group.size(); ++i) left |= group[i] != 0;
-        again = again && left;
         std::fill(spoilt.begin(), spoilt.end(), 0);
     }
     return becomes;
@@ -178,7 +180,8 @@ std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes) 
 }
 
 std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, PointTree const& tree,
-                                        std::vector<std::int32_t> const& candidates) const {
+                                        std::vector<std::int32_t> const& candidates,
+                                        std::size_t& looked) const {
     Point3 const& a = m_Points[static_cast<std::size_t>(edge.start)];
     Point3 const& b = m_Points[static_cast<std::size_t>(edge.end)];
     Point3 const way = b - a;
@@ -186,6 +189,7 @@ std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, Poin
     double const near = std::max(tolerance, kRounding * std::max(LargestOf(a), LargestOf(b)));
     std::vector<std::pair<double, std::int32_t>> found;
     tree.NearLine(a, b, near, [&](std::size_t i) {
+        ++looked;
         std::int32_t const number = candidates[i];
         if (number == edge.start || number == edge.end) return;
         Point3 const& p = m_Points[static_cast<std::size_t>(number)];
@@ -214,11 +218,16 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
     PointTree const tree(points);
 
     std::vector<Piece> pieces;
+    // Where very many points lie near very many edges, these are not worth dividing.
+    std::size_t const most = kPointsPerEdge * open.size() + kPointsAtLeast;
+    std::size_t looked = 0;
     for (std::size_t i = 0; i < open.size(); ++i) {
         pace.Step(i, open.size());
         std::int32_t start = open[i].start;
         std::size_t place = 0;
-        for (std::int32_t const point : PointsOn(open[i], tolerance, tree, candidates)) {
+        std::vector<std::int32_t> on;
+        if (looked < most) on = PointsOn(open[i], tolerance, tree, candidates, looked);
+        for (std::int32_t const point : on) {
             pieces.push_back({start, point, i, place++});
             start = point;
         }

@@ -44,7 +44,8 @@ private:
     std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes) const;
     void Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const;
     std::vector<std::int32_t> PointsOn(Open const& edge, double tolerance, class PointTree const& tree,
-                                       std::vector<std::int32_t> const& candidates) const;
+                                       std::vector<std::int32_t> const& candidates,
+                                       std::size_t& looked) const;
 
     FlatMesh const& m_Mesh;
     std::vector<std::int32_t> m_Numbers;  // in the mesh, of the points on open edges

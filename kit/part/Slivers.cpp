@@ -20,6 +20,9 @@ constexpr double kOnLine = 1e-5;
 // An edge this short, relative to the longest of its facet, is none.
 constexpr double kNoLength = 1e-6;
 
+// Each turn leaves fewer slivers, or shorter ones; a limit for what nobody has thought of.
+constexpr std::size_t kTurnsPerSliver = 16;
+
 // Each round ends with merging corners, which seldom leaves anything for another.
 constexpr int kRounds = 8;
 
@@ -42,15 +45,14 @@ public:
             pace.Step(i, m_Mesh.triangles.size());
             if (IsSliver(static_cast<std::int32_t>(i))) waiting.push_back(static_cast<std::int32_t>(i));
         }
-        // A sliver that cannot be turned now may be when its neighbours have been.
-        for (std::size_t idle = 0; idle < waiting.size();) {
+        // A sliver that cannot be turned now is looked at again when a neighbour has changed.
+        std::size_t const most = kTurnsPerSliver * waiting.size();
+        for (std::size_t turns = 0; !waiting.empty() && turns < most;) {
             std::int32_t const facet = waiting.front();
             waiting.pop_front();
-            if (IsGone(facet) || !IsSliver(facet)) continue;
-            bool const done = Turn(facet);
-            idle = done ? 0 : idle + 1;
-            if (!IsGone(facet) && IsSliver(facet)) waiting.push_back(facet);
-            if (done && m_Touched >= 0) waiting.push_back(m_Touched);
+            if (IsGone(facet) || !IsSliver(facet) || !Turn(facet)) continue;
+            pace.Step(++turns, most);
+            for (std::int32_t const changed : m_Changed) LookAgain(changed, waiting);
         }
     }
 
@@ -98,6 +100,15 @@ private:
     Triangle& At(std::int32_t facet) { return m_Mesh.triangles[static_cast<std::size_t>(facet)]; }
     Triangle const& At(std::int32_t facet) const { return m_Mesh.triangles[static_cast<std::size_t>(facet)]; }
     std::int32_t& Across(std::int32_t edge) { return m_Edges.across[static_cast<std::size_t>(edge)]; }
+    void LookAgain(std::int32_t facet, std::deque<std::int32_t>& waiting) {
+        if (facet < 0 || IsGone(facet)) return;
+        if (IsSliver(facet)) waiting.push_back(facet);
+        for (int k = 0; k < 3; ++k) {
+            std::int32_t const across = Across(3 * facet + k);
+            if (across >= 0 && IsSliver(across / 3)) waiting.push_back(across / 3);
+        }
+    }
+
     bool IsGone(std::int32_t facet) const { return At(facet)[0] < 0; }
 
     Measured MeasureOf(std::int32_t facet) const { return MeasureOf(At(facet)); }
@@ -134,7 +145,7 @@ private:
     // Turns the longest edge, or takes the facet out where nothing more is opened by that. False where
     // neither helps.
     bool Turn(std::int32_t facet) {
-        m_Touched = -1;
+        m_Changed = {-1, -1, -1, -1};
         std::int32_t const edge = 3 * facet + MeasureOf(facet).longestEdge;
         std::int32_t const neighbour = Across(edge);
         if (neighbour < 0) return DropFromRim(facet);
@@ -150,7 +161,11 @@ private:
         int open = 0;
         for (int k = 0; k < 3; ++k) open += Across(3 * facet + k) < 0;
         if (open < 2) return false;
-        for (int k = 0; k < 3; ++k) Link(Across(3 * facet + k), -1);
+        for (int k = 0; k < 3; ++k) {
+            std::int32_t const across = Across(3 * facet + k);
+            if (across >= 0) m_Changed[0] = across / 3;
+            Link(across, -1);
+        }
         Remove(facet);
         ++m_Turned;
         return true;
@@ -164,6 +179,8 @@ private:
         std::int32_t const d = Across(NextEdge(other));
         if (a != PreviousEdge(other)) Link(a, b);
         if (c != NextEdge(other)) Link(c, d);
+        auto const facet = [](std::int32_t edgeOrNone) { return edgeOrNone < 0 ? -1 : edgeOrNone / 3; };
+        m_Changed = {facet(a), facet(b), facet(c), facet(d)};
         Remove(edge / 3);
         Remove(other / 3);
     }
@@ -196,7 +213,7 @@ private:
         Link(3 * sliver + 1, 3 * neighbour + 2);
         int const left = IsSliver(first) + IsSliver(second);
         m_Turned += 1 + wasSliver - left;
-        if (IsSliver(second)) m_Touched = neighbour;
+        m_Changed = {sliver, neighbour, -1, -1};
         return true;
     }
 
@@ -255,12 +272,12 @@ private:
     FlatMesh& m_Mesh;
     EdgeTable& m_Edges;
     std::int64_t m_Turned = 0;
-    std::int32_t m_Touched = -1;  // the neighbour that the last turn has made a sliver
+    std::array<std::int32_t, 4> m_Changed = {-1, -1, -1, -1};  // facets that the last turn has changed, or -1
 };
 
 }  // namespace
 
-void DropMarked(std::vector<Triangle>& triangles) {
+void DropMarked(LargeVector<Triangle>& triangles) {
     std::erase_if(triangles, [](Triangle const& t) { return t[0] < 0; });
 }
 

@@ -11,7 +11,7 @@
 namespace varnet {
 
 /// Takes facets out that have been marked by a corner of -1, and keeps the order of the rest.
-void DropMarked(std::vector<Triangle>& triangles);
+void DropMarked(LargeVector<Triangle>& triangles);
 
 /// What became of facets whose doubled area is not above kCollinear.
 struct SliverCounts {

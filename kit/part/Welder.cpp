@@ -28,8 +28,8 @@ inline void Prefetch([[maybe_unused]] void const* address) {
 
 }  // namespace
 
-Welder::Welder(std::vector<Point3>& points, std::size_t expected) : m_Points(points) {
-    m_Slots.resize(std::bit_ceil(std::max(kSmallest, kSlotsPerPoint * expected)));
+Welder::Welder(LargeVector<Point3>& points, std::size_t expected) : m_Points(points) {
+    m_Slots.assign(std::bit_ceil(std::max(kSmallest, kSlotsPerPoint * expected)), 0);
     m_Mask = m_Slots.size() - 1;
 }
 
@@ -77,7 +77,7 @@ std::int32_t Welder::Find(Point3 const& point, std::uint32_t hash) {
 }
 
 void Welder::Grow() {
-    std::vector<std::uint64_t> slots(2 * m_Slots.size());
+    LargeVector<std::uint64_t> slots(2 * m_Slots.size(), 0);
     m_Mask = slots.size() - 1;
     for (std::uint64_t const slot : m_Slots) {
         if (slot == 0) continue;

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
+#include "part/LargeVector.h"
 #include "varnet/Geometry.h"
 
 namespace varnet {
@@ -16,7 +16,7 @@ class Welder {
 public:
     /// New points go to the end of the list, which nobody else may change meanwhile. There will be about so
     /// many.
-    Welder(std::vector<Point3>& points, std::size_t expected);
+    Welder(LargeVector<Point3>& points, std::size_t expected);
 
     /// The number of the point.
     std::int32_t Add(Point3 const& point);
@@ -28,8 +28,8 @@ private:
     std::int32_t Find(Point3 const& point, std::uint32_t hash);
     void Grow();
 
-    std::vector<Point3>& m_Points;
-    std::vector<std::uint64_t> m_Slots;  // hash above, number + 1 below; 0 for empty
+    LargeVector<Point3>& m_Points;
+    LargeVector<std::uint64_t> m_Slots;  // hash above, number + 1 below; 0 for empty
     std::size_t m_Mask;
 };
 

@@ -15,10 +15,13 @@ constexpr std::int32_t kNone = -1;
 // touches from below, gone along and back.
 constexpr double kNoArea = 1e-13;
 
-bool IsBeginning(int end) { return end % 2 == 0; }
-int OtherEnd(int end) { return end ^ 1; }
-std::size_t SegmentOf(int end) { return static_cast<std::size_t>(end / 2); }
-std::size_t Index(int n) { return static_cast<std::size_t>(n); }
+// So many edges without facets may always be kept.
+constexpr std::size_t kFewDead = 1024;
+
+bool IsBeginning(std::int32_t end) { return end % 2 == 0; }
+std::int32_t OtherEnd(std::int32_t end) { return end ^ 1; }
+std::size_t SegmentOf(std::int32_t end) { return static_cast<std::size_t>(end / 2); }
+std::size_t Index(std::int32_t n) { return static_cast<std::size_t>(n); }
 
 bool EnclosesNothing(std::span<Point2 const> path) {
     if (path.size() < 3) return true;
@@ -28,88 +31,226 @@ bool EnclosesNothing(std::span<Point2 const> path) {
 
 }  // namespace
 
-void CutGraph::Begin(std::span<Point3 const> points, double height, std::size_t segments) {
-    m_Points = points;
-    m_Height = height;
-    m_Nodes.clear();
-    m_NodeOfEnd.clear();
-    m_NextEnd.clear();
-    // There are at most two nodes a segment, and one where the mesh is closed.
-    std::size_t const slots = std::bit_ceil(std::max<std::size_t>(3 * segments, 2));
-    m_Table.assign(slots, kNone);
-    m_Shift = 64 - std::countr_zero(slots);
+void CutSweep::Cut(int number, Paths& paths, Pulse& pulse) {
+    GoTo(number, pulse);
+    AddSegments();
+    pulse.Beat(4 * m_Active.size());
+    SettleCrowds();
+    Chain(paths);
+    pulse.Beat(4 * m_Active.size());
 }
 
-void CutGraph::AddSegment(Edge const& from, Edge const& to) {
-    AddEnd(NodeOn(from));
-    AddEnd(NodeOn(to));
-}
+// ---- the facets that are cut, and their edges
 
-void CutGraph::AddEnd(int node) {
-    Node& at = m_Nodes[Index(node)];
-    m_NodeOfEnd.push_back(node);
-    m_NextEnd.push_back(at.firstEnd);
-    at.firstEnd = static_cast<std::int32_t>(m_NextEnd.size()) - 1;
-    ++at.ends;
-}
-
-int CutGraph::NodeOn(Edge const& edge) {
-    constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15u;
-    std::uint64_t const key = static_cast<std::uint64_t>(static_cast<std::uint32_t>(edge.below)) << 32 |
-                              static_cast<std::uint32_t>(edge.above);
-    std::size_t const mask = m_Table.size() - 1;
-    std::size_t slot = (key ^ key >> 29) * kOdd >> m_Shift;
-    while (m_Table[slot] != kNone) {
-        if (m_Nodes[Index(m_Table[slot])].edge == edge) return m_Table[slot];
-        slot = (slot + 1) & mask;
+void CutSweep::GoTo(int number, Pulse& pulse) {
+    int from = m_Number + 1;
+    if (number <= m_Number) {
+        m_Active.clear();
+        m_Edges.clear();
+        m_Table.clear();
+        m_DeadEdges = 0;
+        from = 1;
     }
-    m_Table[slot] = static_cast<std::int32_t>(m_Nodes.size());
-    m_Nodes.push_back({edge, kNone, 0, PlaceOn(edge)});
+    m_Number = number;
+    m_Height = m_Index->Heights().CutHeight(number);
+    LetGo(number);
+    TakeUp(from, number, pulse);
+}
+
+void CutSweep::LetGo(int number) {
+    std::erase_if(m_Active, [this, number](Active const& facet) {
+        if (facet.last >= number) return false;
+        for (std::int32_t const edge : {facet.lowMiddle, facet.middleHigh, facet.lowHigh}) {
+            if (--m_Edges[Index(edge)].facets == 0) ++m_DeadEdges;
+        }
+        return true;
+    });
+    if (m_DeadEdges > kFewDead && m_DeadEdges > m_Edges.size() / 2) DropDeadEdges();
+}
+
+void CutSweep::DropDeadEdges() {
+    m_NewNumbers.resize(m_Edges.size());
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < m_Edges.size(); ++i) {
+        if (m_Edges[i].facets == 0) continue;
+        m_NewNumbers[i] = static_cast<std::int32_t>(count);
+        m_Edges[count++] = m_Edges[i];
+    }
+    m_Edges.resize(count);
+    m_DeadEdges = 0;
+    for (Active& facet : m_Active) {
+        facet.lowMiddle = m_NewNumbers[Index(facet.lowMiddle)];
+        facet.middleHigh = m_NewNumbers[Index(facet.middleHigh)];
+        facet.lowHigh = m_NewNumbers[Index(facet.lowHigh)];
+    }
+    MakeTable(count);
+}
+
+void CutSweep::TakeUp(int from, int number, Pulse& pulse) {
+    for (int i = from; i <= number; ++i) {
+        pulse.Beat();
+        if (m_Index->ReachOf(i) < number) continue;
+        for (std::uint32_t const facet : m_Index->StartingAt(i)) {
+            Activate(m_Index->Input().triangles[facet], number);
+            pulse.Beat();
+        }
+    }
+}
+
+void CutSweep::Activate(Triangle const& triangle, int number) {
+    std::span<Point3 const> const points = m_Index->Input().points;
+    auto const z = [points](std::int32_t point) { return points[Index(point)].z; };
+    // Turned until the lowest corner is in front: then the middle one comes next, or the highest.
+    std::size_t const lowest = z(triangle[0]) <= z(triangle[1]) ? (z(triangle[0]) <= z(triangle[2]) ? 0 : 2)
+                                                                : (z(triangle[1]) <= z(triangle[2]) ? 1 : 2);
+    std::int32_t const low = triangle[lowest];
+    std::int32_t middle = triangle[lowest == 2 ? 0 : lowest + 1];
+    std::int32_t high = triangle[lowest == 0 ? 2 : lowest - 1];
+    bool const middleIsNext = z(middle) <= z(high);
+    if (!middleIsNext) std::swap(middle, high);
+    LayerHeights const& heights = m_Index->Heights();
+    int const last = heights.FirstAbove(z(high)) - 1;
+    if (last < number) return;
+    // Going round the facet, which faces outward, the side that goes down is where the segment begins, and
+    // the side that goes up where it ends: so the solid is on its left.
+    bool const beginsOnLong = middleIsNext != m_Index->Input().turned;
+    m_Active.push_back({EdgeBetween(low, middle), EdgeBetween(middle, high), EdgeBetween(low, high),
+                        heights.FirstAbove(z(middle)), last, beginsOnLong});
+}
+
+// Edges between vertices of one height are never cut, and may be told either way round.
+std::int32_t CutSweep::EdgeBetween(std::int32_t below, std::int32_t above) {
+    if (2 * (m_Edges.size() + 1) > m_Table.size()) MakeTable(2 * m_Edges.size() + kFewDead);
+    std::size_t const mask = m_Table.size() - 1;
+    std::size_t slot = SlotOf(below, above);
+    for (; m_Table[slot] != kNone; slot = (slot + 1) & mask) {
+        Edge& edge = m_Edges[Index(m_Table[slot])];
+        if (edge.below != below || edge.above != above) continue;
+        if (edge.facets++ == 0) --m_DeadEdges;
+        return m_Table[slot];
+    }
+    m_Table[slot] = static_cast<std::int32_t>(m_Edges.size());
+    m_Edges.push_back({below, above, 1, 0, kNone, 0, {}});
     return m_Table[slot];
 }
 
+std::size_t CutSweep::SlotOf(std::int32_t below, std::int32_t above) const {
+    constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15u;
+    std::uint64_t const key = static_cast<std::uint64_t>(static_cast<std::uint32_t>(below)) << 32 |
+                              static_cast<std::uint32_t>(above);
+    return static_cast<std::size_t>((key ^ key >> 29) * kOdd >> m_Shift);
+}
+
+void CutSweep::MakeTable(std::size_t edges) {
+    std::size_t const slots = std::bit_ceil(std::max<std::size_t>(3 * edges, 2));
+    m_Table.assign(slots, kNone);
+    m_Shift = 64 - std::countr_zero(slots);
+    for (std::size_t i = 0; i < m_Edges.size(); ++i) {
+        std::size_t slot = SlotOf(m_Edges[i].below, m_Edges[i].above);
+        while (m_Table[slot] != kNone) slot = (slot + 1) & (slots - 1);
+        m_Table[slot] = static_cast<std::int32_t>(i);
+    }
+}
+
+// ---- the segments, and which of their ends meet
+
+void CutSweep::AddSegments() {
+    m_EdgeOfEnd.resize(2 * m_Active.size());
+    m_Partner.resize(2 * m_Active.size());
+    m_Used.assign(m_Active.size(), 0);
+    m_Crowd.clear();
+    m_Lonely = 0;
+    std::int32_t end = 0;
+    for (Active const& facet : m_Active) {
+        std::int32_t const shortEdge = m_Number >= facet.middleBelow ? facet.middleHigh : facet.lowMiddle;
+        AddEnd(facet.beginsOnLong ? facet.lowHigh : shortEdge, end);
+        AddEnd(facet.beginsOnLong ? shortEdge : facet.lowHigh, end + 1);
+        end += 2;
+    }
+}
+
+void CutSweep::AddEnd(std::int32_t number, std::int32_t end) {
+    Edge& edge = m_Edges[Index(number)];
+    m_EdgeOfEnd[Index(end)] = number;
+    m_Partner[Index(end)] = kNone;
+    if (edge.layer != m_Number) {
+        edge.layer = m_Number;
+        edge.firstEnd = end;
+        edge.ends = 1;
+        edge.place = PlaceOn(edge);
+        ++m_Lonely;
+    } else if (++edge.ends == 2) {
+        Pair(edge.firstEnd, end);
+        --m_Lonely;
+    } else {
+        m_Crowd.push_back({number, end});
+    }
+}
+
 // The same numbers for every facet of the edge, and those of the upper vertex where the cut goes through it.
-Point2 CutGraph::PlaceOn(Edge const& edge) const {
-    Point3 const& a = m_Points[Index(edge.below)];
-    Point3 const& b = m_Points[Index(edge.above)];
+Point2 CutSweep::PlaceOn(Edge const& edge) const {
+    Point3 const& a = m_Index->Input().points[Index(edge.below)];
+    Point3 const& b = m_Index->Input().points[Index(edge.above)];
     if (b.z == m_Height) return {b.x, b.y};
     double const share = (m_Height - a.z) / (b.z - a.z);
     return {a.x + share * (b.x - a.x), a.y + share * (b.y - a.y)};
 }
 
-Point2 const& CutGraph::PlaceOf(int end) const { return m_Nodes[Index(m_NodeOfEnd[Index(end)])].place; }
-
-void CutGraph::Chain(Paths& paths, Pulse& pulse) {
-    m_Used.assign(m_NodeOfEnd.size() / 2, 0);
-    PairEnds();
-    int const ends = static_cast<int>(m_NodeOfEnd.size());
-    auto const chainFrom = [&](int end) {
-        if (m_Used[SegmentOf(end)] == 0) ChainFrom(end, paths);
-    };
-    pulse.Beat(m_NodeOfEnd.size());
-    // Paths of one winding begin where their first segment does; what else is open has an end somewhere.
-    for (int first : {0, 1}) {
-        for (int end = first; end < ends; end += 2) {
-            if (m_Partner[Index(end)] == kNone) chainFrom(end);
-        }
-    }
-    for (int end = 0; end < ends; end += 2) chainFrom(end);
+Point2 const& CutSweep::PlaceOf(std::int32_t end) const {
+    return m_Edges[Index(m_EdgeOfEnd[Index(end)])].place;
 }
 
-void CutGraph::CollectEnds(Node const& node) {
+void CutSweep::Pair(std::int32_t end, std::int32_t other) {
+    m_Partner[Index(end)] = other;
+    m_Partner[Index(other)] = end;
+}
+
+// First all segments are dropped that others make up for; then what is left around each edge is paired.
+void CutSweep::SettleCrowds() {
+    if (m_Crowd.empty()) return;
+    std::sort(m_Crowd.begin(), m_Crowd.end(), [](Crowded const& a, Crowded const& b) {
+        return std::pair(a.edge, a.end) < std::pair(b.edge, b.end);
+    });
+    // The first two ends wait with the others.
+    std::size_t const count = m_Crowd.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        std::int32_t const number = m_Crowd[i].edge;
+        if (i > 0 && m_Crowd[i - 1].edge == number) continue;
+        std::int32_t const first = m_Edges[Index(number)].firstEnd;
+        std::int32_t const second = m_Partner[Index(first)];
+        m_Crowd.push_back({number, first});
+        m_Crowd.push_back({number, second});
+        m_Partner[Index(first)] = m_Partner[Index(second)] = kNone;
+    }
+    std::sort(m_Crowd.begin(), m_Crowd.end(), [](Crowded const& a, Crowded const& b) {
+        return std::pair(a.edge, a.end) < std::pair(b.edge, b.end);
+    });
+    for (std::size_t i = 0; i < m_Crowd.size();) {
+        CollectEnds(i);
+        DropDoubled();
+    }
+    for (std::size_t i = 0; i < m_Crowd.size();) {
+        CollectEnds(i);
+        PairAround();
+    }
+}
+
+// The ends at the next crowded edge that belong to segments not dropped.
+void CutSweep::CollectEnds(std::size_t& next) {
     m_Around.clear();
-    for (int end = node.firstEnd; end != kNone; end = m_NextEnd[Index(end)]) {
-        if (m_Used[SegmentOf(end)] == 0) m_Around.push_back(end);
+    std::int32_t const edge = m_Crowd[next].edge;
+    for (; next < m_Crowd.size() && m_Crowd[next].edge == edge; ++next) {
+        if (m_Used[SegmentOf(m_Crowd[next].end)] == 0) m_Around.push_back(m_Crowd[next].end);
     }
 }
 
-// Of segments between the same two nodes, which are those of facets with the same corners, one stays where
+// Of segments between the same two edges, which are those of facets with the same corners, one stays where
 // more run one way than the other, and none where as many run each way.
-void CutGraph::DropDoubled(Node const& node) {
-    CollectEnds(node);
-    auto const other = [this](int end) { return m_NodeOfEnd[Index(OtherEnd(end))]; };
-    std::sort(m_Around.begin(), m_Around.end(),
-              [&](int a, int b) { return std::pair(other(a), a) < std::pair(other(b), b); });
+void CutSweep::DropDoubled() {
+    auto const other = [this](std::int32_t end) { return m_EdgeOfEnd[Index(OtherEnd(end))]; };
+    std::sort(m_Around.begin(), m_Around.end(), [&](std::int32_t a, std::int32_t b) {
+        return std::pair(other(a), a) < std::pair(other(b), b);
+    });
     for (std::size_t i = 0; i < m_Around.size();) {
         std::size_t next = i;
         int balance = 0;
@@ -118,60 +259,41 @@ void CutGraph::DropDoubled(Node const& node) {
         }
         bool kept = balance == 0;
         for (; i < next; ++i) {
-            bool const keep = !kept && IsBeginning(m_Around[i]) == (balance > 0);
+            std::int32_t const end = m_Around[i];
+            bool const keep = !kept && IsBeginning(end) == (balance > 0);
             kept = kept || keep;
-            if (!keep) m_Used[SegmentOf(m_Around[i])] = 1;
+            if (keep) continue;
+            m_Used[SegmentOf(end)] = 1;
+            // At the other edge its partner, if it has one yet, is alone then.
+            std::int32_t const partner = std::exchange(m_Partner[Index(OtherEnd(end))], kNone);
+            if (partner != kNone) m_Partner[Index(partner)] = kNone;
         }
     }
 }
 
-void CutGraph::PairEnds() {
-    m_Partner.assign(m_NodeOfEnd.size(), kNone);
-    bool plain = true;
-    for (Node const& node : m_Nodes) {
-        if (node.ends > 2) {
-            plain = false;
-            DropDoubled(node);
-        } else if (node.ends == 2 && plain) {
-            Pair(node.firstEnd, m_NextEnd[Index(node.firstEnd)]);
-        }
-    }
-    if (plain) return;
-    m_Partner.assign(m_NodeOfEnd.size(), kNone);
-    for (Node const& node : m_Nodes) {
-        CollectEnds(node);
-        if (m_Around.size() == 2) {
-            Pair(m_Around[0], m_Around[1]);
-        } else if (m_Around.size() > 2) {
-            PairAround();
-        }
-    }
-}
-
-void CutGraph::Pair(int end, int other) {
-    m_Partner[Index(end)] = other;
-    m_Partner[Index(other)] = end;
-}
-
-// By the direction in which the segments leave the node, counter-clockwise.
-void CutGraph::SortAround() {
-    auto const direction = [this](int end) {
+// By the direction in which the segments leave the edge, counter-clockwise.
+void CutSweep::SortAround() {
+    auto const direction = [this](std::int32_t end) {
         Point2 const& a = PlaceOf(end);
         Point2 const& b = PlaceOf(OtherEnd(end));
         return std::atan2(b.y - a.y, b.x - a.x);
     };
-    std::sort(m_Around.begin(), m_Around.end(), [&](int end, int other) {
+    std::sort(m_Around.begin(), m_Around.end(), [&](std::int32_t end, std::int32_t other) {
         return std::pair(direction(end), end) < std::pair(direction(other), other);
     });
 }
 
 // The solid lies from a segment that begins here on, counter-clockwise, up to one that ends here. Ends are
 // matched like brackets on a circle; those of one kind that are left over are joined in their order.
-void CutGraph::PairAround() {
+void CutSweep::PairAround() {
+    if (m_Around.size() == 2) {
+        Pair(m_Around[0], m_Around[1]);
+        return;
+    }
     SortAround();
     m_Open.clear();
     for (int round : {0, 1}) {
-        for (int const end : m_Around) {
+        for (std::int32_t const end : m_Around) {
             if (m_Partner[Index(end)] != kNone) continue;
             if (IsBeginning(end)) {
                 if (round == 0) m_Open.push_back(end);
@@ -181,8 +303,8 @@ void CutGraph::PairAround() {
             }
         }
     }
-    int alone = kNone;
-    for (int const end : m_Around) {
+    std::int32_t alone = kNone;
+    for (std::int32_t const end : m_Around) {
         if (m_Partner[Index(end)] != kNone) continue;
         if (alone == kNone) {
             alone = end;
@@ -193,22 +315,39 @@ void CutGraph::PairAround() {
     }
 }
 
-void CutGraph::ChainFrom(int end, Paths& paths) {
+// ---- the paths
+
+void CutSweep::Chain(Paths& paths) {
+    auto const ends = static_cast<std::int32_t>(m_EdgeOfEnd.size());
+    auto const chainFrom = [&](std::int32_t end) {
+        if (m_Used[SegmentOf(end)] == 0) ChainFrom(end, paths);
+    };
+    if (m_Lonely > 0 || !m_Crowd.empty()) {
+        // Paths of one winding begin where their first segment does; what else is open has an end somewhere.
+        for (std::int32_t first : {0, 1}) {
+            for (std::int32_t end = first; end < ends; end += 2) {
+                if (m_Partner[Index(end)] == kNone) chainFrom(end);
+            }
+        }
+    }
+    for (std::int32_t end = 0; end < ends; end += 2) chainFrom(end);
+}
+
+void CutSweep::ChainFrom(std::int32_t end, Paths& paths) {
     std::size_t const begin = paths.points.size();
     double along = 0.0;
     double against = 0.0;
     auto const visit = [&](Point2 const& place) {
         if (paths.points.size() == begin || !(place == paths.points.back())) paths.points.push_back(place);
     };
-    int const start = end;
+    std::int32_t const start = end;
     do {
         Point2 const& from = PlaceOf(end);
         Point2 const& to = PlaceOf(OtherEnd(end));
         visit(from);
         (IsBeginning(end) ? along : against) += std::fabs(to.x - from.x) + std::fabs(to.y - from.y);
         m_Used[SegmentOf(end)] = 1;
-        int const exit = OtherEnd(end);
-        end = m_Partner[Index(exit)];
+        end = m_Partner[Index(OtherEnd(end))];
         if (end == kNone) visit(to);
     } while (end != kNone && end != start);
     bool const closed = end == start;
@@ -223,59 +362,6 @@ void CutGraph::ChainFrom(int end, Paths& paths) {
     }
     if (against > along) std::reverse(first, paths.points.end());
     paths.Finish(closed);
-}
-
-void CutSweep::Cut(int number, Paths& paths, Pulse& pulse) {
-    GoTo(number, pulse);
-    std::span<Point3 const> const points = m_Index->Input().points;
-    double const height = m_Index->Heights().CutHeight(number);
-    bool const turned = m_Index->Input().turned;
-    m_Graph.Begin(points, height, m_Active.size());
-    for (Active const& facet : m_Active) {
-        // Going round the facet, which faces outward, the side that goes down is where the segment begins,
-        // and the side that goes up where it ends: so the solid is on its left.
-        CutGraph::Edge from{};
-        CutGraph::Edge to{};
-        bool below[3];
-        for (std::size_t i = 0; i < 3; ++i) below[i] = points[Index(facet.corners[i])].z < height;
-        for (std::size_t i = 0; i < 3; ++i) {
-            std::size_t const k = i == 2 ? 0 : i + 1;
-            if (below[i] == below[k]) continue;
-            if (below[i]) {
-                to = {facet.corners[i], facet.corners[k]};
-            } else {
-                from = {facet.corners[k], facet.corners[i]};
-            }
-        }
-        if (turned) std::swap(from, to);
-        m_Graph.AddSegment(from, to);
-    }
-    pulse.Beat(m_Active.size());
-    m_Graph.Chain(paths, pulse);
-}
-
-void CutSweep::GoTo(int number, Pulse& pulse) {
-    int from = m_Number + 1;
-    if (number < m_Number) {
-        m_Active.clear();
-        from = 1;
-    }
-    std::erase_if(m_Active, [number](Active const& facet) { return facet.last < number; });
-    TakeUp(from, number, pulse);
-    m_Number = number;
-}
-
-void CutSweep::TakeUp(int from, int number, Pulse& pulse) {
-    for (int i = from; i <= number; ++i) {
-        pulse.Beat();
-        if (m_Index->ReachOf(i) < number) continue;
-        for (std::uint32_t const facet : m_Index->StartingAt(i)) {
-            Triangle const& triangle = m_Index->Input().triangles[facet];
-            int const last = m_Index->LastOf(triangle);
-            if (last >= number) m_Active.push_back({triangle, last});
-            pulse.Beat();
-        }
-    }
 }
 
 }  // namespace varnet

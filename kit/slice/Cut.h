@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -11,7 +10,8 @@
 
 namespace varnet {
 
-/// The segments in which one height cuts facets, chained into paths.
+/// Cuts a mesh at one layer after the other, and chains the segments into paths. Going on to the next layer
+/// is fast; any other may follow too. What comes out depends on the mesh and the layer's number alone.
 ///
 /// A segment runs between two edges of its facet, and an edge, told by its two vertices, is cut in one point.
 /// So facets that share an edge share a point of the cut: which segments meet is known without a look at
@@ -19,82 +19,84 @@ namespace varnet {
 /// has one, a path ends. Where it has more, those are joined that have the solid between them, so that solids
 /// that touch along an edge come apart; an end left over ends a path.
 ///
-/// Facets with the same three corners count once for each that is not matched by one of the other winding.
-class CutGraph {
+/// Facets with the same three corners count once, or not at all where as many are of one winding as of the
+/// other.
+class CutSweep {
 public:
-    /// Forgets all segments. At most so many follow, all at this height.
-    void Begin(std::span<Point3 const> points, double height, std::size_t segments);
+    explicit CutSweep(FacetIndex const& index) : m_Index(&index) {}
 
-    /// An edge from a vertex below the height to one that is not.
+    /// Adds the paths of the cut: open ones first, each in the order of its first segment, which is that of
+    /// the layers in which facets are cut first, and then that of the mesh. Contours of a mesh whose winding
+    /// is right have the solid on their left. A path whose segments contradict each other runs as the longer
+    /// part of them does. Points at one place are one. Closed paths that enclose nothing, and what is a
+    /// single point, are left out.
+    void Cut(int number, Paths& paths, Pulse& pulse);
+
+private:
+    // A facet that is cut: its edges between the lowest, the middle and the highest corner.
+    struct Active {
+        std::int32_t lowMiddle;
+        std::int32_t middleHigh;
+        std::int32_t lowHigh;
+        std::int32_t middleBelow;  // the first layer above the middle corner
+        std::int32_t last;         // that cuts the facet
+        bool beginsOnLong;         // the segment begins on the edge from the lowest to the highest corner
+    };
+    // An edge of facets that are cut. In the layer it was met in last it has a place and ends of segments: up
+    // to two, which are partners; what is more waits in m_Crowd.
     struct Edge {
         std::int32_t below;
         std::int32_t above;
-        bool operator==(Edge const&) const = default;
-    };
-    /// Adds a segment that has the solid on its left, where the facet faces outward.
-    void AddSegment(Edge const& from, Edge const& to);
-
-    /// Adds the paths: open ones first, each in the order of its first segment. Points at one place are one.
-    /// A path whose segments contradict each other runs as the longer part of them does. Closed paths that
-    /// enclose nothing, and what is a single point, are left out.
-    void Chain(Paths& paths, Pulse& pulse);
-
-private:
-    // A point of the cut. Its ends are a list, through m_NextEnd.
-    struct Node {
-        Edge edge;
+        std::int32_t facets;
+        std::int32_t layer;
         std::int32_t firstEnd;
         std::int32_t ends;
         Point2 place;
     };
-
-    int NodeOn(Edge const& edge);
-    Point2 PlaceOn(Edge const& edge) const;
-    void AddEnd(int node);
-    Point2 const& PlaceOf(int end) const;
-    void CollectEnds(Node const& node);
-    void DropDoubled(Node const& node);
-    void PairEnds();
-    void PairAround();
-    void SortAround();
-    void Pair(int end, int other);
-    void ChainFrom(int end, Paths& paths);
-
-    std::span<Point3 const> m_Points;
-    double m_Height = 0.0;
-    std::vector<Node> m_Nodes;
-    std::vector<std::int32_t> m_Table;  // of hashed edges: numbers of nodes, -1 for none
-    int m_Shift = 0;
-    // Segment i has the ends 2 i, where it begins, and 2 i + 1.
-    std::vector<std::int32_t> m_NodeOfEnd;
-    std::vector<std::int32_t> m_NextEnd;
-    std::vector<std::int32_t> m_Partner;
-    std::vector<char> m_Used;  // by segment
-    std::vector<std::int32_t> m_Around;
-    std::vector<std::int32_t> m_Open;
-};
-
-/// Cuts a mesh at one layer after the other. Going on to the next layer is fast; any other may follow too.
-/// What comes out depends on the mesh and the layer's number alone.
-class CutSweep {
-public:
-    explicit CutSweep(FacetIndex const& index) : m_Index(&index) {}
-    /// Adds the paths of the cut. Contours of a mesh whose winding is right have the solid on their left.
-    void Cut(int number, Paths& paths, Pulse& pulse);
-
-private:
-    struct Active {
-        Triangle corners;
-        std::int32_t last;
+    struct Crowded {
+        std::int32_t edge;
+        std::int32_t end;
     };
 
     void GoTo(int number, Pulse& pulse);
     void TakeUp(int from, int number, Pulse& pulse);
+    void Activate(Triangle const& triangle, int number);
+    void LetGo(int number);
+    std::int32_t EdgeBetween(std::int32_t below, std::int32_t above);
+    std::size_t SlotOf(std::int32_t below, std::int32_t above) const;
+    void MakeTable(std::size_t edges);
+    void DropDeadEdges();
+
+    void AddSegments();
+    void AddEnd(std::int32_t edge, std::int32_t end);
+    Point2 PlaceOn(Edge const& edge) const;
+    Point2 const& PlaceOf(std::int32_t end) const;
+    void SettleCrowds();
+    void CollectEnds(std::size_t& next);
+    void DropDoubled();
+    void PairAround();
+    void SortAround();
+    void Pair(std::int32_t end, std::int32_t other);
+    void Chain(Paths& paths);
+    void ChainFrom(std::int32_t end, Paths& paths);
 
     FacetIndex const* m_Index;
     int m_Number = 0;
+    double m_Height = 0.0;
     std::vector<Active> m_Active;
-    CutGraph m_Graph;
+    std::vector<Edge> m_Edges;  // some without facets any more
+    std::size_t m_DeadEdges = 0;
+    std::vector<std::int32_t> m_Table;  // of hashed edges: their numbers, -1 for none
+    int m_Shift = 0;
+    // Segment i has the ends 2 i, where it begins, and 2 i + 1.
+    std::vector<std::int32_t> m_EdgeOfEnd;
+    std::vector<std::int32_t> m_Partner;
+    std::vector<char> m_Used;  // by segment
+    std::vector<Crowded> m_Crowd;
+    std::size_t m_Lonely = 0;  // edges with one end
+    std::vector<std::int32_t> m_Around;
+    std::vector<std::int32_t> m_Open;
+    std::vector<std::int32_t> m_NewNumbers;
 };
 
 }  // namespace varnet

@@ -92,8 +92,4 @@ std::span<std::uint32_t const> FacetIndex::StartingAt(int number) const {
     return {m_Order.data() + first, m_First[Index(number) + 1] - first};
 }
 
-int FacetIndex::LastOf(Triangle const& triangle) const {
-    return m_Heights.FirstAbove(RangeOf(m_Input, triangle).highest) - 1;
-}
-
 }  // namespace varnet

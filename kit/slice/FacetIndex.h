@@ -38,8 +38,6 @@ public:
     std::span<std::uint32_t const> StartingAt(int number) const;
     /// The last layer that cuts any of them; 0 where there are none.
     int ReachOf(int number) const { return m_Reach[static_cast<std::size_t>(number)]; }
-    /// The last layer that cuts the facet.
-    int LastOf(Triangle const& triangle) const;
 
 private:
     SlicerInput m_Input;
