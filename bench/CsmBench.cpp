@@ -8,7 +8,6 @@
 #include <string>
 
 #include "BenchFiles.h"
-#include "PlainCsm.h"
 
 namespace {
 
@@ -27,6 +26,8 @@ void ReportBytes(benchmark::State& state, int nFacets) {
 int WriteStrip(CSTLModel& model, char* path) { return model.ExtractFacetForCSM(1, path, 1, nullptr, 0); }
 int WriteFloatStrip(CSTLModel& model, char* path) { return model.ExtractFacetForCSM(1, path, 0, nullptr, 0); }
 int WriteRing(CSTLModel& model, char* path) { return model.SaveCSMFile1(path); }
+int SavePlainCsm(CSTLModel& model, char* path) { return model.SaveCSMFile(path); }
+int ReadPlainCsm(CSTLModel& model, char* path) { return model.ReadCSMFile(path); }
 int WriteBinaryStl(CSTLModel& model, char* path) { return model.SaveSTLFile(path, 2); }
 
 int ReadStrip(CSTLModel& model, char* path) { return model.ReadCSMFile1(path, 0); }

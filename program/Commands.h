@@ -2,9 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
-// Each command stands in a file of its name. It adds itself to the command line: its options, and what it does when it is
-// called. A command prints its result to standard output, and throws varnet::Error when it cannot do its work, and
-// CLI::ParseError when it was asked for something that there is not.
+// Each command stands in a file of its name. It adds itself to the command line: its options, and what it
+// does when it is called. A command prints its result to standard output, and throws varnet::Error when it
+// cannot do its work, and CLI::ParseError when it was asked for something that there is not.
 
 void AddInfo(CLI::App& app);
 void AddRepair(CLI::App& app);

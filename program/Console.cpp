@@ -43,8 +43,8 @@ public:
         constexpr int kWidth = 40;
         double const clamped = std::clamp(share, 0.0, 1.0);
         int const filled = static_cast<int>(clamped * kWidth);
-        std::string const bar =
-            std::string(static_cast<std::size_t>(filled), '#') + std::string(static_cast<std::size_t>(kWidth - filled), '.');
+        std::string const bar = std::string(static_cast<std::size_t>(filled), '#') +
+                                std::string(static_cast<std::size_t>(kWidth - filled), '.');
         std::fprintf(stderr, "\r%s [%s] %3.0f%%", m_Title.c_str(), bar.c_str(), clamped * 100.0);
         std::fflush(stderr);
         m_Drawn = true;

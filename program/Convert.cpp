@@ -39,7 +39,8 @@ bool HasCsmOption(ConvertOptions const& options) {
 varnet::MeshFormat FormatOf(ConvertOptions const& options) {
     std::string const extension = ExtensionOf(options.output);
     if (!options.mode.empty()) Refuse(options.output + ": --mode is for .cli");
-    if (extension != ".csm" && extension != ".stl") Refuse(options.output + ": can write .stl, .csm and .cli");
+    if (extension != ".csm" && extension != ".stl")
+        Refuse(options.output + ": can write .stl, .csm and .cli");
     if (extension == ".stl" && HasCsmOption(options)) {
         Refuse(options.output + ": --floats, --ring, --plain and --header are for .csm");
     }
@@ -65,7 +66,8 @@ void RunMesh(ConvertOptions const& options) {
     report.Add("formats", "format", std::string(NameOf(format)),
                std::string(NameOf(part.Format())) + " -> " + NameOf(format));
     AddIntake(report, part);
-    auto const change = [&report](char const* label, char const* key, auto first, auto second, auto const& text) {
+    auto const change = [&report](char const* label, char const* key, auto first, auto second,
+                                  auto const& text) {
         report.Add(label, key, nlohmann::json{first, second}, text(first) + ", read back " + text(second));
     };
     auto const count = [](std::int64_t n) { return Count(n); };
@@ -78,17 +80,20 @@ void RunMesh(ConvertOptions const& options) {
     report.Add("size, of binary STL", "size_of_stl", static_cast<double>(after) / stl);
     report.Print(options.json, options.output == "-");
     if (written.openEdgesAfter > written.openEdgesBefore) {
-        Warn(options.output + ": the format has opened " + Count(written.openEdgesAfter - written.openEdgesBefore) +
+        Warn(options.output + ": the format has opened " +
+             Count(written.openEdgesAfter - written.openEdgesBefore) +
              " edges: --plain keeps every facet as it is");
     }
     if (written.facetsAfter < written.facetsBefore) {
-        Warn(options.output + ": " + Count(written.facetsBefore - written.facetsAfter) + " facets did not come back");
+        Warn(options.output + ": " + Count(written.facetsBefore - written.facetsAfter) +
+             " facets did not come back");
     }
 }
 
 void Run(ConvertOptions const& options) {
     if (ExtensionOf(options.output) != ".cli") return RunMesh(options);
-    if (HasCsmOption(options)) Refuse(options.output + ": --floats, --ring, --plain and --header are for .csm");
+    if (HasCsmOption(options))
+        Refuse(options.output + ": --floats, --ring, --plain and --header are for .csm");
     ConvertSlices(options.input, options.output, options.mode, options.json);
 }
 
@@ -96,15 +101,20 @@ void Run(ConvertOptions const& options) {
 
 void AddConvert(CLI::App& app) {
     auto const options = std::make_shared<ConvertOptions>();
-    CLI::App* const command =
-        app.add_subcommand("convert", "Write a mesh file, or a slice file, in another format, and say what it lost");
-    command->add_option("IN", options->input, "File to read: STL, CSM, 3DMF, OLTP, or CLI slices")->required();
-    command->add_option("OUT", options->output, "File to write: .stl, .csm, in strips of 16-bit points, or .cli, from .cli")
+    CLI::App* const command = app.add_subcommand(
+        "convert", "Write a mesh file, or a slice file, in another format, and say what it lost");
+    command->add_option("IN", options->input, "File to read: STL, CSM, 3DMF, OLTP, or CLI slices")
         ->required();
-    CLI::Option* const floats = command->add_flag("--floats", options->floats, "CSM strips with float points");
+    command
+        ->add_option("OUT", options->output,
+                     "File to write: .stl, .csm, in strips of 16-bit points, or .cli, from .cli")
+        ->required();
+    CLI::Option* const floats =
+        command->add_flag("--floats", options->floats, "CSM strips with float points");
     CLI::Option* const ring = command->add_flag("--ring", options->ring, "CSM ring stream, 24-bit points");
     CLI::Option* const plain = command->add_flag("--plain", options->plain, "Plain CSM, float points");
-    CLI::Option* const header = command->add_option("--header", options->header, "File with the header text of CSM strips");
+    CLI::Option* const header =
+        command->add_option("--header", options->header, "File with the header text of CSM strips");
     command->add_option("--mode", options->mode, "How slices are written (that of IN if not given)")
         ->check(CLI::IsMember({"ascii", "binary", "coc"}));
     ring->excludes(floats, plain, header);

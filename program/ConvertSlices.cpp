@@ -60,7 +60,8 @@ void Write(varnet::SliceFile const& input, std::string const& output, varnet::Sl
     writer.Finish();
     if (writer.TooLongForClassicReader() > 0) {
         Warn(output + ": " + Count(writer.TooLongForClassicReader()) +
-             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary has no such limit");
+             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary "
+             "has no such limit");
     }
 }
 
@@ -73,7 +74,8 @@ std::optional<varnet::SliceMode> SliceModeOf(std::string const& word) {
     return std::nullopt;
 }
 
-void ConvertSlices(std::string const& inputName, std::string const& outputName, std::string const& mode, bool json) {
+void ConvertSlices(std::string const& inputName, std::string const& outputName, std::string const& mode,
+                   bool json) {
     varnet::SliceFile const input(PathOf(inputName), {false, Bar("Reading")});
     varnet::SliceMode const outputMode = SliceModeOf(mode).value_or(input.Header().mode);
     Write(input, outputName, outputMode);
@@ -102,8 +104,9 @@ void ConvertSlices(std::string const& inputName, std::string const& outputName, 
     add("strokes of fill", "strokes", a.strokes, b.strokes);
     report.Add("largest difference, mm", "largest_difference", comparison.difference);
     report.Print(json);
-    bool const less = output.LayerCount() < input.LayerCount() || b.contours + b.openPaths < a.contours + a.openPaths ||
-                      b.points < a.points || b.strokes < a.strokes;
+    bool const less = output.LayerCount() < input.LayerCount() ||
+                      b.contours + b.openPaths < a.contours + a.openPaths || b.points < a.points ||
+                      b.strokes < a.strokes;
     if (!less) return;
     throw varnet::Error(varnet::ErrorKind::kContent, PathOf(outputName),
                         "less can be read back than was written: --mode binary holds it all");

@@ -54,8 +54,9 @@ void Run(InfoOptions const& options) {
     }
     if (options.json) PrintJson({{"files", all}});
     if (failed == 0) return;
-    throw varnet::Error(varnet::ErrorKind::kContent, std::to_string(failed) + " of " + std::to_string(options.files.size()) +
-                                                         " files could not be read");
+    throw varnet::Error(
+        varnet::ErrorKind::kContent,
+        std::to_string(failed) + " of " + std::to_string(options.files.size()) + " files could not be read");
 }
 
 }  // namespace
@@ -63,8 +64,10 @@ void Run(InfoOptions const& options) {
 void AddInfo(CLI::App& app) {
     auto const options = std::make_shared<InfoOptions>();
     CLI::App* const command = app.add_subcommand(
-        "info", "Say what a file holds: facets, bodies, open edges in the file and as read, box, area, volume");
-    command->add_option("FILE", options->files, "Mesh files (STL, CSM, 3DMF, OLTP) or CLI slices")->required();
+        "info",
+        "Say what a file holds: facets, bodies, open edges in the file and as read, box, area, volume");
+    command->add_option("FILE", options->files, "Mesh files (STL, CSM, 3DMF, OLTP) or CLI slices")
+        ->required();
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);
     command->callback([options] { Run(*options); });

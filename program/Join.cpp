@@ -29,8 +29,8 @@ void Run(JoinOptions const& options) {
 
 void AddJoin(CLI::App& app) {
     auto const options = std::make_shared<JoinOptions>();
-    CLI::App* const command =
-        app.add_subcommand("join", "Put the layers of several slice files of one build together, in the order given");
+    CLI::App* const command = app.add_subcommand(
+        "join", "Put the layers of several slice files of one build together, in the order given");
     command->add_option("IN", options->inputs, "CLI slice files, the lowest layers first")->required();
     command->add_option("-o", options->output, "CLI slice file to write, - for standard output")->required();
     command->add_flag("--json", options->json, "Print JSON instead of a table");

@@ -18,23 +18,24 @@ namespace {
 struct LayersOptions {
     std::string input;
     bool json = false;
-    std::string svg;  // folder for pictures; none when empty
+    std::string svg;      // folder for pictures; none when empty
     long long layer = 0;  // the only one to show; 0 for all
 };
 
 void PrintLayer(NumberedLayer const& layer) {
     LayerFacts const& f = layer.facts;
     auto const thousandths = [](double value) { return Number(std::round(value * 1000.0) / 1000.0); };
-    std::printf("%8lld %10s %8s %8s %8s %9s %12s %12s  %s\n", layer.number, Number(layer.z).c_str(), Count(f.contours).c_str(),
-                Count(f.openPaths).c_str(), Count(f.chains).c_str(), Count(f.points).c_str(), thousandths(f.area).c_str(),
-                thousandths(f.length).c_str(), TextOf(f.box).c_str());
+    std::printf("%8lld %10s %8s %8s %8s %9s %12s %12s  %s\n", layer.number, Number(layer.z).c_str(),
+                Count(f.contours).c_str(), Count(f.openPaths).c_str(), Count(f.chains).c_str(),
+                Count(f.points).c_str(), thousandths(f.area).c_str(), thousandths(f.length).c_str(),
+                TextOf(f.box).c_str());
 }
 
 // All layers, or the first and last ones of many.
 void PrintLayers(std::vector<NumberedLayer> const& layers) {
     constexpr std::size_t kAtEachEnd = 10;
-    std::printf("%8s %10s %8s %8s %8s %9s %12s %12s  %s\n", "layer", "z", "contours", "open", "chains", "points", "area",
-                "length", "box");
+    std::printf("%8s %10s %8s %8s %8s %9s %12s %12s  %s\n", "layer", "z", "contours", "open", "chains",
+                "points", "area", "length", "box");
     for (std::size_t i = 0; i < layers.size(); ++i) {
         if (i == kAtEachEnd && layers.size() > 2 * kAtEachEnd) {
             std::printf("%8s\n", "...");
@@ -45,7 +46,8 @@ void PrintLayers(std::vector<NumberedLayer> const& layers) {
 }
 
 // Pictures of one box, so that they can be laid upon each other.
-void WritePictures(varnet::SliceFile const& slices, std::vector<NumberedLayer> const& layers, fs::path const& folder) {
+void WritePictures(varnet::SliceFile const& slices, std::vector<NumberedLayer> const& layers,
+                   fs::path const& folder) {
     MakeFolder(folder);
     LayerFacts all;
     for (NumberedLayer const& layer : layers) all += layer.facts;
@@ -94,6 +96,7 @@ void AddLayers(CLI::App& app) {
     command->add_option("FILE", options->input, "CLI slice file to read")->required();
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     command->add_option("--svg", options->svg, "Folder for a picture of each layer");
-    command->add_option("--layer", options->layer, "Only this layer, counted from 1")->check(CLI::Range(1, 2147483647));
+    command->add_option("--layer", options->layer, "Only this layer, counted from 1")
+        ->check(CLI::Range(1, 2147483647));
     command->callback([options] { Run(*options); });
 }

@@ -74,7 +74,7 @@ void Run(OrderOptions const& options) {
     Report report(options.input + " -> " + options.output);
     varnet::Travel const& before = order.Before();
     varnet::Travel const& after = order.After();
-    report.Add("layers", "layers", input.LayerCount());
+    report.Add("layers", "layers", static_cast<long long>(input.LayerCount()));
     report.Add("travel with the material off, mm", "travel", nlohmann::json{before.length, after.length},
                Number(before.length) + " -> " + Number(after.length));
     report.Add("starts and stops", "starts", nlohmann::json{before.starts, after.starts},
@@ -92,18 +92,23 @@ void AddOrder(CLI::App& app) {
     command->add_option("OUT", options->output, "CLI slice file to write, - for standard output")->required();
     auto const words = CLI::IsMember({"near", "far", "random"});
     CLI::Option* const hatches =
-        command->add_option("--hatches", options->hatches, "Which chain of fill comes next")->check(words)->capture_default_str();
-    CLI::Option* const loops =
-        command->add_option("--loops", options->loops, "Which contour comes next")->check(words)->capture_default_str();
-    CLI::Option* const width = command->add_option("--width", options->width, "Contours link with fill within 1.8 times this, mm")
-                                   ->check(WhyNotFinite)
-                                   ->check(CLI::Range(1e-9, 1e9));
-    CLI::Option* const cut =
-        command->add_option("--cut", options->cut, "Length of the opening of a contour, and cut off path ends, mm")
+        command->add_option("--hatches", options->hatches, "Which chain of fill comes next")
+            ->check(words)
+            ->capture_default_str();
+    CLI::Option* const loops = command->add_option("--loops", options->loops, "Which contour comes next")
+                                   ->check(words)
+                                   ->capture_default_str();
+    CLI::Option* const width =
+        command->add_option("--width", options->width, "Contours link with fill within 1.8 times this, mm")
             ->check(WhyNotFinite)
-            ->check(CLI::Range(0.0, 1e9));
-    CLI::Option* const splice =
-        command->add_flag("--splice", options->splice, "Print contours in one stroke with the fill beside them");
+            ->check(CLI::Range(1e-9, 1e9));
+    CLI::Option* const cut = command
+                                 ->add_option("--cut", options->cut,
+                                              "Length of the opening of a contour, and cut off path ends, mm")
+                                 ->check(WhyNotFinite)
+                                 ->check(CLI::Range(0.0, 1e9));
+    CLI::Option* const splice = command->add_flag("--splice", options->splice,
+                                                  "Print contours in one stroke with the fill beside them");
     splice->needs(width, cut)->excludes(hatches, loops);
     width->needs(splice);
     cut->needs(splice);

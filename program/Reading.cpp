@@ -14,7 +14,10 @@ namespace {
 constexpr std::size_t kListed = 20;
 
 double ScaleOf(ReadOptions const& options) {
-    double const unit = options.units == "in" ? 25.4 : options.units == "m" ? 1000.0 : options.units == "cm" ? 10.0 : 1.0;
+    double const unit = options.units == "in"   ? 25.4
+                        : options.units == "m"  ? 1000.0
+                        : options.units == "cm" ? 10.0
+                                                : 1.0;
     return options.scale * unit;
 }
 
@@ -24,7 +27,9 @@ constexpr double kSmallPart = 1.0;
 }  // namespace
 
 void ReadOptions::AddTo(CLI::App& command) {
-    command.add_option("--weld", weld, "Join corners nearer than this, mm, instead of what leaves the fewest open edges")
+    command
+        .add_option("--weld", weld,
+                    "Join corners nearer than this, mm, instead of what leaves the fewest open edges")
         ->check(WhyNotFinite)
         ->check(CLI::Range(0.0, 1e3));
     command.add_option("--scale", scale, "Multiply every coordinate")
@@ -61,9 +66,11 @@ varnet::Part ReadPart(std::string const& file, ReadOptions const& options) {
              " facets could not be read");
     }
     varnet::Box3 const& box = part.Measures().box;
-    double const side = box.IsEmpty() ? 0.0 : std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
+    double const side =
+        box.IsEmpty() ? 0.0 : std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
     if (side > 0.0 && side < kSmallPart) {
-        Warn(file + ": the part is " + Rounded(side, 3) + " mm long: if the file is in metres or inches, say --units m or --units in");
+        Warn(file + ": the part is " + Rounded(side, 3) +
+             " mm long: if the file is in metres or inches, say --units m or --units in");
     }
     return part;
 }
@@ -80,7 +87,9 @@ nlohmann::json ToJson(varnet::Box3 const& box) {
 
 std::string TextOf(varnet::Box3 const& box) {
     if (box.IsEmpty()) return "none";
-    auto const point = [](varnet::Point3 const& p) { return Number(p.x) + "  " + Number(p.y) + "  " + Number(p.z); };
+    auto const point = [](varnet::Point3 const& p) {
+        return Number(p.x) + "  " + Number(p.y) + "  " + Number(p.z);
+    };
     return point(box.min) + "  to  " + point(box.max);
 }
 
@@ -133,10 +142,12 @@ void AddBodies(Report& report, varnet::Part const& part) {
                         {"box", ToJson(measures.box)}});
         if (bodies.size() == 1 || i >= kListed) continue;
         report.AddRow("body " + std::to_string(i + 1),
-                      std::string(kind) + ", " + Count(static_cast<long long>(body.Triangles().size())) + " facets, volume " +
-                          Number(measures.volume) + ", open edges " + Count(measures.openEdges));
+                      std::string(kind) + ", " + Count(static_cast<long long>(body.Triangles().size())) +
+                          " facets, volume " + Number(measures.volume) + ", open edges " +
+                          Count(measures.openEdges));
     }
-    if (bodies.size() > kListed) report.AddRow("...", Count(static_cast<long long>(bodies.size() - kListed)) + " more");
+    if (bodies.size() > kListed)
+        report.AddRow("...", Count(static_cast<long long>(bodies.size() - kListed)) + " more");
     report.AddJson("body_list", std::move(list));
 }
 

@@ -23,7 +23,8 @@ struct ReadOptions {
 std::filesystem::path PathOf(std::string const& argument);
 std::string TextOf(std::filesystem::path const& path);
 
-/// Reads a part, with a bar. Warns where facets were lost, and where the part is so small that it may be in other units.
+/// Reads a part, with a bar. Warns where facets were lost, and where the part is so small that it may be in
+/// other units.
 varnet::Part ReadPart(std::string const& file, ReadOptions const& options);
 
 /// Refuses text that is no finite number, with a short line.

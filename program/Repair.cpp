@@ -32,14 +32,16 @@ void Run(RepairOptions const& options) {
     report.Add("bodies turned outward", "bodies_turned", static_cast<long long>(repaired.bodiesTurned));
     report.Add("holes closed", "holes_filled", static_cast<long long>(repaired.holesFilled));
     report.Add("facets added", "facets_added", static_cast<long long>(repaired.facetsAdded));
-    report.Add("open edges, before and after", "open_edges_after", static_cast<long long>(repaired.openEdgesAfter),
+    report.Add("open edges, before and after", "open_edges_after",
+               static_cast<long long>(repaired.openEdgesAfter),
                Count(repaired.openEdgesBefore) + " -> " + Count(repaired.openEdgesAfter));
     report.AddJson("open_edges_before", repaired.openEdgesBefore);
     AddMeasures(report, part);
     AddBodies(report, part);
     report.Print(options.json, options.output == "-");
     if (repaired.openEdgesAfter > 0) {
-        Warn(options.output + ": " + Count(repaired.openEdgesAfter) + " edges are open: --fill-holes MM closes plain rims");
+        Warn(options.output + ": " + Count(repaired.openEdgesAfter) +
+             " edges are open: --fill-holes MM closes plain rims");
     }
     for (varnet::Body const& body : part.Bodies()) {
         if (!body.IsInsideOut()) continue;
@@ -53,10 +55,12 @@ void Run(RepairOptions const& options) {
 void AddRepair(CLI::App& app) {
     auto const options = std::make_shared<RepairOptions>();
     CLI::App* const command = app.add_subcommand(
-        "repair", "Join what belongs together, turn facets that contradict their shell, and write binary STL");
+        "repair",
+        "Join what belongs together, turn facets that contradict their shell, and write binary STL");
     command->add_option("IN", options->input, "Mesh file to read")->required();
     command->add_option("OUT", options->output, "STL file to write, - for standard output")->required();
-    command->add_option("--fill-holes", options->fillHoles, "Close plain holes whose rim is up to this long, mm")
+    command
+        ->add_option("--fill-holes", options->fillHoles, "Close plain holes whose rim is up to this long, mm")
         ->check(WhyNotFinite)
         ->check(CLI::Range(0.0, 1e9));
     command->add_flag("--outward", options->outward, "Turn whole bodies that are inside out");

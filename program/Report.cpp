@@ -5,14 +5,18 @@
 #include <cmath>
 #include <cstdio>
 
-void Report::Add(std::string const& label, char const* key, long long count) { Add(label, key, count, Count(count)); }
+void Report::Add(std::string const& label, char const* key, long long count) {
+    Add(label, key, count, Count(count));
+}
 
 void Report::Add(std::string const& label, char const* key, double number) {
     // JSON has no word for what is not finite.
     Add(label, key, std::isfinite(number) ? nlohmann::json(number) : nlohmann::json(nullptr), Number(number));
 }
 
-void Report::Add(std::string const& label, char const* key, std::string const& text) { Add(label, key, text, text); }
+void Report::Add(std::string const& label, char const* key, std::string const& text) {
+    Add(label, key, text, text);
+}
 
 void Report::Add(std::string const& label, char const* key, nlohmann::json value, std::string const& text) {
     m_Rows.emplace_back(label, text);

@@ -5,7 +5,8 @@
 #include <utility>
 #include <vector>
 
-/// What a command found: rows for a table, and the same facts for JSON. A fact has one key wherever it stands.
+/// What a command found: rows for a table, and the same facts for JSON. A fact has one key wherever it
+/// stands.
 class Report {
 public:
     explicit Report(std::string title) : m_Title(std::move(title)) {}
@@ -23,7 +24,8 @@ public:
     std::vector<Row> const& Rows() const { return m_Rows; }
     nlohmann::json const& Json() const { return m_Json; }
 
-    /// Prints the table, or the facts as JSON with "schema": 1. To standard error where standard output is the result.
+    /// Prints the table, or the facts as JSON with "schema": 1. To standard error where standard output is
+    /// the result.
     void Print(bool asJson = false, bool toError = false) const;
 
 private:
@@ -32,7 +34,8 @@ private:
     nlohmann::json m_Json = nlohmann::json::object();
 };
 
-/// JSON on standard output, or standard error, with "schema": 1. Bytes of names that are no text are replaced.
+/// JSON on standard output, or standard error, with "schema": 1. Bytes of names that are no text are
+/// replaced.
 void PrintJson(nlohmann::json json, bool toError = false);
 
 /// "1,234,567"

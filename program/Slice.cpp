@@ -66,7 +66,8 @@ Written Write(SliceOptions const& options, varnet::Slicer& slicer) {
     ordering.splice = options.splice;
     ordering.width = options.settings.hatch > 0.0 ? options.settings.hatch : ordering.width;
     varnet::PathOrder order(ordering);
-    varnet::SliceWriter writer(PathOf(options.output), slicer.LastLayer() - slicer.FirstLayer() + 1, settings);
+    varnet::SliceWriter writer(PathOf(options.output), slicer.LastLayer() - slicer.FirstLayer() + 1,
+                               settings);
     Written written;
     varnet::Point2 head;
     slicer.ForEachLayer([&](varnet::Layer&& layer) {
@@ -86,15 +87,19 @@ Written Write(SliceOptions const& options, varnet::Slicer& slicer) {
     return written;
 }
 
-void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written, std::size_t solids) {
-    Report report(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") + " -> " +
-                  options.output);
-    report.Add("layers", "layers", sliced.layers, Count(sliced.layers) + " of " + Number(options.settings.layer) + " mm");
+void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written,
+           std::size_t solids) {
+    Report report(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") +
+                  " -> " + options.output);
+    report.Add("layers", "layers", sliced.layers,
+               Count(sliced.layers) + " of " + Number(options.settings.layer) + " mm");
     report.Add("contours", "contours", static_cast<long long>(sliced.contours));
     report.Add("open paths", "open_paths", static_cast<long long>(sliced.openPaths));
-    report.Add("layers with open paths", "layers_with_open_paths", static_cast<long long>(sliced.layersWithOpenPaths));
+    report.Add("layers with open paths", "layers_with_open_paths",
+               static_cast<long long>(sliced.layersWithOpenPaths));
     report.Add("gaps closed", "gaps_closed", sliced.gapsClosed,
-               Count(sliced.gapsClosed) + (sliced.gapsClosed > 0 ? ", up to " + Number(sliced.longestGapClosed) + " mm" : ""));
+               Count(sliced.gapsClosed) +
+                   (sliced.gapsClosed > 0 ? ", up to " + Number(sliced.longestGapClosed) + " mm" : ""));
     report.AddJson("longest_gap_closed", sliced.longestGapClosed);
     report.AddJson("longest_gap", sliced.longestGap);
     report.Add("points", "points", static_cast<long long>(sliced.points));
@@ -103,7 +108,8 @@ void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
     report.Add("volume of the layers, mm3", "layer_volume", sliced.volume);
     report.AddJson("cut_volume", sliced.cutVolume);
     bool const filled = options.settings.hatch > 0.0;
-    report.Add("fill strokes", "strokes", sliced.strokes, filled ? Count(sliced.strokes) : "none: contours only");
+    report.Add("fill strokes", "strokes", sliced.strokes,
+               filled ? Count(sliced.strokes) : "none: contours only");
     report.Add("support strokes", "support_strokes", static_cast<long long>(sliced.supportStrokes));
     report.Add("support solids", "support_solids", static_cast<long long>(solids));
     report.Add("travel with the material off, mm", "travel", written.travel.length);
@@ -116,14 +122,17 @@ void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
 void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written) {
     if (written.tooLong > 0) {
         Warn(Count(written.tooLong) +
-             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary has no such limit");
+             " paths have lines of over 10,239 characters, which some readers take for two: --mode binary "
+             "has no such limit");
     }
-    if (sliced.skippedFacets > 0) Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
+    if (sliced.skippedFacets > 0)
+        Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
     if (sliced.openPaths == 0) return;
     bool const whole = options.layers.empty();
     double const missing = std::max(0.0, std::fabs(sliced.meshVolume) - std::fabs(sliced.cutVolume));
-    std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " + Count(sliced.layers) +
-                             " layers, the longest gap " + Rounded(sliced.longestGap, 4) + " mm" +
+    std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " +
+                             Count(sliced.layers) + " layers, the longest gap " +
+                             Rounded(sliced.longestGap, 4) + " mm" +
                              (whole ? ", " + Rounded(missing, 4) + " mm3 missing" : "") +
                              ": varnet repair --fill-holes closes the part, --close MM the gaps";
     if (options.strict) throw varnet::Error(varnet::ErrorKind::kContent, text);
@@ -162,10 +171,12 @@ void Run(SliceOptions options) {
 void AddSlice(CLI::App& app) {
     auto const options = std::make_shared<SliceOptions>();
     varnet::SliceSettings& settings = options->settings;
-    CLI::App* const command = app.add_subcommand("slice", "Slice parts, as they lie side by side, into a CLI file");
+    CLI::App* const command =
+        app.add_subcommand("slice", "Slice parts, as they lie side by side, into a CLI file");
     command->add_option("IN", options->inputs, "Mesh files to read: STL, CSM, 3DMF, OLTP")->required();
     command->add_option("-o", options->output, "CLI file to write, - for standard output")->required();
-    auto const number = [command](char const* name, double& value, double least, double most, char const* what) {
+    auto const number = [command](char const* name, double& value, double least, double most,
+                                  char const* what) {
         return command->add_option(name, value, what)
             ->check(WhyNotFinite)
             ->check(CLI::Range(least, most))
@@ -174,9 +185,12 @@ void AddSlice(CLI::App& app) {
     number("--layer", settings.layer, 1e-6, 1e6, "Height of a layer, mm");
     number("--hatch", settings.hatch, 0.0, 1e6, "Distance of fill lines, mm; 0 for contours only");
     command->add_flag("--no-fill", options->noFill, "Contours only");
-    number("--angle", settings.angle, -360.0, 360.0, "Of the fill lines; each layer is at right angles to the last");
+    number("--angle", settings.angle, -360.0, 360.0,
+           "Of the fill lines; each layer is at right angles to the last");
     number("--close", settings.close, 0.0, 1e6, "Close gaps in contours up to this, mm; 0 for never");
-    command->add_option("--rule", options->rule, "What is solid: where bodies wind round, or where an odd number does")
+    command
+        ->add_option("--rule", options->rule,
+                     "What is solid: where bodies wind round, or where an odd number does")
         ->check(CLI::IsMember({"winding", "odd"}))
         ->capture_default_str();
     command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
@@ -186,11 +200,13 @@ void AddSlice(CLI::App& app) {
     command->add_flag("--support", options->support, "Fill support solids too, in layers of even numbers");
     CLI::Option* const order =
         command->add_flag("--order", options->order, "Print what is nearest next: contours, then fill");
-    command->add_flag("--splice", options->splice, "Print contours and fill in one stroke where they meet")->excludes(order);
+    command->add_flag("--splice", options->splice, "Print contours and fill in one stroke where they meet")
+        ->excludes(order);
     command->add_option("--mode", options->mode, "Of the file")
         ->check(CLI::IsMember({"ascii", "binary", "coc"}))
         ->capture_default_str();
-    command->add_option("--seed", options->seed, "Of the noise of mode coc: the same bytes in each run")->expected(1);
+    command->add_option("--seed", options->seed, "Of the noise of mode coc: the same bytes in each run")
+        ->expected(1);
     command->add_flag("--strict", options->strict, "Exit code 1 where paths stay open");
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);

@@ -18,8 +18,8 @@ nlohmann::json BoxJson(varnet::Box2 const& box) {
 
 std::string HeightsText(std::vector<NumberedLayer> const& layers) {
     if (layers.empty()) return "none";
-    auto const [low, high] =
-        std::minmax_element(layers.begin(), layers.end(), [](auto const& a, auto const& b) { return a.z < b.z; });
+    auto const [low, high] = std::minmax_element(layers.begin(), layers.end(),
+                                                 [](auto const& a, auto const& b) { return a.z < b.z; });
     return Number(low->z) + " to " + Number(high->z);
 }
 
@@ -28,11 +28,12 @@ std::string WhyDimensionIsWrong(varnet::SliceHeader const& header, varnet::Box2 
     if (!header.dimension || box.IsEmpty()) return "";
     auto const differs = [](double a, double b) { return std::fabs(a - b) > kDimensionTolerance; };
     varnet::Box3 const& stated = *header.dimension;
-    if (!differs(stated.min.x, box.min.x) && !differs(stated.min.y, box.min.y) && !differs(stated.max.x, box.max.x) &&
-        !differs(stated.max.y, box.max.y)) {
+    if (!differs(stated.min.x, box.min.x) && !differs(stated.min.y, box.min.y) &&
+        !differs(stated.max.x, box.max.x) && !differs(stated.max.y, box.max.y)) {
         return "";
     }
-    return "the header states the box " + TextOf(varnet::Box2{{stated.min.x, stated.min.y}, {stated.max.x, stated.max.y}}) +
+    return "the header states the box " +
+           TextOf(varnet::Box2{{stated.min.x, stated.min.y}, {stated.max.x, stated.max.y}}) +
            ", and the layers have another one";
 }
 
@@ -98,9 +99,11 @@ void AddSlices(Report& report, varnet::SliceFile const& slices, std::vector<Numb
     report.Add("type", "type", std::string(NameOf(header.mode)));
     report.Add("units", "units", header.units);
     report.Add("version", "version", static_cast<long long>(header.version));
-    std::string const announced = header.announcedLayers ? " of " + Count(*header.announcedLayers) + " announced" : "";
+    std::string const announced =
+        header.announcedLayers ? " of " + Count(*header.announcedLayers) + " announced" : "";
     report.Add("layers", "layers", slices.LayerCount(), Count(slices.LayerCount()) + announced);
-    report.AddJson("announced", header.announcedLayers ? nlohmann::json(*header.announcedLayers) : nlohmann::json(nullptr));
+    report.AddJson("announced", header.announcedLayers ? nlohmann::json(*header.announcedLayers)
+                                                       : nlohmann::json(nullptr));
     report.AddRow("heights", HeightsText(layers));
     report.Add("closed contours", "contours", all.contours);
     report.Add("open paths", "open_paths", all.openPaths);
@@ -128,5 +131,6 @@ nlohmann::json ToJson(LayerFacts const& facts) {
 
 std::string TextOf(varnet::Box2 const& box) {
     if (box.IsEmpty()) return "none";
-    return Number(box.min.x) + "  " + Number(box.min.y) + "  to  " + Number(box.max.x) + "  " + Number(box.max.y);
+    return Number(box.min.x) + "  " + Number(box.min.y) + "  to  " + Number(box.max.x) + "  " +
+           Number(box.max.y);
 }

@@ -31,7 +31,8 @@ struct NumberedLayer {
 
 LayerFacts FactsOf(varnet::Layer const& layer);
 
-/// Opens a file, with a bar; a broken one gives the layers before the break, which IsBroken and RequireWhole tell.
+/// Opens a file, with a bar; a broken one gives the layers before the break, which IsBroken and RequireWhole
+/// tell.
 varnet::SliceFile OpenSlices(std::string const& file);
 /// Throws varnet::Error for a file that was broken.
 void RequireWhole(varnet::SliceFile const& slices);

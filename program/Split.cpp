@@ -43,10 +43,14 @@ void Run(SplitOptions const& options) {
         std::string const name = TextOf(pathOf(i).filename());
         varnet::MeshMeasures const& measures = bodies[i].Measures();
         auto const facets = static_cast<long long>(bodies[i].Triangles().size());
-        list.push_back({{"file", name}, {"facets", facets}, {"volume", measures.volume}, {"open_edges", measures.openEdges}});
+        list.push_back({{"file", name},
+                        {"facets", facets},
+                        {"volume", measures.volume},
+                        {"open_edges", measures.openEdges}});
         if (i < kListed) report.AddRow(name, Count(facets) + " facets, volume " + Number(measures.volume));
     }
-    if (bodies.size() > kListed) report.AddRow("...", Count(static_cast<long long>(bodies.size() - kListed)) + " more");
+    if (bodies.size() > kListed)
+        report.AddRow("...", Count(static_cast<long long>(bodies.size() - kListed)) + " more");
     report.AddJson("files", std::move(list));
     report.Print(options.json);
 }
@@ -55,8 +59,8 @@ void Run(SplitOptions const& options) {
 
 void AddSplit(CLI::App& app) {
     auto const options = std::make_shared<SplitOptions>();
-    CLI::App* const command =
-        app.add_subcommand("split", "Write each body, with its cavities, to a file of its own: part_1.STL, part_2.STL");
+    CLI::App* const command = app.add_subcommand(
+        "split", "Write each body, with its cavities, to a file of its own: part_1.STL, part_2.STL");
     command->add_option("IN", options->input, "Mesh file to read")->required();
     command->add_option("-o", options->folder, "Folder for the files")->required();
     command->add_flag("--force", options->force, "Overwrite files that are there");

@@ -32,7 +32,8 @@ void WritePicture(std::string const& file, varnet::Part const& part, varnet::Sup
     std::vector<std::uint32_t> colors(part.Triangles().size(), kGrey);
     for (varnet::Overhang const& overhang : supports.Overhangs()) {
         for (std::int32_t const triangle : overhang.triangles) {
-            if (triangle >= 0) colors[static_cast<std::size_t>(triangle)] = overhang.supported ? kRed : kYellow;
+            if (triangle >= 0)
+                colors[static_cast<std::size_t>(triangle)] = overhang.supported ? kRed : kYellow;
         }
     }
     varnet::WritePly(PathOf(file), part.Points(), part.Triangles(), colors);
@@ -64,18 +65,21 @@ void AddRegions(Report& report, varnet::Supports const& supports) {
     report.Add("regions", "region_count", static_cast<long long>(overhangs.size()));
     for (std::size_t i = 0; i < std::min(kListed, overhangs.size()); ++i) {
         varnet::Overhang const& overhang = overhangs[i];
-        report.AddRow("region " + std::to_string(i + 1), std::string(overhang.supported ? "kept" : "dropped") + ": " +
-                                                             overhang.why + "; area " + Number(overhang.area) + ", projected " +
-                                                             Number(overhang.projectedArea) + ", box " + TextOf(overhang.box));
+        report.AddRow("region " + std::to_string(i + 1),
+                      std::string(overhang.supported ? "kept" : "dropped") + ": " + overhang.why + "; area " +
+                          Number(overhang.area) + ", projected " + Number(overhang.projectedArea) + ", box " +
+                          TextOf(overhang.box));
     }
-    if (overhangs.size() > kListed) report.AddRow("...", Count(static_cast<long long>(overhangs.size() - kListed)) + " more");
+    if (overhangs.size() > kListed)
+        report.AddRow("...", Count(static_cast<long long>(overhangs.size() - kListed)) + " more");
     report.AddJson("regions", OverhangsJson(supports));
     double length = 0.0;
     for (varnet::HangingEdge const& edge : supports.Edges()) length += edge.length;
     report.Add("hanging edges", "edge_count", static_cast<long long>(supports.Edges().size()),
                Count(static_cast<long long>(supports.Edges().size())) + " chains, " + Number(length) + " mm");
     report.AddJson("edges", EdgesJson(supports));
-    report.Add("regions smaller than a stroke", "small_regions", static_cast<long long>(supports.SmallRegions()));
+    report.Add("regions smaller than a stroke", "small_regions",
+               static_cast<long long>(supports.SmallRegions()));
 }
 
 void Run(SupportOptions options) {
@@ -84,7 +88,8 @@ void Run(SupportOptions options) {
     options.settings.progress = Bar("Building support");
     varnet::Supports const supports(part, options.settings);
     long long facets = 0;
-    for (varnet::SupportSolid const& solid : supports.Solids()) facets += static_cast<long long>(solid.triangles.size());
+    for (varnet::SupportSolid const& solid : supports.Solids())
+        facets += static_cast<long long>(solid.triangles.size());
     supports.Write(PathOf(options.output));
     if (!options.ply.empty()) WritePicture(options.ply, part, supports);
     Report report(options.input + " -> " + options.output);
@@ -100,12 +105,17 @@ void Run(SupportOptions options) {
 void AddSupport(CLI::App& app) {
     auto const options = std::make_shared<SupportOptions>();
     varnet::SupportSettings& settings = options->settings;
-    CLI::App* const command = app.add_subcommand("support", "Find what hangs in the air and write support solids for it");
+    CLI::App* const command =
+        app.add_subcommand("support", "Find what hangs in the air and write support solids for it");
     command->add_option("IN", options->input, "Mesh file to read")->required();
-    command->add_option("-o", options->output, "STL file to write the solids to, - for standard output")->required();
+    command->add_option("-o", options->output, "STL file to write the solids to, - for standard output")
+        ->required();
     command->add_option("--ply", options->ply, "PLY file to write, with the regions coloured");
     auto const number = [command](char const* name, double& value, double most, char const* what) {
-        return command->add_option(name, value, what)->check(WhyNotFinite)->check(CLI::Range(0.0, most))->capture_default_str();
+        return command->add_option(name, value, what)
+            ->check(WhyNotFinite)
+            ->check(CLI::Range(0.0, most))
+            ->capture_default_str();
     };
     number("--angle", settings.angle, 90.0, "Faces less than this from straight down need support");
     command->add_option("--connect", options->connect, "What joins facets to one region")

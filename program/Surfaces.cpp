@@ -29,7 +29,8 @@ varnet::SurfaceRule RuleOf(std::string const& judge) {
     return judge == "winding" ? varnet::SurfaceRule::kShells : varnet::SurfaceRule::kNormals;
 }
 
-void WritePicture(SurfacesOptions const& options, varnet::Part const& part, varnet::Surfaces const& surfaces) {
+void WritePicture(SurfacesOptions const& options, varnet::Part const& part,
+                  varnet::Surfaces const& surfaces) {
     std::vector<std::uint32_t> colors;
     for (std::int32_t const surface : surfaces.ofTriangle) {
         colors.push_back(surface < 0 ? kGrey : surfaces.all[static_cast<std::size_t>(surface)].color);
@@ -57,10 +58,12 @@ void Run(SurfacesOptions const& options) {
     report.Add("area, mm2", "area", area);
     report.Add("length of all rims, mm", "rim", rim);
     for (std::size_t i = 0; i < std::min(kListed, all.size()); ++i) {
-        report.AddRow("surface " + std::to_string(i + 1),
-                      Count(all[i].facets) + " facets, area " + Number(all[i].area) + ", rim " + Number(all[i].rimLength));
+        report.AddRow("surface " + std::to_string(i + 1), Count(all[i].facets) + " facets, area " +
+                                                              Number(all[i].area) + ", rim " +
+                                                              Number(all[i].rimLength));
     }
-    if (all.size() > kListed) report.AddRow("...", Count(static_cast<long long>(all.size() - kListed)) + " smaller ones");
+    if (all.size() > kListed)
+        report.AddRow("...", Count(static_cast<long long>(all.size() - kListed)) + " smaller ones");
     report.AddJson("surface_list", std::move(list));
     report.Print(options.json, options.output == "-");
 }
@@ -69,11 +72,13 @@ void Run(SurfacesOptions const& options) {
 
 void AddSurfaces(CLI::App& app) {
     auto const options = std::make_shared<SurfacesOptions>();
-    CLI::App* const command = app.add_subcommand("surfaces", "Divide a part into surfaces: count, areas, rim lengths");
+    CLI::App* const command =
+        app.add_subcommand("surfaces", "Divide a part into surfaces: count, areas, rim lengths");
     command->add_option("IN", options->input, "Mesh file to read")->required();
     command->add_option("-o", options->output, "PLY file to write, with a colour for each surface");
     command
-        ->add_option("--judge", options->judge, "What makes a surface: similar normals, the octant of the normal, or a shell")
+        ->add_option("--judge", options->judge,
+                     "What makes a surface: similar normals, the octant of the normal, or a shell")
         ->check(CLI::IsMember({"normal", "eight", "winding"}))
         ->capture_default_str();
     command->add_flag("--json", options->json, "Print JSON instead of a table");

@@ -49,7 +49,8 @@ std::vector<fs::path> FilesIn(fs::path const& folder) {
         std::error_code ignored;
         std::string extension = TextOf(entry.path().extension());
         for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        bool const isMesh = extension == ".stl" || extension == ".csm" || extension == ".3dmf" || extension == ".oltp";
+        bool const isMesh =
+            extension == ".stl" || extension == ".csm" || extension == ".3dmf" || extension == ".oltp";
         if (isMesh && entry.is_regular_file(ignored)) files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
@@ -82,11 +83,16 @@ void Measure(fs::path const& file, WholeOptions const& options, Row& row) {
 
 nlohmann::json ToJson(Row const& row) {
     if (!row.error.empty()) return {{"file", row.file}, {"error", row.error}};
-    return {{"file", row.file},           {"facets", row.facets},
-            {"open_edges_in_file", row.openInFile}, {"open_edges", row.open},
-            {"bodies", row.bodies},       {"healed", row.healed},
-            {"mesh_volume", row.meshVolume}, {"layer_volume", row.layerVolume},
-            {"open_paths", row.openPaths}, {"seconds", row.seconds}};
+    return {{"file", row.file},
+            {"facets", row.facets},
+            {"open_edges_in_file", row.openInFile},
+            {"open_edges", row.open},
+            {"bodies", row.bodies},
+            {"healed", row.healed},
+            {"mesh_volume", row.meshVolume},
+            {"layer_volume", row.layerVolume},
+            {"open_paths", row.openPaths},
+            {"seconds", row.seconds}};
 }
 
 void Print(Row const& row) {
@@ -94,20 +100,20 @@ void Print(Row const& row) {
         std::printf("%-44s %s\n", row.file.c_str(), row.error.c_str());
         return;
     }
-    std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7.2f\n", row.file.c_str(), Count(row.facets).c_str(),
-                Count(row.openInFile).c_str(), Count(row.open).c_str(), Count(row.bodies).c_str(), Count(row.healed).c_str(),
-                Rounded(row.meshVolume, 7).c_str(), Rounded(row.layerVolume, 7).c_str(), Count(row.openPaths).c_str(),
-                row.seconds);
+    std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7.2f\n", row.file.c_str(),
+                Count(row.facets).c_str(), Count(row.openInFile).c_str(), Count(row.open).c_str(),
+                Count(row.bodies).c_str(), Count(row.healed).c_str(), Rounded(row.meshVolume, 7).c_str(),
+                Rounded(row.layerVolume, 7).c_str(), Count(row.openPaths).c_str(), row.seconds);
 }
 
 void Run(WholeOptions const& options) {
     fs::path const folder = PathOf(options.folder);
     nlohmann::json list = nlohmann::json::array();
     if (!options.json) {
-        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "file", "facets", "open in", "open", "bodies", "healed",
-                    "volume of mesh", "of layers", "open", "seconds");
-        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "", "", "the file", "read", "", "", "mm3", "mm3", "paths",
-                    "");
+        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "file", "facets", "open in", "open",
+                    "bodies", "healed", "volume of mesh", "of layers", "open", "seconds");
+        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "", "", "the file", "read", "", "",
+                    "mm3", "mm3", "paths", "");
     }
     for (fs::path const& file : FilesIn(folder)) {
         ThrowIfStopped();
@@ -131,8 +137,9 @@ void Run(WholeOptions const& options) {
 
 void AddWhole(CLI::App& app) {
     auto const options = std::make_shared<WholeOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "whole", "Read and slice every mesh of a folder, and say for each what was healed and whether it came out whole");
+    CLI::App* const command = app.add_subcommand("whole",
+                                                 "Read and slice every mesh of a folder, and say for each "
+                                                 "what was healed and whether it came out whole");
     command->add_option("DIR", options->folder, "Folder, with those in it")->required();
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);

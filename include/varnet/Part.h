@@ -94,6 +94,16 @@ struct WriteReport {
     std::int64_t openEdgesAfter = 0;  ///< by equal corners, as the file has them
     double volumeBefore = 0.0;
     double volumeAfter = 0.0;
+    /// The largest distance, on an axis, of a point from the nearest one in the file.
+    double largestError = 0.0;
+};
+
+/// How a mesh is written.
+struct MeshWriteSettings {
+    MeshFormat format = MeshFormat::kBinaryStl;
+    bool floats = false;           ///< CSM in strips: points as floats, not on a grid of 16 bits
+    std::filesystem::path header;  ///< CSM in strips: a file with the header's text; none when empty
+    Progress progress;
 };
 
 /// A map of space: three rows of a matrix and, behind each, an offset in millimetres. A point p goes to
@@ -200,10 +210,13 @@ public:
     /// A part for each body that is no cavity, with the cavities in it, in the order of the bodies.
     std::vector<Part> Split() const;
 
-    /// Writes a file of this format, under its name only when it is complete, and reads it back to see what
-    /// it holds. Coordinates are narrowed to float, in compressed formats to the grid of the format; -0.0 may
-    /// have become 0.0. Throws an Error of kind kArgument for a format that is not written, of kind kFile
-    /// where the system refuses, of kind kContent where the format cannot hold the part, of kind kCancelled.
+    /// Writes a file, under its name only when it is complete, and reads it back to see what it holds.
+    /// Devices and pipes are written to directly, and not read back; "-" is standard output; a file that is
+    /// replaced keeps owner and mode. Coordinates are narrowed to float, in compressed formats to the grid of
+    /// the format; -0.0 may have become 0.0. Throws an Error of kind kArgument for a format that is not
+    /// written, of kind kFile where the system refuses, of kind kContent where the format cannot hold the
+    /// part, of kind kCancelled.
+    WriteReport Write(std::filesystem::path const& path, MeshWriteSettings const& settings) const;
     WriteReport Write(std::filesystem::path const& path, MeshFormat format = MeshFormat::kBinaryStl,
                       Progress const& progress = {}) const;
     /// What the file holds beside this part.

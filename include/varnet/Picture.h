@@ -40,6 +40,9 @@ struct PicturePanel {
 VARNET_KIT_API std::string PictureOf(std::span<PicturePanel const> panels, Box2 const& box = {});
 VARNET_KIT_API std::string PictureOf(Layer const& layer, std::string const& title);
 
+/// Writes a picture as a file. Throws Error of kind kFile.
+VARNET_KIT_API void WritePicture(std::filesystem::path const& path, std::string const& svg);
+
 /// Writes a mesh as a PLY file, binary and little-endian, with a colour (0xRRGGBB) for each triangle. Throws
 /// Error of kind kFile; kArgument where there are not as many colours as triangles.
 VARNET_KIT_API void WritePly(std::filesystem::path const& path, std::span<Point3 const> points,

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,14 +22,23 @@ enum class SliceMode { kText = 1, kBinary = 2, kDisguised = 3 };
 /// "CLI slices, text"
 VARNET_KIT_API char const* NameOf(SliceMode mode);
 
+/// Which layers of a whole build a file holds, by number.
+struct LayerRange {
+    std::int64_t first = 1;
+    std::int64_t last = 0;
+    std::int64_t whole = 0;  ///< layers of the build
+    bool operator==(LayerRange const&) const = default;
+};
+
 /// What the header of a slice file says.
 struct SliceHeader {
     SliceMode mode = SliceMode::kBinary;
     double units = 1.0;          ///< millimetres a unit; layers are given in millimetres
     std::int32_t version = 200;  ///< 200 is version 2.00
     std::optional<std::int64_t> announcedLayers;
-    std::optional<Box3> dimension;  ///< millimetres; as it stands there, right or not
-    bool aligned = false;           ///< commands and parameters lie at multiples of four bytes
+    std::optional<Box3> dimension;    ///< millimetres; as it stands there, right or not
+    std::optional<LayerRange> range;  ///< of a file that holds a part of a build, where this library wrote it
+    bool aligned = false;             ///< commands and parameters lie at multiples of four bytes
 };
 
 /// What was put right on reading, in the whole file.
@@ -78,8 +89,9 @@ public:
     /// The layer of a number from 1 to LayerCount(). Throws Error: kArgument for another number, kContent
     /// with the line or byte for content that is broken, kFile.
     Layer LayerAt(std::int64_t number) const;
-    /// Where a layer begins in the file.
-    std::uint64_t PlaceOf(std::int64_t number) const;
+    /// The bytes of all layers as they stand in the file: where they begin, and where they end.
+    std::uint64_t GeometryBegin() const;
+    std::uint64_t GeometryEnd() const;
 
 private:
     class Work;
@@ -91,6 +103,9 @@ struct SliceWriteSettings {
     /// Of the random offsets of the disguised mode: with a seed the same layers give the same bytes,
     /// whichever layers are written with them.
     std::optional<std::uint64_t> seed;
+    /// Where the file holds a part of a build only: stated in the header, so that JoinSliceFiles can tell a
+    /// gap.
+    std::optional<LayerRange> range;
 };
 
 /// The layer as a file of this mode gives it back: coordinates rounded as they are stored, contours without
@@ -115,6 +130,9 @@ public:
 
     /// Appends a layer. Throws Error of kind kFile, where the disk is full for instance.
     void Write(Layer const& layer);
+    /// Appends the layers of a file of the same binary mode, byte by byte. step is told the share that is
+    /// done.
+    void Copy(SliceFile const& file, std::function<void(double)> const& step);
     /// Puts the file in its place. Throws Error: kFile; kArgument where another number of layers was written
     /// than announced.
     void Finish();
@@ -129,5 +147,13 @@ private:
     class Work;
     std::unique_ptr<Work> m_Work;
 };
+
+/// Puts the layers of several files together, the lowest first, as one file of the mode of the first; gives
+/// the number of layers. Joined ranges of one build are the very bytes of a file of the whole. Throws Error:
+/// kContent where the files differ in mode or units, where their layers overlap or leave a gap, and where a
+/// file is broken, each by name; kFile; kArgument without files; kCancelled.
+VARNET_KIT_API std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
+                                           std::filesystem::path const& output,
+                                           Progress const& progress = {});
 
 }  // namespace varnet

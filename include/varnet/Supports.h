@@ -9,6 +9,7 @@
 #include "varnet/Export.h"
 #include "varnet/Geometry.h"
 #include "varnet/Part.h"
+#include "varnet/Slicer.h"
 
 namespace varnet {
 
@@ -103,5 +104,12 @@ struct VARNET_KIT_API Surfaces {
     /// For each triangle of the part its surface; -1 where the classic model refused the triangle.
     std::vector<std::int32_t> ofTriangle;
 };
+
+/// What a Slicer is to cut: the parts, a body that is inside out as if it were turned, and the solids that
+/// support them. Parts and supports must live, and stay as they are, for as long as the Slicer does.
+VARNET_KIT_API std::vector<SlicerInput> SlicerInputs(std::span<Part const> parts,
+                                                     std::span<Supports const> supports = {});
+VARNET_KIT_API std::vector<SlicerInput> SlicerInputs(Part const& part);
+VARNET_KIT_API std::vector<SlicerInput> SlicerInputs(Part const& part, Supports const& supports);
 
 }  // namespace varnet

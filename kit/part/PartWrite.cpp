@@ -1,19 +1,20 @@
 // Writing a part, and looking at what was written.
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <functional>
-#include <system_error>
 #include <vector>
 
+#include "files/File.h"
 #include "part/Bytes.h"
 #include "part/Classic.h"
 #include "part/Pace.h"
 #include "part/PartState.h"
+#include "part/PointTree.h"
 
 namespace varnet {
 
@@ -102,66 +103,106 @@ bool WritePlainCsm(FlatMesh const& mesh, fs::path const& path, Pace const& pace)
     return output.Close();
 }
 
-bool WriteStrips(Part const& part, fs::path const& path) {
+// A header as it will stand in the file: padded to one of the two lengths that can be read back.
+std::string PaddedHeader(fs::path const& path) {
+    constexpr std::size_t kShort = 80;
+    constexpr std::size_t kLong = 4096;
+    std::vector<char> const bytes = ReadWhole(path, kLong);
+    std::string header(bytes.begin(), bytes.end());
+    std::string const text = header.substr(0, std::min(kShort - 1, header.find('\0')));
+    auto const holds = [&text](char const* tag) { return text.find(tag) != std::string::npos; };
+    bool const isLong = holds("CSM5.0");
+    if (!isLong && !holds("CSM3.0") && !holds("CSM4.0")) {
+        throw Error(ErrorKind::kContent, path,
+                    "a header holds CSM3.0, CSM4.0 or CSM5.0 in its first 79 bytes");
+    }
+    if (!isLong && header.size() > kShort) {
+        throw Error(ErrorKind::kContent, path, "a header of more than 80 bytes holds CSM5.0");
+    }
+    header.resize(isLong ? kLong : kShort);
+    return header;
+}
+
+bool WriteStrips(Part const& part, fs::path const& path, MeshWriteSettings const& settings) {
+    std::string header;
+    if (!settings.header.empty()) header = PaddedHeader(settings.header);
     std::unique_ptr<CSTLModel> const model = part.Model();
     constexpr std::uint32_t kTooMany = 1u << 21;
     if (model->m_VertexTree.m_nCount >= kTooMany) {
         throw Error(ErrorKind::kContent, path, "CSM in strips holds fewer than 2,097,152 vertices");
     }
-    return model->ExtractFacetForCSM(1, ClassicPath(path).Get(), 0, nullptr, 0) == 1;
+    return model->ExtractFacetForCSM(1, ClassicPath(path).Get(), settings.floats ? 0 : 1,
+                                     header.empty() ? nullptr : header.data(),
+                                     static_cast<int>(header.size())) == 1;
 }
 
 bool WriteRing(Part const& part, fs::path const& path) {
     return part.Model()->SaveCSMFile1(ClassicPath(path).Get()) == 1;
 }
 
-// Lets write() make a file beside the named one, and gives it the name. Whatever goes wrong, no half of a
-// file stays.
-void WriteWhole(fs::path const& path, std::function<bool(fs::path const&)> const& write) {
-    fs::path const partial = fs::path(path).concat(".part");
-    std::error_code error;
-    std::error_code ignored;
-    bool written = false;
-    errno = 0;
-    try {
-        written = write(partial);
-    } catch (...) {
-        fs::remove(partial, ignored);
-        throw;
+bool WriteFormat(Part const& part, FlatMesh const& mesh, fs::path const& path,
+                 MeshWriteSettings const& settings, Pace const& pace) {
+    switch (settings.format) {
+        case MeshFormat::kBinaryStl:
+            return WriteBinaryStl(mesh, path, pace);
+        case MeshFormat::kPlainCsm:
+            return WritePlainCsm(mesh, path, pace);
+        case MeshFormat::kStripCsm:
+            return WriteStrips(part, path, settings);
+        case MeshFormat::kRingCsm:
+            return WriteRing(part, path);
+        default:
+            throw Error(ErrorKind::kArgument, std::string(NameOf(settings.format)) + " is not written");
     }
-    int const reason = errno;
-    if (written) {
-        fs::rename(partial, path, error);
-        if (!error) return;
+}
+
+// The largest difference, on an axis, of a point from the nearest one of the others; points farther than a
+// tenth of the box from all others count with that.
+double LargestDifference(std::span<Point3 const> points, std::span<Point3 const> others, Box3 const& box) {
+    constexpr double kCoarsestGrid = 16384.0;
+    double const size = std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z, 1e-6});
+    PointTree const tree(others);
+    double largest = 0.0;
+    for (Point3 const& p : points) {
+        double nearest = size / 10.0;
+        for (double reach = size / kCoarsestGrid; reach < size / 10.0; reach *= 16.0) {
+            tree.NearLine(p, p, reach, [&](std::size_t i) {
+                Point3 const& q = others[i];
+                nearest = std::min(
+                    nearest, std::max({std::fabs(p.x - q.x), std::fabs(p.y - q.y), std::fabs(p.z - q.z)}));
+            });
+            if (nearest <= reach) break;
+        }
+        largest = std::max(largest, nearest);
     }
-    fs::remove(partial, ignored);
-    std::string const why = error         ? error.message()
-                            : reason != 0 ? std::strerror(reason)
-                                          : "is the disk full?";
-    throw Error(ErrorKind::kFile, path, "cannot be written: " + why);
+    return largest;
 }
 
 }  // namespace
 
-WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const& progress) const {
-    Watch watch(progress);
+WriteReport Part::Write(fs::path const& path, MeshWriteSettings const& settings) const {
+    Watch watch(settings.progress);
     Pace const pace = Pace(watch).Between(0.0, 0.5);
-    WriteWhole(path, [&](fs::path const& partial) {
-        switch (format) {
-            case MeshFormat::kBinaryStl:
-                return WriteBinaryStl(m_State->mesh, partial, pace);
-            case MeshFormat::kPlainCsm:
-                return WritePlainCsm(m_State->mesh, partial, pace);
-            case MeshFormat::kStripCsm:
-                return WriteStrips(*this, partial);
-            case MeshFormat::kRingCsm:
-                return WriteRing(*this, partial);
-            default:
-                throw Error(ErrorKind::kArgument, std::string(NameOf(format)) + " is not written");
-        }
-    });
-    return CompareWith(
-        path, progress ? Progress([&](double share) { return progress(0.5 + 0.5 * share); }) : Progress());
+    OutputFile file(path);
+    errno = 0;
+    if (!WriteFormat(*this, m_State->mesh, file.PathForWriter(), settings, pace)) {
+        throw Error(
+            ErrorKind::kFile, path,
+            std::string("cannot be written: ") + (errno != 0 ? std::strerror(errno) : "is the disk full?"));
+    }
+    bool const canBeRead = file.IsReplacing();
+    file.Commit();
+    Progress const& progress = settings.progress;
+    auto const second =
+        progress ? Progress([&](double share) { return progress(0.5 + 0.5 * share); }) : Progress();
+    return canBeRead ? CompareWith(path, second) : WriteReport();
+}
+
+WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const& progress) const {
+    MeshWriteSettings settings;
+    settings.format = format;
+    settings.progress = progress;
+    return Write(path, settings);
 }
 
 WriteReport Part::CompareWith(fs::path const& path, Progress const& progress) const {
@@ -177,6 +218,7 @@ WriteReport Part::CompareWith(fs::path const& path, Progress const& progress) co
     report.facetsAfter = static_cast<std::int64_t>(written.Triangles().size());
     report.openEdgesAfter = written.Report().openEdgesExact;
     report.volumeAfter = written.Measures().volume;
+    report.largestError = LargestDifference(Points(), written.Points(), Measures().box);
     return report;
 }
 

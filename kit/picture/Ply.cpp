@@ -22,6 +22,8 @@ void AddFloat(std::string& bytes, double value) {
 
 }  // namespace
 
+void WritePicture(std::filesystem::path const& path, std::string const& svg) { WriteWhole(path, svg); }
+
 void WritePly(std::filesystem::path const& path, std::span<Point3 const> points,
               std::span<Triangle const> triangles, std::span<std::uint32_t const> colors) {
     if (colors.size() != triangles.size()) {

@@ -71,6 +71,27 @@ private:
 
 // ---- the header
 
+namespace {
+
+// The range that SliceWriter states: "$$USERDATA/varnet,9,1:50/200".
+std::optional<LayerRange> RangeOf(std::string_view text) {
+    constexpr std::string_view kMark = "$$USERDATA/varnet,";
+    if (!text.starts_with(kMark)) return std::nullopt;
+    std::string numbers(text.substr(kMark.size()));
+    for (char& c : numbers) c = c == ':' || c == '/' ? ' ' : c;
+    NumberScanner scanner(numbers);
+    scanner.Next();  // the length
+    std::array<std::int64_t, 3> range{};
+    for (std::int64_t& n : range) {
+        double const value = scanner.Next().value_or(0.0);
+        if (!(value >= 1.0 && value < 1e15)) return std::nullopt;
+        n = static_cast<std::int64_t>(value);
+    }
+    return LayerRange{range[0], range[1], range[2]};
+}
+
+}  // namespace
+
 void SliceFile::Work::ReadHeader() {
     constexpr std::uint64_t kLongestPreface = std::uint64_t{1} << 20;
     LineReader lines(m_File, 0, 1);
@@ -124,6 +145,8 @@ void SliceFile::Work::Apply(Line const& line) {
     } else if (is("$$LAYERS")) {
         double const layers = numbers.Next().value_or(-1.0);
         if (layers >= 0.0 && layers < 1e15) m_Header.announcedLayers = static_cast<std::int64_t>(layers);
+    } else if (is("$$USERDATA")) {
+        m_Header.range = RangeOf(text);
     } else if (is("$$DIMENSION")) {
         std::array<double, 6> d{};
         for (double& value : d) value = numbers.Next().value_or(std::nan("")) * m_Header.units;
@@ -287,11 +310,9 @@ SliceFileReport const& SliceFile::Report() const { return m_Work->m_Report; }
 std::int64_t SliceFile::LayerCount() const { return static_cast<std::int64_t>(m_Work->m_Layers.size()); }
 Layer SliceFile::LayerAt(std::int64_t number) const { return m_Work->LayerAt(number); }
 
-std::uint64_t SliceFile::PlaceOf(std::int64_t number) const {
-    if (number < 1 || number > LayerCount()) {
-        throw Error(ErrorKind::kArgument, "there is no layer " + std::to_string(number));
-    }
-    return m_Work->m_Layers[static_cast<std::size_t>(number - 1)].byte;
+std::uint64_t SliceFile::GeometryBegin() const {
+    return m_Work->m_Layers.empty() ? m_Work->m_End : m_Work->m_Layers.front().byte;
 }
+std::uint64_t SliceFile::GeometryEnd() const { return m_Work->m_End; }
 
 }  // namespace varnet

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstring>
@@ -156,11 +157,20 @@ void AddBinaryLayer(std::string& bytes, Layer const& layer, std::mt19937_64* ran
     }
 }
 
-std::string HeaderOf(SliceMode mode, std::int64_t layers) {
+std::string HeaderOf(SliceMode mode, std::int64_t layers, std::optional<LayerRange> const& range) {
     constexpr std::array<char const*, 3> kModes = {"$$ASCII", "$$BINARY", "$$COC"};
     std::string header(kHeaderStartWord);
     header.append("\n").append(kModes[static_cast<std::size_t>(mode) - 1]);
     header.append("\n$$UNITS/1\n$$VERSION/200\n$$LAYERS/").append(std::to_string(layers)).append("\n");
+    if (range) {
+        std::string const text = std::to_string(range->first) + ":" + std::to_string(range->last) + "/" +
+                                 std::to_string(range->whole);
+        header.append("$$USERDATA/varnet,")
+            .append(std::to_string(text.size()))
+            .append(",")
+            .append(text)
+            .append("\n");
+    }
     header.append(kHeaderEndWord);
     if (mode == SliceMode::kText) header.append("\n").append(kGeometryStartWord).append("\n");
     return header;
@@ -204,7 +214,7 @@ class SliceWriter::Work {
 public:
     Work(std::filesystem::path const& path, std::int64_t announced, SliceWriteSettings const& how)
         : file(path), layers(announced), settings(how), seed(how.seed ? *how.seed : std::random_device()()) {
-        file.Write(HeaderOf(settings.mode, layers));
+        file.Write(HeaderOf(settings.mode, layers, settings.range));
     }
 
     void Write(Layer const& layer) {
@@ -247,6 +257,22 @@ void SliceWriter::Finish() {
     }
     if (m_Work->settings.mode == SliceMode::kText) m_Work->file.Write(std::string(kGeometryEndWord) + "\n");
     m_Work->file.Commit();
+}
+
+void SliceWriter::Copy(SliceFile const& file, std::function<void(double)> const& step) {
+    SeekableFile bytes(file.Path());
+    std::vector<char> block(std::size_t{1} << 20);
+    std::uint64_t const begin = file.GeometryBegin();
+    std::uint64_t const end = file.GeometryEnd();
+    for (std::uint64_t place = begin; place < end;) {
+        auto const size = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), end - place));
+        std::size_t const read = bytes.ReadAt(place, std::span(block).first(size));
+        if (read == 0) throw Error(ErrorKind::kFile, file.Path(), "has become shorter while it was read");
+        m_Work->file.Write({block.data(), read});
+        place += read;
+        step(static_cast<double>(place - begin) / static_cast<double>(end - begin));
+    }
+    m_Work->written += file.LayerCount();
 }
 
 std::int64_t SliceWriter::LayersWritten() const { return m_Work->written; }

@@ -1,12 +1,12 @@
 #include "varnet/Supports.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <future>
 
 #include "part/Classic.h"
 #include "support/ClassicFacets.h"
-#include "support/Watch.h"
+#include "support/Steps.h"
 
 namespace varnet {
 
@@ -86,8 +86,10 @@ void TakeSolids(CSTLModel& model, std::function<bool(std::size_t)> const& isWant
     for (std::size_t i = 0; model.m_SupportModelList.IsEmpty() == 0; ++i) {
         std::unique_ptr<CSTLModel> const made(static_cast<CSTLModel*>(model.m_SupportModelList.RemoveHead()));
         if (!isWanted(i)) continue;
-        FlatMesh mesh = Flatten(*made);
-        if (!mesh.triangles.empty()) solids.push_back({std::move(mesh.points), std::move(mesh.triangles)});
+        FlatMesh const mesh = Flatten(*made);
+        if (mesh.triangles.empty()) continue;
+        solids.push_back(
+            {{mesh.points.begin(), mesh.points.end()}, {mesh.triangles.begin(), mesh.triangles.end()}});
     }
 }
 
@@ -98,13 +100,13 @@ Supports::Supports(Part const& part, SupportSettings const& settings) {
     if (part.Triangles().empty()) return;
     ClassicFacets facets(part);
     CSTLModel& model = facets.Model();
-    Watch watch(settings.progress);
-    watch.Done(0.2);
+    Steps const steps(settings.progress);
+    steps.Done(0.2);
     model.FindSupportSurface(settings.angle, settings.connectByVertex ? 0 : 1);
-    watch.Done(0.4);
+    steps.Done(0.4);
     model.FilterUnSuspendSupport(settings.minArea);
     model.FindSuspendEdge(kKeels, settings.edgesUp, settings.edgesDown, settings.edgeLength);
-    watch.Done(0.6);
+    steps.Done(0.6);
     double const lowest = model.m_VertexTree.m_BoundBox.m_ptMin.z;
     auto const& surfaces = model.m_SupportArray.m_aSurface;
     for (int i = 0; i < surfaces.GetSize(); ++i) {
@@ -128,11 +130,11 @@ Supports::Supports(Part const& part, SupportSettings const& settings) {
     model.GenSupportSTL(settings.down);
     TakeSolids(
         model, [&](std::size_t i) { return !all || m_Overhangs[i].supported; }, m_Solids);
-    watch.Done(0.8);
+    steps.Done(0.8);
     model.GenSuspendSTL(settings.down);
     TakeSolids(
         model, [&](std::size_t i) { return !all || chosen[i]; }, m_Solids);
-    watch.Done(1.0);
+    steps.Done(1.0);
 }
 
 void Supports::Write(std::filesystem::path const& path, MeshFormat format) const {
@@ -149,6 +151,32 @@ void Supports::Write(std::filesystem::path const& path, MeshFormat format) const
     IntakeSettings asItIs;
     asItIs.heal = false;
     Part(points, triangles, asItIs).Write(path, format);
+}
+
+std::vector<SlicerInput> SlicerInputs(std::span<Part const> parts, std::span<Supports const> supports) {
+    std::vector<SlicerInput> inputs;
+    for (Part const& part : parts) {
+        std::span<Body const> const bodies = part.Bodies();
+        bool const turns =
+            std::any_of(bodies.begin(), bodies.end(), [](Body const& body) { return body.IsInsideOut(); });
+        if (!turns) {
+            inputs.push_back({part.Points(), part.Triangles(), false, false});
+            continue;
+        }
+        for (Body const& body : bodies)
+            inputs.push_back({body.Points(), body.Triangles(), body.IsInsideOut(), false});
+    }
+    for (Supports const& holding : supports) {
+        for (SupportSolid const& solid : holding.Solids())
+            inputs.push_back({solid.points, solid.triangles, false, true});
+    }
+    return inputs;
+}
+
+std::vector<SlicerInput> SlicerInputs(Part const& part) { return SlicerInputs(std::span(&part, 1)); }
+
+std::vector<SlicerInput> SlicerInputs(Part const& part, Supports const& supports) {
+    return SlicerInputs(std::span(&part, 1), std::span(&supports, 1));
 }
 
 }  // namespace varnet

@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "support/ClassicFacets.h"
-#include "support/Watch.h"
+#include "support/Steps.h"
 #include "varnet/Supports.h"
 
 namespace varnet {
@@ -50,11 +50,11 @@ std::uint32_t ColorOf(std::size_t surface) {
 Surfaces::Surfaces(Part const& part, SurfaceRule rule, Progress const& progress)
     : ofTriangle(part.Triangles().size(), -1) {
     if (part.Triangles().empty()) return;
-    Watch const watch(progress);
+    Steps const steps(progress);
     ClassicFacets facets(part);
-    watch.Done(0.3);
+    steps.Done(0.3);
     Divide(facets.Model(), rule);
-    watch.Done(0.8);
+    steps.Done(0.8);
     auto const& surfaces = facets.Model().m_SurfaceArray.m_aSurface;
     for (int i = 0; i < surfaces.GetSize(); ++i) {
         CFeatureSurface& surface = *surfaces[i];
@@ -65,7 +65,7 @@ Surfaces::Surfaces(Part const& part, SurfaceRule rule, Progress const& progress)
         }
         all.push_back({surface.m_aFacet.GetSize(), surface.Area(), RimLength(surface), ColorOf(all.size())});
     }
-    watch.Done(1.0);
+    steps.Done(1.0);
 }
 
 }  // namespace varnet

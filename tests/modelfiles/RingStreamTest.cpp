@@ -6,8 +6,8 @@
 
 #include "FileBytes.h"
 #include "LiteralRing.h"
-#include "RingDecoder.h"
 #include "modelfiles/RingEncoder.h"
+#include "part/RingDecoder.h"
 
 using namespace varnet;
 
@@ -60,12 +60,13 @@ std::set<GridFacet> GridFacetsOf(CSTLModel const& model) {
 
 std::set<GridFacet> GridFacetsOf(RingStream const& stream) {
     std::set<GridFacet> facets;
-    for (tagFACET const& f : stream.facets) {
+    for (auto const& f : stream.facets) {
         GridFacet facet;
         for (std::size_t i = 0; i < 3; ++i) {
-            CPoint3D const d = f.m_ptVertex[i] - stream.origin;
-            facet[i] = {std::llround(d.x / stream.dStep), std::llround(d.y / stream.dStep),
-                        std::llround(d.z / stream.dStep)};
+            CPoint3D const d =
+                CPoint3D(f[i].x - stream.origin.x, f[i].y - stream.origin.y, f[i].z - stream.origin.z);
+            facet[i] = {std::llround(d.x / stream.step), std::llround(d.y / stream.step),
+                        std::llround(d.z / stream.step)};
         }
         facets.insert(Canonical(facet));
     }
@@ -137,9 +138,9 @@ TEST(RingStream, TwoShellsGiveTwoRegionsInTheOrderOfTheirFirstFacets) {
     AddTriangle(model, CPoint3D(20, 0, 0), CPoint3D(21, 0, 0), CPoint3D(20, 1, 0));
     AddTetrahedron(model);
     RingStream const stream = DecodeRingStream(Save(model));
-    EXPECT_EQ(2u, stream.nRegions);
+    EXPECT_EQ(2u, stream.regions);
     ASSERT_EQ(5u, stream.facets.size());
-    EXPECT_NEAR(20.0, stream.facets[0].m_ptVertex[0].x, stream.dStep);
+    EXPECT_NEAR(20.0, stream.facets[0][0].x, stream.step);
 }
 
 // A model whose box has no extent. AddFacet lets no such facet in, so its vertices are moved onto one point.
@@ -161,10 +162,10 @@ TEST(RingStream, ClosedSurfaceOfSphereTopologyIsOneRegion) {
         CSTLModel model;
         AddMesh(model, mesh);
         RingStream const stream = DecodeRingStream(Save(model));
-        EXPECT_EQ(1u, stream.nRegions);
+        EXPECT_EQ(1u, stream.regions);
         EXPECT_EQ(mesh.size(), stream.facets.size());
-        EXPECT_EQ(0u, stream.nRepeated);
-        EXPECT_GE(stream.nPoints, model.m_VertexTree.m_nCount);
+        EXPECT_EQ(0u, stream.repeated);
+        EXPECT_GE(stream.points, model.m_VertexTree.m_nCount);
     }
 }
 
@@ -175,8 +176,8 @@ TEST(RingStream, EachVertexOfASmallClosedSurfaceIsWrittenOnce) {
         std::string const bytes = Save(model);
         RingStream const stream = DecodeRingStream(bytes);
         std::size_t const nVertices = model.m_VertexTree.m_nCount;
-        EXPECT_EQ(nVertices, stream.nPoints);
-        EXPECT_EQ(nVertices - 3 + 1, stream.nSteps);  // and a last one, for the two edges that are left
+        EXPECT_EQ(nVertices, stream.points);
+        EXPECT_EQ(nVertices - 3 + 1, stream.steps);  // and a last one, for the two edges that are left
         EXPECT_EQ(std::string("\0\2", 2), bytes.substr(bytes.size() - 2));
     }
 }
@@ -250,10 +251,11 @@ TEST(RingStream, DecodedPointsLieLessThanOneStepBelow) {
     AddMesh(model, shapes::Bracket());
     RingStream const stream = DecodeRingStream(Save(model));
     std::map<GridFacet::value_type, CPoint3D> decoded;
-    double const dScale = 1.0 / stream.dStep;
+    double const dScale = 1.0 / stream.step;
     CPoint3D const& least = model.m_VertexTree.m_BoundBox.m_ptMin;
-    for (tagFACET const& f : stream.facets) {
-        for (CPoint3D const& p : f.m_ptVertex) {
+    for (auto const& f : stream.facets) {
+        for (varnet::Point3 const& corner : f) {
+            CPoint3D const p(corner.x, corner.y, corner.z);
             CPoint3D const d = p - least;
             decoded[{std::llround(d.x * dScale), std::llround(d.y * dScale), std::llround(d.z * dScale)}] = p;
         }
@@ -264,9 +266,9 @@ TEST(RingStream, DecodedPointsLieLessThanOneStepBelow) {
                                          static_cast<long long>((p->z - least.z) * dScale)});
         ASSERT_TRUE(found != decoded.end());
         EXPECT_GE(p->x - found->second.x, -1e-9);
-        EXPECT_LT(p->x - found->second.x, stream.dStep + 1e-9);
+        EXPECT_LT(p->x - found->second.x, stream.step + 1e-9);
         EXPECT_GE(p->z - found->second.z, -1e-9);
-        EXPECT_LT(p->z - found->second.z, stream.dStep + 1e-9);
+        EXPECT_LT(p->z - found->second.z, stream.step + 1e-9);
     }
 }
 
@@ -355,5 +357,5 @@ TEST(RingDecoder, RepeatedFacetsAreLeftOut) {
     bytes.Byte(1).Byte(1).Numbers({0, 1, 0}, 3).Byte(0).Byte(4);
     RingStream const stream = DecodeRingStream(bytes.Get());
     EXPECT_EQ(1u, stream.facets.size());
-    EXPECT_EQ(1u, stream.nRepeated);
+    EXPECT_EQ(1u, stream.repeated);
 }

@@ -5,7 +5,7 @@
 #include <tuple>
 #include <vector>
 
-#include "models/Shapes.h"
+#include "Shapes.h"
 #include "varnet/Slicer.h"
 
 namespace varnet {

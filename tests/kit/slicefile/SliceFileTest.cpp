@@ -104,7 +104,7 @@ std::string ThroughTheClasses(fs::path const& path, int& layers) {
 TEST_F(SliceFileTest, ReadsBackWhatWasWrittenInEachMode) {
     std::vector<Layer> const layers = RandomLayers(1, 40);
     for (SliceMode const mode : {SliceMode::kText, SliceMode::kBinary, SliceMode::kDisguised}) {
-        Write(layers, {mode, 7});
+        Write(layers, {mode, 7, {}});
         SliceFile const file(path);
         ASSERT_EQ(file.LayerCount(), 40);
         EXPECT_EQ(file.Header().mode, mode);
@@ -120,7 +120,7 @@ TEST_F(SliceFileTest, ReadsBackWhatWasWrittenInEachMode) {
 TEST_F(SliceFileTest, TheClassicReaderFindsTheSameInEveryMode) {
     std::vector<Layer> const layers = RandomLayers(2, 25);
     int count = 0;
-    Write(layers, {SliceMode::kText, {}});
+    Write(layers, {SliceMode::kText, {}, {}});
     std::string const text = ThroughTheClasses(path, count);
     EXPECT_EQ(count, 25);
     // What the classes read from our text and write again is our text, between header and end.
@@ -128,7 +128,7 @@ TEST_F(SliceFileTest, TheClassicReaderFindsTheSameInEveryMode) {
     std::size_t const start = bytes.find("$$LAYER/");
     EXPECT_EQ(text, bytes.substr(start, bytes.find("$$GEOMETRYEND") - start));
     for (SliceMode const mode : {SliceMode::kBinary, SliceMode::kDisguised}) {
-        Write(layers, {mode, 11});
+        Write(layers, {mode, 11, {}});
         EXPECT_EQ(ThroughTheClasses(path, count), text) << NameOf(mode);
         EXPECT_EQ(count, 25);
     }
@@ -142,7 +142,7 @@ TEST_F(SliceFileTest, WritesTheBytesOfASmallBinaryFile) {
     layer.AddContour(points, {});
     std::vector<Stroke> const strokes{{{0, 0}, {1, 1}}};
     layer.AddChain(strokes, 3);
-    Write({layer}, {SliceMode::kBinary, {}});
+    Write({layer}, {SliceMode::kBinary, {}, {}});
     std::string expected = "$$HEADERSTART\n$$BINARY\n$$UNITS/1\n$$VERSION/200\n$$LAYERS/1\n$$HEADEREND";
     auto const word = [&expected](std::uint16_t n) { expected.append(reinterpret_cast<char const*>(&n), 2); };
     auto const whole = [&expected](std::int32_t n) { expected.append(reinterpret_cast<char const*>(&n), 4); };
@@ -160,9 +160,9 @@ TEST_F(SliceFileTest, WritesTheBytesOfASmallBinaryFile) {
 
 TEST_F(SliceFileTest, WithASeedALayerHasTheSameBytesWhateverIsWrittenWithIt) {
     std::vector<Layer> const layers = RandomLayers(3, 6);
-    Write(layers, {SliceMode::kDisguised, 5});
+    Write(layers, {SliceMode::kDisguised, 5, {}});
     std::string const all = Bytes();
-    Write({layers[3], layers[4]}, {SliceMode::kDisguised, 5});
+    Write({layers[3], layers[4]}, {SliceMode::kDisguised, 5, {}});
     std::string const two = Bytes();
     std::string const geometry = two.substr(two.find("$$HEADEREND") + 11);
     EXPECT_NE(all.find(geometry), std::string::npos);
@@ -202,7 +202,7 @@ TEST_F(SliceFileTest, ReadsALineOfAnyLength) {
     std::vector<Point2> points;
     for (int i = 0; i < 100000; ++i) points.push_back({i / 8.0, (i % 7) / 8.0});
     layer.AddContour(points, {});
-    Write({layer}, {SliceMode::kText, {}});
+    Write({layer}, {SliceMode::kText, {}, {}});
     EXPECT_EQ(SliceFile(path).LayerAt(1).points, points);
 }
 
@@ -226,7 +226,7 @@ TEST_F(SliceFileTest, SaysWhereALineCannotBeRead) {
 
 TEST_F(SliceFileTest, AFileWithoutLayersIsWrittenAndReadBack) {
     for (SliceMode const mode : {SliceMode::kText, SliceMode::kBinary, SliceMode::kDisguised}) {
-        Write({}, {mode, {}});
+        Write({}, {mode, {}, {}});
         SliceFile const file(path);
         EXPECT_EQ(file.LayerCount(), 0);
         EXPECT_TRUE(file.Report().notes.empty());
@@ -236,7 +236,7 @@ TEST_F(SliceFileTest, AFileWithoutLayersIsWrittenAndReadBack) {
 
 TEST_F(SliceFileTest, LineEndsBehindHeaderAndLastLayerAreStray) {
     std::vector<Layer> const layers = RandomLayers(4, 5);
-    Write(layers, {SliceMode::kBinary, {}});
+    Write(layers, {SliceMode::kBinary, {}, {}});
     std::string bytes = Bytes();
     bytes.insert(bytes.find("$$HEADEREND") + 11, "\r\n");
     Put(bytes + "\r\n");
@@ -272,7 +272,7 @@ TEST_F(SliceFileTest, ReadsAlignedCommands) {
 TEST_F(SliceFileTest, AFileCutAtAnyByteGivesTheLayersBefore) {
     std::vector<Layer> const layers = RandomLayers(5, 2);
     for (SliceMode const mode : {SliceMode::kText, SliceMode::kBinary, SliceMode::kDisguised}) {
-        Write(layers, {mode, 3});
+        Write(layers, {mode, 3, {}});
         std::string const bytes = Bytes();
         for (std::size_t size = 0; size < bytes.size(); ++size) {
             Put(bytes.substr(0, size));
@@ -326,13 +326,13 @@ TEST_F(SliceFileTest, CountsPathsThatClassicReadersCut) {
     std::vector<Point2> points(2000, Point2{1.0, 1.0});
     points[1].x = 100.125;
     layer.AddContour(points, {});
-    SliceWriter writer(path, 1, {SliceMode::kText, {}});
+    SliceWriter writer(path, 1, {SliceMode::kText, {}, {}});
     writer.Write(layer);
     EXPECT_EQ(writer.TooLongForClassicReader(), 1);
 }
 
 TEST_F(SliceFileTest, StopsWhereTheCallbackSaysSo) {
-    Write(RandomLayers(7, 3), {SliceMode::kBinary, {}});
+    Write(RandomLayers(7, 3), {SliceMode::kBinary, {}, {}});
     SliceReadSettings settings;
     settings.progress = [](double) { return false; };
     try {

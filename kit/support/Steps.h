@@ -5,9 +5,9 @@
 namespace varnet {
 
 /// Tells a callback of the steps of a piece of work, and ends it where the callback says so.
-class Watch {
+class Steps {
 public:
-    explicit Watch(Progress const& progress) : m_Progress(progress) {}
+    explicit Steps(Progress const& progress) : m_Progress(progress) {}
 
     /// Throws Error of kind kCancelled.
     void Done(double share) const {

@@ -1,0 +1,114 @@
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "varnet/SliceFile.h"
+
+namespace varnet {
+
+namespace {
+
+[[noreturn]] void Refuse(SliceFile const& file, std::string const& why) {
+    throw Error(ErrorKind::kContent, file.Path(), why);
+}
+
+// Ranges of one build, stated in the headers, must follow each other.
+void RequireNext(SliceFile const& before, SliceFile const& file) {
+    LayerRange const& a = *before.Header().range;
+    LayerRange const& b = *file.Header().range;
+    std::string const range = std::to_string(b.first) + ":" + std::to_string(b.last);
+    if (a.whole != b.whole)
+        Refuse(file, "is part of a build of " + std::to_string(b.whole) + " layers, not of " +
+                         std::to_string(a.whole));
+    if (b.first <= a.last)
+        Refuse(file, "its layers " + range + " overlap those of " + before.Path().string());
+    if (b.first > a.last + 1) {
+        Refuse(file, "layers " + std::to_string(a.last + 1) + " to " + std::to_string(b.first - 1) +
+                         " are missing ahead of it");
+    }
+}
+
+// The steps from layer to layer as the heights have them; files of text state two decimals of them.
+class Heights {
+public:
+    void Add(SliceFile const& file) {
+        if (file.LayerCount() == 0) return;
+        double const first = file.LayerAt(1).z;
+        double const last = file.LayerAt(file.LayerCount()).z;
+        double const step =
+            file.LayerCount() > 1 ? (last - first) / static_cast<double>(file.LayerCount() - 1) : m_Step;
+        if (m_Any && !(first > m_Last))
+            Refuse(file, "its layers begin at or below the end of the file before");
+        constexpr double kLargestGap = 1.5;
+        double const known = std::max(step, m_Step);
+        if (m_Any && known > 0.0 && first - m_Last > kLargestGap * known) {
+            Refuse(file, "there is a gap of " + std::to_string(first - m_Last) + " mm ahead of its layers");
+        }
+        m_Any = true;
+        m_Last = last;
+        m_Step = known;
+    }
+
+private:
+    bool m_Any = false;
+    double m_Last = 0.0;
+    double m_Step = 0.0;
+};
+
+std::vector<SliceFile> Open(std::span<std::filesystem::path const> inputs) {
+    std::vector<SliceFile> files;
+    Heights heights;
+    for (std::filesystem::path const& path : inputs) {
+        files.emplace_back(path);
+        SliceFile const& file = files.back();
+        if (file.Header().mode != files.front().Header().mode) {
+            Refuse(file,
+                   std::string("is of another mode than the first file: ") + NameOf(file.Header().mode));
+        }
+        if (file.Header().units != files.front().Header().units)
+            Refuse(file, "has other units than the first file");
+        if (file.Header().aligned) Refuse(file, "is aligned: varnet convert writes it anew");
+        SliceFile const* const before = files.size() > 1 ? &files[files.size() - 2] : nullptr;
+        if (before != nullptr && before->Header().range && file.Header().range) {
+            RequireNext(*before, file);
+        } else {
+            heights.Add(file);
+        }
+    }
+    return files;
+}
+
+}  // namespace
+
+std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
+                            std::filesystem::path const& output, Progress const& progress) {
+    if (inputs.empty()) throw Error(ErrorKind::kArgument, "there is no file to join");
+    std::vector<SliceFile> const files = Open(inputs);
+    std::int64_t layers = 0;
+    for (SliceFile const& file : files) layers += file.LayerCount();
+    SliceHeader const& header = files.front().Header();
+    SliceWriteSettings settings;
+    settings.mode = header.mode;
+    // Bytes of other units would change their meaning: those layers are written anew.
+    bool const copy = header.mode != SliceMode::kText && header.units == 1.0;
+    SliceWriter writer(output, layers, settings);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        auto const step = [&](double share) {
+            double const done = (static_cast<double>(i) + share) / static_cast<double>(files.size());
+            if (progress && !progress(done))
+                throw Error(ErrorKind::kCancelled, output, "joining was stopped");
+        };
+        if (copy) {
+            writer.Copy(files[i], step);
+            continue;
+        }
+        for (std::int64_t n = 1; n <= files[i].LayerCount(); ++n) {
+            writer.Write(files[i].LayerAt(n));
+            step(static_cast<double>(n) / static_cast<double>(files[i].LayerCount()));
+        }
+    }
+    writer.Finish();
+    return layers;
+}
+
+}  // namespace varnet

@@ -1,0 +1,2 @@
+#include "Commands.h"
+void AddDemo(CLI::App&) {}
