@@ -17,8 +17,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Each part is cut into so many layers, so that their volume can be held against that of the mesh.
-constexpr int kLayers = 400;
+// Each part is cut into so many layers, so that their volume can be held against that of the mesh. Where it
+// differs by more than kClose of it, it is cut into more: a level face may lie anywhere in a layer.
+constexpr int kFewestLayers = 400;
+constexpr int kMostLayers = 25600;
+constexpr double kClose = 0.0003;
 
 struct WholeOptions {
     std::string folder;
@@ -70,15 +73,20 @@ void Measure(fs::path const& file, WholeOptions const& options, Row& row) {
     varnet::Box3 const& box = part.Measures().box;
     double const height = box.max.z - box.min.z;
     if (!(height > 0.0)) return;
-    varnet::SliceSettings settings;
-    settings.layer = height / kLayers;
-    settings.hatch = 0.0;
-    settings.tolerance = 0.0;
-    varnet::Slicer slicer(varnet::SlicerInputs(parts, {}), settings);
-    slicer.ForEachLayer([](varnet::Layer&&) { ThrowIfStopped(); });
-    row.meshVolume = slicer.Report().meshVolume;
-    row.layerVolume = slicer.Report().cutVolume;
-    row.openPaths = slicer.Report().openPaths;
+    for (int layers = kFewestLayers; layers <= kMostLayers; layers *= 4) {
+        varnet::SliceSettings settings;
+        settings.layer = height / layers;
+        settings.hatch = 0.0;
+        settings.tolerance = 0.0;
+        varnet::Slicer slicer(varnet::SlicerInputs(parts, {}), settings);
+        slicer.ForEachLayer([](varnet::Layer&&) { ThrowIfStopped(); });
+        row.meshVolume = slicer.Report().meshVolume;
+        row.layerVolume = slicer.Report().cutVolume;
+        row.openPaths = slicer.Report().openPaths;
+        if (row.openPaths > 0 ||
+            std::fabs(row.layerVolume - row.meshVolume) <= kClose * std::fabs(row.meshVolume))
+            break;
+    }
 }
 
 nlohmann::json ToJson(Row const& row) {

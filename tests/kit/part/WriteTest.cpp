@@ -31,7 +31,10 @@ TEST(WritePart, TouchingShellsLoseFacetsInWhatHoldsNoCoincidentOnes) {
     Part const part = PartOf(shapes::CubesAtFace());
     EXPECT_EQ(part.Write(folder / "a.stl").facetsAfter, 24);
     EXPECT_EQ(part.Write(folder / "a.csm", MeshFormat::kPlainCsm).facetsAfter, 24);
-    WriteReport const strips = part.Write(folder / "b.csm", MeshFormat::kStripCsm);
+    MeshWriteSettings settings;
+    settings.format = MeshFormat::kStripCsm;
+    settings.floats = true;
+    WriteReport const strips = part.Write(folder / "b.csm", settings);
     EXPECT_EQ(strips.facetsAfter, 20);
     EXPECT_EQ(strips.openEdgesAfter, 0);
     EXPECT_NEAR(strips.volumeAfter, 2000.0, 1e-6);
