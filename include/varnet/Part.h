@@ -201,9 +201,9 @@ public:
     std::vector<Part> Split() const;
 
     /// Writes a file of this format, under its name only when it is complete, and reads it back to see what
-    /// it holds. Coordinates are narrowed to float, in compressed formats to the grid of the format; -0.0 may
-    /// have become 0.0. Throws an Error of kind kArgument for a format that is not written, of kind kFile
-    /// where the system refuses, of kind kContent where the format cannot hold the part, of kind kCancelled.
+    /// it holds. Coordinates are narrowed to float, in compressed formats to the grid of the format. Throws
+    /// an Error of kind kArgument for a format that is not written, of kind kFile where the system refuses,
+    /// of kind kContent where the format cannot hold the part, of kind kCancelled.
     WriteReport Write(std::filesystem::path const& path, MeshFormat format = MeshFormat::kBinaryStl,
                       Progress const& progress = {}) const;
     /// What the file holds beside this part.

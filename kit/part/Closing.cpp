@@ -86,15 +86,17 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
         Rim const rim(mesh, edges);
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
+        bool gaveUp = false;
         auto const consider = [&](double with) {
             Rim::Plan plan = rim.Try(with, pace);
-            if (plan.open >= (best ? best->open : edges.open)) return;
+            gaveUp |= plan.gaveUp;
+            if (plan.open >= (best ? best->open : rim.Count())) return;
             best = std::move(plan);
             tolerance = with;
         };
         consider(0.0);
         for (double const with : tolerances) {
-            if (best && best->open == 0) break;
+            if (gaveUp || (best && best->open == 0)) break;
             consider(with);
         }
         if (!best) break;

@@ -133,6 +133,7 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     if (changed) {
         SetMeasures(state, report.openEdges);
     } else {
+        state.zeros = std::move(raw.zeros);
         state.measures = MeasuresFrom(raw.sums, state.mesh.points, report.openEdges);
     }
     state.edges = std::move(edges);

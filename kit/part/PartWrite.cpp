@@ -64,7 +64,17 @@ Point3 NormalOf(Point3 const& a, Point3 const& b, Point3 const& c) {
     return length > 0.0 ? (1.0 / length) * normal : Point3{};
 }
 
-bool WriteBinaryStl(FlatMesh const& mesh, fs::path const& path, Pace const& pace) {
+void SetZeroSigns(Point3& p, unsigned negative) {
+    auto const set = [negative](double& value, unsigned place) {
+        if (value == 0.0) value = (negative >> place & 1u) != 0 ? -0.0 : 0.0;
+    };
+    set(p.x, 0);
+    set(p.y, 1);
+    set(p.z, 2);
+}
+
+bool WriteBinaryStl(FlatMesh const& mesh, std::span<ZeroSigns const> zeros, fs::path const& path,
+                    Pace const& pace) {
     Output output(path);
     char* const header = output.Room(kStlHeader + 4);
     std::memset(header, 0, kStlHeader);
@@ -75,6 +85,9 @@ bool WriteBinaryStl(FlatMesh const& mesh, fs::path const& path, Pace const& pace
         std::array<Point3, 3> corner;
         for (std::size_t k = 0; k < 3; ++k) {
             corner[k] = mesh.points[static_cast<std::size_t>(mesh.triangles[i][k])];
+            if (zeros.empty() || zeros.front().corner != static_cast<std::int64_t>(3 * i + k)) continue;
+            SetZeroSigns(corner[k], zeros.front().negative);
+            zeros = zeros.subspan(1);
         }
         char* const record = output.Room(kRecord);
         StorePoint(record, NormalOf(corner[0], corner[1], corner[2]));
@@ -149,7 +162,7 @@ WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const&
     WriteWhole(path, [&](fs::path const& partial) {
         switch (format) {
             case MeshFormat::kBinaryStl:
-                return WriteBinaryStl(m_State->mesh, partial, pace);
+                return WriteBinaryStl(m_State->mesh, m_State->zeros, partial, pace);
             case MeshFormat::kPlainCsm:
                 return WritePlainCsm(m_State->mesh, partial, pace);
             case MeshFormat::kStripCsm:

@@ -11,7 +11,8 @@
 
 namespace varnet {
 
-/// The open edges of a mesh, and the facets at their corners.
+/// The open edges of a mesh, but for those of two facets that run the same way, and the facets at their
+/// corners.
 class Rim {
 public:
     Rim(FlatMesh const& mesh, EdgeTable const& edges);
@@ -26,8 +27,11 @@ public:
         std::vector<std::pair<std::int32_t, std::int32_t>> joined;  ///< a point, and the one that it becomes
         std::vector<Division> divisions;                            ///< by the points as they are then
         std::int64_t open = 0;                                      ///< edges that stay open
+        bool gaveUp = false;  ///< too many points lie near too many edges to look at all
     };
 
+    /// How many edges there are.
+    std::int64_t Count() const { return static_cast<std::int64_t>(m_Open.size()); }
     /// A plan that joins points within the tolerance, and divides edges at points within it, or within the
     /// rounding of coordinates.
     Plan Try(double tolerance, Pace const& pace) const;
@@ -44,7 +48,7 @@ private:
     std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes) const;
     void Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const;
     std::vector<std::int32_t> PointsOn(Open const& edge, double tolerance, class PointTree const& tree,
-                                       std::vector<std::int32_t> const& candidates,
+                                       std::vector<std::int32_t> const& candidates, std::size_t most,
                                        std::size_t& looked) const;
 
     FlatMesh const& m_Mesh;
