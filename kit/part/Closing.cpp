@@ -83,7 +83,7 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
                              Pace const& pace) {
     ClosingCounts counts;
     for (int round = 0; round < kRounds && edges.open > 0; ++round) {
-        Rim const rim(mesh, edges);
+        Rim const rim(mesh, edges, pace.Between(0.0, 0.0));
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
         bool gaveUp = false;

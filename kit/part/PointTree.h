@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "part/Pace.h"
 #include "varnet/Geometry.h"
 
 namespace varnet {
@@ -13,7 +14,7 @@ namespace varnet {
 /// trees used for associative searching, 1975.)
 class PointTree {
 public:
-    explicit PointTree(std::span<Point3 const> points);
+    PointTree(std::span<Point3 const> points, Pace const& pace);
 
     /// Calls found(i) for each point that may lie within the distance, on each axis, of the line from a to b.
     /// Boxes and points are counted in `looked`; when there are `most` of them, it ends.

@@ -15,9 +15,9 @@ namespace {
 // What the coordinates of floats leave uncertain, relative to the largest of them: a few roundings.
 constexpr double kRounding = 4.0 / (1 << 23);
 
-// So many boxes and points are looked at for an edge on average, and so many in any case.
-constexpr std::size_t kLooksPerEdge = 100;
-constexpr std::size_t kLooksAtLeast = 100000;
+// So many boxes and points may be looked at for an edge on average, and so many in any case.
+constexpr std::size_t kLooksPerEdge = 400;
+constexpr std::size_t kLooksAtLeast = 1000000;
 
 // A directed edge or a piece of one.
 struct Piece {
@@ -64,7 +64,7 @@ double LargestOf(Point3 const& p) { return std::max({std::fabs(p.x), std::fabs(p
 
 }  // namespace
 
-Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
+Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace) : m_Mesh(mesh) {
     std::vector<std::int32_t> local(mesh.points.size(), -1);
     auto const number = [&](std::int32_t point) {
         std::int32_t& n = local[static_cast<std::size_t>(point)];
@@ -86,7 +86,7 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
     for (std::int32_t const point : m_Numbers)
         m_Points.push_back(mesh.points[static_cast<std::size_t>(point)]);
 
-    std::vector<std::vector<std::int32_t>> facetsOf(m_Numbers.size());
+    pace.At(0.0);
     for (Triangle const& t : mesh.triangles) {
         Triangle corners;
         for (std::size_t k = 0; k < 3; ++k) {
@@ -94,19 +94,8 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
             corners[k] = n >= 0 ? n : ~t[k];
         }
         if (corners[0] < 0 && corners[1] < 0 && corners[2] < 0) continue;
-        for (std::int32_t const corner : corners) {
-            if (corner >= 0) {
-                facetsOf[static_cast<std::size_t>(corner)].push_back(
-                    static_cast<std::int32_t>(m_Facets.size()));
-            }
-        }
         m_Facets.push_back(corners);
     }
-    for (auto const& facets : facetsOf) {
-        m_FacetsOf.push_back(m_FacetList.size());
-        m_FacetList.insert(m_FacetList.end(), facets.begin(), facets.end());
-    }
-    m_FacetsOf.push_back(m_FacetList.size());
 }
 
 Rim::Plan Rim::Try(double tolerance, Pace const& pace) const {
@@ -224,17 +213,18 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
     candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     std::vector<Point3> points;
     for (std::int32_t const i : candidates) points.push_back(m_Points[static_cast<std::size_t>(i)]);
-    PointTree const tree(points);
+    PointTree const tree(points, pace.Between(0.0, 0.0));
 
     std::vector<Piece> pieces;
     // Where very many points lie near very many edges, these are not worth dividing.
-    std::size_t const most = kLooksPerEdge * open.size() + kLooksAtLeast;
     std::size_t looked = 0;
+    std::size_t most = kLooksAtLeast;
     for (std::size_t i = 0; i < open.size(); ++i) {
         pace.Step(i, open.size());
         std::int32_t start = open[i].start;
         std::size_t place = 0;
         std::vector<std::int32_t> on;
+        if (looked < most) most += kLooksPerEdge;
         if (looked < most) on = PointsOn(open[i], tolerance, tree, candidates, most, looked);
         for (std::int32_t const point : on) {
             pieces.push_back({start, point, i, place++});
@@ -243,6 +233,7 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
         pieces.push_back({start, open[i].end, i, place});
     }
     plan.gaveUp = looked >= most;
+    pace.At(1.0);
     Meet(pieces);
     for (std::size_t i = 0; i < pieces.size();) {
         Division division{open[pieces[i].edge].edge, {}};

@@ -15,7 +15,7 @@ namespace varnet {
 /// corners.
 class Rim {
 public:
-    Rim(FlatMesh const& mesh, EdgeTable const& edges);
+    Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace);
 
     /// An edge of a facet that is divided, and the points on it from its start to its end.
     struct Division {
@@ -55,9 +55,7 @@ private:
     std::vector<std::int32_t> m_Numbers;  // in the mesh, of the points on open edges
     std::vector<Point3> m_Points;
     std::vector<Open> m_Open;
-    std::vector<Triangle> m_Facets;       // with a corner on an open edge; ~i for another point i of the mesh
-    std::vector<std::size_t> m_FacetsOf;  // where the facets at a point begin in m_FacetList
-    std::vector<std::int32_t> m_FacetList;
+    std::vector<Triangle> m_Facets;  // with a corner on an open edge; ~i for another point i of the mesh
 };
 
 }  // namespace varnet
