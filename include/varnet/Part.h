@@ -45,10 +45,13 @@ struct IntakeReport {
     std::int64_t degenerate = 0;       ///< left out: two corners are one
     std::int64_t doubled = 0;          ///< left out: the same three corners in the same order, once too often
     std::int64_t collinearTurned = 0;  ///< facets without area that were taken out by turning an edge
-    std::int64_t split = 0;            ///< facets that were divided at a vertex on their edge
-    std::int64_t welded = 0;           ///< vertices that were joined with a near one
-    double weldTolerance = 0.0;        ///< by which they were; 0 for equal corners alone
-    std::int64_t manyFacetEdges = 0;   ///< edges of more than two facets
+    std::int64_t collinearLeft = 0;    ///< facets without area that stay: to take them out would open edges
+    std::int64_t tiny =
+        0;  ///< facets with area, but too little for a classic model (see Body::Model); they stay
+    std::int64_t split = 0;           ///< facets that were divided at a vertex on their edge
+    std::int64_t welded = 0;          ///< vertices that were joined with a near one
+    double weldTolerance = 0.0;       ///< by which they were; 0 for equal corners alone
+    std::int64_t manyFacetEdges = 0;  ///< edges of more than two facets
     std::int64_t openEdgesExact =
         0;                       ///< by equal corners, as in the file: directed edges without their opposite
     std::int64_t openEdges = 0;  ///< afterwards

@@ -185,9 +185,13 @@ TEST(Heal, SmallFacetsOfAPartInMetresAreLeftAloneAndTold) {
     EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
     EXPECT_EQ(part.Report().openEdges, 0);
     EXPECT_EQ(part.Report().collinearTurned, 0);
+    EXPECT_GT(part.Report().tiny, 0);
+    std::int64_t refused = 0;
+    part.Model(&refused);
+    EXPECT_EQ(refused, part.Report().tiny);
     ASSERT_FALSE(part.Report().notes.empty());
     IntakeSettings settings;
-    settings.scale = 1000.0;
+    settings.scale = 10000.0;
     EXPECT_TRUE(PartOf(mesh, settings).Report().notes.empty());
 }
 
@@ -222,6 +226,14 @@ TEST(Heal, EveryClassIsClosedAndStaysSoWhenItIsRepairedAndWritten) {
             EXPECT_EQ(written.facetsAfter, written.facetsBefore);
         }
     }
+}
+
+TEST(Heal, APartBelowAMillimetreGetsAHint) {
+    Part const part = PartOf(shapes::Box({0, 0, 0}, {0.25f, 0.5f, 0.125f}));
+    ASSERT_EQ(part.Report().notes.size(), 1u);
+    EXPECT_EQ(part.Report().notes[0],
+              "the largest side is 0.5 mm: is the file in metres (a scale of 1000) or inches (25.4)?");
+    EXPECT_TRUE(PartOf(shapes::Cube(1.0f)).Report().notes.empty());
 }
 
 TEST(Heal, ChainsAndFansOfSliversGoAwayInAnyOrder) {
