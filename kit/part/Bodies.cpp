@@ -170,48 +170,30 @@ void PairByAngle(FlatMesh const& mesh, EdgeTable& edges) {
     }
 }
 
+// Disjoint sets of facets, in the order of the file, where neighbours mostly stand near each other.
 BodyLabels LabelBodies(std::size_t facets, EdgeTable const& edges) {
     BodyLabels labels;
-    labels.ofFacet.assign(facets, -1);
-    std::vector<std::int32_t> reached;
-    std::int32_t count = 0;
-    for (std::size_t seed = 0; seed < facets; ++seed) {
-        if (labels.ofFacet[seed] >= 0) continue;
-        labels.ofFacet[seed] = count;
-        reached.push_back(static_cast<std::int32_t>(seed));
-        while (!reached.empty()) {
-            auto const facet = static_cast<std::size_t>(reached.back());
-            reached.pop_back();
-            for (std::size_t k = 0; k < 3; ++k) {
-                std::int32_t const across = edges.across[3 * facet + k];
-                if (across < 0) continue;
-                std::int32_t& label = labels.ofFacet[static_cast<std::size_t>(across / 3)];
-                if (label >= 0) continue;
-                label = count;
-                reached.push_back(across / 3);
-            }
+    labels.ofFacet.resize(facets);
+    std::iota(labels.ofFacet.begin(), labels.ofFacet.end(), 0);
+    auto const join = [&labels](std::int32_t a, std::int32_t b) {
+        a = FindRoot(labels.ofFacet, a);
+        b = FindRoot(labels.ofFacet, b);
+        labels.ofFacet[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
+    };
+    for (std::size_t i = 0; i < edges.across.size(); ++i) {
+        if (edges.across[i] >= 0 && edges.across[i] < static_cast<std::int32_t>(i)) {
+            join(static_cast<std::int32_t>(i / 3), edges.across[i] / 3);
         }
-        ++count;
     }
-    labels.count = count;
-    if (edges.twins.empty()) return labels;
-
-    std::vector<std::int32_t> parent(static_cast<std::size_t>(count));
-    std::iota(parent.begin(), parent.end(), 0);
-    for (std::size_t i = 0; i + 1 < edges.twins.size(); i += 2) {
-        std::int32_t const a = FindRoot(parent, labels.ofFacet[static_cast<std::size_t>(edges.twins[i] / 3)]);
-        std::int32_t const b =
-            FindRoot(parent, labels.ofFacet[static_cast<std::size_t>(edges.twins[i + 1] / 3)]);
-        parent[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
+    for (std::size_t i = 0; i + 1 < edges.twins.size(); i += 2)
+        join(edges.twins[i] / 3, edges.twins[i + 1] / 3);
+    // A set's first facet is its root, and is numbered before the others.
+    for (std::size_t i = 0; i < facets; ++i) {
+        std::int32_t& label = labels.ofFacet[i];
+        label = label == static_cast<std::int32_t>(i) ? ~labels.count++
+                                                      : labels.ofFacet[static_cast<std::size_t>(label)];
     }
-    std::vector<std::int32_t> number(parent.size(), -1);
-    labels.count = 0;
-    for (std::size_t i = 0; i < parent.size(); ++i) {
-        auto const root = static_cast<std::size_t>(FindRoot(parent, static_cast<std::int32_t>(i)));
-        if (number[root] < 0) number[root] = labels.count++;
-        number[i] = number[root];
-    }
-    for (std::int32_t& label : labels.ofFacet) label = number[static_cast<std::size_t>(label)];
+    for (std::int32_t& label : labels.ofFacet) label = ~label;
     return labels;
 }
 

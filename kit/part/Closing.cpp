@@ -83,18 +83,20 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
                              Pace const& pace) {
     ClosingCounts counts;
     for (int round = 0; round < kRounds && edges.open > 0; ++round) {
-        Rim const rim(mesh, edges);
+        Rim const rim(mesh, edges, pace.Between(0.0, 0.0));
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
+        bool gaveUp = false;
         auto const consider = [&](double with) {
             Rim::Plan plan = rim.Try(with, pace);
-            if (plan.open >= (best ? best->open : edges.open)) return;
+            gaveUp |= plan.gaveUp;
+            if (plan.open >= (best ? best->open : rim.Count())) return;
             best = std::move(plan);
             tolerance = with;
         };
         consider(0.0);
         for (double const with : tolerances) {
-            if (best && best->open == 0) break;
+            if (gaveUp || (best && best->open == 0)) break;
             consider(with);
         }
         if (!best) break;

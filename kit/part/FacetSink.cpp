@@ -28,10 +28,27 @@ void FacetSink::Flush() {
         if (a == b || b == c || c == a) {
             ++m_Report.degenerate;
         } else {
+            for (std::size_t k = i; k < i + 3; ++k) {
+                Point3 const& p = m_Corners[k];
+                if (p.x == 0.0 || p.y == 0.0 || p.z == 0.0) NoteZeros(k);
+            }
             m_Raw.mesh.triangles.push_back({a, b, c});
         }
     }
     m_Corners.clear();
+}
+
+// Of the triangle that comes next.
+void FacetSink::NoteZeros(std::size_t corner) {
+    auto const negative = [](Point3 const& p) {
+        auto const bit = [](double value, unsigned place) {
+            return value == 0.0 && std::signbit(value) ? 1u << place : 0u;
+        };
+        return bit(p.x, 0) | bit(p.y, 1) | bit(p.z, 2);
+    };
+    unsigned const here = negative(m_Corners[corner]);
+    if (here == negative(m_Raw.mesh.points[static_cast<std::size_t>(m_Numbers[corner])])) return;
+    m_Raw.zeros.push_back({static_cast<std::int64_t>(3 * m_Raw.mesh.triangles.size() + corner % 3), here});
 }
 
 void FacetSink::DropNotFinite() {

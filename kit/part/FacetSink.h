@@ -31,6 +31,7 @@ private:
 
     void DropNotFinite();
     void Measure();
+    void NoteZeros(std::size_t corner);
 
     RawMesh& m_Raw;
     IntakeReport& m_Report;

@@ -17,6 +17,12 @@ struct FlatMesh {
     LargeVector<Triangle> triangles;
 };
 
+/// A corner whose zeros do not have the signs of those of its point: 0.0 and -0.0 are one point.
+struct ZeroSigns {
+    std::int64_t corner;  ///< 3 t + k for corner k of triangle t
+    unsigned negative;    ///< bit 0 for x, 1 for y, 2 for z: a zero that is negative here
+};
+
 /// What facets add up to.
 struct FacetSums {
     Point3 about;          ///< a corner of the first one
@@ -29,7 +35,8 @@ struct FacetSums {
 struct RawMesh {
     FlatMesh mesh;
     MeshFormat format = MeshFormat::kBinaryStl;
-    std::string header;         ///< of the file, as it stands there, up to its first zero byte
+    std::string header;  ///< of the file, as it stands there, up to its first zero byte
+    std::vector<ZeroSigns> zeros;
     FacetSums sums;             ///< of the facets
     bool hasCollinear = false;  ///< whether a facet's doubled area may be no more than kCollinear
 };

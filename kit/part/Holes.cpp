@@ -22,8 +22,10 @@ std::vector<Rim> FindRims(FlatMesh const& mesh, EdgeTable const& edges) {
         place = place == kNone ? edge : kSeveral;
     };
     std::vector<std::int32_t> open;
+    std::vector<bool> conflicts(edges.across.size());
+    for (std::int32_t const edge : edges.twins) conflicts[static_cast<std::size_t>(edge)] = true;
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
-        if (edges.across[i] >= 0) continue;
+        if (edges.across[i] >= 0 || conflicts[i]) continue;
         auto const edge = static_cast<std::int32_t>(i);
         open.push_back(edge);
         note(leaving[static_cast<std::size_t>(StartOf(mesh.triangles, edge))], edge);

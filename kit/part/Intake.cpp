@@ -3,6 +3,8 @@
 #include "part/Intake.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <string>
 
 #include "part/Bodies.h"
@@ -70,6 +72,8 @@ void Close(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
 
 void NoteSlivers(SliverCounts const& counts, IntakeReport& report) {
     report.collinearTurned = counts.turned;
+    report.collinearLeft = counts.stuck;
+    report.tiny = counts.small;
     auto const facets = [](std::int64_t n) { return std::to_string(n) + (n == 1 ? " facet" : " facets"); };
     if (counts.small > 0) {
         report.notes.push_back(
@@ -79,6 +83,19 @@ void NoteSlivers(SliverCounts const& counts, IntakeReport& report) {
     }
     if (counts.stuck > 0)
         report.notes.push_back(facets(counts.stuck) + " without area could not be taken out");
+}
+
+void NoteSize(MeshMeasures const& measures, IntakeReport& report) {
+    if (measures.box.IsEmpty()) return;
+    Point3 const sides = measures.box.max - measures.box.min;
+    double const largest = std::max({sides.x, sides.y, sides.z});
+    if (largest >= 1.0) return;
+    std::array<char, 32> number{};
+    char* const end =
+        std::to_chars(number.data(), number.data() + number.size(), largest, std::chars_format::general, 3)
+            .ptr;
+    report.notes.push_back("the largest side is " + std::string(number.data(), end) +
+                           " mm: is the file in metres (a scale of 1000) or inches (25.4)?");
 }
 
 // Points that no facet uses any more go.
@@ -133,9 +150,11 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     if (changed) {
         SetMeasures(state, report.openEdges);
     } else {
+        state.zeros = std::move(raw.zeros);
         state.measures = MeasuresFrom(raw.sums, state.mesh.points, report.openEdges);
     }
     state.edges = std::move(edges);
+    NoteSize(state.measures, report);
     pace.At(1.0);
 }
 

@@ -142,7 +142,7 @@ RawMesh ReadMeshFile(std::filesystem::path const& path, IntakeSettings const& se
     bool const isBinary = format == MeshFormat::kBinaryStl;
     if (isBinary && left != 0) {
         report.notes.push_back(std::to_string(left) + (left == 1 ? " byte" : " bytes") +
-                               " behind the last facet mean nothing");
+                               " behind the last facet left out");
     }
     if (raw.mesh.triangles.empty()) {
         bool const all = report.facetsInFile > 0;

@@ -18,6 +18,7 @@ struct Part::State {
     std::string header;
     MeshFormat format = MeshFormat::kBinaryStl;
     IntakeReport report;
+    std::vector<ZeroSigns> zeros;  // while the triangles are those of the file
     MeshMeasures measures;
     std::int64_t openEdgesBefore = 0;  // as the part came: what a repair compares with
     // Until the bodies are made; empty where it is not known.

@@ -65,7 +65,17 @@ Point3 NormalOf(Point3 const& a, Point3 const& b, Point3 const& c) {
     return length > 0.0 ? (1.0 / length) * normal : Point3{};
 }
 
-bool WriteBinaryStl(FlatMesh const& mesh, fs::path const& path, Pace const& pace) {
+void SetZeroSigns(Point3& p, unsigned negative) {
+    auto const set = [negative](double& value, unsigned place) {
+        if (value == 0.0) value = (negative >> place & 1u) != 0 ? -0.0 : 0.0;
+    };
+    set(p.x, 0);
+    set(p.y, 1);
+    set(p.z, 2);
+}
+
+bool WriteBinaryStl(FlatMesh const& mesh, std::span<ZeroSigns const> zeros, fs::path const& path,
+                    Pace const& pace) {
     Output output(path);
     char* const header = output.Room(kStlHeader + 4);
     std::memset(header, 0, kStlHeader);
@@ -76,6 +86,9 @@ bool WriteBinaryStl(FlatMesh const& mesh, fs::path const& path, Pace const& pace
         std::array<Point3, 3> corner;
         for (std::size_t k = 0; k < 3; ++k) {
             corner[k] = mesh.points[static_cast<std::size_t>(mesh.triangles[i][k])];
+            if (zeros.empty() || zeros.front().corner != static_cast<std::int64_t>(3 * i + k)) continue;
+            SetZeroSigns(corner[k], zeros.front().negative);
+            zeros = zeros.subspan(1);
         }
         char* const record = output.Room(kRecord);
         StorePoint(record, NormalOf(corner[0], corner[1], corner[2]));
@@ -140,13 +153,13 @@ bool WriteRing(Part const& part, fs::path const& path) {
     return part.Model()->SaveCSMFile1(ClassicPath(path).Get()) == 1;
 }
 
-bool WriteFormat(Part const& part, FlatMesh const& mesh, fs::path const& path,
+bool WriteFormat(Part const& part, Part::State const& state, fs::path const& path,
                  MeshWriteSettings const& settings, Pace const& pace) {
     switch (settings.format) {
         case MeshFormat::kBinaryStl:
-            return WriteBinaryStl(mesh, path, pace);
+            return WriteBinaryStl(state.mesh, state.zeros, path, pace);
         case MeshFormat::kPlainCsm:
-            return WritePlainCsm(mesh, path, pace);
+            return WritePlainCsm(state.mesh, path, pace);
         case MeshFormat::kStripCsm:
             return WriteStrips(part, path, settings);
         case MeshFormat::kRingCsm:
@@ -185,7 +198,7 @@ WriteReport Part::Write(fs::path const& path, MeshWriteSettings const& settings)
     Pace const pace = Pace(watch).Between(0.0, 0.5);
     OutputFile file(path);
     errno = 0;
-    if (!WriteFormat(*this, m_State->mesh, file.PathForWriter(), settings, pace)) {
+    if (!WriteFormat(*this, *m_State, file.PathForWriter(), settings, pace)) {
         throw Error(
             ErrorKind::kFile, path,
             std::string("cannot be written: ") + (errno != 0 ? std::strerror(errno) : "is the disk full?"));

@@ -19,12 +19,15 @@ int LongestSide(Box3 const& box) {
 
 }  // namespace
 
-PointTree::PointTree(std::span<Point3 const> points) : m_Order(points.size()) {
+PointTree::PointTree(std::span<Point3 const> points, Pace const& pace) : m_Order(points.size()) {
     if (points.empty()) return;
     std::iota(m_Order.begin(), m_Order.end(), std::size_t{0});
     m_Nodes.push_back({{}, 0, points.size(), -1});
     for (std::size_t n = 0; n < m_Nodes.size(); ++n) {
         Box3 box;
+        // Large ranges take long, small ones are many.
+        if (n < 64) pace.At(0.0);
+        pace.Step(n, m_Nodes.size());
         for (std::size_t i = m_Nodes[n].begin; i < m_Nodes[n].end; ++i) box.Add(points[m_Order[i]]);
         m_Nodes[n].box = box;
         std::size_t const begin = m_Nodes[n].begin;

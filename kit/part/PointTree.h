@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "part/Pace.h"
 #include "varnet/Geometry.h"
 
 namespace varnet {
@@ -13,19 +14,22 @@ namespace varnet {
 /// trees used for associative searching, 1975.)
 class PointTree {
 public:
-    explicit PointTree(std::span<Point3 const> points);
+    PointTree(std::span<Point3 const> points, Pace const& pace);
 
-    /// Calls found(i) for each point within the distance, on each axis, of the box of some part of the line
-    /// from a to b; and for some others nearby.
+    /// Calls found(i) for each point that may lie within the distance, on each axis, of the line from a to b.
+    /// Boxes and points are counted in `looked`; when there are `most` of them, it ends.
     template <class Found>
-    void NearLine(Point3 const& a, Point3 const& b, double distance, Found const& found) const {
+    void NearLine(Point3 const& a, Point3 const& b, double distance, std::size_t most, std::size_t& looked,
+                  Found const& found) const {
         if (m_Nodes.empty()) return;
         std::vector<std::int32_t> open = {0};
-        while (!open.empty()) {
+        while (!open.empty() && looked < most) {
+            ++looked;
             Node const& node = m_Nodes[static_cast<std::size_t>(open.back())];
             open.pop_back();
             if (!Hits(a, b, node.box, distance)) continue;
             if (node.left < 0) {
+                looked += node.end - node.begin;
                 for (std::size_t i = node.begin; i < node.end; ++i) found(m_Order[i]);
             } else {
                 open.push_back(node.left);

@@ -203,6 +203,7 @@ RepairReport Part::Repair(RepairSettings const& settings) {
     state->format = m_State->format;
     state->report = m_State->report;
     state->openEdgesBefore = edges.open;
+    if (report.turned + report.facetsAdded + report.bodiesTurned == 0) state->zeros = m_State->zeros;
     SetMeasures(*state, edges.open);
     state->edges = std::move(edges);
     pace.At(1.0);

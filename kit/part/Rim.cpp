@@ -15,9 +15,9 @@ namespace {
 // What the coordinates of floats leave uncertain, relative to the largest of them: a few roundings.
 constexpr double kRounding = 4.0 / (1 << 23);
 
-// So many points are looked at for an edge on average, and so many in any case.
-constexpr std::size_t kPointsPerEdge = 200;
-constexpr std::size_t kPointsAtLeast = 100000;
+// So many boxes and points may be looked at for an edge on average, and so many in any case.
+constexpr std::size_t kLooksPerEdge = 400;
+constexpr std::size_t kLooksAtLeast = 1000000;
 
 // A directed edge or a piece of one.
 struct Piece {
@@ -30,24 +30,31 @@ struct Piece {
 
 // Marks the pieces that meet one that runs the other way, each one.
 void Meet(std::vector<Piece>& pieces) {
-    std::vector<std::size_t> order(pieces.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    auto const key = [&pieces](std::size_t i) {
-        Piece const& p = pieces[i];
-        return std::tuple(std::min(p.start, p.end), std::max(p.start, p.end), p.start > p.end, i);
+    // The ends, the lower one above, then the direction, then the order of the list.
+    struct Key {
+        std::uint64_t ends;
+        std::uint64_t rest;
     };
-    std::sort(order.begin(), order.end(), [&key](std::size_t a, std::size_t b) { return key(a) < key(b); });
+    constexpr std::uint64_t kDown = std::uint64_t{1} << 63;
+    std::vector<Key> order(pieces.size());
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        Piece const& p = pieces[i];
+        auto const low = static_cast<std::uint64_t>(std::min(p.start, p.end));
+        auto const high = static_cast<std::uint64_t>(std::max(p.start, p.end));
+        order[i] = {low << 32 | high, i | (p.start > p.end ? kDown : 0)};
+    }
+    std::sort(order.begin(), order.end(), [](Key const& a, Key const& b) {
+        return a.ends != b.ends ? a.ends < b.ends : a.rest < b.rest;
+    });
     for (std::size_t i = 0; i < order.size();) {
-        auto const [low, high, turned, first] = key(order[i]);
         std::size_t up = i;
-        while (up < order.size() && pieces[order[up]].start == low && pieces[order[up]].end == high) ++up;
+        while (up < order.size() && order[up].ends == order[i].ends && order[up].rest < kDown) ++up;
         std::size_t down = up;
-        while (down < order.size() && pieces[order[down]].start == high && pieces[order[down]].end == low)
-            ++down;
+        while (down < order.size() && order[down].ends == order[i].ends) ++down;
         std::size_t const pairs = std::min(up - i, down - up);
         for (std::size_t k = 0; k < pairs; ++k) {
-            pieces[order[i + k]].met = true;
-            pieces[order[up + k]].met = true;
+            pieces[order[i + k].rest].met = true;
+            pieces[order[up + k].rest & ~kDown].met = true;
         }
         i = down;
     }
@@ -57,7 +64,7 @@ double LargestOf(Point3 const& p) { return std::max({std::fabs(p.x), std::fabs(p
 
 }  // namespace
 
-Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
+Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace) : m_Mesh(mesh) {
     std::vector<std::int32_t> local(mesh.points.size(), -1);
     auto const number = [&](std::int32_t point) {
         std::int32_t& n = local[static_cast<std::size_t>(point)];
@@ -67,8 +74,11 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
         }
         return n;
     };
+    // Two facets that run the same way are no gap: one of them is to be turned.
+    std::vector<bool> conflicts(edges.twins.empty() ? 0 : edges.across.size());
+    for (std::int32_t const edge : edges.twins) conflicts[static_cast<std::size_t>(edge)] = true;
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
-        if (edges.across[i] >= 0) continue;
+        if (edges.across[i] >= 0 || (!conflicts.empty() && conflicts[i])) continue;
         auto const edge = static_cast<std::int32_t>(i);
         std::int32_t const start = number(StartOf(mesh.triangles, edge));
         m_Open.push_back({start, number(EndOf(mesh.triangles, edge)), edge});
@@ -76,7 +86,7 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
     for (std::int32_t const point : m_Numbers)
         m_Points.push_back(mesh.points[static_cast<std::size_t>(point)]);
 
-    std::vector<std::vector<std::int32_t>> facetsOf(m_Numbers.size());
+    pace.At(0.0);
     for (Triangle const& t : mesh.triangles) {
         Triangle corners;
         for (std::size_t k = 0; k < 3; ++k) {
@@ -84,19 +94,8 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges) : m_Mesh(mesh) {
             corners[k] = n >= 0 ? n : ~t[k];
         }
         if (corners[0] < 0 && corners[1] < 0 && corners[2] < 0) continue;
-        for (std::int32_t const corner : corners) {
-            if (corner >= 0) {
-                facetsOf[static_cast<std::size_t>(corner)].push_back(
-                    static_cast<std::int32_t>(m_Facets.size()));
-            }
-        }
         m_Facets.push_back(corners);
     }
-    for (auto const& facets : facetsOf) {
-        m_FacetsOf.push_back(m_FacetList.size());
-        m_FacetList.insert(m_FacetList.end(), facets.begin(), facets.end());
-    }
-    m_FacetsOf.push_back(m_FacetList.size());
 }
 
 Rim::Plan Rim::Try(double tolerance, Pace const& pace) const {
@@ -180,7 +179,7 @@ std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes) 
 }
 
 std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, PointTree const& tree,
-                                        std::vector<std::int32_t> const& candidates,
+                                        std::vector<std::int32_t> const& candidates, std::size_t most,
                                         std::size_t& looked) const {
     Point3 const& a = m_Points[static_cast<std::size_t>(edge.start)];
     Point3 const& b = m_Points[static_cast<std::size_t>(edge.end)];
@@ -188,8 +187,7 @@ std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, Poin
     double const square = Dot(way, way);
     double const near = std::max(tolerance, kRounding * std::max(LargestOf(a), LargestOf(b)));
     std::vector<std::pair<double, std::int32_t>> found;
-    tree.NearLine(a, b, near, [&](std::size_t i) {
-        ++looked;
+    tree.NearLine(a, b, near, most, looked, [&](std::size_t i) {
         std::int32_t const number = candidates[i];
         if (number == edge.start || number == edge.end) return;
         Point3 const& p = m_Points[static_cast<std::size_t>(number)];
@@ -215,24 +213,27 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
     candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     std::vector<Point3> points;
     for (std::int32_t const i : candidates) points.push_back(m_Points[static_cast<std::size_t>(i)]);
-    PointTree const tree(points);
+    PointTree const tree(points, pace.Between(0.0, 0.0));
 
     std::vector<Piece> pieces;
     // Where very many points lie near very many edges, these are not worth dividing.
-    std::size_t const most = kPointsPerEdge * open.size() + kPointsAtLeast;
     std::size_t looked = 0;
+    std::size_t most = kLooksAtLeast;
     for (std::size_t i = 0; i < open.size(); ++i) {
         pace.Step(i, open.size());
         std::int32_t start = open[i].start;
         std::size_t place = 0;
         std::vector<std::int32_t> on;
-        if (looked < most) on = PointsOn(open[i], tolerance, tree, candidates, looked);
+        if (looked < most) most += kLooksPerEdge;
+        if (looked < most) on = PointsOn(open[i], tolerance, tree, candidates, most, looked);
         for (std::int32_t const point : on) {
             pieces.push_back({start, point, i, place++});
             start = point;
         }
         pieces.push_back({start, open[i].end, i, place});
     }
+    plan.gaveUp = looked >= most;
+    pace.At(1.0);
     Meet(pieces);
     for (std::size_t i = 0; i < pieces.size();) {
         Division division{open[pieces[i].edge].edge, {}};

@@ -11,10 +11,11 @@
 
 namespace varnet {
 
-/// The open edges of a mesh, and the facets at their corners.
+/// The open edges of a mesh, but for those of two facets that run the same way, and the facets at their
+/// corners.
 class Rim {
 public:
-    Rim(FlatMesh const& mesh, EdgeTable const& edges);
+    Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace);
 
     /// An edge of a facet that is divided, and the points on it from its start to its end.
     struct Division {
@@ -26,8 +27,11 @@ public:
         std::vector<std::pair<std::int32_t, std::int32_t>> joined;  ///< a point, and the one that it becomes
         std::vector<Division> divisions;                            ///< by the points as they are then
         std::int64_t open = 0;                                      ///< edges that stay open
+        bool gaveUp = false;  ///< too many points lie near too many edges to look at all
     };
 
+    /// How many edges there are.
+    std::int64_t Count() const { return static_cast<std::int64_t>(m_Open.size()); }
     /// A plan that joins points within the tolerance, and divides edges at points within it, or within the
     /// rounding of coordinates.
     Plan Try(double tolerance, Pace const& pace) const;
@@ -44,16 +48,14 @@ private:
     std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes) const;
     void Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const;
     std::vector<std::int32_t> PointsOn(Open const& edge, double tolerance, class PointTree const& tree,
-                                       std::vector<std::int32_t> const& candidates,
+                                       std::vector<std::int32_t> const& candidates, std::size_t most,
                                        std::size_t& looked) const;
 
     FlatMesh const& m_Mesh;
     std::vector<std::int32_t> m_Numbers;  // in the mesh, of the points on open edges
     std::vector<Point3> m_Points;
     std::vector<Open> m_Open;
-    std::vector<Triangle> m_Facets;       // with a corner on an open edge; ~i for another point i of the mesh
-    std::vector<std::size_t> m_FacetsOf;  // where the facets at a point begin in m_FacetList
-    std::vector<std::int32_t> m_FacetList;
+    std::vector<Triangle> m_Facets;  // with a corner on an open edge; ~i for another point i of the mesh
 };
 
 }  // namespace varnet

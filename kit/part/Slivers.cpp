@@ -105,7 +105,7 @@ private:
         if (IsSliver(facet)) waiting.push_back(facet);
         for (int k = 0; k < 3; ++k) {
             std::int32_t const across = Across(3 * facet + k);
-            if (across >= 0 && IsSliver(across / 3)) waiting.push_back(across / 3);
+            if (across >= 0 && !IsGone(across / 3) && IsSliver(across / 3)) waiting.push_back(across / 3);
         }
     }
 

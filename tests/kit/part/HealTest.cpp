@@ -4,6 +4,7 @@
 #include <random>
 
 #include "PartChecks.h"
+#include "TestFiles.h"
 
 namespace varnet {
 namespace {
@@ -184,10 +185,55 @@ TEST(Heal, SmallFacetsOfAPartInMetresAreLeftAloneAndTold) {
     EXPECT_EQ(FacetsOf(part), FacetsOf(mesh));
     EXPECT_EQ(part.Report().openEdges, 0);
     EXPECT_EQ(part.Report().collinearTurned, 0);
+    EXPECT_GT(part.Report().tiny, 0);
+    std::int64_t refused = 0;
+    part.Model(&refused);
+    EXPECT_EQ(refused, part.Report().tiny);
     ASSERT_FALSE(part.Report().notes.empty());
     IntakeSettings settings;
-    settings.scale = 1000.0;
+    settings.scale = 10000.0;
     EXPECT_TRUE(PartOf(mesh, settings).Report().notes.empty());
+}
+
+TEST(Heal, EveryClassIsClosedAndStaysSoWhenItIsRepairedAndWritten) {
+    shapes::Mesh const sphere = shapes::UvSphere(20.0, 17, 32);
+    shapes::Mesh nested = shapes::CubeInCube(true);
+    shapes::Append(nested, shapes::Moved(shapes::Cube(4.0f), 12.0f, 12.0f, 12.0f));
+    shapes::Mesh inverted = shapes::InsideOut(shapes::CubeInCube(true));
+    shapes::Mesh touching = shapes::CubesAtFaceCrossed();
+    shapes::Append(touching, shapes::Moved(shapes::Cube(10.0f), 10.0f, 10.0f, 10.0f));
+    std::vector<shapes::Mesh> const classes = {
+        shapes::WithSlivers(shapes::Bracket(), 2), shapes::WithTJunctions(shapes::Bracket(), 2),
+        // Rings of a sphere that has been turned: heights a rounding apart, and y the same up to rounding.
+        shapes::Rotated(shapes::Rotated(sphere, 0.7, 0.0), -0.7, 0.0), shapes::Rotated(sphere, 1e-7, 1e-7),
+        shapes::Rotated(shapes::Torus(20.0, 5.0, 64, 32), 3.14159265358979, 3.14159265358979), touching,
+        nested, inverted, shapes::CubesOverlapping(), shapes::Doubled(sphere),
+        shapes::Scaled(shapes::Bracket(), 0.001f),
+        shapes::Scaled(shapes::WithSlivers(shapes::Bracket(), 3), 0.001f),
+        shapes::Scaled(shapes::WithTJunctions(shapes::Bracket(), 3), 0.001f),
+        shapes::Moved(shapes::Gyroid(8), 1000.0f, -2000.0f, 500.0f)};
+    TestFolder const folder;
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        SCOPED_TRACE(i);
+        for (shapes::Mesh const& mesh : {classes[i], shapes::Shuffled(classes[i], 4)}) {
+            Part part = PartOf(mesh);
+            ExpectWhole(part, part.Measures().volume);
+            RepairReport const repair = part.Repair();
+            EXPECT_EQ(repair.turned, 0);
+            EXPECT_EQ(repair.openEdgesAfter, 0);
+            WriteReport const written = part.Write(folder / "a.stl");
+            EXPECT_EQ(written.openEdgesAfter, 0);
+            EXPECT_EQ(written.facetsAfter, written.facetsBefore);
+        }
+    }
+}
+
+TEST(Heal, APartBelowAMillimetreGetsAHint) {
+    Part const part = PartOf(shapes::Box({0, 0, 0}, {0.25f, 0.5f, 0.125f}));
+    ASSERT_EQ(part.Report().notes.size(), 1u);
+    EXPECT_EQ(part.Report().notes[0],
+              "the largest side is 0.5 mm: is the file in metres (a scale of 1000) or inches (25.4)?");
+    EXPECT_TRUE(PartOf(shapes::Cube(1.0f)).Report().notes.empty());
 }
 
 TEST(Heal, ChainsAndFansOfSliversGoAwayInAnyOrder) {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include "PartChecks.h"
 #include "TestFiles.h"
@@ -145,7 +146,8 @@ TEST(ReadPart, EveryCutOfABinaryFileIsRefused) {
 
 TEST(ReadPart, EveryCutOfATextGivesItsWholeFacetsOrIsRefused) {
     TestFolder const folder;
-    shapes::Mesh const mesh = shapes::Moved(shapes::Cube(5.5f), 0.25f, 0.125f, 0.0f);
+    shapes::Mesh mesh = shapes::Moved(shapes::Cube(5.5f), 0.25f, 0.125f, 0.0f);
+    mesh.resize(3);
     std::string const bytes = shapes::ToAsciiStl(mesh);
     std::vector<Corners> const facets = FacetsOf(mesh);
     IntakeSettings settings;
@@ -158,6 +160,32 @@ TEST(ReadPart, EveryCutOfATextGivesItsWholeFacetsOrIsRefused) {
             EXPECT_TRUE(std::equal(read.begin(), read.end(), facets.begin())) << size;
         } catch (Error const& error) {
             EXPECT_EQ(error.Kind(), ErrorKind::kContent);
+        }
+    }
+}
+
+TEST(ReadPart, BytesThatAreBrokenGiveAPartOrAnError) {
+    TestFolder const folder;
+    std::mt19937 random(11);
+    std::vector<std::string> seeds = {shapes::ToBinaryStl(shapes::CubesAtFace()),
+                                      shapes::ToAsciiStl(shapes::Cube(3.0f))};
+    for (MeshFormat const format : {MeshFormat::kPlainCsm, MeshFormat::kStripCsm, MeshFormat::kRingCsm}) {
+        PartOf(shapes::Cube(3.0f)).Write(folder / "seed", format);
+        seeds.push_back(ReadBytes(folder / "seed"));
+    }
+    for (int round = 0; round < 1500; ++round) {
+        std::string bytes = seeds[random() % seeds.size()];
+        for (auto n = random() % 4; n > 0; --n) bytes[random() % bytes.size()] = static_cast<char>(random());
+        if (random() % 4 == 0) bytes.resize(random() % bytes.size());
+        try {
+            Part part = Part::Read(folder.Write("a", bytes));
+            EXPECT_EQ(part.Report().openEdges, OpenEdgesOf(FacetsOf(part)));
+            RepairSettings settings;
+            settings.fillHoles = 1e9;
+            EXPECT_LE(part.Repair(settings).openEdgesAfter, part.Report().openEdgesExact);
+            EXPECT_GT(part.Bodies().size(), 0u);
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kContent) << error.what();
         }
     }
 }
