@@ -201,27 +201,34 @@ std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells cons
     return keys;
 }
 
-// A side and a pixel that it passes.
-struct Passing {
-    std::uint32_t side;
-    std::int32_t vertex;
-    bool operator<(Passing const& other) const {
-        return std::tie(side, vertex) < std::tie(other.side, other.vertex);
-    }
-    bool operator==(Passing const&) const = default;
+// The hot pixels that sides pass: those of side i are from offsets[i] up to offsets[i + 1], sorted.
+struct Passings {
+    std::vector<std::size_t> offsets;
+    std::vector<std::int32_t> vertices;
 };
 
-std::vector<Passing> FindPassings(std::span<GridSide const> sides, Cells const& cells,
-                                  std::vector<GridPoint> const& vertices, Pulse& pulse) {
-    std::vector<Passing> passings;
+Passings FindPassings(std::span<GridSide const> sides, Cells const& cells,
+                      std::vector<GridPoint> const& vertices, Pulse& pulse) {
+    struct Passing {
+        std::uint32_t side;
+        std::int32_t vertex;
+    };
+    std::vector<Passing> found;
+    Passings passings;
+    passings.offsets.assign(sides.size() + 1, 0);
     for (std::size_t v = 0; v < vertices.size(); ++v) {
         std::span<std::uint32_t const> const near = cells.SidesOf(cells.CellOf(vertices[v]));
         for (std::uint32_t const side : near) {
-            if (Passes(sides[side], vertices[v])) passings.push_back({side, static_cast<std::int32_t>(v)});
+            if (!Passes(sides[side], vertices[v])) continue;
+            found.push_back({side, static_cast<std::int32_t>(v)});
+            ++passings.offsets[side + 1];
         }
         pulse.Beat(near.size());
     }
-    std::sort(passings.begin(), passings.end());
+    for (std::size_t i = 1; i < passings.offsets.size(); ++i) passings.offsets[i] += passings.offsets[i - 1];
+    passings.vertices.resize(found.size());
+    std::vector<std::size_t> next = passings.offsets;
+    for (Passing const& passing : found) passings.vertices[next[passing.side]++] = passing.vertex;
     return passings;
 }
 
@@ -250,29 +257,29 @@ GridGraph RoundSides(std::span<GridSide const> sides, Pulse& pulse) {
     for (std::uint64_t const key : HotPixels(sides, cells, pulse)) {
         graph.vertices.push_back(GridPoint::FromKey(key));
     }
-    std::vector<Passing> passings = FindPassings(sides, cells, graph.vertices, pulse);
-    for (std::size_t i = 0; i < passings.size();) {
-        std::size_t const begin = i;
-        while (i < passings.size() && passings[i].side == passings[begin].side) ++i;
-        GridSide const& s = sides[passings[begin].side];
+    Passings passings = FindPassings(sides, cells, graph.vertices, pulse);
+    graph.edges.reserve(passings.vertices.size());
+    for (std::size_t i = 0; i < sides.size(); ++i) {
+        GridSide const& s = sides[i];
+        std::span<std::int32_t> const passed =
+            std::span(passings.vertices)
+                .subspan(passings.offsets[i], passings.offsets[i + 1] - passings.offsets[i]);
         // Numbers of vertices grow with x, and then with y: of those above each other a side that goes down
         // passes the upper one first.
-        if (s.from < s.to ? s.to.y < s.from.y : s.from.y < s.to.y) {
-            std::sort(passings.begin() + static_cast<std::ptrdiff_t>(begin),
-                      passings.begin() + static_cast<std::ptrdiff_t>(i),
-                      [&](Passing const& a, Passing const& b) {
-                          GridPoint const& p = graph.vertices[static_cast<std::size_t>(a.vertex)];
-                          GridPoint const& q = graph.vertices[static_cast<std::size_t>(b.vertex)];
-                          return p.x != q.x ? p.x < q.x : p.y > q.y;
-                      });
+        if (passed.size() > 2 && (s.from < s.to ? s.to.y < s.from.y : s.from.y < s.to.y)) {
+            std::sort(passed.begin(), passed.end(), [&graph](std::int32_t a, std::int32_t b) {
+                GridPoint const& p = graph.vertices[static_cast<std::size_t>(a)];
+                GridPoint const& q = graph.vertices[static_cast<std::size_t>(b)];
+                return p.x != q.x ? p.x < q.x : p.y > q.y;
+            });
         }
         int const balance = s.from < s.to ? 1 : -1;
-        for (std::size_t k = begin + 1; k < i; ++k) {
-            std::int32_t const a = passings[k - 1].vertex;
-            std::int32_t const b = passings[k].vertex;
+        for (std::size_t k = 1; k < passed.size(); ++k) {
+            std::int32_t const a = passed[k - 1];
+            std::int32_t const b = passed[k];
             graph.edges.push_back({std::min(a, b), std::max(a, b), a < b ? balance : -balance, 1});
         }
-        pulse.Beat(i - begin);
+        pulse.Beat(passed.size());
     }
     Merge(graph.edges);
     return graph;
