@@ -99,7 +99,36 @@ public:
     }
     std::size_t CellOf(GridPoint const& p) const { return Column(p.x) * m_Rows + Row(p.y); }
 
+    // The part of a side that is near a cell, as shares of the side.
+    struct Part {
+        double from;
+        double to;
+    };
+    Part PartIn(std::size_t cell, GridSide const& s) const {
+        double const left =
+            static_cast<double>(m_MinX) + static_cast<double>(cell / m_Rows) * m_Width - kMargin;
+        double const low =
+            static_cast<double>(m_MinY) + static_cast<double>(cell % m_Rows) * m_Height - kMargin;
+        Part part{0.0, 1.0};
+        Clip(s.from.x, s.to.x, left, left + m_Width + 2.0 * kMargin, part);
+        Clip(s.from.y, s.to.y, low, low + m_Height + 2.0 * kMargin, part);
+        return part;
+    }
+
 private:
+    static constexpr double kLeastCell = 4.0;
+    // How many cells a side is in on an average, at most.
+    static constexpr double kMostVisits = 32.0;
+    static constexpr double kMargin = 8.0;
+
+    static void Clip(double from, double to, double low, double high, Part& part) {
+        if (from == to) return;
+        double const a = (low - from) / (to - from);
+        double const b = (high - from) / (to - from);
+        part.from = std::max(part.from, std::min(a, b));
+        part.to = std::min(part.to, std::max(a, b));
+    }
+
     void MeasureBox() {
         std::int64_t maxX = INT32_MIN;
         std::int64_t maxY = INT32_MIN;
@@ -112,20 +141,35 @@ private:
                 maxY = std::max<std::int64_t>(maxY, p.y);
             }
         }
-        auto const width = static_cast<double>(maxX - m_MinX + 1);
-        auto const height = static_cast<double>(maxY - m_MinY + 1);
-        auto const count = static_cast<double>(m_Sides.size());
-        m_Cell = std::max({std::ceil(std::sqrt(width * height / count)), std::ceil(width / count),
-                           std::ceil(height / count), 4.0});
-        m_Columns = static_cast<std::size_t>(width / m_Cell) + 1;
-        m_Rows = static_cast<std::size_t>(height / m_Cell) + 1;
+        ChooseCell(static_cast<double>(maxX - m_MinX + 1), static_cast<double>(maxY - m_MinY + 1));
     }
 
-    std::size_t Column(std::int64_t x) const { return At(x - m_MinX, m_Columns); }
-    std::size_t Row(std::int64_t y) const { return At(y - m_MinY, m_Rows); }
-    std::size_t At(std::int64_t offset, std::size_t count) const {
+    // Cells are long where sides are: so parallel ones fall apart, and no side is in more cells than it has
+    // to be.
+    void ChooseCell(double width, double height) {
+        auto const count = static_cast<double>(m_Sides.size());
+        double sumX = 1.0;
+        double sumY = 1.0;
+        for (GridSide const& s : m_Sides) {
+            sumX += std::fabs(static_cast<double>(s.to.x) - s.from.x);
+            sumY += std::fabs(static_cast<double>(s.to.y) - s.from.y);
+        }
+        double const area = width * height / count;
+        m_Width = std::clamp(std::sqrt(area * (sumX / sumY)), width / count, width);
+        m_Height = std::clamp(area / m_Width, height / count, height);
+        double const visits = (sumX / m_Width + sumY / m_Height) / count;
+        double const coarser = std::max(1.0, visits / kMostVisits);
+        m_Width = std::max(m_Width * coarser, kLeastCell);
+        m_Height = std::max(m_Height * coarser, kLeastCell);
+        m_Columns = static_cast<std::size_t>(width / m_Width) + 1;
+        m_Rows = static_cast<std::size_t>(height / m_Height) + 1;
+    }
+
+    std::size_t Column(std::int64_t x) const { return At(x - m_MinX, m_Width, m_Columns); }
+    std::size_t Row(std::int64_t y) const { return At(y - m_MinY, m_Height, m_Rows); }
+    static std::size_t At(std::int64_t offset, double size, std::size_t count) {
         if (offset <= 0) return 0;
-        return std::min(static_cast<std::size_t>(static_cast<double>(offset) / m_Cell), count - 1);
+        return std::min(static_cast<std::size_t>(static_cast<double>(offset) / size), count - 1);
     }
 
     // The cells that a side comes within two steps of, which is further than it moves when it is rounded.
@@ -144,8 +188,8 @@ private:
             std::int64_t to = high;
             if (b.x != a.x) {
                 double const left =
-                    static_cast<double>(m_MinX - a.x) + static_cast<double>(column) * m_Cell - 2.0 * kNear;
-                double const right = left + m_Cell + 4.0 * kNear;
+                    static_cast<double>(m_MinX - a.x) + static_cast<double>(column) * m_Width - 2.0 * kNear;
+                double const right = left + m_Width + 4.0 * kNear;
                 double const reach = static_cast<double>(b.x) - a.x;
                 double const y1 = a.y + std::clamp(left, 0.0, reach) * slope;
                 double const y2 = a.y + std::clamp(right, 0.0, reach) * slope;
@@ -160,7 +204,8 @@ private:
     std::span<GridSide const> m_Sides;
     std::int64_t m_MinX = 0;
     std::int64_t m_MinY = 0;
-    double m_Cell = 1.0;
+    double m_Width = 1.0;  // of a cell
+    double m_Height = 1.0;
     std::size_t m_Columns = 1;
     std::size_t m_Rows = 1;
     std::vector<std::size_t> m_First;
@@ -172,6 +217,74 @@ void SortUnique(std::vector<std::uint64_t>& keys) {
     keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
 }
 
+// Goes through the pairs of sides of a cell that may cross there. Sides are looked at across the way in which
+// most of them run, so that those beside each other are told apart.
+class CellPairs {
+public:
+    CellPairs(std::span<GridSide const> sides, Cells const& cells) : m_Sides(sides), m_Cells(cells) {}
+
+    template <class Visit>
+    void ForEach(std::size_t cell, Visit visit, Pulse& pulse) {
+        std::span<std::uint32_t const> const near = m_Cells.SidesOf(cell);
+        Measure(cell, near);
+        for (std::size_t i = 0; i < m_Spans.size(); ++i) {
+            std::size_t k = i + 1;
+            for (; k < m_Spans.size() && m_Spans[k].from <= m_Spans[i].to; ++k) {
+                visit(m_Sides[m_Spans[i].side], m_Sides[m_Spans[k].side]);
+            }
+            pulse.Beat(k - i);
+        }
+    }
+
+private:
+    struct Span {
+        double from;
+        double to;
+        std::uint32_t side;
+        bool operator<(Span const& other) const {
+            return std::tie(from, side) < std::tie(other.from, other.side);
+        }
+    };
+
+    void Measure(std::size_t cell, std::span<std::uint32_t const> near) {
+        constexpr std::size_t kFew = 12;
+        m_Spans.clear();
+        if (near.size() <= kFew) {
+            for (std::uint32_t const side : near) m_Spans.push_back({0.0, 0.0, side});
+            return;
+        }
+        // Directions are the same as their opposites: they are added up with their angles doubled.
+        double c = 0.0;
+        double d = 0.0;
+        for (std::uint32_t const side : near) {
+            double const dx = static_cast<double>(m_Sides[side].to.x) - m_Sides[side].from.x;
+            double const dy = static_cast<double>(m_Sides[side].to.y) - m_Sides[side].from.y;
+            double const length2 = dx * dx + dy * dy;
+            c += (dx * dx - dy * dy) / length2;
+            d += 2.0 * dx * dy / length2;
+        }
+        double const angle = std::atan2(d, c) / 2.0;
+        double const x = -std::sin(angle);
+        double const y = std::cos(angle);
+        constexpr double kMargin = 8.0;
+        for (std::uint32_t const side : near) {
+            GridSide const& s = m_Sides[side];
+            Cells::Part const part = m_Cells.PartIn(cell, s);
+            if (part.from > part.to) continue;
+            double const start = x * s.from.x + y * s.from.y;
+            double const whole = x * s.to.x + y * s.to.y - start;
+            double const a = start + part.from * whole;
+            double const b = start + part.to * whole;
+            m_Spans.push_back({std::min(a, b) - kMargin, std::max(a, b) + kMargin, side});
+        }
+        std::sort(m_Spans.begin(), m_Spans.end());
+    }
+
+    std::span<GridSide const> m_Sides;
+    Cells const& m_Cells;
+    std::vector<Span> m_Spans;
+};
+
 // The keys of the hot pixels: of ends and crossings.
 std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells const& cells, Pulse& pulse) {
     std::vector<std::uint64_t> keys;
@@ -182,15 +295,14 @@ std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells cons
     }
     SortUnique(keys);
     std::size_t settled = keys.size();
+    CellPairs pairs(sides, cells);
+    auto const cross = [&keys](GridSide const& s, GridSide const& t) {
+        GridPoint at;
+        if (Cross(s, t, at)) keys.push_back(at.Key());
+    };
     for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
-        std::span<std::uint32_t const> const near = cells.SidesOf(cell);
-        for (std::size_t i = 0; i < near.size(); ++i) {
-            for (std::size_t k = i + 1; k < near.size(); ++k) {
-                GridPoint at;
-                if (Cross(sides[near[i]], sides[near[k]], at)) keys.push_back(at.Key());
-            }
-            pulse.Beat(near.size() - i);
-        }
+        pairs.ForEach(cell, cross, pulse);
+        pulse.Beat();
         // The same crossing may be found in several cells.
         if (keys.size() > 2 * settled) {
             SortUnique(keys);
