@@ -75,6 +75,41 @@ bool Passes(GridSide const& s, GridPoint const& pixel) {
            std::max(ay, by) >= -1;
 }
 
+// A box between grid points.
+struct Area {
+    double left;
+    double low;
+    double width;
+    double height;
+};
+
+// Further than a side moves when it is rounded, with room for what floating point leaves open.
+constexpr double kMargin = 8.0;
+
+// The part of a side that is in or near a box, as shares of the side: none where it ends before it begins.
+struct Part {
+    double from = 0.0;
+    double to = 1.0;
+
+    Part(GridSide const& s, Area const& area) {
+        Clip(s.from.x, s.to.x, area.left - kMargin, area.left + area.width + kMargin);
+        Clip(s.from.y, s.to.y, area.low - kMargin, area.low + area.height + kMargin);
+    }
+    bool IsEmpty() const { return from > to; }
+
+private:
+    void Clip(double start, double end, double low, double high) {
+        if (start == end) {
+            if (start < low || start > high) to = -1.0;
+            return;
+        }
+        double const a = (low - start) / (end - start);
+        double const b = (high - start) / (end - start);
+        from = std::max(from, std::min(a, b));
+        to = std::min(to, std::max(a, b));
+    }
+};
+
 // About as many cells as sides, over their box. Each knows the sides that come near it.
 class Cells {
 public:
@@ -99,35 +134,17 @@ public:
     }
     std::size_t CellOf(GridPoint const& p) const { return Column(p.x) * m_Rows + Row(p.y); }
 
-    // The part of a side that is near a cell, as shares of the side.
-    struct Part {
-        double from;
-        double to;
-    };
-    Part PartIn(std::size_t cell, GridSide const& s) const {
-        double const left =
-            static_cast<double>(m_MinX) + static_cast<double>(cell / m_Rows) * m_Width - kMargin;
-        double const low =
-            static_cast<double>(m_MinY) + static_cast<double>(cell % m_Rows) * m_Height - kMargin;
-        Part part{0.0, 1.0};
-        Clip(s.from.x, s.to.x, left, left + m_Width + 2.0 * kMargin, part);
-        Clip(s.from.y, s.to.y, low, low + m_Height + 2.0 * kMargin, part);
-        return part;
+    // The box of a cell.
+    Area AreaOf(std::size_t cell) const {
+        return {static_cast<double>(m_MinX) + static_cast<double>(cell / m_Rows) * m_Width,
+                static_cast<double>(m_MinY) + static_cast<double>(cell % m_Rows) * m_Height, m_Width,
+                m_Height};
     }
 
 private:
     static constexpr double kLeastCell = 4.0;
     // How many cells a side is in on an average, at most.
     static constexpr double kMostVisits = 32.0;
-    static constexpr double kMargin = 8.0;
-
-    static void Clip(double from, double to, double low, double high, Part& part) {
-        if (from == to) return;
-        double const a = (low - from) / (to - from);
-        double const b = (high - from) / (to - from);
-        part.from = std::max(part.from, std::min(a, b));
-        part.to = std::min(part.to, std::max(a, b));
-    }
 
     void MeasureBox() {
         std::int64_t maxX = INT32_MIN;
@@ -266,11 +283,11 @@ private:
         double const angle = std::atan2(d, c) / 2.0;
         double const x = -std::sin(angle);
         double const y = std::cos(angle);
-        constexpr double kMargin = 8.0;
+        Area const area = m_Cells.AreaOf(cell);
         for (std::uint32_t const side : near) {
             GridSide const& s = m_Sides[side];
-            Cells::Part const part = m_Cells.PartIn(cell, s);
-            if (part.from > part.to) continue;
+            Part const part(s, area);
+            if (part.IsEmpty()) continue;
             double const start = x * s.from.x + y * s.from.y;
             double const whole = x * s.to.x + y * s.to.y - start;
             double const a = start + part.from * whole;
@@ -319,29 +336,119 @@ struct Passings {
     std::vector<std::int32_t> vertices;
 };
 
-Passings FindPassings(std::span<GridSide const> sides, Cells const& cells,
-                      std::vector<GridPoint> const& vertices, Pulse& pulse) {
-    struct Passing {
+// Looks for the pixels that sides pass. Where many sides and many pixels are in one cell, it is divided.
+class PassingSearch {
+public:
+    PassingSearch(std::span<GridSide const> sides, std::vector<GridPoint> const& vertices, Pulse& pulse)
+        : m_Sides(sides), m_Vertices(vertices), m_Pulse(pulse) {
+        m_Passings.offsets.assign(sides.size() + 1, 0);
+    }
+
+    void Search(Area const& area, std::span<std::uint32_t const> sides,
+                std::span<std::int32_t const> vertices) {
+        if (IsEasy(area, sides.size(), vertices.size())) return Compare(sides, vertices);
+        m_Tasks.push_back({area, {sides.begin(), sides.end()}, {vertices.begin(), vertices.end()}});
+        while (!m_Tasks.empty()) {
+            Task const task = std::move(m_Tasks.back());
+            m_Tasks.pop_back();
+            if (IsEasy(task.area, task.sides.size(), task.vertices.size())) {
+                Compare(task.sides, task.vertices);
+            } else {
+                Divide(task);
+            }
+        }
+    }
+
+    // By side, pixels sorted.
+    Passings Take() {
+        std::vector<std::size_t>& offsets = m_Passings.offsets;
+        for (std::size_t i = 1; i < offsets.size(); ++i) offsets[i] += offsets[i - 1];
+        m_Passings.vertices.resize(m_Found.size());
+        std::vector<std::size_t> next = offsets;
+        for (Found const& found : m_Found) m_Passings.vertices[next[found.side]++] = found.vertex;
+        for (std::size_t i = 0; i + 1 < offsets.size(); ++i) {
+            std::sort(m_Passings.vertices.begin() + static_cast<std::ptrdiff_t>(offsets[i]),
+                      m_Passings.vertices.begin() + static_cast<std::ptrdiff_t>(offsets[i + 1]));
+        }
+        return std::move(m_Passings);
+    }
+
+private:
+    struct Task {
+        Area area;
+        std::vector<std::uint32_t> sides;
+        std::vector<std::int32_t> vertices;
+    };
+    struct Found {
         std::uint32_t side;
         std::int32_t vertex;
     };
-    std::vector<Passing> found;
-    Passings passings;
-    passings.offsets.assign(sides.size() + 1, 0);
-    for (std::size_t v = 0; v < vertices.size(); ++v) {
-        std::span<std::uint32_t const> const near = cells.SidesOf(cells.CellOf(vertices[v]));
-        for (std::uint32_t const side : near) {
-            if (!Passes(sides[side], vertices[v])) continue;
-            found.push_back({side, static_cast<std::int32_t>(v)});
-            ++passings.offsets[side + 1];
-        }
-        pulse.Beat(near.size());
+
+    static bool IsEasy(Area const& area, std::size_t sides, std::size_t vertices) {
+        constexpr std::size_t kEasy = 64;
+        constexpr double kSmall = 4.0 * kMargin;
+        return sides * vertices <= kEasy * (sides + vertices) || std::max(area.width, area.height) <= kSmall;
     }
-    for (std::size_t i = 1; i < passings.offsets.size(); ++i) passings.offsets[i] += passings.offsets[i - 1];
-    passings.vertices.resize(found.size());
-    std::vector<std::size_t> next = passings.offsets;
-    for (Passing const& passing : found) passings.vertices[next[passing.side]++] = passing.vertex;
-    return passings;
+
+    void Compare(std::span<std::uint32_t const> sides, std::span<std::int32_t const> vertices) {
+        for (std::int32_t const vertex : vertices) {
+            for (std::uint32_t const side : sides) {
+                if (!Passes(m_Sides[side], m_Vertices[static_cast<std::size_t>(vertex)])) continue;
+                m_Found.push_back({side, vertex});
+                ++m_Passings.offsets[side + 1];
+            }
+            m_Pulse.Beat(sides.size());
+        }
+    }
+
+    void Divide(Task const& task) {
+        double const width = task.area.width / 2.0;
+        double const height = task.area.height / 2.0;
+        double const x = task.area.left + width;
+        double const y = task.area.low + height;
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            bool const isRight = quarter % 2 != 0;
+            bool const isUpper = quarter / 2 != 0;
+            Task part;
+            part.area = {isRight ? x : task.area.left, isUpper ? y : task.area.low, width, height};
+            for (std::int32_t const vertex : task.vertices) {
+                GridPoint const& p = m_Vertices[static_cast<std::size_t>(vertex)];
+                if ((p.x >= x) == isRight && (p.y >= y) == isUpper) part.vertices.push_back(vertex);
+            }
+            if (part.vertices.empty()) continue;
+            for (std::uint32_t const side : task.sides) {
+                if (!Part(m_Sides[side], part.area).IsEmpty()) part.sides.push_back(side);
+            }
+            m_Tasks.push_back(std::move(part));
+        }
+        m_Pulse.Beat(8 * (task.sides.size() + task.vertices.size()));
+    }
+
+    std::span<GridSide const> m_Sides;
+    std::vector<GridPoint> const& m_Vertices;
+    Pulse& m_Pulse;
+    Passings m_Passings;
+    std::vector<Found> m_Found;
+    std::vector<Task> m_Tasks;
+};
+
+Passings FindPassings(std::span<GridSide const> sides, Cells const& cells,
+                      std::vector<GridPoint> const& vertices, Pulse& pulse) {
+    std::vector<std::size_t> first(cells.Count() + 1, 0);
+    for (GridPoint const& p : vertices) ++first[cells.CellOf(p) + 1];
+    for (std::size_t i = 1; i < first.size(); ++i) first[i] += first[i - 1];
+    std::vector<std::int32_t> verticesOf(vertices.size());
+    std::vector<std::size_t> next = first;
+    for (std::size_t v = 0; v < vertices.size(); ++v) {
+        verticesOf[next[cells.CellOf(vertices[v])]++] = static_cast<std::int32_t>(v);
+    }
+    PassingSearch search(sides, vertices, pulse);
+    for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
+        std::span<std::int32_t const> const in(verticesOf.data() + first[cell],
+                                               first[cell + 1] - first[cell]);
+        if (!in.empty()) search.Search(cells.AreaOf(cell), cells.SidesOf(cell), in);
+    }
+    return search.Take();
 }
 
 void Merge(std::vector<GridEdge>& edges) {
