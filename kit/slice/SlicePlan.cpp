@@ -126,7 +126,7 @@ LayerHeights HeightsOf(Box3 const& box, SliceSettings const& settings) {
                       (box.max.z - box.min.z) / kMostLayers);
         Refuse(message);
     }
-    return {box.min.z, settings.layer, static_cast<int>(layers)};
+    return {box.min.z, settings.layer, static_cast<int>(layers), box.max.z};
 }
 
 // Lines at any angle.
