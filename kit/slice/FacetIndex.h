@@ -37,8 +37,9 @@ struct LayerHeights {
 /// May be shared between threads.
 class FacetIndex {
 public:
-    /// The triangles' indexes are in range. The spans must stay as they are.
-    FacetIndex(SlicerInput const& input, LayerHeights const& heights, Pulse& pulse);
+    /// The triangles' indexes are in range. The spans must stay as they are. Where all corners are known to
+    /// be usable they are not looked at again.
+    FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, Pulse& pulse);
 
     SlicerInput const& Input() const { return m_Input; }
     LayerHeights const& Heights() const { return m_Heights; }
