@@ -46,7 +46,7 @@ struct Stroke {
 struct VARNET_KIT_API Layer {
     std::int32_t number = 0;  ///< counted from 1
     double z = 0.0;           ///< of its upper side, where it stands in a slice file
-    double cutHeight = 0.0;   ///< at which the part was cut: half its height
+    double cutHeight = 0.0;   ///< at which the part was cut: in the middle of the layer
     std::vector<Point2> points;
     std::vector<std::size_t> offsets{0};
     std::vector<Contour> contours;

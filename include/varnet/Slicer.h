@@ -63,7 +63,8 @@ struct SliceReport {
     std::int64_t strokes = 0;  ///< in parts
     std::int64_t supportStrokes = 0;
     double contourLength = 0.0;
-    double volume = 0.0;       ///< cubic millimetres of the layers as they are: area times height of a layer
+    /// Cubic millimetres of the layers as they are: area times height, of the last one what the parts fill.
+    double volume = 0.0;
     double solidVolume = 0.0;  ///< the same before contours were thinned out
     /// Cubic millimetres that the closed contours enclosed before overlaps were united and cavities within
     /// nothing dropped, by their winding: for closed parts that of the mesh, up to the height of layers.
@@ -78,8 +79,9 @@ struct SliceReport {
 /// Cuts parts, and what supports them, into layers.
 ///
 /// Layers are numbered from 1, the first one resting on the lowest point of the parts. Each is cut at half
-/// its height. A vertex at the very height counts as above it: a cut is what lies just below, so that every
-/// closed mesh gives closed contours at every height, and a level facet changes nothing about the walls.
+/// its height, the last one at half of what the parts fill of it. A vertex at the very height counts as above
+/// it: a cut is what lies just below, so that every closed mesh gives closed contours at every height, and a
+/// level facet changes nothing about the walls.
 ///
 /// Which segments of a cut meet is told by the edges of the mesh, not by coordinates. Ends that are left over
 /// are joined where they lie within a micron of each other, and up to `close`, the nearest first.

@@ -171,23 +171,38 @@ bool WriteFormat(Part const& part, Part::State const& state, fs::path const& pat
 
 // The largest difference, on an axis, of a point from the nearest one of the others; points farther than a
 // tenth of the box from all others count with that.
-double LargestDifference(std::span<Point3 const> points, std::span<Point3 const> others, Box3 const& box) {
-    constexpr double kCoarsestGrid = 16384.0;
+double LargestDifference(std::span<Point3 const> points, std::span<Point3 const> others, Box3 const& box,
+                         Pace const& pace) {
+    constexpr double kFirstReach = 1.0 / 16384.0;
+    constexpr double kLastReach = 0.1;
+    constexpr std::size_t kMostLooked = 100000;
     double const size = std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z, 1e-6});
-    PointTree const tree(others);
+    PointTree const tree(others, pace);
     double largest = 0.0;
-    for (Point3 const& p : points) {
-        double nearest = size / 10.0;
-        for (double reach = size / kCoarsestGrid; reach < size / 10.0; reach *= 16.0) {
-            tree.NearLine(p, p, reach, [&](std::size_t i) {
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        pace.Step(k, points.size());
+        Point3 const& p = points[k];
+        double nearest = size * kLastReach;
+        for (double reach = size * kFirstReach; reach < size * kLastReach && nearest > reach; reach *= 16.0) {
+            std::size_t looked = 0;
+            tree.NearLine(p, p, reach, kMostLooked, looked, [&](std::size_t i) {
                 Point3 const& q = others[i];
                 nearest = std::min(
                     nearest, std::max({std::fabs(p.x - q.x), std::fabs(p.y - q.y), std::fabs(p.z - q.z)}));
             });
-            if (nearest <= reach) break;
         }
         largest = std::max(largest, nearest);
     }
+    return largest;
+}
+
+// What narrowing to float costs.
+double LargestNarrowing(std::span<Point3 const> points) {
+    double largest = 0.0;
+    auto const lost = [](double value) {
+        return std::fabs(value - static_cast<double>(static_cast<float>(value)));
+    };
+    for (Point3 const& p : points) largest = std::max({largest, lost(p.x), lost(p.y), lost(p.z)});
     return largest;
 }
 
@@ -231,7 +246,12 @@ WriteReport Part::CompareWith(fs::path const& path, Progress const& progress) co
     report.facetsAfter = static_cast<std::int64_t>(written.Triangles().size());
     report.openEdgesAfter = written.Report().openEdgesExact;
     report.volumeAfter = written.Measures().volume;
-    report.largestError = LargestDifference(Points(), written.Points(), Measures().box);
+    bool const narrowed =
+        written.Format() == MeshFormat::kBinaryStl || written.Format() == MeshFormat::kPlainCsm;
+    Watch watch(progress);
+    report.largestError = narrowed
+                              ? LargestNarrowing(Points())
+                              : LargestDifference(Points(), written.Points(), Measures().box, Pace(watch));
     return report;
 }
 

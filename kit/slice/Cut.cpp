@@ -18,6 +18,16 @@ constexpr double kNoArea = 1e-13;
 // So many edges without facets may always be kept.
 constexpr std::size_t kFewDead = 1024;
 
+// How far ahead of its turn a facet is asked for: KitCut of many spheres is fastest near these.
+constexpr std::size_t kTrianglesAhead = 16;
+constexpr std::size_t kPointsAhead = 8;
+
+void Prefetch([[maybe_unused]] void const* place) {
+#if defined(__GNUC__)
+    __builtin_prefetch(place);
+#endif
+}
+
 bool IsBeginning(std::int32_t end) { return end % 2 == 0; }
 std::int32_t OtherEnd(std::int32_t end) { return end ^ 1; }
 std::size_t SegmentOf(std::int32_t end) { return static_cast<std::size_t>(end / 2); }
@@ -90,10 +100,23 @@ void CutSweep::TakeUp(int from, int number, Pulse& pulse) {
     for (int i = from; i <= number; ++i) {
         pulse.Beat();
         if (m_Index->ReachOf(i) < number) continue;
-        for (std::uint32_t const facet : m_Index->StartingAt(i)) {
-            Activate(m_Index->Input().triangles[facet], number);
-            pulse.Beat();
+        TakeUp(m_Index->StartingAt(i), number);
+        pulse.Beat(m_Index->StartingAt(i).size());
+    }
+}
+
+// Facets that begin at one height lie anywhere in memory: they are asked for ahead.
+void CutSweep::TakeUp(std::span<std::uint32_t const> facets, int number) {
+    std::span<Triangle const> const triangles = m_Index->Input().triangles;
+    std::span<Point3 const> const points = m_Index->Input().points;
+    for (std::size_t i = 0; i < facets.size(); ++i) {
+        if (i + kTrianglesAhead < facets.size()) Prefetch(&triangles[facets[i + kTrianglesAhead]]);
+        if (i + kPointsAhead < facets.size()) {
+            for (std::int32_t const corner : triangles[facets[i + kPointsAhead]]) {
+                Prefetch(&points[Index(corner)]);
+            }
         }
+        Activate(triangles[facets[i]], number);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "slice/FacetIndex.h"
@@ -60,6 +61,7 @@ private:
 
     void GoTo(int number, Pulse& pulse);
     void TakeUp(int from, int number, Pulse& pulse);
+    void TakeUp(std::span<std::uint32_t const> facets, int number);
     void Activate(Triangle const& triangle, int number);
     void LetGo(int number);
     std::int32_t EdgeBetween(std::int32_t below, std::int32_t above);

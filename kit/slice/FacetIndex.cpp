@@ -60,7 +60,7 @@ int LayerHeights::FirstAbove(double z) const {
     return low;
 }
 
-FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, Pulse& pulse)
+FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, Pulse& pulse)
     : m_Input(input),
       m_Heights(heights),
       m_First(Index(heights.count) + 2, 0),
@@ -69,7 +69,7 @@ FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, Pu
         for (std::size_t i = 0; i < input.triangles.size(); ++i) {
             pulse.Beat();
             Triangle const& triangle = input.triangles[i];
-            if (!IsUsable(input, triangle) || HasEqualCorners(triangle)) continue;
+            if (HasEqualCorners(triangle) || !(allUsable || IsUsable(input, triangle))) continue;
             Range const range = RangeOf(input, triangle);
             int const first = heights.FirstAbove(range.lowest);
             if (first <= heights.count && heights.CutHeight(first) <= range.highest) {

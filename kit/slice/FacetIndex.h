@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -15,9 +16,16 @@ struct LayerHeights {
     double bottom = 0.0;
     double layer = 0.2;
     int count = 0;
+    double partTop = 0.0;
 
-    double CutHeight(int number) const { return bottom + (number - 0.5) * layer; }
+    /// Half the height of the layer; of the last one, of what the part fills of it.
+    double CutHeight(int number) const {
+        return number < count ? bottom + (number - 0.5) * layer : Top(count - 1) + Thickness(count) / 2.0;
+    }
     double Top(int number) const { return bottom + number * layer; }
+    double Thickness(int number) const {
+        return number < count ? layer : std::min(partTop - Top(count - 1), layer);
+    }
     /// The first layer that is cut above the height; count + 1 where none is.
     int FirstAbove(double z) const;
 };
@@ -29,8 +37,9 @@ struct LayerHeights {
 /// May be shared between threads.
 class FacetIndex {
 public:
-    /// The triangles' indexes are in range. The spans must stay as they are.
-    FacetIndex(SlicerInput const& input, LayerHeights const& heights, Pulse& pulse);
+    /// The triangles' indexes are in range. The spans must stay as they are. Where all corners are known to
+    /// be usable they are not looked at again.
+    FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, Pulse& pulse);
 
     SlicerInput const& Input() const { return m_Input; }
     LayerHeights const& Heights() const { return m_Heights; }

@@ -102,7 +102,7 @@ void LayerMaker::MakeSupports(SlicedLayer& sliced, double angle, Pulse& pulse) {
     FillContours(m_Solid.paths, m_Thin.paths, {settings.hatch, angle, kSupportId}, sliced.layer, pulse);
 }
 
-void Count(SlicedLayer const& sliced, double layerHeight, SliceReport& report) {
+void Count(SlicedLayer const& sliced, double thickness, SliceReport& report) {
     ++report.layers;
     Count(sliced.layer, report);
     JoinFigures const& joins = sliced.facts.joins;
@@ -110,9 +110,9 @@ void Count(SlicedLayer const& sliced, double layerHeight, SliceReport& report) {
     report.gapsClosed += joins.closed;
     report.gapsClosedLength += joins.closedLength;
     report.longestGapClosed = std::max(report.longestGapClosed, joins.longestClosed);
-    report.volume += sliced.layer.Area() * layerHeight;
-    report.solidVolume += sliced.facts.solidArea * layerHeight;
-    report.cutVolume += sliced.facts.cutArea * layerHeight;
+    report.volume += sliced.layer.Area() * thickness;
+    report.solidVolume += sliced.facts.solidArea * thickness;
+    report.cutVolume += sliced.facts.cutArea * thickness;
     report.resolvedLayers += sliced.facts.resolved ? 1 : 0;
 }
 

@@ -69,7 +69,7 @@ private:
     SolidContours m_SupportSolid;
 };
 
-/// Adds a layer that was made to the report.
-void Count(SlicedLayer const& sliced, double layerHeight, SliceReport& report);
+/// Adds a layer that was made to the report; the part fills so many millimetres of its height.
+void Count(SlicedLayer const& sliced, double thickness, SliceReport& report);
 
 }  // namespace varnet

@@ -42,15 +42,11 @@ void Validate(SliceSettings const& settings) {
     if (settings.threads < 1 || settings.threads > kMostThreads) Refuse("threads have to be from 1 to 1024");
 }
 
-// Takes in the corners of all inputs that can be sliced, and measures them.
+// Checks all inputs, and measures what of them can be sliced: in one go, as memory is what this waits for.
 class Measures {
 public:
     Measures(std::vector<SlicerInput> const& inputs, Pulse& pulse) : m_Pulse(pulse) {
-        for (std::size_t i = 0; i < inputs.size(); ++i) CheckIndexes(inputs[i], i);
-        for (SlicerInput const& input : inputs) AddToBox(input);
-        for (SlicerInput const& input : inputs) {
-            if (!input.support) AddVolume(input);
-        }
+        for (std::size_t i = 0; i < inputs.size(); ++i) TakeIn(inputs[i], i);
     }
     Box3 const& Parts() const { return m_Parts; }
     Box3 const& Supports() const { return m_Supports; }
@@ -58,56 +54,52 @@ public:
     std::int64_t Skipped() const { return m_Skipped; }
 
 private:
-    void CheckIndexes(SlicerInput const& input, std::size_t number) {
-        auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
+    void TakeIn(SlicerInput const& input, std::size_t number) {
         if (input.triangles.size() >= UINT32_MAX) Refuse("a mesh can have at most 4294967294 facets");
-        for (std::size_t i = 0; i < input.triangles.size(); ++i) {
-            for (std::int32_t const corner : input.triangles[i]) {
-                if (corner >= 0 && corner < count) continue;
-                Refuse("facet " + std::to_string(i) + " of mesh " + std::to_string(number) + " names point " +
-                       std::to_string(corner) + ", which is not there");
-            }
-            m_Pulse.Beat();
-        }
-    }
-
-    void AddToBox(SlicerInput const& input) {
+        auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
         Box3& box = input.support ? m_Supports : m_Parts;
-        for (Triangle const& triangle : input.triangles) {
+        double volume = 0.0;
+        for (std::size_t i = 0; i < input.triangles.size(); ++i) {
             m_Pulse.Beat();
+            Triangle const& triangle = input.triangles[i];
+            for (std::int32_t const corner : triangle) {
+                if (corner < 0 || corner >= count) RefuseIndex(i, number, corner);
+            }
             if (!IsUsable(input, triangle)) {
                 ++m_Skipped;
                 continue;
             }
             for (std::int32_t const corner : triangle)
                 box.Add(input.points[static_cast<std::size_t>(corner)]);
-        }
-    }
-
-    // The tetrahedra between the facets and the middle of the box.
-    void AddVolume(SlicerInput const& input) {
-        Point3 const middle{(m_Parts.min.x + m_Parts.max.x) / 2.0, (m_Parts.min.y + m_Parts.max.y) / 2.0,
-                            (m_Parts.min.z + m_Parts.max.z) / 2.0};
-        double volume = 0.0;
-        for (Triangle const& triangle : input.triangles) {
-            m_Pulse.Beat();
-            if (!IsUsable(input, triangle)) continue;
-            Point3 corners[3];
-            for (std::size_t i = 0; i < 3; ++i) {
-                Point3 const& p = input.points[static_cast<std::size_t>(triangle[i])];
-                corners[i] = {p.x - middle.x, p.y - middle.y, p.z - middle.z};
-            }
-            auto const& [a, b, c] = corners;
-            volume +=
-                a.x * (b.y * c.z - b.z * c.y) + a.y * (b.z * c.x - b.x * c.z) + a.z * (b.x * c.y - b.y * c.x);
+            if (!input.support) volume += VolumeBelow(input, triangle);
         }
         m_Volume += (input.turned ? -volume : volume) / 6.0;
+    }
+
+    [[noreturn]] static void RefuseIndex(std::size_t facet, std::size_t number, std::int32_t corner) {
+        Refuse("facet " + std::to_string(facet) + " of mesh " + std::to_string(number) + " names point " +
+               std::to_string(corner) + ", which is not there");
+    }
+
+    // Six times the volume of the tetrahedron between the facet and the first corner of all.
+    double VolumeBelow(SlicerInput const& input, Triangle const& triangle) {
+        Point3 corners[3];
+        for (std::size_t i = 0; i < 3; ++i) corners[i] = input.points[static_cast<std::size_t>(triangle[i])];
+        if (!m_HasApex) {
+            m_Apex = corners[0];
+            m_HasApex = true;
+        }
+        for (Point3& p : corners) p = {p.x - m_Apex.x, p.y - m_Apex.y, p.z - m_Apex.z};
+        auto const& [a, b, c] = corners;
+        return a.x * (b.y * c.z - b.z * c.y) + a.y * (b.z * c.x - b.x * c.z) + a.z * (b.x * c.y - b.y * c.x);
     }
 
     static constexpr std::size_t kMostPoints = std::size_t{1} << 31;
     Pulse& m_Pulse;
     Box3 m_Parts;
     Box3 m_Supports;
+    Point3 m_Apex;
+    bool m_HasApex = false;
     double m_Volume = 0.0;
     std::int64_t m_Skipped = 0;
 };
@@ -126,7 +118,7 @@ LayerHeights HeightsOf(Box3 const& box, SliceSettings const& settings) {
                       (box.max.z - box.min.z) / kMostLayers);
         Refuse(message);
     }
-    return {box.min.z, settings.layer, static_cast<int>(layers)};
+    return {box.min.z, settings.layer, static_cast<int>(layers), box.max.z};
 }
 
 // Lines at any angle.
@@ -171,7 +163,8 @@ SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const
     plan.meshVolume = measures.Volume();
     plan.skippedFacets = measures.Skipped();
     for (SlicerInput const& input : inputs) {
-        (input.support ? plan.supports : plan.parts).emplace_back(input, plan.heights, pulse);
+        (input.support ? plan.supports : plan.parts)
+            .emplace_back(input, plan.heights, measures.Skipped() == 0, pulse);
     }
     return plan;
 }

@@ -63,7 +63,7 @@ public:
                 return std::nullopt;
             }
             SlicedLayer sliced = m_Line->Next([this] { m_Asking.NowAndThen(); });
-            Count(sliced, settings.layer, m_Report);
+            Count(sliced, m_Plan.heights.Thickness(m_Number), m_Report);
             ++m_Number;
             m_Asking.Share(static_cast<double>(m_Number - settings.firstLayer) /
                            static_cast<double>(settings.lastLayer - settings.firstLayer + 1));

@@ -75,6 +75,41 @@ bool Passes(GridSide const& s, GridPoint const& pixel) {
            std::max(ay, by) >= -1;
 }
 
+// A box between grid points.
+struct Area {
+    double left;
+    double low;
+    double width;
+    double height;
+};
+
+// Further than a side moves when it is rounded, with room for what floating point leaves open.
+constexpr double kMargin = 8.0;
+
+// The part of a side that is in or near a box, as shares of the side: none where it ends before it begins.
+struct Part {
+    double from = 0.0;
+    double to = 1.0;
+
+    Part(GridSide const& s, Area const& area) {
+        Clip(s.from.x, s.to.x, area.left - kMargin, area.left + area.width + kMargin);
+        Clip(s.from.y, s.to.y, area.low - kMargin, area.low + area.height + kMargin);
+    }
+    bool IsEmpty() const { return from > to; }
+
+private:
+    void Clip(double start, double end, double low, double high) {
+        if (start == end) {
+            if (start < low || start > high) to = -1.0;
+            return;
+        }
+        double const a = (low - start) / (end - start);
+        double const b = (high - start) / (end - start);
+        from = std::max(from, std::min(a, b));
+        to = std::min(to, std::max(a, b));
+    }
+};
+
 // About as many cells as sides, over their box. Each knows the sides that come near it.
 class Cells {
 public:
@@ -99,7 +134,18 @@ public:
     }
     std::size_t CellOf(GridPoint const& p) const { return Column(p.x) * m_Rows + Row(p.y); }
 
+    // The box of a cell.
+    Area AreaOf(std::size_t cell) const {
+        return {static_cast<double>(m_MinX) + static_cast<double>(cell / m_Rows) * m_Width,
+                static_cast<double>(m_MinY) + static_cast<double>(cell % m_Rows) * m_Height, m_Width,
+                m_Height};
+    }
+
 private:
+    static constexpr double kLeastCell = 4.0;
+    // How many cells a side is in on an average, at most.
+    static constexpr double kMostVisits = 32.0;
+
     void MeasureBox() {
         std::int64_t maxX = INT32_MIN;
         std::int64_t maxY = INT32_MIN;
@@ -112,20 +158,35 @@ private:
                 maxY = std::max<std::int64_t>(maxY, p.y);
             }
         }
-        auto const width = static_cast<double>(maxX - m_MinX + 1);
-        auto const height = static_cast<double>(maxY - m_MinY + 1);
-        auto const count = static_cast<double>(m_Sides.size());
-        m_Cell = std::max({std::ceil(std::sqrt(width * height / count)), std::ceil(width / count),
-                           std::ceil(height / count), 4.0});
-        m_Columns = static_cast<std::size_t>(width / m_Cell) + 1;
-        m_Rows = static_cast<std::size_t>(height / m_Cell) + 1;
+        ChooseCell(static_cast<double>(maxX - m_MinX + 1), static_cast<double>(maxY - m_MinY + 1));
     }
 
-    std::size_t Column(std::int64_t x) const { return At(x - m_MinX, m_Columns); }
-    std::size_t Row(std::int64_t y) const { return At(y - m_MinY, m_Rows); }
-    std::size_t At(std::int64_t offset, std::size_t count) const {
+    // Cells are long where sides are: so parallel ones fall apart, and no side is in more cells than it has
+    // to be.
+    void ChooseCell(double width, double height) {
+        auto const count = static_cast<double>(m_Sides.size());
+        double sumX = 1.0;
+        double sumY = 1.0;
+        for (GridSide const& s : m_Sides) {
+            sumX += std::fabs(static_cast<double>(s.to.x) - s.from.x);
+            sumY += std::fabs(static_cast<double>(s.to.y) - s.from.y);
+        }
+        double const area = width * height / count;
+        m_Width = std::clamp(std::sqrt(area * (sumX / sumY)), width / count, width);
+        m_Height = std::clamp(area / m_Width, height / count, height);
+        double const visits = (sumX / m_Width + sumY / m_Height) / count;
+        double const coarser = std::max(1.0, visits / kMostVisits);
+        m_Width = std::max(m_Width * coarser, kLeastCell);
+        m_Height = std::max(m_Height * coarser, kLeastCell);
+        m_Columns = static_cast<std::size_t>(width / m_Width) + 1;
+        m_Rows = static_cast<std::size_t>(height / m_Height) + 1;
+    }
+
+    std::size_t Column(std::int64_t x) const { return At(x - m_MinX, m_Width, m_Columns); }
+    std::size_t Row(std::int64_t y) const { return At(y - m_MinY, m_Height, m_Rows); }
+    static std::size_t At(std::int64_t offset, double size, std::size_t count) {
         if (offset <= 0) return 0;
-        return std::min(static_cast<std::size_t>(static_cast<double>(offset) / m_Cell), count - 1);
+        return std::min(static_cast<std::size_t>(static_cast<double>(offset) / size), count - 1);
     }
 
     // The cells that a side comes within two steps of, which is further than it moves when it is rounded.
@@ -144,8 +205,8 @@ private:
             std::int64_t to = high;
             if (b.x != a.x) {
                 double const left =
-                    static_cast<double>(m_MinX - a.x) + static_cast<double>(column) * m_Cell - 2.0 * kNear;
-                double const right = left + m_Cell + 4.0 * kNear;
+                    static_cast<double>(m_MinX - a.x) + static_cast<double>(column) * m_Width - 2.0 * kNear;
+                double const right = left + m_Width + 4.0 * kNear;
                 double const reach = static_cast<double>(b.x) - a.x;
                 double const y1 = a.y + std::clamp(left, 0.0, reach) * slope;
                 double const y2 = a.y + std::clamp(right, 0.0, reach) * slope;
@@ -160,7 +221,8 @@ private:
     std::span<GridSide const> m_Sides;
     std::int64_t m_MinX = 0;
     std::int64_t m_MinY = 0;
-    double m_Cell = 1.0;
+    double m_Width = 1.0;  // of a cell
+    double m_Height = 1.0;
     std::size_t m_Columns = 1;
     std::size_t m_Rows = 1;
     std::vector<std::size_t> m_First;
@@ -172,6 +234,74 @@ void SortUnique(std::vector<std::uint64_t>& keys) {
     keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
 }
 
+// Goes through the pairs of sides of a cell that may cross there. Sides are looked at across the way in which
+// most of them run, so that those beside each other are told apart.
+class CellPairs {
+public:
+    CellPairs(std::span<GridSide const> sides, Cells const& cells) : m_Sides(sides), m_Cells(cells) {}
+
+    template <class Visit>
+    void ForEach(std::size_t cell, Visit visit, Pulse& pulse) {
+        std::span<std::uint32_t const> const near = m_Cells.SidesOf(cell);
+        Measure(cell, near);
+        for (std::size_t i = 0; i < m_Spans.size(); ++i) {
+            std::size_t k = i + 1;
+            for (; k < m_Spans.size() && m_Spans[k].from <= m_Spans[i].to; ++k) {
+                visit(m_Sides[m_Spans[i].side], m_Sides[m_Spans[k].side]);
+            }
+            pulse.Beat(k - i);
+        }
+    }
+
+private:
+    struct Span {
+        double from;
+        double to;
+        std::uint32_t side;
+        bool operator<(Span const& other) const {
+            return std::tie(from, side) < std::tie(other.from, other.side);
+        }
+    };
+
+    void Measure(std::size_t cell, std::span<std::uint32_t const> near) {
+        constexpr std::size_t kFew = 12;
+        m_Spans.clear();
+        if (near.size() <= kFew) {
+            for (std::uint32_t const side : near) m_Spans.push_back({0.0, 0.0, side});
+            return;
+        }
+        // Directions are the same as their opposites: they are added up with their angles doubled.
+        double c = 0.0;
+        double d = 0.0;
+        for (std::uint32_t const side : near) {
+            double const dx = static_cast<double>(m_Sides[side].to.x) - m_Sides[side].from.x;
+            double const dy = static_cast<double>(m_Sides[side].to.y) - m_Sides[side].from.y;
+            double const length2 = dx * dx + dy * dy;
+            c += (dx * dx - dy * dy) / length2;
+            d += 2.0 * dx * dy / length2;
+        }
+        double const angle = std::atan2(d, c) / 2.0;
+        double const x = -std::sin(angle);
+        double const y = std::cos(angle);
+        Area const area = m_Cells.AreaOf(cell);
+        for (std::uint32_t const side : near) {
+            GridSide const& s = m_Sides[side];
+            Part const part(s, area);
+            if (part.IsEmpty()) continue;
+            double const start = x * s.from.x + y * s.from.y;
+            double const whole = x * s.to.x + y * s.to.y - start;
+            double const a = start + part.from * whole;
+            double const b = start + part.to * whole;
+            m_Spans.push_back({std::min(a, b) - kMargin, std::max(a, b) + kMargin, side});
+        }
+        std::sort(m_Spans.begin(), m_Spans.end());
+    }
+
+    std::span<GridSide const> m_Sides;
+    Cells const& m_Cells;
+    std::vector<Span> m_Spans;
+};
+
 // The keys of the hot pixels: of ends and crossings.
 std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells const& cells, Pulse& pulse) {
     std::vector<std::uint64_t> keys;
@@ -182,15 +312,14 @@ std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells cons
     }
     SortUnique(keys);
     std::size_t settled = keys.size();
+    CellPairs pairs(sides, cells);
+    auto const cross = [&keys](GridSide const& s, GridSide const& t) {
+        GridPoint at;
+        if (Cross(s, t, at)) keys.push_back(at.Key());
+    };
     for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
-        std::span<std::uint32_t const> const near = cells.SidesOf(cell);
-        for (std::size_t i = 0; i < near.size(); ++i) {
-            for (std::size_t k = i + 1; k < near.size(); ++k) {
-                GridPoint at;
-                if (Cross(sides[near[i]], sides[near[k]], at)) keys.push_back(at.Key());
-            }
-            pulse.Beat(near.size() - i);
-        }
+        pairs.ForEach(cell, cross, pulse);
+        pulse.Beat();
         // The same crossing may be found in several cells.
         if (keys.size() > 2 * settled) {
             SortUnique(keys);
@@ -201,28 +330,125 @@ std::vector<std::uint64_t> HotPixels(std::span<GridSide const> sides, Cells cons
     return keys;
 }
 
-// A side and a pixel that it passes.
-struct Passing {
-    std::uint32_t side;
-    std::int32_t vertex;
-    bool operator<(Passing const& other) const {
-        return std::tie(side, vertex) < std::tie(other.side, other.vertex);
-    }
-    bool operator==(Passing const&) const = default;
+// The hot pixels that sides pass: those of side i are from offsets[i] up to offsets[i + 1], sorted.
+struct Passings {
+    std::vector<std::size_t> offsets;
+    std::vector<std::int32_t> vertices;
 };
 
-std::vector<Passing> FindPassings(std::span<GridSide const> sides, Cells const& cells,
-                                  std::vector<GridPoint> const& vertices, Pulse& pulse) {
-    std::vector<Passing> passings;
-    for (std::size_t v = 0; v < vertices.size(); ++v) {
-        std::span<std::uint32_t const> const near = cells.SidesOf(cells.CellOf(vertices[v]));
-        for (std::uint32_t const side : near) {
-            if (Passes(sides[side], vertices[v])) passings.push_back({side, static_cast<std::int32_t>(v)});
-        }
-        pulse.Beat(near.size());
+// Looks for the pixels that sides pass. Where many sides and many pixels are in one cell, it is divided.
+class PassingSearch {
+public:
+    PassingSearch(std::span<GridSide const> sides, std::vector<GridPoint> const& vertices, Pulse& pulse)
+        : m_Sides(sides), m_Vertices(vertices), m_Pulse(pulse) {
+        m_Passings.offsets.assign(sides.size() + 1, 0);
     }
-    std::sort(passings.begin(), passings.end());
-    return passings;
+
+    void Search(Area const& area, std::span<std::uint32_t const> sides,
+                std::span<std::int32_t const> vertices) {
+        if (IsEasy(area, sides.size(), vertices.size())) return Compare(sides, vertices);
+        m_Tasks.push_back({area, {sides.begin(), sides.end()}, {vertices.begin(), vertices.end()}});
+        while (!m_Tasks.empty()) {
+            Task const task = std::move(m_Tasks.back());
+            m_Tasks.pop_back();
+            if (IsEasy(task.area, task.sides.size(), task.vertices.size())) {
+                Compare(task.sides, task.vertices);
+            } else {
+                Divide(task);
+            }
+        }
+    }
+
+    // By side, pixels sorted.
+    Passings Take() {
+        std::vector<std::size_t>& offsets = m_Passings.offsets;
+        for (std::size_t i = 1; i < offsets.size(); ++i) offsets[i] += offsets[i - 1];
+        m_Passings.vertices.resize(m_Found.size());
+        std::vector<std::size_t> next = offsets;
+        for (Found const& found : m_Found) m_Passings.vertices[next[found.side]++] = found.vertex;
+        for (std::size_t i = 0; i + 1 < offsets.size(); ++i) {
+            std::sort(m_Passings.vertices.begin() + static_cast<std::ptrdiff_t>(offsets[i]),
+                      m_Passings.vertices.begin() + static_cast<std::ptrdiff_t>(offsets[i + 1]));
+        }
+        return std::move(m_Passings);
+    }
+
+private:
+    struct Task {
+        Area area;
+        std::vector<std::uint32_t> sides;
+        std::vector<std::int32_t> vertices;
+    };
+    struct Found {
+        std::uint32_t side;
+        std::int32_t vertex;
+    };
+
+    static bool IsEasy(Area const& area, std::size_t sides, std::size_t vertices) {
+        constexpr std::size_t kEasy = 64;
+        constexpr double kSmall = 4.0 * kMargin;
+        return sides * vertices <= kEasy * (sides + vertices) || std::max(area.width, area.height) <= kSmall;
+    }
+
+    void Compare(std::span<std::uint32_t const> sides, std::span<std::int32_t const> vertices) {
+        for (std::int32_t const vertex : vertices) {
+            for (std::uint32_t const side : sides) {
+                if (!Passes(m_Sides[side], m_Vertices[static_cast<std::size_t>(vertex)])) continue;
+                m_Found.push_back({side, vertex});
+                ++m_Passings.offsets[side + 1];
+            }
+            m_Pulse.Beat(sides.size());
+        }
+    }
+
+    void Divide(Task const& task) {
+        double const width = task.area.width / 2.0;
+        double const height = task.area.height / 2.0;
+        double const x = task.area.left + width;
+        double const y = task.area.low + height;
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            bool const isRight = quarter % 2 != 0;
+            bool const isUpper = quarter / 2 != 0;
+            Task part;
+            part.area = {isRight ? x : task.area.left, isUpper ? y : task.area.low, width, height};
+            for (std::int32_t const vertex : task.vertices) {
+                GridPoint const& p = m_Vertices[static_cast<std::size_t>(vertex)];
+                if ((p.x >= x) == isRight && (p.y >= y) == isUpper) part.vertices.push_back(vertex);
+            }
+            if (part.vertices.empty()) continue;
+            for (std::uint32_t const side : task.sides) {
+                if (!Part(m_Sides[side], part.area).IsEmpty()) part.sides.push_back(side);
+            }
+            m_Tasks.push_back(std::move(part));
+        }
+        m_Pulse.Beat(8 * (task.sides.size() + task.vertices.size()));
+    }
+
+    std::span<GridSide const> m_Sides;
+    std::vector<GridPoint> const& m_Vertices;
+    Pulse& m_Pulse;
+    Passings m_Passings;
+    std::vector<Found> m_Found;
+    std::vector<Task> m_Tasks;
+};
+
+Passings FindPassings(std::span<GridSide const> sides, Cells const& cells,
+                      std::vector<GridPoint> const& vertices, Pulse& pulse) {
+    std::vector<std::size_t> first(cells.Count() + 1, 0);
+    for (GridPoint const& p : vertices) ++first[cells.CellOf(p) + 1];
+    for (std::size_t i = 1; i < first.size(); ++i) first[i] += first[i - 1];
+    std::vector<std::int32_t> verticesOf(vertices.size());
+    std::vector<std::size_t> next = first;
+    for (std::size_t v = 0; v < vertices.size(); ++v) {
+        verticesOf[next[cells.CellOf(vertices[v])]++] = static_cast<std::int32_t>(v);
+    }
+    PassingSearch search(sides, vertices, pulse);
+    for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
+        std::span<std::int32_t const> const in(verticesOf.data() + first[cell],
+                                               first[cell + 1] - first[cell]);
+        if (!in.empty()) search.Search(cells.AreaOf(cell), cells.SidesOf(cell), in);
+    }
+    return search.Take();
 }
 
 void Merge(std::vector<GridEdge>& edges) {
@@ -250,29 +476,29 @@ GridGraph RoundSides(std::span<GridSide const> sides, Pulse& pulse) {
     for (std::uint64_t const key : HotPixels(sides, cells, pulse)) {
         graph.vertices.push_back(GridPoint::FromKey(key));
     }
-    std::vector<Passing> passings = FindPassings(sides, cells, graph.vertices, pulse);
-    for (std::size_t i = 0; i < passings.size();) {
-        std::size_t const begin = i;
-        while (i < passings.size() && passings[i].side == passings[begin].side) ++i;
-        GridSide const& s = sides[passings[begin].side];
+    Passings passings = FindPassings(sides, cells, graph.vertices, pulse);
+    graph.edges.reserve(passings.vertices.size());
+    for (std::size_t i = 0; i < sides.size(); ++i) {
+        GridSide const& s = sides[i];
+        std::span<std::int32_t> const passed =
+            std::span(passings.vertices)
+                .subspan(passings.offsets[i], passings.offsets[i + 1] - passings.offsets[i]);
         // Numbers of vertices grow with x, and then with y: of those above each other a side that goes down
         // passes the upper one first.
-        if (s.from < s.to ? s.to.y < s.from.y : s.from.y < s.to.y) {
-            std::sort(passings.begin() + static_cast<std::ptrdiff_t>(begin),
-                      passings.begin() + static_cast<std::ptrdiff_t>(i),
-                      [&](Passing const& a, Passing const& b) {
-                          GridPoint const& p = graph.vertices[static_cast<std::size_t>(a.vertex)];
-                          GridPoint const& q = graph.vertices[static_cast<std::size_t>(b.vertex)];
-                          return p.x != q.x ? p.x < q.x : p.y > q.y;
-                      });
+        if (passed.size() > 2 && (s.from < s.to ? s.to.y < s.from.y : s.from.y < s.to.y)) {
+            std::sort(passed.begin(), passed.end(), [&graph](std::int32_t a, std::int32_t b) {
+                GridPoint const& p = graph.vertices[static_cast<std::size_t>(a)];
+                GridPoint const& q = graph.vertices[static_cast<std::size_t>(b)];
+                return p.x != q.x ? p.x < q.x : p.y > q.y;
+            });
         }
         int const balance = s.from < s.to ? 1 : -1;
-        for (std::size_t k = begin + 1; k < i; ++k) {
-            std::int32_t const a = passings[k - 1].vertex;
-            std::int32_t const b = passings[k].vertex;
+        for (std::size_t k = 1; k < passed.size(); ++k) {
+            std::int32_t const a = passed[k - 1];
+            std::int32_t const b = passed[k];
             graph.edges.push_back({std::min(a, b), std::max(a, b), a < b ? balance : -balance, 1});
         }
-        pulse.Beat(i - begin);
+        pulse.Beat(passed.size());
     }
     Merge(graph.edges);
     return graph;

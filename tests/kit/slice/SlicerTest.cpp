@@ -43,6 +43,20 @@ TEST(Slicer, CubeGivesSquares) {
     EXPECT_EQ(report.resolvedLayers, 0);
 }
 
+TEST(Slicer, TheLastLayerIsCutWithinThePart) {
+    for (double const height : {0.1, 0.9, 1.1, 1.4, 1.5, 1.6, 2.0}) {
+        FlatMesh cube = FlatBox(0, 0, 0, 10, 10, 1);
+        for (Point3& p : cube.points) p.z *= height;
+        SliceReport report;
+        std::vector<Layer> const layers = AllLayers({cube.Input()}, ContoursOnly(), &report);
+        EXPECT_EQ(layers.size(), height > 1.0 ? 2u : 1u);
+        EXPECT_DOUBLE_EQ(layers.back().Area(), 100.0);
+        EXPECT_DOUBLE_EQ(layers.back().z, static_cast<double>(layers.size()));
+        EXPECT_NEAR(layers.back().cutHeight, height > 1.0 ? (1.0 + height) / 2.0 : height / 2.0, 1e-12);
+        EXPECT_NEAR(report.volume, 100.0 * height, 1e-9);
+    }
+}
+
 TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
     FlatMesh const outside = FlatBox(0, 0, 0, 10, 10, 4);
     FlatMesh const hole = Turned(FlatBox(2, 2, -1, 5, 5, 5));
