@@ -21,17 +21,17 @@ constexpr double kLeastTolerance = 1e-7;
 // So many vertices a pair of lines, which have room for twelve: few find their line full.
 constexpr std::size_t kMostPerTwoLines = 9;
 
-// The height of a band of y that a mark stands for, in tolerances.
-constexpr double kTolerancesPerBand = 64.0;
-
-constexpr std::size_t kMarkBits = std::size_t{1} << 20;
-
-// Sees a vertex at the point's height whose y is near the point's, but not the same.
+// Tells what a descent meets, and which rows come.
 struct RowWatch {
-    bool bNearRow = false;
-    void MetRow(double dDifference) {
-        if (dDifference != 0.0) bNearRow = true;
+    CVertexTree const& tree;
+    NearRows& rows;
+    double dRow;  // of the point
+    RowsMet met;
+    bool bEntangled = false;
+    void MetRow(double y) {
+        if (y != dRow) met.Meet(y);
     }
+    void BeforeNew(double y, double z) { bEntangled = rows.Enter(tree, y, z, met); }
 };
 
 bool IsNumber(CPoint3D const& point) {
@@ -50,10 +50,10 @@ tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexN
 
 VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
     : m_Tree(tree),
-      m_bOn(tree.m_pRoot == nullptr && tree.m_dTolerance >= kLeastTolerance),
-      m_dReach(2.0 * tree.m_dTolerance),
-      m_dBandsPerUnit(1.0 / (kTolerancesPerBand * tree.m_dTolerance)),
-      m_Heights(tree.m_dTolerance) {
+      m_bOn(tree.m_pRoot == nullptr && (tree.m_dTolerance >= kLeastTolerance || tree.m_dTolerance == 0.0)),
+      m_bExact(tree.m_dTolerance == 0.0),
+      m_Heights(tree.m_dTolerance),
+      m_Rows(tree.m_dTolerance) {
     if (m_bOn) {
         m_Lines = ZeroedTable<Line>(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
     }
@@ -73,6 +73,7 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
         SwitchOff();
         return m_Tree.AddNode(point);
     }
+    if (m_bExact) return InsertExactly(point);
     HeightSet::Answer const height = m_Heights.Find(point.z);
     if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
         tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
@@ -86,7 +87,7 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
 }
 
 tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
-    RowWatch watch;
+    RowWatch watch{m_Tree, m_Rows, point.y, {}};
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
@@ -94,8 +95,15 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     Remember(pNode);
     // A point with one height near has taken that one.
     if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
-    bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
-    if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
+    if (watch.bEntangled) m_Recent.fill(nullptr);
+    return pNode;
+}
+
+// With a tolerance of 0, a point that the table does not know is new, unless its line was full.
+tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
+    std::uint32_t const nCount = m_Tree.m_nCount;
+    tagVertexNode* const pNode = m_Tree.AddNode(point);
+    if (m_Tree.m_nCount != nCount) Remember(pNode);
     return pNode;
 }
 
@@ -105,7 +113,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     if (!m_bOn) return 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         PrefetchLine(hashes[i]);
-        if (IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
+        if (!m_bExact && IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
     }
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
@@ -124,7 +132,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     for (std::size_t i = 0; i < points.size(); ++i) {
         if (take(FindTagged(hashes[i]))) continue;
         HeightSet::Answer const height =
-            IsNumber(*points[i]) ? m_Heights.Find(points[i]->z) : HeightSet::Answer{};
+            !m_bExact && IsNumber(*points[i]) ? m_Heights.Find(points[i]->z) : HeightSet::Answer{};
         if (height.near != HeightSet::Near::kOne || height.dHeight == points[i]->z) {
             fresh[nFresh++] = points[i];
             continue;
@@ -207,7 +215,7 @@ tagVertexNode* VertexCache::FindInCleanRow(double x, double y, double z, std::si
     Line const& line = LineOf(nHash);
     VisitTagged(line, TagOf(nHash), isSame);
     if (pFound == nullptr && IsFull(line)) VisitTagged(LineOf(Beside(nHash)), TagOf(nHash), isSame);
-    return pFound != nullptr && IsMarked(y, z) ? nullptr : pFound;
+    return pFound != nullptr && !m_bExact && m_Rows.IsMarked(y, z) ? nullptr : pFound;
 }
 
 void VertexCache::Remember(tagVertexNode* pNode) {
@@ -237,38 +245,6 @@ void VertexCache::SwitchOff() {
     m_bOn = false;
     m_Recent.fill(nullptr);
     m_Lines = ZeroedTable<Line>();
-}
-
-std::size_t VertexCache::MarkOf(double y, double dHeight) const {
-    // Two bands about 0 count as one, since the conversion truncates.
-    auto const nBand = static_cast<std::uint64_t>(static_cast<std::int64_t>(y * m_dBandsPerUnit));
-    std::uint64_t const n = coordinate_hash::Spread(
-        nBand * coordinate_hash::kFactorY ^ coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ);
-    return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
-}
-
-std::size_t VertexCache::MarkedHeightOf(double dHeight) {
-    constexpr int kDropped = 64 - std::bit_width(kMarkedHeights - 1);
-    return static_cast<std::size_t>(coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ >> kDropped);
-}
-
-bool VertexCache::IsMarked(double y, double dHeight) const {
-    std::size_t const nHeight = MarkedHeightOf(dHeight);
-    if ((m_MarkedHeights[nHeight / 64] >> (nHeight % 64) & 1) == 0) return false;
-    std::size_t const nMark = MarkOf(y, dHeight);
-    return (m_Marks[nMark / 64] >> (nMark % 64) & 1) != 0;
-}
-
-// A band is wider than the reach to both sides, so that the ends lie in all the bands there are.
-void VertexCache::MarkAround(double y, double dHeight) {
-    if (m_Marks.empty()) m_Marks.resize(kMarkBits / 64);
-    m_Recent.fill(nullptr);
-    std::size_t const nHeight = MarkedHeightOf(dHeight);
-    m_MarkedHeights[nHeight / 64] |= std::uint64_t{1} << (nHeight % 64);
-    for (double const dEnd : {y - m_dReach, y + m_dReach}) {
-        std::size_t const nMark = MarkOf(dEnd, dHeight);
-        m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);
-    }
 }
 
 }  // namespace varnet
