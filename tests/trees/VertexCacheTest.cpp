@@ -139,6 +139,24 @@ TEST(VertexCache, ClansOfNearRowsGiveTheSameNodesAsTheTree) {
     }
 }
 
+// A row that is near two others which are not near each other, and at first meets one of them only.
+TEST(VertexCache, RowBetweenTwoOthersGivesTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 20000; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        std::vector<CPoint3D> between;
+        for (unsigned n = 0; n < 40; ++n) {
+            double const x = soup.Below(50) * 0.5;
+            double const y = n < 6 || soup.Below(2) == 0 ? soup.Below(2) * 0.000115 : 0.00002;
+            if (y == 0.00002) between.emplace_back(x, y, 0.0);
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, 0.0))) << nSeed;
+            if (between.empty()) continue;
+            ASSERT_NO_FATAL_FAILURE(trees.Add(between[soup.Below(static_cast<unsigned>(between.size()))]));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
 // Steps of y less than the tolerance apart, over many tolerances: rows that chain without an end.
 TEST(VertexCache, StairsOfNearRowsGiveTheSameNodesAsTheTree) {
     for (unsigned nSeed = 0; nSeed < 300; ++nSeed) {
