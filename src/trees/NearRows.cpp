@@ -11,13 +11,13 @@ namespace varnet {
 namespace {
 
 // In tolerances. A row joins an anchor, or lies apart from it, and no row comes between. When a clan is
-// founded, the row of another clan that is looked at may be twice the first away from one that is nearer.
-constexpr double kJoin = 0.25;
-constexpr double kApart = 1.75;
-constexpr double kAlone = 2.25;
+// founded, the row of another clan that is looked at may lie behind its anchor.
+constexpr double kJoin = 0.49;
+constexpr double kApart = 2.0;
+constexpr double kAlone = 2.5;
 
 // How far marks reach, and how far anchors are looked for.
-constexpr double kReach = 2.0;
+constexpr double kReach = 2.5;
 
 // The height of a band of y, in tolerances.
 constexpr double kTolerancesPerBand = 64.0;

@@ -33,14 +33,14 @@ struct RowsMet {
 ///
 /// Of a clean clan of several rows one is known, the anchor. Two things hold, in tolerances:
 ///
-/// - The rows of the clan lie within 1/4 of the anchor, and so within 1/2 of each other.
-/// - All other rows at the height lie more than 5/4 away from the anchor. So none is near one of the clan.
+/// - The rows of the clan lie less than 1/2 from the anchor, and so are near each other.
+/// - All other rows at the height lie more than 3/2 from the anchor. So none is near one of the clan.
 ///
-/// A row that comes joins the nearest anchor within 1/4, which is more than 3/2 from any other one, since
-/// anchors lie more than 7/4 apart. One that comes nearer than 7/4 without joining gets marks as far as 2
-/// around, in truth entangled or not, and with it all rows of a clan that it is less than 5/4 away from: such
-/// rows are rare, and roundings lie much nearer. Where a mark is found around a new row, all around it is
-/// marked as well. So a clan without marks is clean.
+/// A row that comes joins the nearest anchor if it lies less than 1/2 from it; any other one is more than 3/2
+/// away then, since anchors lie more than 2 apart. A row that comes nearer than 2 without joining gets marks
+/// as far as 5/2 around, in truth entangled or not, and so do all rows of a clan whose anchor is less than
+/// 3/2 away: such rows are rare, and roundings lie nearer. Where a mark is found around a new row, all around
+/// it is marked as well. So a clan without marks is clean.
 class NearRows {
 public:
     explicit NearRows(double dTolerance);

@@ -25,6 +25,7 @@ constexpr std::size_t kMostPerTwoLines = 9;
 struct RowWatch {
     CVertexTree const& tree;
     NearRows& rows;
+    FirstHeights& firstHeights;
     double dRow;  // of the point
     RowsMet met;
     bool bEntangled = false;
@@ -32,6 +33,7 @@ struct RowWatch {
         if (y != dRow) met.Meet(y);
     }
     void BeforeNew(double y, double z) { bEntangled = rows.Enter(tree, y, z, met); }
+    void BeforeRotation(tagVertexNode const& top) { firstHeights.ForgetRotated(top); }
 };
 
 bool IsNumber(CPoint3D const& point) {
@@ -44,6 +46,16 @@ tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexN
     auto const nSecond = reinterpret_cast<std::uintptr_t>(pSecond);
     std::uintptr_t const nMask = std::uintptr_t{0} - static_cast<std::uintptr_t>(bFirst);
     return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
+}
+
+// Where a point goes on from a vertex, or would if it had not come to its end.
+tagVertexNode const* SideOf(tagVertexNode const& node, CPoint3D const& point, double dTolerance) {
+    double const dx = node.x - point.x;
+    double const dy = node.y - point.y;
+    double const dz = node.z - point.z;
+    double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
+    double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
+    return Choose(d < 0.0, node.m_pLeft, node.m_pRight);
 }
 
 }  // namespace
@@ -74,7 +86,10 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
         return m_Tree.AddNode(point);
     }
     if (m_bExact) return InsertExactly(point);
-    HeightSet::Answer const height = m_Heights.Find(point.z);
+    HeightSet::Answer height = m_Heights.Find(point.z);
+    if (height.near == HeightSet::Near::kTwo) {
+        height = {HeightSet::Near::kOne, m_FirstHeights.Find(m_Tree, point.z, height.dHeight), height.dUpper};
+    }
     if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
         tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
                                                     coordinate_hash::Hash(point.x, point.y, height.dHeight));
@@ -87,11 +102,14 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
 }
 
 tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
-    RowWatch watch{m_Tree, m_Rows, point.y, {}};
+    RowWatch watch{m_Tree, m_Rows, m_FirstHeights, point.y, {}};
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
-    if (m_Tree.m_nCount == nCount) return pNode;
+    if (m_Tree.m_nCount == nCount) {
+        ++m_nNeedless;
+        return pNode;
+    }
     Remember(pNode);
     // A point with one height near has taken that one.
     if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
@@ -175,18 +193,31 @@ void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) cons
         std::size_t nStill = 0;
         for (std::size_t i = 0; i < nWays; ++i) {
             auto const [pPoint, pNode] = ways[i];
-            double const dx = pNode->x - pPoint->x;
-            double const dy = pNode->y - pPoint->y;
-            double const dz = pNode->z - pPoint->z;
-            double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
-            double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
-            tagVertexNode const* const pNext = Choose(d < 0.0, pNode->m_pLeft, pNode->m_pRight);
+            tagVertexNode const* const pNext = SideOf(*pNode, *pPoint, dTolerance);
             Prefetch(pNext);
             ways[nStill] = {pPoint, pNext};
             nStill += pNext != nullptr ? 1 : 0;
         }
         nWays = nStill;
     }
+}
+
+// By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the
+// points that none of the points before has passed.
+bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
+    constexpr int kDepth = 11;
+    constexpr std::size_t kFewOfHalf = 4;
+    std::array<tagVertexNode const*, kLargestGroup> passed{};
+    std::size_t const nHalf = points.size() / 2;
+    std::size_t nNew = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        tagVertexNode const* p = m_Tree.m_pRoot;
+        for (int n = 0; n < kDepth && p != nullptr; ++n) p = SideOf(*p, *points[i], m_Tree.m_dTolerance);
+        auto const end = passed.begin() + static_cast<std::ptrdiff_t>(i);
+        if (i >= nHalf && std::find(passed.begin(), end, p) == end) ++nNew;
+        passed[i] = p;
+    }
+    return nNew * kFewOfHalf > nHalf;
 }
 
 // Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are

@@ -9,6 +9,7 @@
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/CoordinateHash.h"
+#include "trees/FirstHeights.h"
 #include "trees/HeightSet.h"
 #include "trees/NearRows.h"
 #include "trees/VertexTree.h"
@@ -28,13 +29,16 @@ namespace varnet {
 ///    neighbours of the point's place in that order; if any vertex's height is ~ the point's, one of these
 ///    neighbours' is, and is met. So, if just one height H of the tree is ~ the point's, the point ends at H,
 ///    whatever shape the tree has.
+///    If there are two, H is the height of that one of their vertices which stands uppermost in the tree:
+///    all others are below it, and the way passes their place. It is kept until a rotation may change it (see
+///    FirstHeights).
 /// 2. Rows at H that hang together by nearness are clans (see NearRows). A point at H lies on one side of
 /// every clan that
 ///    it is not near, so by the same argument it meets a near row, if there is any, or that row's clan is
 ///    known to have several: the descent that puts a row into the tree tells NearRows enough to know which
 ///    clans are clean.
 /// 3. Vertices of a clean clan have x that are not ~: each met its neighbours in the clan when it came.
-/// 4. A point (x, y, z) where just one height H is ~ z, where a vertex (x, y, H) stands in a clean clan,
+/// 4. A point (x, y, z) that ends at H, where a vertex (x, y, H) stands in a clean clan,
 /// meets on its way
 ///    no vertex that is within tolerance on all axes but that one, and all comparisons agree with the order
 ///    in which the tree holds its clans and the vertices of this clan: the descent ends at that vertex, and z
@@ -82,6 +86,13 @@ public:
 
     static constexpr std::size_t kLargestGroup = 96;
 
+    /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
+    /// to each has to be brought near anew.
+    bool IsScattered(std::span<CPoint3D const* const> points) const;
+
+    /// How many points have gone down the tree and found a vertex there.
+    std::size_t NeedlessDescents() const { return m_nNeedless; }
+
 private:
     // A cache line of vertices whose hashes lead to it. The tags, other bits of the hashes and never 0, keep
     // a search from looking at vertices that are not the one. A vertex that finds its line full is not
@@ -125,6 +136,8 @@ private:
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
     NearRows m_Rows;
+    FirstHeights m_FirstHeights;
+    std::size_t m_nNeedless = 0;
 };
 
 }  // namespace varnet

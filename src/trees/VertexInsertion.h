@@ -16,6 +16,7 @@ namespace vertex_insertion {
 struct NoWatch {
     void MetRow(double) {}
     void BeforeNew(double, double) {}
+    void BeforeRotation(tagVertexNode const&) {}
 };
 
 /// One axis of a comparison. A difference of exactly the tolerance is within it, and so is one that is not a
@@ -46,7 +47,8 @@ inline void CountVertex(CVertexTree& tree, tagVertexNode& node) {
 }
 
 /// The vertex for the point in the subtree of the slot, found or new. The watch is told the y and the z of a
-/// new one before it is in the tree.
+/// new one before it is in the tree, and of the node
+/// at the top of a rotation.
 template <class Watch>
 tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& point, int& nTaller,
                            Watch& watch) {
@@ -65,7 +67,8 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& po
             auto* const pNode = new tagVertexNode(CPoint3D(x, y, z));
             CountVertex(tree, *pNode);
             return pNode;
-        });
+        },
+        [&watch](tagVertexNode* pNode) { watch.BeforeRotation(*pNode); });
     point.z = z;
     return pResult;
 }
