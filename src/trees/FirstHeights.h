@@ -26,6 +26,13 @@ public:
         return pair.dFirst;
     }
 
+    /// As Find, of what has been found out: the lower one where nothing has.
+    double Guess(double dLower) const {
+        if (m_Known.empty()) return dLower;
+        Pair const& pair = m_Known[PlaceOf(dLower)];
+        return pair.dLower == dLower ? pair.dFirst : dLower;
+    }
+
     /// A rotation is about to begin whose uppermost vertex is this: forgets what it may change.
     void ForgetRotated(tagVertexNode const& top) {
         if (m_Known.empty()) return;

@@ -53,27 +53,47 @@ void HeightSet::Meet(double dHeight, Answer& answer) {
 }
 
 HeightSet::Answer HeightSet::Find(double z) const {
-    if (HoldsAt(PlaceOf(IntervalOf(z)), z)) return {Near::kOne, z, z};
-    Answer answer{Near::kNone, 0.0, 0.0};
-    std::int64_t const nFirst = IntervalOf(z - kReach * m_dTolerance);
-    std::int64_t const nLast = IntervalOf(z + kReach * m_dTolerance);
-    for (std::int64_t n = nFirst; n <= nLast; ++n) {
-        std::size_t const nPlace = PlaceOf(n);
-        LookAt(m_Lines[nPlace], z, answer);
-        if (m_Lines[nPlace].nCount <= kCapacity) continue;
-        LookAt(m_Lines[Beside(nPlace)], z, answer);
-        if (m_Lines[Beside(nPlace)].nCount > kCapacity) answer.near = Near::kUnknown;
-    }
-    return answer;
+    std::size_t const nFirst = PlaceOf(IntervalOf(z - kReach * m_dTolerance));
+    std::size_t const nLast = PlaceOf(IntervalOf(z + kReach * m_dTolerance));
+    Extremes near;
+    LookAt(m_Lines[nFirst], z, near);
+    if (nLast != nFirst) LookAt(m_Lines[nLast], z, near);
+    if (m_Lines[nFirst].nCount > kCapacity || m_Lines[nLast].nCount > kCapacity)
+        return FindBeside(z, nFirst, nLast);
+    constexpr std::array<Near, 3> kNear = {Near::kNone, Near::kOne, Near::kTwo};
+    return {near.nCount < kNear.size() ? kNear[near.nCount] : Near::kUnknown, near.dLeast, near.dGreatest};
 }
 
-void HeightSet::LookAt(Line const& line, double z, Answer& answer) const {
-    std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
-    for (std::size_t i = 0; i < nHeights; ++i) {
+// Without branches: what is near cannot be foreseen.
+void HeightSet::LookAt(Line const& line, double z, Extremes& near) const {
+    for (std::size_t i = 0; i < kCapacity; ++i) {
         double const d = line.heights[i] - z;
-        if (d > m_dTolerance || d < -m_dTolerance) continue;
-        Meet(line.heights[i], answer);
+        bool const bNear = !(d > m_dTolerance) & !(d < -m_dTolerance) & (i < line.nCount);
+        double const dLow = bNear ? line.heights[i] : near.dLeast;
+        double const dHigh = bNear ? line.heights[i] : near.dGreatest;
+        near.nCount += bNear ? 1 : 0;
+        near.dLeast = dLow < near.dLeast ? dLow : near.dLeast;
+        near.dGreatest = dHigh > near.dGreatest ? dHigh : near.dGreatest;
     }
+}
+
+// As Find, where heights stand beside the lines of their intervals.
+HeightSet::Answer HeightSet::FindBeside(double z, std::size_t nFirst, std::size_t nLast) const {
+    Answer answer{Near::kNone, 0.0, 0.0};
+    for (std::size_t const nPlace : {nFirst, Beside(nFirst), nLast, Beside(nLast)}) {
+        Line const& line = m_Lines[nPlace];
+        std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);
+        for (std::size_t i = 0; i < nHeights; ++i) {
+            double const d = line.heights[i] - z;
+            if (!(d > m_dTolerance) && !(d < -m_dTolerance)) Meet(line.heights[i], answer);
+        }
+    }
+    for (std::size_t const nPlace : {nFirst, nLast}) {
+        bool const bElsewhere =
+            m_Lines[nPlace].nCount > kCapacity && m_Lines[Beside(nPlace)].nCount > kCapacity;
+        if (bElsewhere) answer.near = Near::kUnknown;
+    }
+    return answer;
 }
 
 void HeightSet::Prefetch(double z) const {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <tuple>
 #include <vector>
 
@@ -40,6 +41,12 @@ private:
         std::uint64_t nCount;  // above the capacity when some heights stand elsewhere instead
     };
 
+    struct Extremes {
+        std::size_t nCount = 0;
+        double dLeast = std::numeric_limits<double>::infinity();
+        double dGreatest = -std::numeric_limits<double>::infinity();
+    };
+
     static constexpr std::size_t kCapacity = std::tuple_size_v<decltype(Line::heights)>;
 
     std::int64_t IntervalOf(double z) const;
@@ -48,7 +55,8 @@ private:
     static std::size_t Beside(std::size_t nPlace) { return nPlace ^ 1; }
     static bool Holds(Line const& line, double dHeight);
     bool HoldsAt(std::size_t nPlace, double dHeight) const;
-    void LookAt(Line const& line, double z, Answer& answer) const;
+    void LookAt(Line const& line, double z, Extremes& near) const;
+    Answer FindBeside(double z, std::size_t nFirst, std::size_t nLast) const;
     void Insert(double dHeight);
     void Grow();
 

@@ -149,14 +149,13 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     std::size_t nFresh = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         if (take(FindTagged(hashes[i]))) continue;
-        HeightSet::Answer const height =
-            !m_bExact && IsNumber(*points[i]) ? m_Heights.Find(points[i]->z) : HeightSet::Answer{};
-        if (height.near != HeightSet::Near::kOne || height.dHeight == points[i]->z) {
+        double const dHeight = GuessHeight(*points[i]);
+        if (dHeight == points[i]->z) {
             fresh[nFresh++] = points[i];
             continue;
         }
         drawn[nDrawn] = points[i];
-        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, height.dHeight);
+        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, dHeight);
         PrefetchLine(drawnHashes[nDrawn++]);
     }
     for (std::size_t i = 0; i < nDrawn; ++i) {
@@ -164,6 +163,14 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     }
     PrefetchDescents({fresh.data(), nFresh});
     return nFound;
+}
+
+// The height that the point will most likely take; its own where it takes none.
+double VertexCache::GuessHeight(CPoint3D const& point) const {
+    if (m_bExact || !IsNumber(point)) return point.z;
+    HeightSet::Answer const height = m_Heights.Find(point.z);
+    if (height.near == HeightSet::Near::kOne) return height.dHeight;
+    return height.near == HeightSet::Near::kTwo ? m_FirstHeights.Guess(height.dHeight) : point.z;
 }
 
 // A vertex with the tag of the hash, most likely the one that is looked for.

@@ -114,6 +114,7 @@ private:
 
     // As AddNode, for a point that was not asked for lately.
     tagVertexNode* AddSeldom(CPoint3D& point, std::size_t nHash);
+    double GuessHeight(CPoint3D const& point) const;
     tagVertexNode* FindTagged(std::size_t nHash) const;
     void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
