@@ -127,7 +127,8 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
-    bool const bScattered = m_Model.m_VertexTree.m_nCount >= kLargeTree && IsScattered();
+    bool const bScattered =
+        m_Model.m_VertexTree.m_nCount >= kLargeTree && (AreFarFromEachOther() || AreFarApartInTree(facets));
     for (std::size_t i = 0; i < facets.size(); ++i) {
         if (onStop == OnStop::kEnd && LoadShared(m_Model.m_bStopRead) != 0) return;
         if (bScattered && i % kGroup == 0) {
@@ -142,7 +143,7 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
 }
 
 // Most files hold neighbours near each other, and what a triangle touches is at hand from the last ones.
-bool FacetIntake::IsScattered() const {
+bool FacetIntake::AreFarFromEachOther() const {
     std::array<std::size_t, 256> recent{};
     std::size_t nRepeats = 0;
     auto const sample = std::span(m_Hashes).first(std::min(m_Hashes.size(), kSample));
@@ -154,6 +155,15 @@ bool FacetIntake::IsScattered() const {
         }
     }
     return nRepeats * kFewRepeats < 3 * sample.size();
+}
+
+// Neighbours may have their places far apart in the tree, which goes by height first.
+bool FacetIntake::AreFarApartInTree(std::span<tagFACET const> facets) const {
+    constexpr std::size_t kCorners = 64;
+    std::array<CPoint3D const*, kCorners> corners;
+    std::size_t const nCorners = std::min(kCorners, facets.size());
+    for (std::size_t i = 0; i < nCorners; ++i) corners[i] = &facets[i].m_ptVertex[0];
+    return nCorners == kCorners && m_Cache.IsScattered(corners);
 }
 
 // The corners' vertices, then the lists of their facets.

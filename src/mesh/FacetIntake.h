@@ -39,7 +39,8 @@ private:
     using Hashes = std::array<std::size_t, 3>;  // of a triangle's corners
 
     void Add(tagFACET& facet, Hashes const& hashes);
-    bool IsScattered() const;
+    bool AreFarFromEachOther() const;
+    bool AreFarApartInTree(std::span<tagFACET const> facets) const;
     void BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const;
 
     CSTLModel& m_Model;

@@ -84,9 +84,11 @@ void Balance(Slot& slot, int& nTaller) {
 ///
 /// above() gives the next node above, null when there is none, and slotOf(node) the place that holds the node
 /// that it gave last, or, by rotation, another one afterwards. nTaller becomes 1 when the whole tree is one
-/// level deeper than before, else 0.
-template <class Node, class Above, class SlotOf>
-void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotOf) {
+/// level deeper than before, else 0. beforeRotation(node) is called for a node whose left or right side has
+/// grown too deep.
+template <class Node, class Above, class SlotOf, class BeforeRotation>
+void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotOf,
+             BeforeRotation const& beforeRotation) {
     nTaller = 1;
     while (nTaller != 0) {
         Node* const pNode = above();
@@ -98,10 +100,13 @@ void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotO
         } else if (pNode->m_nBalance != nTilt) {
             pNode->m_nBalance = 0;
             nTaller = 0;
-        } else if (bLeft) {
-            Balance<LeftSide>(slotOf(pNode), nTaller);
         } else {
-            Balance<RightSide>(slotOf(pNode), nTaller);
+            beforeRotation(pNode);
+            if (bLeft) {
+                Balance<LeftSide>(slotOf(pNode), nTaller);
+            } else {
+                Balance<RightSide>(slotOf(pNode), nTaller);
+            }
         }
         pGrown = pNode;
     }
@@ -113,8 +118,10 @@ void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotO
 /// compare(node) is called once a level: above 0 goes right, below 0 goes left, and 0 ends the walk at that
 /// node. make() gives the new node, with both children null and balance 0. Returns the node that was put in
 /// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
-template <class Node, class Compare, class Make>
-Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
+/// beforeRotation(node) is called at most once.
+template <class Node, class Compare, class Make, class BeforeRotation>
+Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make,
+             BeforeRotation const& beforeRotation) {
     // The last slots passed on the way. A tree of 2^32 nodes is not deeper than 46 levels; of a way that is
     // longer, since a host has bent the tree, the first slots are forgotten.
     constexpr std::size_t kDeepest = 64;
@@ -134,8 +141,13 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make)
     Restore(
         pMade, nTaller,
         [&way, &nDepth, nForgotten] { return nDepth > nForgotten ? *way[--nDepth % kDeepest] : nullptr; },
-        [&way, &nDepth](Node*) -> Node*& { return *way[nDepth % kDeepest]; });
+        [&way, &nDepth](Node*) -> Node*& { return *way[nDepth % kDeepest]; }, beforeRotation);
     return pMade;
+}
+
+template <class Node, class Compare, class Make>
+Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
+    return Insert(top, nTaller, compare, make, [](Node*) {});
 }
 
 /// Visits the node, then the subtree of the right child, then that of the left child: the order of all walks.

@@ -20,8 +20,11 @@ inline std::uint64_t Bits(double d) { return std::bit_cast<std::uint64_t>(d + 0.
 
 inline std::uint64_t Spread(std::uint64_t n) { return (n ^ (n >> 32)) * kFactorX; }
 
+/// A sign turns one bit alone of its product, the same in all three: two of them would cancel, were the
+/// products not turned against each other.
 inline std::size_t Hash(double x, double y, double z) {
-    std::uint64_t const n = Spread(Bits(x) * kFactorX ^ Bits(y) * kFactorY ^ Bits(z) * kFactorZ);
+    std::uint64_t const n =
+        Spread(Bits(x) * kFactorX ^ std::rotl(Bits(y) * kFactorY, 21) ^ std::rotl(Bits(z) * kFactorZ, 42));
     return static_cast<std::size_t>(n ^ (n >> 32));
 }
 

@@ -105,7 +105,8 @@ void ForeseenTree::PutIn(Node& node, Place const& place) {
             Node* const pParent = pNode->m_pParent;
             pRotated = pParent->m_pLeft == pNode ? &pParent->m_pLeft : &pParent->m_pRight;
             return *pRotated;
-        });
+        },
+        [](Node*) {});
     if (pRotated == nullptr) return;
 
     // A rotation has changed the parents of the nodes on top, and of what hangs below them.

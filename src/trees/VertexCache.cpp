@@ -21,17 +21,19 @@ constexpr double kLeastTolerance = 1e-7;
 // So many vertices a pair of lines, which have room for twelve: few find their line full.
 constexpr std::size_t kMostPerTwoLines = 9;
 
-// The height of a band of y that a mark stands for, in tolerances.
-constexpr double kTolerancesPerBand = 64.0;
-
-constexpr std::size_t kMarkBits = std::size_t{1} << 20;
-
-// Sees a vertex at the point's height whose y is near the point's, but not the same.
+// Tells what a descent meets, and which rows come.
 struct RowWatch {
-    bool bNearRow = false;
-    void MetRow(double dDifference) {
-        if (dDifference != 0.0) bNearRow = true;
+    CVertexTree const& tree;
+    NearRows& rows;
+    FirstHeights& firstHeights;
+    double dRow;  // of the point
+    RowsMet met;
+    bool bEntangled = false;
+    void MetRow(double y) {
+        if (y != dRow) met.Meet(y);
     }
+    void BeforeNew(double y, double z) { bEntangled = rows.Enter(tree, y, z, met); }
+    void BeforeRotation(tagVertexNode const& top) { firstHeights.ForgetRotated(top); }
 };
 
 bool IsNumber(CPoint3D const& point) {
@@ -46,14 +48,24 @@ tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexN
     return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
 }
 
+// Where a point goes on from a vertex, or would if it had not come to its end.
+tagVertexNode const* SideOf(tagVertexNode const& node, CPoint3D const& point, double dTolerance) {
+    double const dx = node.x - point.x;
+    double const dy = node.y - point.y;
+    double const dz = node.z - point.z;
+    double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
+    double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
+    return Choose(d < 0.0, node.m_pLeft, node.m_pRight);
+}
+
 }  // namespace
 
 VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
     : m_Tree(tree),
-      m_bOn(tree.m_pRoot == nullptr && tree.m_dTolerance >= kLeastTolerance),
-      m_dReach(2.0 * tree.m_dTolerance),
-      m_dBandsPerUnit(1.0 / (kTolerancesPerBand * tree.m_dTolerance)),
-      m_Heights(tree.m_dTolerance) {
+      m_bOn(tree.m_pRoot == nullptr && (tree.m_dTolerance >= kLeastTolerance || tree.m_dTolerance == 0.0)),
+      m_bExact(tree.m_dTolerance == 0.0),
+      m_Heights(tree.m_dTolerance),
+      m_Rows(tree.m_dTolerance) {
     if (m_bOn) {
         m_Lines = ZeroedTable<Line>(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
     }
@@ -73,7 +85,11 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
         SwitchOff();
         return m_Tree.AddNode(point);
     }
-    HeightSet::Answer const height = m_Heights.Find(point.z);
+    if (m_bExact) return InsertExactly(point);
+    HeightSet::Answer height = m_Heights.Find(point.z);
+    if (height.near == HeightSet::Near::kTwo) {
+        height = {HeightSet::Near::kOne, m_FirstHeights.Find(m_Tree, point.z, height.dHeight), height.dUpper};
+    }
     if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
         tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
                                                     coordinate_hash::Hash(point.x, point.y, height.dHeight));
@@ -86,16 +102,26 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
 }
 
 tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
-    RowWatch watch;
+    RowWatch watch{m_Tree, m_Rows, m_FirstHeights, point.y, {}};
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
-    if (m_Tree.m_nCount == nCount) return pNode;
+    if (m_Tree.m_nCount == nCount) {
+        ++m_nNeedless;
+        return pNode;
+    }
     Remember(pNode);
     // A point with one height near has taken that one.
     if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
-    bool const bMarked = IsMarked(pNode->y - m_dReach, pNode->z) || IsMarked(pNode->y + m_dReach, pNode->z);
-    if (watch.bNearRow || bMarked) MarkAround(pNode->y, pNode->z);
+    if (watch.bEntangled) m_Recent.fill(nullptr);
+    return pNode;
+}
+
+// With a tolerance of 0, a point that the table does not know is new, unless its line was full.
+tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
+    std::uint32_t const nCount = m_Tree.m_nCount;
+    tagVertexNode* const pNode = m_Tree.AddNode(point);
+    if (m_Tree.m_nCount != nCount) Remember(pNode);
     return pNode;
 }
 
@@ -105,7 +131,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     if (!m_bOn) return 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         PrefetchLine(hashes[i]);
-        if (IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
+        if (!m_bExact && IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
     }
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
@@ -123,14 +149,13 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     std::size_t nFresh = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         if (take(FindTagged(hashes[i]))) continue;
-        HeightSet::Answer const height =
-            IsNumber(*points[i]) ? m_Heights.Find(points[i]->z) : HeightSet::Answer{};
-        if (height.near != HeightSet::Near::kOne || height.dHeight == points[i]->z) {
+        double const dHeight = GuessHeight(*points[i]);
+        if (dHeight == points[i]->z) {
             fresh[nFresh++] = points[i];
             continue;
         }
         drawn[nDrawn] = points[i];
-        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, height.dHeight);
+        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, dHeight);
         PrefetchLine(drawnHashes[nDrawn++]);
     }
     for (std::size_t i = 0; i < nDrawn; ++i) {
@@ -138,6 +163,14 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     }
     PrefetchDescents({fresh.data(), nFresh});
     return nFound;
+}
+
+// The height that the point will most likely take; its own where it takes none.
+double VertexCache::GuessHeight(CPoint3D const& point) const {
+    if (m_bExact || !IsNumber(point)) return point.z;
+    HeightSet::Answer const height = m_Heights.Find(point.z);
+    if (height.near == HeightSet::Near::kOne) return height.dHeight;
+    return height.near == HeightSet::Near::kTwo ? m_FirstHeights.Guess(height.dHeight) : point.z;
 }
 
 // A vertex with the tag of the hash, most likely the one that is looked for.
@@ -167,18 +200,31 @@ void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) cons
         std::size_t nStill = 0;
         for (std::size_t i = 0; i < nWays; ++i) {
             auto const [pPoint, pNode] = ways[i];
-            double const dx = pNode->x - pPoint->x;
-            double const dy = pNode->y - pPoint->y;
-            double const dz = pNode->z - pPoint->z;
-            double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
-            double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
-            tagVertexNode const* const pNext = Choose(d < 0.0, pNode->m_pLeft, pNode->m_pRight);
+            tagVertexNode const* const pNext = SideOf(*pNode, *pPoint, dTolerance);
             Prefetch(pNext);
             ways[nStill] = {pPoint, pNext};
             nStill += pNext != nullptr ? 1 : 0;
         }
         nWays = nStill;
     }
+}
+
+// By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the
+// points that none of the points before has passed.
+bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
+    constexpr int kDepth = 11;
+    constexpr std::size_t kFewOfHalf = 4;
+    std::array<tagVertexNode const*, kLargestGroup> passed{};
+    std::size_t const nHalf = points.size() / 2;
+    std::size_t nNew = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        tagVertexNode const* p = m_Tree.m_pRoot;
+        for (int n = 0; n < kDepth && p != nullptr; ++n) p = SideOf(*p, *points[i], m_Tree.m_dTolerance);
+        auto const end = passed.begin() + static_cast<std::ptrdiff_t>(i);
+        if (i >= nHalf && std::find(passed.begin(), end, p) == end) ++nNew;
+        passed[i] = p;
+    }
+    return nNew * kFewOfHalf > nHalf;
 }
 
 // Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are
@@ -207,7 +253,7 @@ tagVertexNode* VertexCache::FindInCleanRow(double x, double y, double z, std::si
     Line const& line = LineOf(nHash);
     VisitTagged(line, TagOf(nHash), isSame);
     if (pFound == nullptr && IsFull(line)) VisitTagged(LineOf(Beside(nHash)), TagOf(nHash), isSame);
-    return pFound != nullptr && IsMarked(y, z) ? nullptr : pFound;
+    return pFound != nullptr && !m_bExact && m_Rows.IsMarked(y, z) ? nullptr : pFound;
 }
 
 void VertexCache::Remember(tagVertexNode* pNode) {
@@ -237,38 +283,6 @@ void VertexCache::SwitchOff() {
     m_bOn = false;
     m_Recent.fill(nullptr);
     m_Lines = ZeroedTable<Line>();
-}
-
-std::size_t VertexCache::MarkOf(double y, double dHeight) const {
-    // Two bands about 0 count as one, since the conversion truncates.
-    auto const nBand = static_cast<std::uint64_t>(static_cast<std::int64_t>(y * m_dBandsPerUnit));
-    std::uint64_t const n = coordinate_hash::Spread(
-        nBand * coordinate_hash::kFactorY ^ coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ);
-    return static_cast<std::size_t>(n >> 40) & (kMarkBits - 1);
-}
-
-std::size_t VertexCache::MarkedHeightOf(double dHeight) {
-    constexpr int kDropped = 64 - std::bit_width(kMarkedHeights - 1);
-    return static_cast<std::size_t>(coordinate_hash::Bits(dHeight) * coordinate_hash::kFactorZ >> kDropped);
-}
-
-bool VertexCache::IsMarked(double y, double dHeight) const {
-    std::size_t const nHeight = MarkedHeightOf(dHeight);
-    if ((m_MarkedHeights[nHeight / 64] >> (nHeight % 64) & 1) == 0) return false;
-    std::size_t const nMark = MarkOf(y, dHeight);
-    return (m_Marks[nMark / 64] >> (nMark % 64) & 1) != 0;
-}
-
-// A band is wider than the reach to both sides, so that the ends lie in all the bands there are.
-void VertexCache::MarkAround(double y, double dHeight) {
-    if (m_Marks.empty()) m_Marks.resize(kMarkBits / 64);
-    m_Recent.fill(nullptr);
-    std::size_t const nHeight = MarkedHeightOf(dHeight);
-    m_MarkedHeights[nHeight / 64] |= std::uint64_t{1} << (nHeight % 64);
-    for (double const dEnd : {y - m_dReach, y + m_dReach}) {
-        std::size_t const nMark = MarkOf(dEnd, dHeight);
-        m_Marks[nMark / 64] |= std::uint64_t{1} << (nMark % 64);
-    }
 }
 
 }  // namespace varnet

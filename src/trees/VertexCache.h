@@ -9,7 +9,9 @@
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/CoordinateHash.h"
+#include "trees/FirstHeights.h"
 #include "trees/HeightSet.h"
+#include "trees/NearRows.h"
 #include "trees/VertexTree.h"
 
 namespace varnet {
@@ -27,18 +29,23 @@ namespace varnet {
 ///    neighbours of the point's place in that order; if any vertex's height is ~ the point's, one of these
 ///    neighbours' is, and is met. So, if just one height H of the tree is ~ the point's, the point ends at H,
 ///    whatever shape the tree has.
-/// 2. Call two different y at one height near rows when they are ~, and call a row clean when it has no near
-/// row. A
-///    point at H meets vertices of near rows on its way, if there are any, by the same argument: all other
-///    rows at H are strictly below or above it. So the descent that puts a near row into the tree sees it,
-///    and the y of the point and all y within the tolerance of it are marked then: a row that is not marked
-///    is clean. Where a mark is found around a new point, all around it is marked as well.
-/// 3. Vertices of a clean row have x that are not ~: each met its neighbours in the row when it came.
-/// 4. A point (x, y, z) where just one height H is ~ z, where a vertex (x, y, H) stands in a clean row, meets
-/// on its way
+///    If there are two, H is the height of that one of their vertices which stands uppermost in the tree:
+///    all others are below it, and the way passes their place. It is kept until a rotation may change it (see
+///    FirstHeights).
+/// 2. Rows at H that hang together by nearness are clans (see NearRows). A point at H lies on one side of
+/// every clan that
+///    it is not near, so by the same argument it meets a near row, if there is any, or that row's clan is
+///    known to have several: the descent that puts a row into the tree tells NearRows enough to know which
+///    clans are clean.
+/// 3. Vertices of a clean clan have x that are not ~: each met its neighbours in the clan when it came.
+/// 4. A point (x, y, z) that ends at H, where a vertex (x, y, H) stands in a clean clan,
+/// meets on its way
 ///    no vertex that is within tolerance on all axes but that one, and all comparisons agree with the order
-///    in which the tree holds its rows and the vertices of this row: the descent ends at that vertex, and z
+///    in which the tree holds its clans and the vertices of this clan: the descent ends at that vertex, and z
 ///    becomes H.
+///
+/// With a tolerance of 0, ~ is equality: no heights and no rows are near, and all of it holds for every
+/// vertex. Zeros of both signs are equal, and a vertex's own zero is what the point takes.
 ///
 /// All else goes down the tree. A coordinate that is not a number ends the cache's work.
 class VertexCache {
@@ -79,6 +86,13 @@ public:
 
     static constexpr std::size_t kLargestGroup = 96;
 
+    /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
+    /// to each has to be brought near anew.
+    bool IsScattered(std::span<CPoint3D const* const> points) const;
+
+    /// How many points have gone down the tree and found a vertex there.
+    std::size_t NeedlessDescents() const { return m_nNeedless; }
+
 private:
     // A cache line of vertices whose hashes lead to it. The tags, other bits of the hashes and never 0, keep
     // a search from looking at vertices that are not the one. A vertex that finds its line full is not
@@ -100,37 +114,31 @@ private:
 
     // As AddNode, for a point that was not asked for lately.
     tagVertexNode* AddSeldom(CPoint3D& point, std::size_t nHash);
+    double GuessHeight(CPoint3D const& point) const;
     tagVertexNode* FindTagged(std::size_t nHash) const;
     void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
     tagVertexNode* FindDrawnOrInsert(CPoint3D& point);
     tagVertexNode* Insert(CPoint3D& point, HeightSet::Near nearHeights);
+    tagVertexNode* InsertExactly(CPoint3D& point);
     void Remember(tagVertexNode* pNode);
     void Grow();
     void SwitchOff();
 
-    // Marks stand for bands of y at a height, a bit each in a table of hashes: a mark too many costs a
-    // descent.
-    std::size_t MarkOf(double y, double dHeight) const;
-    static std::size_t MarkedHeightOf(double dHeight);
-    bool IsMarked(double y, double dHeight) const;
-    void MarkAround(double y, double dHeight);
-
-    // Vertices of clean rows that were asked for lately, by their hash. Empty whenever a row ceases to be
+    // Vertices of clean clans that were asked for lately, by their hash. Empty whenever a clan ceases to be
     // clean.
     static constexpr std::size_t kRecent = 1024;
 
     CVertexTree& m_Tree;
     bool m_bOn;
     std::array<tagVertexNode*, kRecent> m_Recent{};
-    double m_dReach;            // a little more than the tolerance
-    double m_dBandsPerUnit;     // of the marks
+    bool m_bExact;              // the tolerance is 0
     ZeroedTable<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
-    static constexpr std::size_t kMarkedHeights = 8192;
-    std::array<std::uint64_t, kMarkedHeights / 64> m_MarkedHeights{};  // a bit for heights with marks
-    std::vector<std::uint64_t> m_Marks;                                // empty until there is one
+    NearRows m_Rows;
+    FirstHeights m_FirstHeights;
+    std::size_t m_nNeedless = 0;
 };
 
 }  // namespace varnet

@@ -15,6 +15,8 @@ namespace vertex_insertion {
 /// Looks at nothing.
 struct NoWatch {
     void MetRow(double) {}
+    void BeforeNew(double, double) {}
+    void BeforeRotation(tagVertexNode const&) {}
 };
 
 /// One axis of a comparison. A difference of exactly the tolerance is within it, and so is one that is not a
@@ -26,14 +28,14 @@ inline COMPARE CompareAxis(double node, double point, double dTolerance) {
     return COMPARE_EQUAL;
 }
 
-/// z, then y, then x. A z within tolerance is overwritten with the node's. The watch is told the difference
-/// in y of a node that lies within tolerance in z and y.
+/// z, then y, then x. A z within tolerance is overwritten with the node's. The watch is told the y of a node
+/// that lies within tolerance in z and y.
 template <class Watch>
 COMPARE CompareAndSnap(CPoint3D const& node, double x, double y, double& z, double dTolerance, Watch& watch) {
     if (COMPARE const order = CompareAxis(node.z, z, dTolerance)) return order;
     z = node.z;
     if (COMPARE const order = CompareAxis(node.y, y, dTolerance)) return order;
-    watch.MetRow(node.y - y);
+    watch.MetRow(node.y);
     return CompareAxis(node.x, x, dTolerance);
 }
 
@@ -44,7 +46,9 @@ inline void CountVertex(CVertexTree& tree, tagVertexNode& node) {
     tree.m_BoundBox += node;
 }
 
-/// The vertex for the point in the subtree of the slot, found or new.
+/// The vertex for the point in the subtree of the slot, found or new. The watch is told the y and the z of a
+/// new one before it is in the tree, and of the node
+/// at the top of a rotation.
 template <class Watch>
 tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& point, int& nTaller,
                            Watch& watch) {
@@ -58,11 +62,13 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& po
         [x, y, &z, dTolerance, &watch](tagVertexNode* pNode) {
             return CompareAndSnap(*pNode, x, y, z, dTolerance, watch);
         },
-        [&tree, x, y, &z] {
+        [&tree, x, y, &z, &watch] {
+            watch.BeforeNew(y, z);
             auto* const pNode = new tagVertexNode(CPoint3D(x, y, z));
             CountVertex(tree, *pNode);
             return pNode;
-        });
+        },
+        [&watch](tagVertexNode* pNode) { watch.BeforeRotation(*pNode); });
     point.z = z;
     return pResult;
 }

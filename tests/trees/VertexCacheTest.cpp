@@ -17,6 +17,10 @@ namespace {
 
 class CachedAndPlain {
 public:
+    explicit CachedAndPlain(double dTolerance = 0.0001) : m_Cached(WithTolerance(dTolerance)) {
+        m_Plain.m_dTolerance = dTolerance;
+    }
+
     void Add(CPoint3D const& point) {
         CPoint3D expected(point);
         CPoint3D offered(point);
@@ -36,6 +40,13 @@ public:
     CVertexTree m_Plain;
     CVertexTree m_Cached;
     VertexCache m_Cache{m_Cached};
+
+private:
+    static CVertexTree WithTolerance(double dTolerance) {
+        CVertexTree tree;
+        tree.m_dTolerance = dTolerance;
+        return tree;
+    }
 };
 
 class VertexCacheTwin : public testing::TestWithParam<int> {
@@ -68,9 +79,10 @@ TEST_P(VertexCacheTwin, GivesTheSameNodesAsTheTree) {
 
 // As in a mesh, most points come again exactly as before.
 TEST_P(VertexCacheTwin, GivesTheSameNodesWhenPointsComeAgain) {
-    for (int nSeed = 200; nSeed < 230; ++nSeed) {
+    constexpr double kTolerances[] = {0.0001, 0.0, 0.00001, 0.001};
+    for (int nSeed = 200; nSeed < 320; ++nSeed) {
         PointSoup soup = Soup(nSeed);
-        CachedAndPlain trees;
+        CachedAndPlain trees(kTolerances[nSeed % 4]);
         std::vector<CPoint3D> seen;
         for (int n = 0; n < 1500; ++n) {
             bool const bAgain = !seen.empty() && soup.Below(4) != 0;
@@ -96,6 +108,50 @@ TEST(VertexCache, RowsThatRunIntoEachOtherGiveTheSameNodesAsTheTree) {
             double const y = soup.Below(5) * 0.00007;
             double const z = soup.Below(2) * 0.00007;
             ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, z)));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Rows as roundings set them apart, and now and then one that entangles them with the next.
+TEST(VertexCache, ClansOfNearRowsGiveTheSameNodesAsTheTree) {
+    constexpr double kApart[] = {0.00011, 0.00013, 0.00018, 0.0002, 0.00023, 0.0003, 0.0064, 1.0};
+    constexpr double kJitter[] = {0.000002, 0.00001, 0.000025, 0.00004, 0.00007};
+    for (unsigned nSeed = 0; nSeed < 1500; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        double const dApart = kApart[soup.Below(8)];
+        double const dJitter = kJitter[soup.Below(5)];
+        unsigned const nOdd = 2 + soup.Below(200);
+        double const dFirst = soup.Below(3) * 0.0064 - 0.0064;
+        std::vector<CPoint3D> seen;
+        for (int n = 0; n < 300; ++n) {
+            double const x = soup.Below(6) * (soup.Below(2) == 0 ? 0.00007 : 0.3);
+            double const y = dFirst + soup.Below(4) * dApart + (soup.Below(3) - 1.0) * dJitter;
+            double const dOdd = soup.Below(nOdd) == 0 ? soup.Below(10) * 0.00003 : 0.0;
+            bool const bAgain = !seen.empty() && soup.Below(2) != 0;
+            if (!bAgain) seen.emplace_back(x, y + dOdd, soup.Below(2) * 0.5);
+            CPoint3D const point =
+                bAgain ? seen[soup.Below(static_cast<unsigned>(seen.size()))] : seen.back();
+            ASSERT_NO_FATAL_FAILURE(trees.Add(point)) << nSeed;
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// A row that is near two others which are not near each other, and at first meets one of them only.
+TEST(VertexCache, RowBetweenTwoOthersGivesTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 20000; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        std::vector<CPoint3D> between;
+        for (unsigned n = 0; n < 40; ++n) {
+            double const x = soup.Below(50) * 0.5;
+            double const y = n < 6 || soup.Below(2) == 0 ? soup.Below(2) * 0.000115 : 0.00002;
+            if (y == 0.00002) between.emplace_back(x, y, 0.0);
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, 0.0))) << nSeed;
+            if (between.empty()) continue;
+            ASSERT_NO_FATAL_FAILURE(trees.Add(between[soup.Below(static_cast<unsigned>(between.size()))]));
         }
         ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
     }
