@@ -46,15 +46,14 @@ struct IntakeReport {
     std::int64_t doubled = 0;          ///< left out: the same three corners in the same order, once too often
     std::int64_t collinearTurned = 0;  ///< facets without area that were taken out by turning an edge
     std::int64_t collinearLeft = 0;    ///< facets without area that stay: to take them out would open edges
-    std::int64_t tiny =
-        0;  ///< facets with area, but too little for a classic model (see Body::Model); they stay
-    std::int64_t split = 0;           ///< facets that were divided at a vertex on their edge
-    std::int64_t welded = 0;          ///< vertices that were joined with a near one
-    double weldTolerance = 0.0;       ///< by which they were; 0 for equal corners alone
-    std::int64_t manyFacetEdges = 0;  ///< edges of more than two facets
-    std::int64_t openEdgesExact =
-        0;                       ///< by equal corners, as in the file: directed edges without their opposite
-    std::int64_t openEdges = 0;  ///< afterwards
+    std::int64_t tiny = 0;             ///< facets that stay, of less area than a classic model takes
+    std::int64_t split = 0;            ///< facets that were divided at a vertex on their edge
+    std::int64_t welded = 0;           ///< vertices that were joined with a near one
+    double weldTolerance = 0.0;        ///< by which they were; 0 for equal corners alone
+    std::int64_t manyFacetEdges = 0;   ///< edges of more than two facets
+    /// By equal corners, as in the file: directed edges without their opposite.
+    std::int64_t openEdgesExact = 0;
+    std::int64_t openEdges = 0;      ///< afterwards
     std::vector<std::string> notes;  ///< a line each for a person: what was lost or put right, and where
 };
 
@@ -160,6 +159,8 @@ private:
 
 /// A mesh as a person has it: read from a file or given as arrays, with what can be put right put right, and
 /// divided into bodies.
+///
+/// What it hands out by reference or as a span is good until the part is changed, assigned to or destroyed.
 ///
 /// Copies are cheap: they share what does not change. A part that is not changed may be used by several
 /// threads at a time. Operations that throw leave it as it was.
