@@ -328,6 +328,22 @@ TEST(Resolve, SidesOfAFewGridSteps) {
     }
 }
 
+TEST(Resolve, ManyLongBarsAndOneAcross) {
+    // Bars that fill six tenths of a hundred by a hundred, level and oblique, and one of two by 102 or 152.
+    for (double const rise : {0.0, 50.0}) {
+        std::vector<std::vector<Point2>> polygons;
+        for (int i = 0; i < 2000; ++i) {
+            double const y = i * 0.05;
+            polygons.push_back({{0, y}, {100, y + rise}, {100, y + rise + 0.03}, {0, y + 0.03}});
+        }
+        polygons.push_back({{49, -1}, {51, -1}, {51, 101 + rise}, {49, 101 + rise}});
+        SolidContours const contours = Resolve(MakePaths(polygons), SolidRule::kWinding);
+        // Half a kilometre of sides, each within a quarter of a millionth of where it was.
+        EXPECT_NEAR(AreaOf(contours.paths), 6000.0 + 2.0 * (102.0 + rise) - 2.0 * 60.0, 0.05);
+        EXPECT_EQ(contours.parents.size(), 1u);
+    }
+}
+
 TEST(Resolve, ManyCirclesNestLikeASlowCount) {
     std::mt19937 random(10);
     std::uniform_real_distribution<double> anywhere(-50.0, 50.0);
