@@ -35,6 +35,7 @@ int Run(int argc, char** argv) {
     AddJoin(app);
     AddWhole(app);
     AddDemo(app);
+    AddManual(app);
     CatchSignals();
     try {
 #if defined(_WIN32)
