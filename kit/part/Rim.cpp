@@ -192,7 +192,9 @@ std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, Poin
         if (number == edge.start || number == edge.end) return;
         Point3 const& p = m_Points[static_cast<std::size_t>(number)];
         double const share = Dot(p - a, way) / square;
-        if (!(share > 0.0 && share < 1.0)) return;
+        // A point as near to an end is to be joined with that end.
+        double const length = std::sqrt(square);
+        if (!(share * length > near && (1.0 - share) * length > near)) return;
         if (Length(p - (a + share * way)) <= near) found.emplace_back(share, number);
     });
     std::sort(found.begin(), found.end());
