@@ -121,7 +121,11 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
 tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = m_Tree.AddNode(point);
-    if (m_Tree.m_nCount != nCount) Remember(pNode);
+    if (m_Tree.m_nCount != nCount) {
+        Remember(pNode);
+    } else {
+        ++m_nNeedless;
+    }
     return pNode;
 }
 
