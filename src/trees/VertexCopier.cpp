@@ -38,7 +38,7 @@ public:
         }
         m_bOrdered = m_bOrdered && HasSameBits(point.z, m_dHeight);
         if (m_Groups.empty() || IsBeyond(point.y, m_Groups.back().dHighest)) {
-            m_Groups.push_back({m_nVertices, point.y, false});
+            m_Groups.push_back({m_nVertices, point.y, point.y, false});
         } else {
             AddToLast(point);
         }
@@ -49,8 +49,9 @@ public:
     /// Whether heights come in their order, more than the tolerance apart.
     bool AreOrdered() const { return m_bOrdered; }
 
-    /// The groups in which vertices may be mistaken for each other, since there are several rows, or vertices
-    /// in one that are not apart: the number of the first vertex, and of the one behind the last.
+    /// The groups in which vertices may be mistaken for each other: the number of the first vertex, and of
+    /// the one behind the last. Where all rows of a group are near each other, its vertices stand in the
+    /// order of their x, as those of one row do, and can't be mistaken if they are apart.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> const& Mistakable() {
         EndHeight();
         return m_Mistakable;
@@ -59,7 +60,8 @@ public:
 private:
     struct Group {
         std::uint32_t nFirst;
-        double dHighest;  // y
+        double dLowest;  // y
+        double dHighest;
         bool bMistakable;
     };
 
@@ -70,12 +72,15 @@ private:
     // Rows that are near each other come in any order, and one may join groups that seemed to lie apart.
     void AddToLast(CPoint3D const& point) {
         Group& last = m_Groups.back();
-        last.bMistakable = last.bMistakable || point.y != last.dHighest || !IsBeyond(point.x, m_dLast);
+        last.dLowest = std::min(last.dLowest, point.y);
         last.dHighest = std::max(last.dHighest, point.y);
+        last.bMistakable =
+            last.bMistakable || IsBeyond(last.dHighest, last.dLowest) || !IsBeyond(point.x, m_dLast);
         while (m_Groups.size() > 1 && !IsBeyond(point.y, m_Groups[m_Groups.size() - 2].dHighest)) {
-            double const dHighest = m_Groups.back().dHighest;
+            Group const joined = m_Groups.back();
             m_Groups.pop_back();
-            m_Groups.back().dHighest = dHighest;
+            m_Groups.back().dLowest = std::min(m_Groups.back().dLowest, joined.dLowest);
+            m_Groups.back().dHighest = std::max(m_Groups.back().dHighest, joined.dHighest);
             m_Groups.back().bMistakable = true;
         }
     }

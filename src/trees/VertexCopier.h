@@ -15,8 +15,9 @@ namespace varnet {
 ///
 /// The order of the source tree is known, and where its vertices cannot be mistaken for each other, all
 /// comparisons agree with it: heights lie more than the tolerance apart, and so do rows of one y at a height,
-/// and vertices in a row. Where rows at a height are nearer, which is rare, what their vertices meet on their
-/// way depends on the shape of the tree; for all other vertices each of these lies on one side.
+/// and vertices in a row. Rows that are all near each other, as roundings set them apart, count as one. Where
+/// rows hang together in longer chains, which is rare, what their vertices meet on their way depends on the
+/// shape of the tree; for all other vertices each of these lies on one side.
 class VertexCopier {
 public:
     /// Ranks the vertices of the source in its order. The source must outlive this and keep its vertices.
