@@ -21,7 +21,8 @@ using namespace varnet;
 
 namespace {
 
-// A shell's name takes the place of the last four characters of the source's name, normally ".stl".
+// A shell's number and ending take the place of the last four characters of the source's name, normally
+// ".stl".
 constexpr std::size_t kExtension = 4;
 
 // "part.stl" becomes "part_1.STL". A name too short for the cut gives way as a whole, one too long for the

@@ -25,7 +25,7 @@ tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVe
 
 // The edge from a to b with the facet beyond it: of the marked facets in a's list that have b as a corner the
 // last one. The winding is not looked at. The lists of both ends hold the facets at the edge in the same
-// order: walked is the one of pNear, an end that is at hand.
+// order: walked is the one of pNear, an end that is at hand, unless it is long and the other one shorter.
 tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode const* pNear) {
     tagVertexNode const* pWalked = pNear;
     tagVertexNode const* pWanted = pNear == a ? b : a;

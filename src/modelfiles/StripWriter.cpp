@@ -106,11 +106,11 @@ Continuation FindContinuation(StripFacet const& present) {
     return {0, {nullptr, 0}};
 }
 
-// The header's default text is in a field of the longest length, zeros behind it.
-bool WriteHeader(FILE* pFile, char const* pszHeader, std::size_t nSize, std::string_view text) {
+// Writes the header that the host gives, or else the text with zeros behind it.
+void WriteHeader(FILE* pFile, char const* pszHeader, std::size_t nSize, std::string_view text) {
     std::array<char, csm::kLongHeaderSize> header{};
     std::memcpy(header.data(), text.data(), text.size());
-    return std::fwrite(pszHeader != nullptr ? pszHeader : header.data(), 1, nSize, pFile) == nSize;
+    std::fwrite(pszHeader != nullptr ? pszHeader : header.data(), 1, nSize, pFile);
 }
 
 void WriteGrid(FILE* pFile, PointGrid const& grid, std::uint32_t nVertices) {

@@ -14,8 +14,9 @@ using namespace varnet;
 
 namespace {
 
-// Millimetres that are left of a stretch of hatch when it is cut off its ring, or shortened at the opening,
-// and of a contour that is opened.
+// Millimetres that are left at least: of a ring when a stretch is cut off it, and of a stretch of a chain
+// when it is shortened at the opening; of a contour when it is opened or emitted, and of a stretch of a ring
+// when it is shortened.
 constexpr double kKeepOfHatch = 0.5;
 constexpr double kKeepOfContour = 1.0;
 
@@ -110,8 +111,9 @@ void AppendEdge(tagLoopTreeNode& path, CEdge2D& edge) {
     path.m_pPointList->AddTail(edge.m_ptEnd);
 }
 
-// Takes edges off the end of the chain: those up to the link point, and what is left of the edge that the
-// point is in, with one edge more. False where the chain ends before the point is reached.
+// Takes edges off the end of the chain: for the one stretch those up to the link point, for the other one the
+// edge that was met as beginning there, if any, and one edge more. False where the chain ends before the
+// point is reached.
 bool TakeStretches(tagHatchLink const& link, tagLoopTreeNode& upTo, tagLoopTreeNode& from) {
     CHatch& hatch = *link.m_pHatch;
     bool const bFromHead = link.m_bFromHead != 0;

@@ -14,7 +14,7 @@ using namespace varnet;
 
 namespace {
 
-// Squared millimetres: what is not nearer is not found.
+// Millimetres, squared where the name says so: what is not nearer is not found.
 constexpr double kPassReach2 = 1e10;
 constexpr double kStepReach = 1e20;
 constexpr double kStepReach2 = 1e40;
