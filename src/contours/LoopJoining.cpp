@@ -6,15 +6,6 @@
 
 using namespace varnet;
 
-namespace {
-
-PointList& PointsOf(tagLoopTreeNode& loop) {
-    if (loop.m_pPointList == nullptr) loop.m_pPointList = new PointList(kPointBlockSize);
-    return *loop.m_pPointList;
-}
-
-}  // namespace
-
 void tagLoopTreeNode::InsertLoopAtHead(tagLoopTreeNode* pOther, int nFlags) {
     if (pOther->m_pPointList == nullptr) return;
     PointList& points = PointsOf(*this);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -10,7 +11,8 @@
 
 namespace varnet {
 
-// Walking the points of a loop, the loops of a list, and the loops of a tree.
+// The points of a loop, the loops of a list, and the loops of a tree: how they are walked, and what is done
+// with whole lists.
 
 using PointList = XR_CList<CPoint2D, CPoint2D&>;
 using PointNode = PointList::XR_CNode;
@@ -26,6 +28,19 @@ inline PointNode* FirstPoint(tagLoopTreeNode const& loop) {
 
 inline int PointCount(tagLoopTreeNode const& loop) {
     return loop.m_pPointList != nullptr ? loop.m_pPointList->GetCount() : 0;
+}
+
+/// The loop's points, for adding to them: the list is made where there is none.
+inline PointList& PointsOf(tagLoopTreeNode& loop) {
+    if (loop.m_pPointList == nullptr) loop.m_pPointList = new PointList(kPointBlockSize);
+    return *loop.m_pPointList;
+}
+
+/// A new path with an empty list of points.
+inline std::unique_ptr<tagLoopTreeNode> NewPath() {
+    auto path = std::make_unique<tagLoopTreeNode>(0);
+    PointsOf(*path);
+    return path;
 }
 
 inline XR__POSITION* PositionOf(PointNode* pNode) { return reinterpret_cast<XR__POSITION*>(pNode); }
@@ -82,6 +97,16 @@ template <class List>
 void ReverseOrder(List& list) {
     for (auto* p = list.m_pNodeHead; p != nullptr; p = p->pPrev) std::swap(p->pNext, p->pPrev);
     std::swap(list.m_pNodeHead, list.m_pNodeTail);
+}
+
+/// Exchanges what two lists hold. Elements keep their nodes, and nothing can fail.
+template <class List>
+void SwapElements(List& a, List& b) noexcept {
+    std::swap(a.m_pNodeHead, b.m_pNodeHead);
+    std::swap(a.m_pNodeTail, b.m_pNodeTail);
+    std::swap(a.m_nCount, b.m_nCount);
+    std::swap(a.m_pNodeFree, b.m_pNodeFree);
+    std::swap(a.m_pBlocks, b.m_pBlocks);
 }
 
 }  // namespace varnet

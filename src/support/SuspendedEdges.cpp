@@ -55,8 +55,11 @@ std::vector<MeshEdge> EdgesOfMode(CSTLModel const& model, int nMode, double dSlo
 // Chains come about from one chain for each edge, which they absorb, and removing keeps the capacity: the
 // empty array gets that of one that has held them all.
 void GrowForEach(std::vector<MeshEdge> const& edges, XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains) {
+    struct EmptyAgain {
+        XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains;
+        ~EmptyAgain() { chains.RemoveAt(0, chains.GetSize()); }
+    } const emptyAgain{chains};
     for (std::size_t i = 0; i < edges.size(); ++i) chains.Add(nullptr);
-    chains.RemoveAt(0, chains.GetSize());
 }
 
 }  // namespace

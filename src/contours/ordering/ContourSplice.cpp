@@ -9,6 +9,7 @@
 #include "contours/LoopWalk.h"
 #include "contours/ordering/HatchClass.h"
 #include "contours/ordering/PointBits.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
@@ -31,12 +32,6 @@ struct Opening {
     double dTailCut;
     double dHeadCut;
 };
-
-Path EmptyPath() {
-    auto pPath = std::make_unique<tagLoopTreeNode>(0);
-    pPath->m_pPointList = new PointList(kPointBlockSize);
-    return pPath;
-}
 
 // ---- opening
 
@@ -140,8 +135,8 @@ bool TakeStretches(tagHatchLink const& link, tagLoopTreeNode& upTo, tagLoopTreeN
 // What is left of the chain stays a hatch.
 void SpliceChain(tagLoopTreeNode& contour, tagHatchLink const& link, Opening const& opening, CPoint2D& pos,
                  CLayer& out, double dCut) {
-    Path pBefore = EmptyPath();
-    Path pBehind = EmptyPath();
+    Path pBefore = NewPath();
+    Path pBehind = NewPath();
     if (!TakeStretches(link, *pBefore, *pBehind)) return AddLoopToOrderedLayer(&contour, &out, pos, dCut);
     if (link.m_bSide != 0) {
         pBefore->ReverseLoop();
@@ -164,7 +159,7 @@ void AddLoopToOrderedLayer(tagLoopTreeNode* pLoop, CLayer* pOut, CPoint2D& pos, 
     if (dCut > 0.0) pCopy->CutLoop(dCut, kKeepOfContour, OPERATE_AT_TAIL, 0);
     if (PointCount(*pCopy) == 0) return;
     pos = pCopy->m_pPointList->GetTail();
-    pOut->AddRawLoop(pCopy.release());
+    AddOwned(pOut->m_RawLoopList, std::move(pCopy));
 }
 
 void varnet::LinkContour(tagLoopTreeNode& contour, LinkableHatchs& hatchs, CPoint2D& pos, CLayer& out,

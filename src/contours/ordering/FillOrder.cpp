@@ -14,6 +14,7 @@
 #include "contours/ordering/HatchClass.h"
 #include "contours/ordering/HatchOrder.h"
 #include "contours/ordering/LoopOrder.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
@@ -85,11 +86,7 @@ public:
         ForEachHatch(m_List, [](CHatch& hatch) { delete &hatch; });
     }
 
-    void Add(CHatch& hatch) {
-        auto* const pCopy = new CHatch;
-        pCopy->Copy(&hatch);
-        m_List.AddTail(pCopy);
-    }
+    void Add(CHatch& hatch) { AddNew<CHatch>(m_List).Copy(&hatch); }
     XR_CList<void*, void*> const& List() const { return m_List; }
 
 private:
@@ -111,7 +108,7 @@ void EmitHatch(CHatch& hatch, double dZ, CLayer& out, CPoint2D& pos, double dCut
     if (ClassOf(hatch) == kRingClass) pPath->CutLoop(dCut, kKeepOfRing, OPERATE_AT_TAIL, 0);
     if (PointCount(*pPath) < 2) return;
     pos = pPath->m_pPointList->GetTail();
-    out.AddRawLoop(pPath.release());
+    AddOwned(out.m_RawLoopList, std::move(pPath));
 }
 
 }  // namespace
