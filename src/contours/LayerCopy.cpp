@@ -2,6 +2,7 @@
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
+#include "foundation/Require.h"
 #include "foundation/memory/AddNew.h"
 
 using namespace varnet;
@@ -66,6 +67,7 @@ CLayer* CLayer::CopyLoop() {
 }
 
 void CLayer::CopyLayer(CLayer& other, double dx, double dy, double dz) {
+    VARNET_REQUIRE(&other != this);
     ReleaseAll();
     m_dZ = other.m_dZ + dz;
     m_Box = other.m_Box;
@@ -80,6 +82,7 @@ void CLayer::CopyLayer(CLayer& other, double dx, double dy, double dz) {
 }
 
 void CLayer::AddOtherLayer(CLayer& other, double dx, double dy, int nMask) {
+    VARNET_REQUIRE(&other != this);
     CPoint2D const offset(dx, dy);
     other.BuildLoopList();
     if ((nMask & kLoops) != 0) {

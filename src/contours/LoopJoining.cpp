@@ -3,10 +3,12 @@
 #include "contours/LoopTreeNode.h"
 #include "contours/LoopWalk.h"
 #include "contours/ordering/PointBits.h"
+#include "foundation/Require.h"
 
 using namespace varnet;
 
 void tagLoopTreeNode::InsertLoopAtHead(tagLoopTreeNode* pOther, int nFlags) {
+    VARNET_REQUIRE(pOther != this);
     if (pOther->m_pPointList == nullptr) return;
     PointList& points = PointsOf(*this);
     for (PointNode* p = pOther->m_pPointList->m_pNodeTail; p != nullptr; p = p->pPrev) {
@@ -17,6 +19,7 @@ void tagLoopTreeNode::InsertLoopAtHead(tagLoopTreeNode* pOther, int nFlags) {
 }
 
 void tagLoopTreeNode::InsertLoopAtTail(tagLoopTreeNode* pOther, int nFlags) {
+    VARNET_REQUIRE(pOther != this);
     if (pOther->m_pPointList == nullptr) return;
     PointList& points = PointsOf(*this);
     for (PointNode* p = pOther->m_pPointList->m_pNodeHead; p != nullptr; p = p->pNext) {

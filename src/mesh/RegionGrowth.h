@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
@@ -126,6 +127,7 @@ public:
     /// caller has placed the seed.
     template <class NeighborsOf, class Joins, class Visit>
     void Grow(CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins, Visit const& visit) {
+        VARNET_REQUIRE(seed.m_nRegion == kPlaced);
         m_Growth.Grow(
             &seed, neighborsOf,
             [&joins](int nEdge, CFacet* pMember, CFacet* pCandidate) {

@@ -68,6 +68,7 @@ void EdgeRing::AddTail(tagCSMEdge const& edge) {
 }
 
 void EdgeRing::RemoveHead(std::size_t nEdges) {
+    VARNET_REQUIRE(nEdges <= m_nSize);
     m_nHead = (m_nHead + nEdges) & Mask();
     m_nSize -= nEdges;
 }
@@ -95,6 +96,7 @@ void EdgeRing::Grow() {
 // ---- the encoder
 
 void RingEncoder::Encode(CFacet& seed) {
+    VARNET_REQUIRE(seed.m_nRegion != 0);
     Start(seed);
     while (!m_Ring.IsEmpty()) {
         Choice const choice = ChooseStep();

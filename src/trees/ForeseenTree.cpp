@@ -8,6 +8,7 @@
 namespace varnet {
 
 void ForeseenTree::Link() {
+    VARNET_REQUIRE(!m_bLinked && NodeCount() <= kMostNodes);
     // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
     if (m_Nodes.size() < NodeCount() + 1) {
         ZeroedTable<Node> nodes(std::max(NodeCount() + 1, std::min(2 * m_Nodes.size(), kMostNodes + 1)));
@@ -22,6 +23,7 @@ void ForeseenTree::Link() {
     m_Made.reserve(m_nUnplaced);
     SortExpected();
     LinkNeighbors();
+    m_bLinked = true;
 }
 
 // A few of many keys are sorted, else all are looked through. Neighbours are linked on the way, as long as no
@@ -135,6 +137,8 @@ void ForeseenTree::Clear() {
     m_NodeKeys.clear();
     m_Made.clear();
     m_nUnplaced = 0;
+    m_bLinked = false;
+    m_nCome = 0;
 }
 
 }  // namespace varnet

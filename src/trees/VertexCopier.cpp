@@ -136,6 +136,7 @@ bool VertexCopier::FindRanks() {
 
 // All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
+    VARNET_REQUIRE(IsOrdered() && CanCopy() && target.m_pRoot == nullptr);
     m_Tree.Link();
     if (m_Copies.size() < m_Tree.NodeCount()) {
         m_Copies = ZeroedTable<tagVertexNode*>(std::max(m_Tree.NodeCount(), 2 * m_Copies.size()));

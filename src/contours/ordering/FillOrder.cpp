@@ -14,6 +14,7 @@
 #include "contours/ordering/HatchClass.h"
 #include "contours/ordering/HatchOrder.h"
 #include "contours/ordering/LoopOrder.h"
+#include "foundation/Require.h"
 #include "foundation/memory/AddNew.h"
 
 using namespace varnet;
@@ -115,6 +116,7 @@ void EmitHatch(CHatch& hatch, double dZ, CLayer& out, CPoint2D& pos, double dCut
 
 void CLayer::OptimizeLoopAndChildLoopHatch(tagLoopTreeNode* pLoop, CPoint2D* pPos, CLayer* pOut,
                                            double dWidth, double dCut) {
+    VARNET_REQUIRE(pOut != this);
     pOut->m_dZ = m_dZ;
     HatchCopies copies;
     TakeHatchsIn(*pLoop, *this, copies);
