@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/Counter.h"
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
@@ -106,11 +107,10 @@ private:
     struct Neighbors {
         ShellCopier& copier;
         void LookAhead(std::span<std::uint32_t const> wave, std::size_t i) const {
-            constexpr std::size_t kFar = 24;
-            constexpr std::size_t kNear = 12;
-            if (i + kFar < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kFar]);
-            if (i + kNear < wave.size() && copier.m_bRanked) {
-                for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kNear]))
+            using namespace look_ahead;
+            if (i + kShellRecord < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kShellRecord]);
+            if (i + kShellVertices < wave.size() && copier.m_bRanked) {
+                for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kShellVertices]))
                     copier.m_Vertices.PrefetchExpect(n);
             }
         }
@@ -137,7 +137,7 @@ private:
 
     // Where facets stand in the model a second time, they are placed from the beginning.
     void MarkAsPlaced() {
-        constexpr std::uint32_t kAhead = 64;
+        constexpr std::uint32_t kAhead = look_ahead::kNumberedFacet;
         for (std::uint32_t n = 0; n < Size(); ++n) {
             if (n + kAhead < Size()) Prefetch(&m_Graph.Facet(n + kAhead));
             CFacet& facet = m_Graph.Facet(n);
@@ -171,26 +171,27 @@ private:
     }
 
     void CopyFacets(CSTLModel& shell) {
-        constexpr std::size_t kFar = 32;
-        constexpr std::size_t kMiddle = 16;
-        constexpr std::size_t kNear = 8;
         for (std::size_t i = 0; i < m_Shell.size(); ++i) {
-            if (i + kFar < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kFar]);
-            if (i + kMiddle < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kMiddle]))
-                    m_Vertices.PrefetchNext(nRank);
-            }
-            if (i + kNear < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kNear])) {
-                    if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
-                        Prefetch(&p->x);
-                        Prefetch(&p->m_ppFacet);
-                    }
-                }
-            }
+            PrefetchEntered(i);
             std::array<tagVertexNode*, 3> corners;
             for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Graph.NoteOf(m_Shell[i])[k]);
             EnterTriangle(shell, corners);
+        }
+    }
+
+    void PrefetchEntered(std::size_t i) const {
+        using namespace look_ahead;
+        if (i + kEnteredRecord < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kEnteredRecord]);
+        if (i + kEnteredRanks < m_Shell.size()) {
+            for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredRanks]))
+                m_Vertices.PrefetchNext(nRank);
+        }
+        if (i + kEnteredVertices >= m_Shell.size()) return;
+        for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredVertices])) {
+            if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
+                Prefetch(&p->x);
+                Prefetch(&p->m_ppFacet);
+            }
         }
     }
 

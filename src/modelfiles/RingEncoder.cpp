@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
@@ -43,10 +44,9 @@ tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode c
     return {a, b, nullptr, nullptr};
 }
 
-// Has the vertex's facets brought near, where they are few: the next edges will be made from them.
+// Has the first of the vertex's facets brought near: the next edges will be made from them.
 void BringFacetsNear(tagVertexNode const& vertex) {
-    constexpr int kFew = 12;
-    int const nFacets = std::min(vertex.m_nFacetNum, kFew);
+    int const nFacets = std::min(vertex.m_nFacetNum, look_ahead::kMostRingFacets);
     for (int i = 0; i < nFacets; ++i) Prefetch(vertex.m_ppFacet[i]);
 }
 

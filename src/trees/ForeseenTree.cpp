@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/LookAhead.h"
 #include "trees/Avl.h"
 
 namespace varnet {
@@ -55,7 +56,7 @@ void ForeseenTree::SortExpected() {
 
 // Takes the keys out from the last to the first: each keeps the neighbours that it has then.
 void ForeseenTree::LinkNeighbors() {
-    constexpr std::size_t kAhead = 16;
+    constexpr std::size_t kAhead = look_ahead::kTakenOutNode;
     for (std::size_t i = m_Comings.size(); i-- > 0;) {
         if (i >= kAhead) PrefetchNode(m_Comings[i - kAhead]);
         Node& node = NodeOf(m_Comings[i]);
