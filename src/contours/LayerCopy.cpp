@@ -15,8 +15,6 @@ constexpr int kFirstGroupHatches = 2;
 constexpr int kSecondGroupHatches = 4;
 constexpr int kEverything = 255;
 
-constexpr int kSecondGroup = 1000;  // hatch ids from here on
-
 // What ConvertHatchToLoop writes to the first attribute of a point.
 constexpr float kStartsEdge = -12301.0f;
 constexpr float kEndsEdge = -12302.0f;

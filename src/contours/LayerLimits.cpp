@@ -95,8 +95,8 @@ int ClipEdgeToBox(CEdge2D& edge, CBoundBox2D& box, CEdge2D& result) {
     if (crossings.nCount == 0) return 0;
     if (crossings.nCount == 2) {
         // Roots, since two squares that differ may have the same one.
-        double const dFirst = std::sqrt(D2ofPtoP(edge.m_ptStart, first));
-        double const dSecond = std::sqrt(D2ofPtoP(edge.m_ptStart, second));
+        double const dFirst = Distance(edge.m_ptStart, first);
+        double const dSecond = Distance(edge.m_ptStart, second);
         if (dFirst > dSecond) std::swap(first, second);
         result = CEdge2D(first, second);
     } else {

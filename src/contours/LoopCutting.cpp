@@ -13,8 +13,6 @@ namespace {
 // Millimetres. The least length that is cut, and how near a vertex must be to serve as the cut point.
 constexpr double kLeastCut = 0.01;
 
-double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
-
 // The length of the path from its head, up to the segment that reaches dEnough.
 double MeasureUpTo(PointList const& points, double dEnough) {
     double dSum = 0.0;

@@ -2,7 +2,6 @@
 
 #include "contours/LoopTreeNode.h"
 #include "contours/LoopWalk.h"
-#include "contours/ordering/PointBits.h"
 #include "foundation/Require.h"
 
 using namespace varnet;

@@ -1,18 +1,22 @@
 #pragma once
 
+#include <bit>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "contours/Hatch.h"
 #include "contours/LoopTreeNode.h"
+#include "foundation/Geometry.h"
 #include "foundation/List.h"
 
 namespace varnet {
 
-// The points of a loop, the loops of a list, and the loops of a tree: how they are walked, and what is done
-// with whole lists.
+// The points of a loop, the loops and hatches of a list, and the loops of a tree: how they are told apart and
+// walked, and what is done with whole lists.
 
 using PointList = XR_CList<CPoint2D, CPoint2D&>;
 using PointNode = PointList::XR_CNode;
@@ -42,6 +46,24 @@ inline std::unique_ptr<tagLoopTreeNode> NewPath() {
     PointsOf(*path);
     return path;
 }
+
+inline double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
+
+/// Sets bits of the second attribute of a point, a bit set in a float's bytes. As a number it may be
+/// anything, and stays unread.
+inline void SetPointBits(CPoint2D& point, int nBits) {
+    point.m_fAttr2 = std::bit_cast<float>(std::bit_cast<std::uint32_t>(point.m_fAttr2) |
+                                          static_cast<std::uint32_t>(nBits));
+}
+
+/// Hatches with ids from here on, those of supports, are a group of their own: contours are not linked with
+/// them.
+inline constexpr int kSecondGroup = 1000;
+
+/// What a hatch is to the ordering of paths: the remainder of its id by 100. All but these are chains.
+inline int ClassOf(CHatch const& hatch) { return hatch.m_nID % 100; }
+inline constexpr int kRingClass = 1;
+inline constexpr int kNeverLinkedClass = 2;
 
 inline XR__POSITION* PositionOf(PointNode* pNode) { return reinterpret_cast<XR__POSITION*>(pNode); }
 

@@ -48,15 +48,6 @@ std::vector<CFacet*> FacetsOf(CSTLModel const& model) {
     return facets;
 }
 
-tagFACET CopyOf(CFacet const& facet) {
-    tagFACET copy;
-    copy.m_ptVertex[0] = *facet.m_pVertex1;
-    copy.m_ptVertex[1] = *facet.m_pVertex2;
-    copy.m_ptVertex[2] = *facet.m_pVertex3;
-    std::copy_n(facet.m_fNormal, 3, copy.m_fNormal);
-    return copy;
-}
-
 // The corners of a facet, by the ranks of their vertices.
 using Ranks = std::array<std::uint32_t, 3>;
 using RankGraph = FacetGraph<Ranks>;
@@ -199,7 +190,7 @@ private:
     void OfferFacets(CSTLModel& shell) {
         FacetIntake intake(shell, m_Shell.size());
         FacetQueue queue(intake);
-        for (std::uint32_t const n : m_Shell) queue.Add(CopyOf(m_Graph.Facet(n)));
+        for (std::uint32_t const n : m_Shell) queue.Add(RecordOf(m_Graph.Facet(n)));
         queue.Flush();
     }
 

@@ -70,13 +70,12 @@ public:
     template <class Offer>
     void operator()(CFacet* pFacet, Offer const& offer) {
         for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
-            if (pVertex->m_nFacetNum > kLongList && !m_Walked.insert(pVertex).second) continue;
+            if (pVertex->m_nFacetNum > kLongFacetList && !m_Walked.insert(pVertex).second) continue;
             for (int i = 0; i < pVertex->m_nFacetNum; ++i) offer(0, pVertex->m_ppFacet[i]);
         }
     }
 
 private:
-    static constexpr int kLongList = 32;
     std::unordered_set<tagVertexNode const*> m_Walked;  // of the vertices with long lists
 };
 

@@ -1,7 +1,6 @@
 #include "modelfiles/RingEncoder.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
@@ -14,9 +13,6 @@ namespace {
 // The longest run that a step can state, and the most edges beyond a run that are looked at.
 constexpr int kLongestRun = 127;
 
-// Vertices of more facets than this are not walked where the other end of the edge has fewer.
-constexpr int kLongFacetList = 32;
-
 // The corner of the facet that is neither a nor b, two of its corners.
 tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVertexNode const* b) {
     if (facet.m_pVertex1 == a) return facet.m_pVertex2 == b ? facet.m_pVertex3 : facet.m_pVertex2;
@@ -25,14 +21,9 @@ tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVe
 }
 
 // The edge from a to b with the facet beyond it: of the marked facets in a's list that have b as a corner the
-// last one. The winding is not looked at. The lists of both ends hold the facets at the edge in the same
-// order: walked is the one of pNear, an end that is at hand, unless it is long and the other one shorter.
+// last one. The winding is not looked at. Walked is rather the list of pNear, an end that is at hand.
 tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode const* pNear) {
-    tagVertexNode const* pWalked = pNear;
-    tagVertexNode const* pWanted = pNear == a ? b : a;
-    if (pWalked->m_nFacetNum > kLongFacetList && pWanted->m_nFacetNum < pWalked->m_nFacetNum) {
-        std::swap(pWalked, pWanted);
-    }
+    auto const [pWalked, pWanted] = ChooseWalked(pNear, pNear == a ? b : a);
     for (int i = pWalked->m_nFacetNum; i > 0; --i) {
         CFacet* const pFacet = pWalked->m_ppFacet[i - 1];
         if (pFacet->m_nRegion != 0 && HasCorner(*pFacet, pWanted)) {

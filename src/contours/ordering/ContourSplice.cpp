@@ -1,14 +1,11 @@
 // Opening a contour where a hatch passes by, and splicing stretches of the hatch into the opening.
 
-#include "contours/ordering/ContourSplice.h"
-
 #include <memory>
 #include <utility>
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
-#include "contours/ordering/HatchClass.h"
-#include "contours/ordering/PointBits.h"
+#include "contours/ordering/HatchLinkSearch.h"
 #include "foundation/memory/AddNew.h"
 
 using namespace varnet;

@@ -10,8 +10,7 @@
 #include "contours/LoopWalk.h"
 #include "contours/nesting/BoxIndex.h"
 #include "contours/nesting/LoopSlabs.h"
-#include "contours/ordering/ContourSplice.h"
-#include "contours/ordering/HatchClass.h"
+#include "contours/ordering/HatchLinkSearch.h"
 #include "contours/ordering/HatchOrder.h"
 #include "contours/ordering/LoopOrder.h"
 #include "foundation/Require.h"
@@ -21,7 +20,6 @@ using namespace varnet;
 
 namespace {
 
-constexpr int kSecondGroup = 1000;  // hatch ids from here on take no part
 // A loop that has been tested so often gets slabs.
 constexpr int kFewTests = 8;
 
