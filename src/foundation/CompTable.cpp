@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "foundation/Require.h"
+
 namespace {
 
 // The bounds of the cells that reach outwards from the grid, in millimetres: far, but so that fractions of
@@ -75,10 +77,12 @@ void C2DCompTable::SetRowColandBox(int nRows, int nCols, double dMinX, double dM
 }
 
 void C2DCompTable::SetPoint(double dValue, unsigned int nRow, unsigned int nCol) {
+    VARNET_REQUIRE(nRow < static_cast<unsigned>(m_nRows) && nCol < static_cast<unsigned>(m_nCols));
     m_pValues[static_cast<std::size_t>(nRow) * static_cast<std::size_t>(m_nCols) + nCol] = dValue;
 }
 
 double C2DCompTable::GetPoint(unsigned int nRow, unsigned int nCol) {
+    VARNET_REQUIRE(nRow < static_cast<unsigned>(m_nRows) && nCol < static_cast<unsigned>(m_nCols));
     return m_pValues[static_cast<std::size_t>(nRow) * static_cast<std::size_t>(m_nCols) + nCol];
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LargePages.h"
 #include "mesh/FacetCorners.h"
@@ -32,9 +33,8 @@ public:
     template <class MakeNote>
     FacetGraph(std::vector<CFacet*> facets, MakeNote const& makeNote)
         : m_Facets(std::move(facets)), m_Records(m_Facets.size()) {
-        constexpr std::uint32_t kAhead = 64;
         for (std::uint32_t i = 0; i < Size(); ++i) {
-            if (i + kAhead < Size()) Prefetch(m_Facets[i + kAhead]);
+            if (i + look_ahead::kNumberedFacet < Size()) Prefetch(m_Facets[i + look_ahead::kNumberedFacet]);
             if (Find(m_Facets[i]) >= i) SetNumber(*m_Facets[i], i);
         }
         for (std::uint32_t i = 0; i < Size(); ++i) {

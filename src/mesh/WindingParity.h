@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
 #include "mesh/STLModel.h"
 
@@ -26,8 +27,12 @@ public:
     /// spreads decides there.
     bool IsUnique() const { return m_bUnique; }
 
-    /// Whether the facet with this number, in the order of the model's facets, is to be turned.
-    bool IsTurned(std::size_t nFacet) { return Find(static_cast<std::uint32_t>(nFacet)).nTurned != 0; }
+    /// Whether the facet with this number, in the order of the model's facets, is to be turned; where there
+    /// is just one answer.
+    bool IsTurned(std::size_t nFacet) {
+        VARNET_REQUIRE(m_bUnique && nFacet < m_Links.size());
+        return Find(static_cast<std::uint32_t>(nFacet)).nTurned != 0;
+    }
 
 private:
     // A facet's set and whether it is turned against the set's first facet, which stands for the set.

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/LookAhead.h"
 #include "trees/Avl.h"
 
 namespace varnet {
 
 void ForeseenTree::Link() {
+    VARNET_REQUIRE(!m_bLinked && NodeCount() <= kMostNodes);
     // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
     if (m_Nodes.size() < NodeCount() + 1) {
         ZeroedTable<Node> nodes(std::max(NodeCount() + 1, std::min(2 * m_Nodes.size(), kMostNodes + 1)));
@@ -22,6 +24,7 @@ void ForeseenTree::Link() {
     m_Made.reserve(m_nUnplaced);
     SortExpected();
     LinkNeighbors();
+    m_bLinked = true;
 }
 
 // A few of many keys are sorted, else all are looked through. Neighbours are linked on the way, as long as no
@@ -53,7 +56,7 @@ void ForeseenTree::SortExpected() {
 
 // Takes the keys out from the last to the first: each keeps the neighbours that it has then.
 void ForeseenTree::LinkNeighbors() {
-    constexpr std::size_t kAhead = 16;
+    constexpr std::size_t kAhead = look_ahead::kTakenOutNode;
     for (std::size_t i = m_Comings.size(); i-- > 0;) {
         if (i >= kAhead) PrefetchNode(m_Comings[i - kAhead]);
         Node& node = NodeOf(m_Comings[i]);
@@ -135,6 +138,8 @@ void ForeseenTree::Clear() {
     m_NodeKeys.clear();
     m_Made.clear();
     m_nUnplaced = 0;
+    m_bLinked = false;
+    m_nCome = 0;
 }
 
 }  // namespace varnet

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/NearPointer.h"
 
@@ -33,13 +34,20 @@ public:
     static constexpr std::size_t kMostNodes = (std::size_t{1} << 27) - 2;
 
     /// For keys below nKeys, which is kMostNodes at most.
-    explicit ForeseenTree(std::size_t nKeys) : m_Nodes(nKeys + 1), m_nKeys(nKeys) {}
+    explicit ForeseenTree(std::size_t nKeys) : m_Nodes(nKeys + 1), m_nKeys(nKeys) {
+        VARNET_REQUIRE(nKeys <= kMostNodes);
+    }
 
-    void SetUnplaced(std::uint32_t nKey) { NodeOf(nKey).bUnplaced = true; }
+    /// Before any key is told.
+    void SetUnplaced(std::uint32_t nKey) {
+        VARNET_REQUIRE(nKey < m_nKeys && m_Comings.empty());
+        NodeOf(nKey).bUnplaced = true;
+    }
     bool IsUnplaced(std::uint32_t nKey) const { return NodeOf(nKey).bUnplaced; }
 
     /// The key will come next. One that is not unplaced comes just once, however often it is told.
     void Expect(std::uint32_t nKey) {
+        VARNET_REQUIRE(nKey < m_nKeys && !m_bLinked);
         Node& node = NodeOf(nKey);
         if (node.bExpected && !node.bUnplaced) return;
         m_nUnplaced += node.bUnplaced ? 1 : 0;
@@ -56,10 +64,13 @@ public:
     /// All keys of nodes are below this: nodes for unplaced keys have keys of their own, from nKeys on.
     std::size_t NodeCount() const { return m_nKeys + m_nUnplaced; }
 
-    /// The next key comes. For an unplaced one, compare(node's key) is above 0 where it goes right, below 0
-    /// where it goes left, and 0 where it ends. Returns the key of the node that it got, or where it ended.
+    /// The next key of Comings() comes. For an unplaced one, compare(node's key) is above 0 where it goes
+    /// right, below 0 where it goes left, and 0 where it ends. Returns the key of the node that it got, or
+    /// where it ended.
     template <class Compare>
     std::uint32_t Come(std::uint32_t nKey, Compare const& compare) {
+        VARNET_REQUIRE(m_bLinked && m_nCome < m_Comings.size() && m_Comings[m_nCome] == nKey);
+        if constexpr (kRequirementsChecked) ++m_nCome;
         if (IsUnplaced(nKey)) return Descend(nKey, compare);
         PutBesideNeighbor(nKey);
         return nKey;
@@ -151,6 +162,10 @@ private:
     std::size_t m_nUnplaced = 0;            // among these
     std::vector<std::uint32_t> m_NodeKeys;  // those that will have nodes, and those that were made
     std::vector<std::uint32_t> m_Made;      // the unplaced keys that nodes were made for
+
+    // For the checks of the order of calls alone.
+    bool m_bLinked = false;
+    std::size_t m_nCome = 0;
 };
 
 }  // namespace varnet

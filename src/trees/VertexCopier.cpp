@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "trees/Avl.h"
 #include "trees/VertexInsertion.h"
@@ -127,10 +128,10 @@ VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(
 // By the numbers that vertices have from their making, which are all different and hardly larger than there
 // are vertices, unless a host has changed them. Of two with one number, one will not be known.
 bool VertexCopier::FindRanks() {
-    constexpr std::size_t kAhead = 16;
     constexpr std::size_t kMostNumbers = 4;
     for (std::size_t n = 0; n < m_Sources.size(); ++n) {
-        if (n + kAhead < m_Sources.size()) Prefetch(&m_Sources[n + kAhead]->m_nIndex);
+        if (n + look_ahead::kRankedVertex < m_Sources.size())
+            Prefetch(&m_Sources[n + look_ahead::kRankedVertex]->m_nIndex);
         auto const nIndex = static_cast<std::uint32_t>(m_Sources[n]->m_nIndex);
         if (nIndex >= kMostNumbers * m_Sources.size()) return false;
         if (nIndex >= m_Ranks.size()) m_Ranks.resize(std::max<std::size_t>(nIndex + 1, m_Sources.size()));
@@ -141,6 +142,7 @@ bool VertexCopier::FindRanks() {
 
 // All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
+    VARNET_REQUIRE(IsOrdered() && CanCopy() && target.m_pRoot == nullptr);
     m_Tree.Link();
     if (m_Copies.size() < m_Tree.NodeCount()) {
         m_Copies = ZeroedTable<tagVertexNode*>(std::max(m_Tree.NodeCount(), 2 * m_Copies.size()));
@@ -170,24 +172,23 @@ void VertexCopier::CopyTo(CVertexTree& target) {
 }
 
 void VertexCopier::PrefetchComing(std::size_t i) const {
-    constexpr std::size_t kFar = 24;
-    constexpr std::size_t kNear = 12;
+    using namespace look_ahead;
     auto const& comings = m_Tree.Comings();
-    if (i + kFar < comings.size()) {
-        m_Tree.PrefetchNode(comings[i + kFar]);
-        Prefetch(&m_Sources[comings[i + kFar]]);
+    if (i + kComingNode < comings.size()) {
+        m_Tree.PrefetchNode(comings[i + kComingNode]);
+        Prefetch(&m_Sources[comings[i + kComingNode]]);
     }
-    if (i + kNear < comings.size()) {
-        m_Tree.PrefetchNeighbors(comings[i + kNear]);
-        Prefetch(&m_Copies[comings[i + kNear]]);
-        Prefetch(&m_Sources[comings[i + kNear]]->x);
-        Prefetch(&m_Sources[comings[i + kNear]]->z);
+    if (i + kComingNeighbors < comings.size()) {
+        m_Tree.PrefetchNeighbors(comings[i + kComingNeighbors]);
+        Prefetch(&m_Copies[comings[i + kComingNeighbors]]);
+        Prefetch(&m_Sources[comings[i + kComingNeighbors]]->x);
+        Prefetch(&m_Sources[comings[i + kComingNeighbors]]->z);
     }
 }
 
 // Gives the copies that have been made the places that they have in the tree.
 void VertexCopier::SetLinks(CVertexTree& target) const {
-    constexpr std::size_t kAhead = 16;
+    constexpr std::size_t kAhead = look_ahead::kLinkedVertex;
     auto const copyOf = [this](std::uint32_t n) { return n == kNone ? nullptr : m_Copies[n]; };
     auto const& nodes = m_Tree.Nodes();
     for (std::size_t i = 0; i < nodes.size(); ++i) {

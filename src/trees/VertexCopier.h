@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/ForeseenTree.h"
 #include "trees/VertexTree.h"
@@ -46,6 +47,7 @@ public:
     /// The target's vertex for one that was told; to be asked as often and in the same order.
     tagVertexNode* Next(std::uint32_t nRank) {
         tagVertexNode* const pCopy = m_Copies[nRank];
+        VARNET_REQUIRE(pCopy != nullptr || m_nMistakable < m_Mistakable.size());
         return pCopy != nullptr ? pCopy : m_Mistakable[m_nMistakable++];
     }
     /// Forgets what was told and copied.
