@@ -11,8 +11,8 @@
 //
 // To measure one again: build with the old distance and with the new one, and run the benchmarks that stand
 // beside it in turn, such as `./dev bench --benchmark_filter=FixNormal`, on a million facets or as many as
-// there are: what fits in the cache tells nothing. Only ratios within one run count. The present distances were
-// tried on the machine of docs/performance.md.
+// there are: what fits in the cache tells nothing. Only ratios within one run count. The present distances
+// were tried on the machine of docs/performance.md.
 
 namespace varnet::look_ahead {
 
@@ -50,8 +50,8 @@ inline constexpr std::size_t kEnteredVertices = 8;
 
 // Copying the vertices of a shell: trees/VertexCopier.cpp, trees/ForeseenTree.cpp. Disjoin.
 inline constexpr std::size_t kRankedVertex = 16;
-inline constexpr std::size_t kComingNode = 24;
-inline constexpr std::size_t kComingNeighbors = 12;
+inline constexpr std::size_t kInsertedNode = 24;
+inline constexpr std::size_t kInsertedNeighbors = 12;
 inline constexpr std::size_t kLinkedVertex = 16;
 inline constexpr std::size_t kTakenOutNode = 16;
 

@@ -102,12 +102,12 @@ private:
             if (i + kShellRecord < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kShellRecord]);
             if (i + kShellVertices < wave.size() && copier.m_bRanked) {
                 for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kShellVertices]))
-                    copier.m_Vertices.PrefetchExpect(n);
+                    copier.m_Vertices.PrefetchAnnounce(n);
             }
         }
         template <class Offer>
         void operator()(std::uint32_t nFacet, Offer const& offer) const {
-            copier.ExpectCorners(nFacet);
+            copier.AnnounceCorners(nFacet);
             auto const& neighbors = copier.m_Graph.Neighbors(nFacet);
             for (std::size_t k = 0; k < neighbors.size(); ++k) {
                 if (neighbors[k] != RankGraph::kNone) offer(static_cast<int>(k) + 1, neighbors[k]);
@@ -140,7 +140,7 @@ private:
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
     void FindShell(std::uint32_t nSeed) {
         m_Shell.assign(1, nSeed);
-        m_nExpected = 0;
+        m_nAnnounced = 0;
         m_Placed[nSeed] = 1;
         m_Growth.Grow(
             nSeed, Neighbors{*this},
@@ -151,14 +151,14 @@ private:
                 m_Shell.insert(m_Shell.end(), wave.begin(), wave.end());
                 return !IsStopped();
             });
-        while (m_nExpected < m_Shell.size()) ExpectCorners(m_Shell[m_nExpected]);
+        while (m_nAnnounced < m_Shell.size()) AnnounceCorners(m_Shell[m_nAnnounced]);
     }
 
     // To be called for each facet of the shell, in their order.
-    void ExpectCorners(std::uint32_t nFacet) {
-        ++m_nExpected;
+    void AnnounceCorners(std::uint32_t nFacet) {
+        ++m_nAnnounced;
         if (!m_bRanked) return;
-        for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Expect(nRank);
+        for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Announce(nRank);
     }
 
     void CopyFacets(CSTLModel& shell) {
@@ -201,7 +201,7 @@ private:
     RankGraph m_Graph;  // made last, since the facets hold its numbers until they are marked
     WaveGrowth<std::uint32_t> m_Growth;
     std::vector<std::uint32_t> m_Shell;
-    std::size_t m_nExpected = 0;  // facets of the shell whose corners have been told
+    std::size_t m_nAnnounced = 0;  // facets of the shell whose corners have been announced
 };
 
 }  // namespace

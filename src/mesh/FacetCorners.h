@@ -48,9 +48,9 @@ struct WalkedEnds {
     tagVertexNode const* pWanted;
 };
 
-/// The preferred end is walked, unless its list is long and the other one's shorter. Facets enter the lists of
-/// all their vertices in the order in which they come, so both lists hold the facets at an edge in the same
-/// order.
+/// The preferred end is walked, unless its list is long and the other one's shorter. Facets enter the lists
+/// of all their vertices in the order in which they come, so both lists hold the facets at an edge in the
+/// same order.
 inline WalkedEnds ChooseWalked(tagVertexNode const* pPreferred, tagVertexNode const* pOther) {
     bool const bOther = pPreferred->m_nFacetNum > kLongFacetList && pOther != nullptr &&
                         pOther->m_nFacetNum < pPreferred->m_nFacetNum;

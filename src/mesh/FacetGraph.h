@@ -15,8 +15,8 @@
 
 namespace varnet {
 
-/// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and a note of what a walk
-/// wants to know of each besides.
+/// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and for each a note: what
+/// else a walk over the facets needs of it.
 ///
 /// A walk that goes breadth first jumps about in memory, and looking up a neighbour touches a dozen records.
 /// Here they are looked up in the order of the facets, in which neighbours mostly lie near each other, and

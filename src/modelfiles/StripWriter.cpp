@@ -78,8 +78,8 @@ struct Continuation {
 // As CFacet::FindNeighborFacetRightNormal across the edge, but rather through the list of the end that is at
 // hand, which is not that of the newest vertex.
 CFacet* FindNeighbor(CFacet const* pFacet, DirectedEdge const& edge, bool bEndIsNewest) {
-    tagVertexNode const* const pWalked =
-        bEndIsNewest ? ChooseWalked(edge.pStart, edge.pEnd).pWalked : ChooseWalked(edge.pEnd, edge.pStart).pWalked;
+    tagVertexNode const* const pWalked = bEndIsNewest ? ChooseWalked(edge.pStart, edge.pEnd).pWalked
+                                                      : ChooseWalked(edge.pEnd, edge.pStart).pWalked;
     for (int i = 0; i < pWalked->m_nFacetNum; ++i) {
         CFacet* const pFound = pWalked->m_ppFacet[i];
         if (pFound != pFacet && HasDirectedEdge(*pFound, edge.pEnd, edge.pStart)) return pFound;

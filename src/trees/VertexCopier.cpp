@@ -121,7 +121,7 @@ VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());
     for (auto const& [nFirst, nEnd] : groups.Mistakable()) {
-        for (std::uint32_t n = nFirst; n < nEnd; ++n) m_Tree.SetUnplaced(n);
+        for (std::uint32_t n = nFirst; n < nEnd; ++n) m_Tree.SetAmbiguous(n);
     }
 }
 
@@ -143,11 +143,11 @@ bool VertexCopier::FindRanks() {
 // All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
     VARNET_REQUIRE(IsOrdered() && CanCopy() && target.m_pRoot == nullptr);
-    m_Tree.Link();
+    m_Tree.Prepare();
     if (m_Copies.size() < m_Tree.NodeCount()) {
         m_Copies = ZeroedTable<tagVertexNode*>(std::max(m_Tree.NodeCount(), 2 * m_Copies.size()));
     }
-    m_Mistakable.reserve(m_Tree.UnplacedCount());
+    m_Mistakable.reserve(m_Tree.AmbiguousCount());
     LinkAtEnd const links{*this, target};
     CPoint3D point;
     std::unique_ptr<tagVertexNode> next;
@@ -156,33 +156,33 @@ void VertexCopier::CopyTo(CVertexTree& target) {
         return vertex_insertion::CompareAndSnap(*m_Copies[nKey], point.x, point.y, point.z,
                                                 target.m_dTolerance, watch);
     };
-    auto const& comings = m_Tree.Comings();
-    for (std::size_t i = 0; i < comings.size(); ++i) {
-        PrefetchComing(i);
-        point = *m_Sources[comings[i]];
+    auto const& announced = m_Tree.Announced();
+    for (std::size_t i = 0; i < announced.size(); ++i) {
+        PrefetchInsertion(i);
+        point = *m_Sources[announced[i]];
         if (next == nullptr) next = std::make_unique<tagVertexNode>();
-        tagVertexNode*& pCopy = m_Copies[m_Tree.Come(comings[i], compare)];
+        tagVertexNode*& pCopy = m_Copies[m_Tree.Insert(announced[i], compare)];
         if (pCopy == nullptr) {
             static_cast<CPoint3D&>(*next) = point;
             vertex_insertion::CountVertex(target, *next);
             pCopy = next.release();
         }
-        if (m_Tree.IsUnplaced(comings[i])) m_Mistakable.push_back(pCopy);
+        if (m_Tree.IsAmbiguous(announced[i])) m_Mistakable.push_back(pCopy);
     }
 }
 
-void VertexCopier::PrefetchComing(std::size_t i) const {
+void VertexCopier::PrefetchInsertion(std::size_t i) const {
     using namespace look_ahead;
-    auto const& comings = m_Tree.Comings();
-    if (i + kComingNode < comings.size()) {
-        m_Tree.PrefetchNode(comings[i + kComingNode]);
-        Prefetch(&m_Sources[comings[i + kComingNode]]);
+    auto const& announced = m_Tree.Announced();
+    if (i + kInsertedNode < announced.size()) {
+        m_Tree.PrefetchNode(announced[i + kInsertedNode]);
+        Prefetch(&m_Sources[announced[i + kInsertedNode]]);
     }
-    if (i + kComingNeighbors < comings.size()) {
-        m_Tree.PrefetchNeighbors(comings[i + kComingNeighbors]);
-        Prefetch(&m_Copies[comings[i + kComingNeighbors]]);
-        Prefetch(&m_Sources[comings[i + kComingNeighbors]]->x);
-        Prefetch(&m_Sources[comings[i + kComingNeighbors]]->z);
+    if (i + kInsertedNeighbors < announced.size()) {
+        m_Tree.PrefetchNeighbors(announced[i + kInsertedNeighbors]);
+        Prefetch(&m_Copies[announced[i + kInsertedNeighbors]]);
+        Prefetch(&m_Sources[announced[i + kInsertedNeighbors]]->x);
+        Prefetch(&m_Sources[announced[i + kInsertedNeighbors]]->z);
     }
 }
 

@@ -63,6 +63,21 @@ for file in program/**/*.{h,cpp}; do
     done < <(includes_of "$file")
 done
 
+# Where the door and the pages say that something stands: a list of files in one folder, the first with the path.
+missing=$(cat include/varnet64/**/*.h docs/architecture.md |
+    grep -oE '\bsrc/[A-Za-z/]+\.(cpp|h)((,| and)( //)? [A-Za-z]+\.(cpp|h))*' |
+    while read -r first others; do
+        first=${first%,}
+        for file in "$first" $(tr -d , <<<"$others" | sed "s# *and # #g; s#//##g"); do
+            [[ $file == */* ]] || file=${first%/*}/$file
+            [ -f "$file" ] || echo "$file"
+        done
+    done)
+if [ -n "$missing" ]; then
+    echo "named as where bodies are, but not there: $missing"
+    bad=1
+fi
+
 for room in $rooms; do
     printf '%-11s' "$room"
     for other in $rooms; do

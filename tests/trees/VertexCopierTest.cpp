@@ -28,7 +28,7 @@ void ExpectSameCopies(VertexCopier& copier, std::vector<std::uint32_t> const& ra
                       std::vector<CPoint3D> const& points) {
     CVertexTree plain;
     CVertexTree copied;
-    for (std::uint32_t const nRank : ranks) copier.Expect(nRank);
+    for (std::uint32_t const nRank : ranks) copier.Announce(nRank);
     copier.CopyTo(copied);
     for (std::size_t i = 0; i < ranks.size(); ++i) {
         CPoint3D point(points[i]);
