@@ -67,11 +67,20 @@ inline constexpr std::pair<char const*, MeshFormat> kMeshFormats[] = {{"binary",
 inline constexpr std::pair<char const*, SliceMode> kSliceModes[] = {
     {"text", SliceMode::kText}, {"binary", SliceMode::kBinary}, {"disguised", SliceMode::kDisguised}};
 
+/// A class of the module, with its docstring. It is final, and its own class is `type`, as those of Python
+/// are.
+template <class Held, class... Holder>
+py::class_<Held, Holder...> NewClass(py::module_& module, char const* name) {
+    auto const type = py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&PyType_Type));
+    return {module, name, Doc(name), py::metaclass(type), py::is_final()};
+}
+
 /// A class of plain fields, each with its docstring, and a repr that lists them.
 template <class Record>
 class RecordClass {
 public:
-    RecordClass(py::module_& module, char const* name) : m_Name(name), m_Class(module, name, Doc(name)) {
+    RecordClass(py::module_& module, char const* name)
+        : m_Name(name), m_Class(NewClass<Record>(module, name)) {
         m_Class.def("__repr__", [name, fields = m_Fields](py::object const& self) {
             std::string text = std::string("varnet.") + name + "(";
             char const* comma = "";

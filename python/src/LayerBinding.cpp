@@ -82,7 +82,7 @@ py::str Svg(SharedLayer const& layer, py::object const& title) {
 void AddLayer(py::module_& module) {
     using py::arg;
     // A layer does not change, so that Python and views share it.
-    py::class_<Layer, std::shared_ptr<Layer>> type(module, "Layer", Doc("Layer"));
+    auto type = NewClass<Layer, std::shared_ptr<Layer>>(module, "Layer");
     auto const add = [&type](char const* name, auto getter) {
         type.def_property_readonly(name, getter, Doc(std::string("Layer.") + name));
     };

@@ -196,7 +196,7 @@ void AddReports(py::module_& module) {
 }
 
 void AddBody(py::module_& module) {
-    py::class_<BodyHolder> body(module, "Body", Doc("Body"));
+    auto body = NewClass<BodyHolder>(module, "Body");
     auto const add = [&body](char const* name, auto getter) {
         body.def_property_readonly(name, getter, Doc(std::string("Body.") + name));
     };
@@ -217,7 +217,7 @@ void AddPart(py::module_& module) {
     using py::arg;
     AddReports(module);
     AddBody(module);
-    py::class_<PartHolder, std::shared_ptr<PartHolder>> part(module, "Part", Doc("Part"));
+    auto part = NewClass<PartHolder, std::shared_ptr<PartHolder>>(module, "Part");
     auto const add = [&part](char const* name, auto getter) {
         part.def_property_readonly(name, getter, Doc(std::string("Part.") + name));
     };

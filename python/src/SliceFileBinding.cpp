@@ -82,15 +82,20 @@ py::str Html(FileHolder const& holder) {
     return TextOf(html);
 }
 
+// The first and the last layer of a file, and how many the build has.
+using LayerTriple = std::tuple<std::int64_t, std::int64_t, std::int64_t>;
+
 // Between its first layer and finish() one call at a time may use it.
 class Writer {
 public:
     Writer(std::filesystem::path const& path, std::int64_t layers, std::string const& mode,
-           std::optional<std::uint64_t> seed) {
+           std::optional<std::uint64_t> seed, std::optional<LayerTriple> const& range) {
         if (layers < 0) ThrowArgument("layers must not be below 0");
         SliceWriteSettings settings;
         settings.mode = Meaning(kSliceModes, mode, "mode");
         settings.seed = seed;
+        if (range.has_value())
+            settings.range = LayerRange{std::get<0>(*range), std::get<1>(*range), std::get<2>(*range)};
         m_Writer.emplace(path, layers, settings);
     }
 
@@ -147,14 +152,14 @@ private:
 };
 
 std::int64_t WriteSlices(std::filesystem::path const& path, py::object layers, std::string const& mode,
-                         std::optional<std::uint64_t> seed) {
+                         std::optional<std::uint64_t> seed, std::optional<LayerTriple> const& range) {
     py::ssize_t length = PyObject_LengthHint(layers.ptr(), -1);
     if (length < 0) {
         PyErr_Clear();
         layers = py::list(layers);
         length = static_cast<py::ssize_t>(py::len(layers));
     }
-    Writer writer(path, length, mode, seed);
+    Writer writer(path, length, mode, seed, range);
     for (py::handle const layer : py::iter(layers)) {
         auto const kept = layer.cast<std::shared_ptr<Layer>>();
         writer.Write(*kept);
@@ -187,7 +192,7 @@ void AddFileClass(py::module_& module) {
         .def("__next__", &FileWalk::Next)
         .def("__length_hint__", &FileWalk::Left);
 
-    py::class_<FileHolder> file(module, "SliceFile", Doc("SliceFile"));
+    auto file = NewClass<FileHolder>(module, "SliceFile");
     auto const add = [&file](char const* name, auto getter) {
         file.def_property_readonly(name, getter, Doc(std::string("SliceFile.") + name));
     };
@@ -219,11 +224,11 @@ void AddFileClass(py::module_& module) {
 void AddSliceFile(py::module_& module) {
     using py::arg;
     AddFileClass(module);
-    py::class_<Writer>(module, "SliceWriter", Doc("SliceWriter"))
+    NewClass<Writer>(module, "SliceWriter")
         .def(py::init<std::filesystem::path const&, std::int64_t, std::string const&,
-                      std::optional<std::uint64_t>>(),
+                      std::optional<std::uint64_t>, std::optional<LayerTriple> const&>(),
              Doc("SliceWriter.__init__"), arg("path"), arg("layers"), py::kw_only(), arg("mode") = "binary",
-             arg("seed") = py::none())
+             arg("seed") = py::none(), arg("range") = py::none())
         .def(
             "write", [](Writer& writer, std::shared_ptr<Layer> const& layer) { writer.Write(*layer); },
             Doc("SliceWriter.write"), arg("layer"))
@@ -238,7 +243,7 @@ void AddSliceFile(py::module_& module) {
             },
             arg("kind"), arg("value"), arg("traceback"));
     module.def("write_slices", &WriteSlices, Doc("write_slices"), arg("path"), arg("layers"), py::kw_only(),
-               arg("mode") = "binary", arg("seed") = py::none());
+               arg("mode") = "binary", arg("seed") = py::none(), arg("range") = py::none());
     module.def("join_slices", &Join, Doc("join_slices"), arg("inputs"), arg("output"), py::kw_only(),
                arg("progress") = py::none());
 }

@@ -202,7 +202,7 @@ void AddSliceReport(py::module_& module) {
 void AddSlices(py::module_& module) {
     using py::arg;
     AddSliceReport(module);
-    py::class_<Slices>(module, "Slices", Doc("Slices"))
+    NewClass<Slices>(module, "Slices")
         .def_property_readonly("layer_count", &Slices::LayerCount, Doc("Slices.layer_count"))
         .def_property_readonly(
             "report", [](Slices const& slices) { return slices.Report(); }, Doc("Slices.report"))
@@ -216,7 +216,7 @@ void AddSlices(py::module_& module) {
                arg("threads") = 1, arg("progress") = py::none());
 
     auto const pairOf = [](Travel const& travel) { return std::pair(travel.length, travel.starts); };
-    py::class_<Ordered>(module, "Ordered", Doc("Ordered"))
+    NewClass<Ordered>(module, "Ordered")
         .def_property_readonly(
             "before", [pairOf](Ordered const& ordered) { return pairOf(ordered.Before()); },
             Doc("Ordered.before"))

@@ -74,7 +74,7 @@ py::array Column(SurfacesHolder const& holder, Value Surface::*field) {
 }
 
 void AddPieces(py::module_& module) {
-    py::class_<OverhangHolder> overhang(module, "Overhang", Doc("Overhang"));
+    auto overhang = NewClass<OverhangHolder>(module, "Overhang");
     auto const add = [&overhang](char const* name, auto getter) {
         overhang.def_property_readonly(name, getter, Doc(std::string("Overhang.") + name));
     };
@@ -87,7 +87,7 @@ void AddPieces(py::module_& module) {
     add("supported", [](OverhangHolder const& o) { return o.overhang->supported; });
     add("why", [](OverhangHolder const& o) { return TextOf(o.overhang->why); });
 
-    py::class_<EdgeHolder>(module, "HangingEdge", Doc("HangingEdge"))
+    NewClass<EdgeHolder>(module, "HangingEdge")
         .def_property_readonly(
             "points", [](EdgeHolder const& e) { return View(e.owner, std::span(e.edge->points)); },
             Doc("HangingEdge.points"))
@@ -98,7 +98,7 @@ void AddPieces(py::module_& module) {
 }
 
 void AddSupportsClass(py::module_& module) {
-    py::class_<SupportsHolder, std::shared_ptr<SupportsHolder>> supports(module, "Supports", Doc("Supports"));
+    auto supports = NewClass<SupportsHolder, std::shared_ptr<SupportsHolder>>(module, "Supports");
     auto const add = [&supports](char const* name, auto getter) {
         supports.def_property_readonly(name, getter, Doc(std::string("Supports.") + name));
     };
@@ -139,7 +139,7 @@ void AddSupportsClass(py::module_& module) {
 }
 
 void AddSurfacesClass(py::module_& module) {
-    py::class_<SurfacesHolder> surfaces(module, "Surfaces", Doc("Surfaces"));
+    auto surfaces = NewClass<SurfacesHolder>(module, "Surfaces");
     auto const add = [&surfaces](char const* name, auto getter) {
         surfaces.def_property_readonly(name, getter, Doc(std::string("Surfaces.") + name));
     };

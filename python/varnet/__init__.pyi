@@ -672,12 +672,22 @@ class SliceWriter:
     mode: "text" with coordinates to three decimals; "binary" with floats; "disguised": binary, each raised by a
         random offset.
     seed: of those offsets; with one the same layers give the same bytes.
+    range: where the file holds a part of a build: its first and last layer by number, and the layers of the build,
+        so that join_slices() can tell a gap.
 
     As a context manager it finishes at the end of the block, and leaves nothing after an exception.
     Raises varnet.FileError.
     """
 
-    def __init__(self, path: _Path, layers: int, *, mode: _Mode = "binary", seed: int | None = None) -> None: ...
+    def __init__(
+        self,
+        path: _Path,
+        layers: int,
+        *,
+        mode: _Mode = "binary",
+        seed: int | None = None,
+        range: tuple[int, int, int] | None = None,
+    ) -> None: ...
     def write(self, layer: Layer) -> None:
         """Appends a layer. Raises varnet.FileError, where the disk is full for instance."""
     def finish(self) -> None:
@@ -768,17 +778,22 @@ def order(
     """
 
 def write_slices(
-    path: _Path, layers: Iterable[Layer], *, mode: _Mode = "binary", seed: int | None = None
+    path: _Path,
+    layers: Iterable[Layer],
+    *,
+    mode: _Mode = "binary",
+    seed: int | None = None,
+    range: tuple[int, int, int] | None = None,
 ) -> int:
-    """Writes layers as a slice file while they are made, and gives their number.
+    """Writes layers as a slice file while they are made, and returns their number.
 
     An iterable that does not say its length is gathered first. The other settings are those of varnet.SliceWriter.
     Nothing is left after an error. Raises varnet.FileError.
     """
 
 def join_slices(inputs: Iterable[_Path], output: _Path, *, progress: _Progress = None) -> int:
-    """Puts the layers of several files together, the lowest first, and gives their number.
+    """Puts the layers of several files together, given with the lowest first, and returns their number.
 
-    The mode is that of the first. Raises varnet.Error where the files differ in mode or units, where their layers
+    The mode is that of the first. Joined ranges of one build are the very bytes of a file of the whole. Raises varnet.Error where the files differ in mode or units, where their layers
     overlap or leave a gap, and where a file is broken; varnet.FileError.
     """
