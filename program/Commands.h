@@ -17,4 +17,5 @@ void AddLayers(CLI::App& app);
 void AddOrder(CLI::App& app);
 void AddJoin(CLI::App& app);
 void AddWhole(CLI::App& app);
+void AddView(CLI::App& app);
 void AddDemo(CLI::App& app);
