@@ -4,9 +4,9 @@
 
 namespace varnet {
 
-// The files of this folder, as the build puts them into the library.
+// The files of viewer/, as the build puts them into the library.
 
-/// viewer.js, viewer.css, and viewer.html: what stands in the page's body before the data.
+/// The script, the style, and what stands in the page's body before the data.
 extern std::string_view const kViewerScript;
 extern std::string_view const kViewerStyle;
 extern std::string_view const kViewerBody;
