@@ -17,6 +17,7 @@ void AddLayers(CLI::App& app);
 void AddOrder(CLI::App& app);
 void AddJoin(CLI::App& app);
 void AddWhole(CLI::App& app);
+void AddView(CLI::App& app);
 void AddDemo(CLI::App& app);
 /// Prints the manual page, or the completions of a shell, of what has been added before.
 void AddManual(CLI::App& app);

@@ -34,6 +34,7 @@ int Run(int argc, char** argv) {
     AddOrder(app);
     AddJoin(app);
     AddWhole(app);
+    AddView(app);
     AddDemo(app);
     AddManual(app);
     CatchSignals();

@@ -8,6 +8,7 @@
 #include "Console.h"
 #include "ConvertSlices.h"
 #include "Reading.h"
+#include "varnet/Page.h"
 #include "varnet/PathOrder.h"
 #include "varnet/SliceFile.h"
 #include "varnet/Slicer.h"
@@ -18,6 +19,7 @@ namespace {
 struct SliceOptions {
     std::vector<std::string> inputs;
     std::string output;
+    std::string page;    // HTML file to look at; none when empty
     std::string layers;  // "A:B"
     std::string rule = "winding";
     std::string mode = "binary";
@@ -55,7 +57,7 @@ struct Written {
     std::uint64_t bytes = 0;
 };
 
-Written Write(SliceOptions const& options, varnet::Slicer& slicer) {
+Written Write(SliceOptions const& options, varnet::Slicer& slicer, varnet::Page* page) {
     varnet::SliceWriteSettings settings;
     settings.mode = SliceModeOf(options.mode).value_or(varnet::SliceMode::kBinary);
     if (!options.seed.empty()) settings.seed = options.seed.front();
@@ -79,6 +81,7 @@ Written Write(SliceOptions const& options, varnet::Slicer& slicer) {
         }
         AddTravel(layer, head, written.travel);
         writer.Write(layer);
+        if (page != nullptr) page->AddLayer(layer);
     });
     ThrowIfStopped();
     writer.Finish();
@@ -161,7 +164,17 @@ void Run(SliceOptions options) {
     }
     options.settings.progress = Bar("Slicing into " + TextOf(PathOf(options.output).filename()));
     varnet::Slicer slicer(varnet::SlicerInputs(parts, supports), options.settings);
-    Written const written = Write(options, slicer);
+    varnet::Page page({"", true, Bar("Making the page")});
+    bool const hasPage = !options.page.empty();
+    if (hasPage) {
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            page.AddPart(parts[i], {TextOf(PathOf(options.inputs[i]).filename()),
+                                    options.support ? &supports[i] : nullptr, nullptr});
+        }
+        page.BeginSlices(TextOf(PathOf(options.output).filename()));
+    }
+    Written const written = Write(options, slicer, hasPage ? &page : nullptr);
+    if (hasPage) page.Write(PathOf(options.page));
     Print(options, slicer.Report(), written, solids);
     Judge(options, slicer.Report(), written);
 }
@@ -193,6 +206,7 @@ void AddSlice(CLI::App& app) {
                      "What is solid: where bodies wind round, or where an odd number does")
         ->check(CLI::IsMember({"winding", "odd"}))
         ->capture_default_str();
+    command->add_option("--page", options->page, "HTML file to write too, which shows parts and layers");
     command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
     command->add_option("--threads", settings.threads, "The layers are the same for any number")
         ->check(CLI::Range(1, 1024))

@@ -5,6 +5,7 @@
 #include "varnet/Error.h"
 #include "varnet/Geometry.h"
 #include "varnet/Layer.h"
+#include "varnet/Page.h"
 #include "varnet/Part.h"
 #include "varnet/PathOrder.h"
 #include "varnet/Picture.h"
