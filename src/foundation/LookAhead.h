@@ -55,6 +55,14 @@ inline constexpr std::size_t kInsertedNeighbors = 12;
 inline constexpr std::size_t kLinkedVertex = 16;
 inline constexpr std::size_t kTakenOutNode = 16;
 
+// The lines of the table of vertices while facets enter, where they do not lie scattered:
+// mesh/FacetIntake.cpp. ReadBinary.
+inline constexpr std::size_t kEnteredLines = 16;
+
+// Hatches, and their first edges: contours/ordering/HatchOrder.cpp. OptimizeHatchs.
+inline constexpr std::size_t kHatch = 16;
+inline constexpr std::size_t kHatchEdges = 8;
+
 // Vertices of the facets of a plain CSM file, which are read so many at once: modelfiles/PlainCSM.cpp.
 // Read/Plain.
 inline constexpr std::size_t kPlainFacets = 64;

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "foundation/Counter.h"
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetMeasures.h"
@@ -20,8 +21,7 @@ namespace {
 // Whether the vertex is a corner of the facet. A facet stands in the lists of its corners, so a short list
 // tells, and the facet itself, which may be far away in memory, need not be looked at.
 bool IsCorner(tagVertexNode const& vertex, CFacet const* pFacet) {
-    constexpr int kShortList = 32;
-    if (vertex.m_nFacetNum > kShortList) return HasCorner(*pFacet, &vertex);
+    if (vertex.m_nFacetNum > kLongFacetList) return HasCorner(*pFacet, &vertex);
     bool bFound = false;
     for (int i = 0; i < vertex.m_nFacetNum; ++i) bFound |= vertex.m_ppFacet[i] == pFacet;
     return bFound;
@@ -61,9 +61,6 @@ bool IsInRange(tagFACET const& facet) {
 // Triangles are brought near in groups of so many, where they lie scattered.
 constexpr std::size_t kGroup = 32;
 static_assert(3 * kGroup <= VertexCache::kLargestGroup);
-
-// Where they do not, only the table of vertices is, so many triangles ahead.
-constexpr std::size_t kLinesAhead = 16;
 
 // In a block of scattered triangles, fewer than one corner in two is a corner of one of the last few
 // triangles, where a file in the usual order has two in three.
@@ -135,8 +132,10 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
             std::size_t const nGroup = std::min(kGroup, facets.size() - i);
             BringNear(facets.subspan(i, nGroup), std::span<Hashes const>(m_Hashes).subspan(i, nGroup));
         }
-        if (!bScattered && i + kLinesAhead < facets.size()) {
-            for (std::size_t const nHash : m_Hashes[i + kLinesAhead]) m_Cache.PrefetchLine(nHash);
+        // Where they do not lie scattered, only the table of vertices is brought near.
+        if (!bScattered && i + look_ahead::kEnteredLines < facets.size()) {
+            for (std::size_t const nHash : m_Hashes[i + look_ahead::kEnteredLines])
+                m_Cache.PrefetchLine(nHash);
         }
         Add(facets[i], m_Hashes[i]);
     }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 #include "foundation/files/LittleEndian.h"
 #include "trees/VertexInsertion.h"
 
@@ -132,6 +133,8 @@ tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
 std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
                                        std::span<std::size_t const> hashes,
                                        std::span<tagVertexNode const*> found) const {
+    VARNET_REQUIRE(points.size() <= kLargestGroup && hashes.size() == points.size() &&
+                   found.size() >= points.size());
     if (!m_bOn) return 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         PrefetchLine(hashes[i]);
@@ -219,6 +222,7 @@ void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) cons
 // By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the
 // points that none of the points before has passed.
 bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
+    VARNET_REQUIRE(points.size() <= kLargestGroup);
     constexpr int kDepth = 11;
     std::array<tagVertexNode const*, kLargestGroup> passed{};
     std::size_t const nHalf = points.size() / 2;

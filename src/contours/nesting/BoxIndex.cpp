@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 namespace {
@@ -100,6 +102,7 @@ void BoxIndex::AddTree(std::vector<Entry> entries) {
 }
 
 void BoxIndex::Add(Entry const& entry) {
+    if constexpr (kRequirementsChecked) ++m_nAdds;
     if (!IsOrdered(entry.box)) return;
     (*m_pSlots)[static_cast<std::size_t>(entry.nLoop)] = {kRecentTree,
                                                           static_cast<std::int32_t>(m_Recent.size())};
@@ -136,7 +139,8 @@ bool BoxIndex::MayRelate(Node const& node, BoxKey const& box) {
 
 // ---- searching
 
-BoxIndex::Search::Search(BoxIndex const& index, BoxKey const& box) : m_Index(index), m_Box(box) {
+BoxIndex::Search::Search(BoxIndex const& index, BoxKey const& box)
+    : m_Index(index), m_nAdds(index.m_nAdds), m_Box(box) {
     for (std::size_t i = 0; i < index.m_Trees.size(); ++i) PushNode(i, 0);
     PushEntries(index.m_Recent, 0, index.m_Recent.size(), kRecentTree);
 }
@@ -164,6 +168,7 @@ void BoxIndex::Search::PushEntries(std::vector<Entry> const& entries, std::size_
 }
 
 bool BoxIndex::Search::Next(std::int32_t& nLoop) {
+    VARNET_REQUIRE(m_nAdds == m_Index.m_nAdds);
     while (!m_Heap.empty()) {
         std::pop_heap(m_Heap.begin(), m_Heap.end(),
                       [](Item const& a, Item const& b) { return a.nPlace > b.nPlace; });

@@ -75,6 +75,7 @@ public:
                          std::int32_t nTree);
 
         BoxIndex const& m_Index;
+        std::uint32_t m_nAdds;  // of the index when the search began; for the check alone
         BoxKey m_Box;
         std::vector<Item> m_Heap;  // the first place on top
     };
@@ -109,6 +110,7 @@ private:
     std::vector<Slot>* m_pSlots;
     std::vector<Tree> m_Trees;    // in order of size, the largest first
     std::vector<Entry> m_Recent;  // not in a tree yet
+    std::uint32_t m_nAdds = 0;    // for the check of searches alone
 };
 
 }  // namespace varnet

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "contours/CrossingParity.h"
+#include "foundation/Require.h"
 
 namespace varnet {
 
@@ -27,6 +28,7 @@ bool IsOrdinary(CPoint2D const& p) { return std::fabs(p.x) < kFarthest && std::f
 }  // namespace
 
 LoopSlabs::LoopSlabs(tagLoopTreeNode const& loop) : m_pHead(FirstPoint(loop)) {
+    VARNET_REQUIRE(m_pHead != nullptr);
     double const dHeight = MeasureHeight();
     if (!(dHeight > kFlattest)) return;
     for (m_nSlabs = PointCount(loop) / kPointsPerSlab; m_nSlabs > 0; m_nSlabs /= 2) {

@@ -1,6 +1,7 @@
 #include "contours/nesting/NestingTree.h"
 
 #include <algorithm>
+#include <deque>
 #include <utility>
 
 #include "contours/CrossingParity.h"
@@ -233,11 +234,11 @@ void NestingTree::NestBehind(Loop loop, BoxIndex& raw) {
 
 // ---- writing the tree back
 
-// All loops that move leave their lists before the first one enters another: should memory run out, none is
-// in two.
+// The new lists are made before any loop leaves an old one: should memory run out, the layer is as it was.
 void NestingTree::Store() {
+    std::deque<LoopList> lists;
     for (Record const& record : m_Records) {
-        if (record.bChanged) record.pLoop->m_ChildList.RemoveAll();
+        if (record.bChanged) FillChildren(lists.emplace_back(record.pLoop->m_ChildList.m_nBlockSize), record);
     }
     auto raw = m_Raw.begin();
     for (XR__POSITION* position = m_Layer.m_RawLoopList.GetHeadPosition(); position != nullptr;) {
@@ -245,16 +246,16 @@ void NestingTree::Store() {
         if (m_Layer.m_RawLoopList.GetNext(position) == nullptr) continue;
         if (At(*raw++).parent != kNone) m_Layer.m_RawLoopList.RemoveAt(place);
     }
+    auto list = lists.begin();
     for (Record const& record : m_Records) {
-        if (record.bChanged) StoreChildren(record);
+        if (record.bChanged) SwapElements(record.pLoop->m_ChildList, *list++);
     }
     for (Loop const loop : m_Raw) {
         if (At(loop).parent == kNone) StoreLevels(loop);
     }
 }
 
-void NestingTree::StoreChildren(Record const& record) {
-    LoopList& children = record.pLoop->m_ChildList;
+void NestingTree::FillChildren(LoopList& children, Record const& record) const {
     for (Loop child = record.firstChild; child != kNone; child = At(child).next) {
         children.AddTail(At(child).pLoop);
     }

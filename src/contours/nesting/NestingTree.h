@@ -79,7 +79,7 @@ private:
     void NestBehind(Loop loop, BoxIndex& raw);
     bool Lengthen(std::int32_t nChain);
     void Cut(Loop loop);
-    void StoreChildren(Record const& record);
+    void FillChildren(LoopList& children, Record const& record) const;
     void StoreLevels(Loop root);
 
     CLayer& m_Layer;

@@ -5,14 +5,18 @@
 #include <numeric>
 #include <utility>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 void GreedyOrder::AddPath() {
+    VARNET_REQUIRE(m_pSearch == nullptr && m_Left.empty());
     m_bPairs = m_bPairs && m_PathOf.size() == 2 * m_FirstPoints.size();
     m_FirstPoints.push_back(static_cast<std::int32_t>(m_PathOf.size()));
 }
 
 void GreedyOrder::AddPoint(double x, double y) {
+    VARNET_REQUIRE(m_pSearch == nullptr && m_Left.empty() && !m_FirstPoints.empty());
     m_Points.push_back({x, y, static_cast<std::int32_t>(m_Points.size())});
     m_PathOf.push_back(static_cast<std::int32_t>(m_FirstPoints.size()) - 1);
 }

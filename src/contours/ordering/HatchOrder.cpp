@@ -2,12 +2,15 @@
 
 #include "contours/ordering/HatchOrder.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LeaveAllocated.h"
 
@@ -34,19 +37,15 @@ bool IsOnOffer(CHatch const& hatch) {
 // By where it ends, whatever its id.
 bool IsRing(CHatch& hatch) { return (StartOf(hatch) == EndOf(hatch)) != 0; }
 
-// A new hatch that runs the other way, in place of this one. The edges move over; their nodes stay.
-CHatch* Turned(CHatch* pHatch) {
-    auto* const pTurned = new CHatch;
-    pTurned->m_nID = pHatch->m_nID;
-    EdgeList& edges = pTurned->m_EdgeList;
-    int const nBlockSize = edges.m_nBlockSize;
-    edges = pHatch->m_EdgeList;
-    pHatch->m_EdgeList = EdgeList();
-    edges.m_nBlockSize = nBlockSize;
+// Makes the new hatch run the other way, in place of the old one. The edges move over; their nodes stay.
+CHatch* Turned(CHatch* pHatch, std::unique_ptr<CHatch> turned) {
+    turned->m_nID = pHatch->m_nID;
+    EdgeList& edges = turned->m_EdgeList;
+    SwapElements(edges, pHatch->m_EdgeList);
     delete pHatch;
     ReverseOrder(edges);
     for (auto* p = edges.m_pNodeHead; p != nullptr; p = p->pNext) p->data.Reverse();
-    return pTurned;
+    return turned.release();
 }
 
 // Makes an edge that starts at the place the first one.
@@ -100,11 +99,10 @@ void OfferChain(CHatch& hatch, CPoint2D const& pos, double& dBest2, Entry& best)
 
 bool IsNumber(CPoint2D const& point) { return !std::isnan(point.x) && !std::isnan(point.y); }
 
-std::vector<CHatch*> TakeAll(XR_CList<void*, void*>& list) {
+std::vector<CHatch*> HatchsOf(XR_CList<void*, void*> const& list) {
     std::vector<CHatch*> hatchs;
     hatchs.reserve(static_cast<std::size_t>(list.GetCount()));
     ForEachHatch(list, [&hatchs](CHatch& hatch) { hatchs.push_back(&hatch); });
-    list.RemoveAll();
     return hatchs;
 }
 
@@ -118,11 +116,10 @@ struct alignas(32) Ends {
 
 // What will be looked at soon. An edge in its node fills more than one cache line.
 void PrefetchBehind(std::vector<CHatch*> const& hatchs, std::size_t i) {
-    constexpr std::size_t kHatchsAhead = 16;
-    constexpr std::size_t kEdgesAhead = 8;
-    if (i + kHatchsAhead < hatchs.size()) Prefetch(hatchs[i + kHatchsAhead]);
-    if (i + kEdgesAhead >= hatchs.size()) return;
-    EdgeList::XR_CNode const* const pNode = hatchs[i + kEdgesAhead]->m_EdgeList.m_pNodeHead;
+    using namespace look_ahead;
+    if (i + kHatch < hatchs.size()) Prefetch(hatchs[i + kHatch]);
+    if (i + kHatchEdges >= hatchs.size()) return;
+    EdgeList::XR_CNode const* const pNode = hatchs[i + kHatchEdges]->m_EdgeList.m_pNodeHead;
     Prefetch(pNode);
     if (pNode != nullptr) Prefetch(pNode + 1);
 }
@@ -153,12 +150,22 @@ void LetGo(CHatch* pHatch) {
     }
 }
 
+// New hatches for those that will be turned.
+std::vector<std::unique_ptr<CHatch>> HatchsToTurn(std::vector<EnteredAt> const& entered) {
+    auto const nTurned = std::count(entered.begin(), entered.end(), EnteredAt::kEnd);
+    std::vector<std::unique_ptr<CHatch>> fresh(static_cast<std::size_t>(nTurned));
+    for (auto& hatch : fresh) hatch = std::make_unique<CHatch>();
+    return fresh;
+}
+
 // Turns the hatches that were entered at their ends, and lets those go that were not entered.
-void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered) {
+void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered,
+             std::vector<std::unique_ptr<CHatch>> fresh) {
+    auto next = fresh.begin();
     for (std::size_t i = 0; i < hatchs.size(); ++i) {
         PrefetchBehind(hatchs, i);
         if (entered[i] == EnteredAt::kNone) LetGo(hatchs[i]);
-        if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i]);
+        if (entered[i] == EnteredAt::kEnd) hatchs[i] = Turned(hatchs[i], std::move(*next++));
     }
 }
 
@@ -167,7 +174,7 @@ void TurnAll(std::vector<CHatch*>& hatchs, std::vector<EnteredAt> const& entered
 // The ends are copied: hatches lie wide apart in memory, and are gone through in the order of the list only.
 void CLayer::OptimizeHatchs(CPoint2D& pos, int nMode) {
     if (m_HatchList.IsEmpty() != 0) return;
-    std::vector<CHatch*> hatchs = TakeAll(m_HatchList);
+    std::vector<CHatch*> hatchs = HatchsOf(m_HatchList);
     GreedyOrder order(nMode, nMode == GreedyOrder::kNearest ? kPassReach2 : kBelowAll);
     std::vector<Ends> const ends = OfferEnds(hatchs, order);
     std::vector<std::int32_t> sequence;
@@ -181,8 +188,16 @@ void CLayer::OptimizeHatchs(CPoint2D& pos, int nMode) {
                                 : CPoint2D(ends[i].xStart, ends[i].yStart);
         sequence.push_back(pick.nPath);
     }
-    TurnAll(hatchs, entered);
-    for (std::int32_t const n : sequence) m_HatchList.AddTail(hatchs[static_cast<std::size_t>(n)]);
+    // All memory is taken before anything changes: no hatch is ever in two lists, or in none.
+    XR_CList<void*, void*> ordered;
+    for (std::size_t n = sequence.size(); n > 0; --n) ordered.AddTail(static_cast<void*>(nullptr));
+    TurnAll(hatchs, entered, HatchsToTurn(entered));
+    auto* pPlace = ordered.m_pNodeHead;
+    for (std::int32_t const n : sequence) {
+        pPlace->data = hatchs[static_cast<std::size_t>(n)];
+        pPlace = pPlace->pNext;
+    }
+    SwapElements(m_HatchList, ordered);
     if (!sequence.empty()) pos = EndOf(*hatchs[static_cast<std::size_t>(sequence.back())]);
 }
 

@@ -7,6 +7,8 @@
 #include <span>
 #include <utility>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 namespace {
@@ -207,7 +209,9 @@ void PointSearch::Build() {
         m_Nodes[NodeOfLeaf(nLeaf)] = Around(nBegin, nEnd);
         m_nLeft[nLeaf] = static_cast<std::uint8_t>(nEnd - nBegin);
         for (std::size_t i = nBegin; i < nEnd; ++i) {
-            m_Places[static_cast<std::size_t>(m_Points[i].nRank)] = static_cast<std::int32_t>(i);
+            std::int32_t& nPlace = m_Places[static_cast<std::size_t>(m_Points[i].nRank)];
+            VARNET_REQUIRE(nPlace == kNever);
+            nPlace = static_cast<std::int32_t>(i);
         }
     }
     for (std::size_t i = m_nLeaves - 1; i-- > 0;) m_Nodes[i] = AroundChildren(i);

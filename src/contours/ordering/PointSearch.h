@@ -14,7 +14,7 @@ namespace varnet {
 /// The answers are those of computing (x - px)^2 + (y - py)^2 for every point in the order of their ranks, to
 /// the bit: the first of equals counts, and what is not a number never does.
 ///
-/// The points lie in one array, in the order of a Z curve through cells (G. M. Morton, 1966), those of
+/// The points lie in one array, in the order of Hilbert's curve through cells (D. Hilbert, 1891), those of
 /// crowded cells in the order of a k-d tree (J. L. Bentley, 1975); over them stands a balanced tree with a
 /// box and the first rank below each node. Removal shrinks the boxes, and nodes without points are not
 /// entered any more. A search goes up from a leaf nearby (J. L. Bentley, "K-d trees for semidynamic point

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "foundation/Require.h"
+
 #if defined(__linux__)
 #include <sys/mman.h>
 #elif defined(_WIN32)
@@ -17,6 +19,7 @@ namespace varnet {
 
 // So much more is taken than needed that it holds an aligned part; the rest goes back at once, untouched.
 void* AllocateLargePages(std::size_t nSize) {
+    VARNET_REQUIRE(nSize > 0 && nSize % kLargePage == 0);
     std::size_t const nTaken = nSize + kLargePage;
     if (nTaken < nSize) throw std::bad_alloc();
     void* const pTaken = mmap(nullptr, nTaken, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
