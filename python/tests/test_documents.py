@@ -1,9 +1,9 @@
 """The notebook and the programs in the pages run; a wheel can be built."""
 
-import importlib.util
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -53,6 +53,27 @@ def test_programs_in_the_pages_run(tmp_path: Path, number: int) -> None:
     assert done.returncode == 0, done.stderr
 
 
+def check_alone(folder: Path) -> None:
+    """The package in the folder uses nothing of the build tree."""
+    code = "import varnet; print(varnet.Part([], []), varnet.__file__, open('/proc/self/maps').read())"
+    done = subprocess.run(
+        [sys.executable, "-c", code], capture_output=True, text=True, env=environment(PYTHONPATH=str(folder))
+    )
+    assert done.returncode == 0, done.stderr
+    libraries = set(re.findall(r"\S+/(?:lib|_)[Vv]arnet\S+", done.stdout))
+    assert len(libraries) == 3 and all(str(folder) in library for library in libraries), libraries
+
+
+def test_an_installed_package_stands_alone(tmp_path: Path) -> None:
+    build = Path(varnet.__file__).parents[2]
+    if not (build / "CMakeCache.txt").is_file() or shutil.which("cmake") is None:
+        pytest.skip("the module does not stand in a build tree")
+    words = ["cmake", "--install", str(build), "--component", "python", "--prefix", str(tmp_path)]
+    subprocess.run(words, check=True, capture_output=True, env=environment(LD_PRELOAD=""))
+    assert {"__init__.py", "__init__.pyi", "py.typed"} < {path.name for path in (tmp_path / "varnet").iterdir()}
+    check_alone(tmp_path)
+
+
 def test_a_wheel_can_be_built(tmp_path: Path) -> None:
     pytest.importorskip("scikit_build_core")
     words = [sys.executable, "-m", "pip", "wheel", "--no-build-isolation", "--no-deps", "-w", str(tmp_path)]
@@ -61,9 +82,4 @@ def test_a_wheel_can_be_built(tmp_path: Path) -> None:
     (wheel,) = tmp_path.glob("varnet-*.whl")
     target = tmp_path / "installed"
     subprocess.run([sys.executable, "-m", "zipfile", "-e", str(wheel), str(target)], check=True)
-    code = "import varnet; print(varnet.Part([], []), varnet.__file__)"
-    done = subprocess.run(
-        [sys.executable, "-c", code], capture_output=True, text=True, env=environment(PYTHONPATH=str(target))
-    )
-    assert done.returncode == 0 and str(target) in done.stdout, done.stderr
-    assert importlib.util.find_spec("varnet") is not None
+    check_alone(target)
