@@ -24,7 +24,11 @@ def entries(body: list[ast.stmt], prefix: str = "") -> dict[str, str]:
     found: dict[str, str] = {}
     for node in body:
         if isinstance(node, ast.ClassDef):
-            found[prefix + node.name] = ast.get_docstring(node) or ""
+            doc = ast.get_docstring(node) or ""
+            for member in node.body:
+                if isinstance(member, ast.FunctionDef) and member.name == "__init__":
+                    doc = f"{node.name}{signature(member).replace('(self, ', '(', 1)}\n--\n\n{doc}"
+            found[prefix + node.name] = doc
             found |= entries(node.body, node.name + ".")
         elif isinstance(node, ast.FunctionDef):
             doc = ast.get_docstring(node) or ""

@@ -67,12 +67,18 @@ inline constexpr std::pair<char const*, MeshFormat> kMeshFormats[] = {{"binary",
 inline constexpr std::pair<char const*, SliceMode> kSliceModes[] = {
     {"text", SliceMode::kText}, {"binary", SliceMode::kBinary}, {"disguised", SliceMode::kDisguised}};
 
+/// Throws a TypeError: for objects of a class that __new__ has made and __init__ has not.
+void* RefuseUnmade(std::size_t size);
+
 /// A class of the module, with its docstring. It is final, and its own class is `type`, as those of Python
 /// are.
 template <class Held, class... Holder>
 py::class_<Held, Holder...> NewClass(py::module_& module, char const* name) {
     auto const type = py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&PyType_Type));
-    return {module, name, Doc(name), py::metaclass(type), py::is_final()};
+    py::class_<Held, Holder...> made(module, name, Doc(name), py::metaclass(type), py::is_final());
+    // pybind11 gives such an object memory when it is first used, and would let it be used as it comes.
+    py::detail::get_type_info(reinterpret_cast<PyTypeObject*>(made.ptr()))->operator_new = &RefuseUnmade;
+    return made;
 }
 
 /// A class of plain fields, each with its docstring, and a repr that lists them.

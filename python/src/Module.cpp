@@ -75,6 +75,7 @@ void AddErrors(py::module_& module) {
 
 char const* Doc(std::string const& name) {
     static std::map<std::string, char const*> const docstrings = {
+        {"_FileWalk", "Goes through the layers of a slice file."},
 #include "Docstrings.inc"
     };
     auto const found = docstrings.find(name);
@@ -121,6 +122,8 @@ std::string Escaped(std::string const& text) {
 std::string Title(py::object const& given, std::string const& otherwise) {
     return given.is_none() ? otherwise : given.cast<std::string>();
 }
+
+void* RefuseUnmade(std::size_t) { throw py::type_error("this object was never made: call its class"); }
 
 void ThrowArgument(std::string const& message) { throw Error(ErrorKind::kArgument, message); }
 

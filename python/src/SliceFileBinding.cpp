@@ -187,7 +187,7 @@ void AddFileClass(py::module_& module) {
         .Add("end_missing", &SliceFileReport::endMissing)
         .Add("broken", &SliceFileReport::broken)
         .Add("notes", &SliceFileReport::notes);
-    py::class_<FileWalk>(module, "_FileWalk")
+    NewClass<FileWalk>(module, "_FileWalk")
         .def("__iter__", [](py::object const& self) { return self; })
         .def("__next__", &FileWalk::Next)
         .def("__length_hint__", &FileWalk::Left);
