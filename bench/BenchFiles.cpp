@@ -1,12 +1,10 @@
 #include "BenchFiles.h"
 
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <utility>
 
 namespace {
 
@@ -25,18 +23,6 @@ std::string BytesOf(shapes::Mesh const& mesh, Kind kind) {
         default:
             return shapes::ToBinaryStl(mesh);
     }
-}
-
-// The same in every run.
-shapes::Mesh Noise(std::size_t nFacets) {
-    int const nCells = static_cast<int>(std::lround(std::sqrt(static_cast<double>(nFacets) / 2.0)));
-    shapes::Mesh mesh = shapes::HeightField(nCells, 1.0, [](double x, double y) {
-        auto const n =
-            static_cast<std::uint32_t>(x) * 0x9E3779B9u ^ static_cast<std::uint32_t>(y) * 0x85EBCA6Bu;
-        return static_cast<double>((n ^ n >> 15) * 0x2C1B3C6Du >> 16) / 32768.0;
-    });
-    for (shapes::Triangle& t : mesh) std::swap(t[1], t[2]);
-    return mesh;
 }
 
 fs::path FilePath(std::string const& name, std::size_t nFacets) {
@@ -75,4 +61,23 @@ std::string FileOf(std::string const& name, std::size_t nFacets, shapes::Mesh (*
     return path.string();
 }
 
-std::string NoiseFile(std::size_t nFacets) { return FileOf("noise", nFacets, Noise); }
+std::string NoiseFile(std::size_t nFacets) { return FileOf("noise", nFacets, shapes::NoiseOfAbout); }
+
+std::string ShapeFile(std::size_t nShape, bool bShuffled, std::size_t nFacets) {
+    fs::path const path =
+        FilePath("shape-" + std::to_string(nShape) + (bShuffled ? "-shuffled" : ""), nFacets);
+    if (!fs::exists(path)) {
+        shapes::Mesh const mesh = shapes::SizedShapes()[nShape].pMake(nFacets);
+        WriteFile(path, shapes::ToBinaryStl(bShuffled ? shapes::Shuffled(mesh, 1) : mesh));
+    }
+    return path.string();
+}
+
+void OfShapes(benchmark::internal::Benchmark* pBenchmark) {
+    auto const nShapes = static_cast<std::int64_t>(shapes::SizedShapes().size());
+    for (std::int64_t const nShuffled : {0, 1}) {
+        for (std::int64_t nShape = 0; nShape < nShapes; ++nShape)
+            pBenchmark->Args({1000000, nShape, nShuffled});
+    }
+    pBenchmark->Unit(benchmark::kMillisecond);
+}

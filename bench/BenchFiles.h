@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "Shapes.h"
+#include "SizedShapes.h"
 
 // What the benchmarks of meshes work on: gyroids of about 100,000, 1 million and 4 million facets, and
 // others.
@@ -26,6 +26,13 @@ std::string FileOf(std::string const& name, std::size_t nFacets, shapes::Mesh (*
 
 /// The path of a file of a height field that faces down everywhere, in many small regions steeply enough.
 std::string NoiseFile(std::size_t nFacets);
+
+/// The path of a binary file of a shape, by its number in shapes::SizedShapes.
+std::string ShapeFile(std::size_t nShape, bool bShuffled, std::size_t nFacets);
+
+/// The arguments of a benchmark that reads each shape, in its generator's order and shuffled: the number of
+/// facets, that of the shape, and whether it is shuffled.
+void OfShapes(benchmark::internal::Benchmark* pBenchmark);
 
 /// A path as the library takes it.
 class WidePath {
@@ -48,8 +55,8 @@ inline void ReportFacets(benchmark::State& state, double dFacets) {
 /// Times read(file), which gives a mesh by an owner; facetsOf(mesh) counts its facets, 0
 /// where the file could not be read. Releasing is not timed.
 template <class Read, class FacetsOf>
-void TimeReading(benchmark::State& state, Kind kind, Read const& read, FacetsOf const& facetsOf) {
-    std::string const file = GyroidFile(static_cast<std::size_t>(state.range(0)), kind);
+void TimeReading(benchmark::State& state, std::string const& file, Read const& read,
+                 FacetsOf const& facetsOf) {
     double dFacets = 0.0;
     for (auto _ : state) {
         auto owner = read(file);
@@ -60,4 +67,17 @@ void TimeReading(benchmark::State& state, Kind kind, Read const& read, FacetsOf 
         if (dFacets == 0.0) return state.SkipWithError("not read");
     }
     ReportFacets(state, dFacets);
+}
+
+template <class Read, class FacetsOf>
+void TimeReading(benchmark::State& state, Kind kind, Read const& read, FacetsOf const& facetsOf) {
+    TimeReading(state, GyroidFile(static_cast<std::size_t>(state.range(0)), kind), read, facetsOf);
+}
+
+/// With the arguments of OfShapes.
+template <class Read, class FacetsOf>
+void TimeReadingShape(benchmark::State& state, Read const& read, FacetsOf const& facetsOf) {
+    std::string const file = ShapeFile(static_cast<std::size_t>(state.range(1)), state.range(2) != 0,
+                                       static_cast<std::size_t>(state.range(0)));
+    TimeReading(state, file, read, facetsOf);
 }

@@ -11,15 +11,23 @@
 
 namespace {
 
-void ReadFile(benchmark::State& state, Kind kind) {
-    auto const read = [](std::string const& file) {
+auto Reader(double dTolerance) {
+    return [dTolerance](std::string const& file) {
         auto pModel = std::make_unique<CSTLModel>();
+        pModel->m_VertexTree.m_dTolerance = dTolerance;
         WidePath path(file);
         pModel->ReadSTLFile(path.Get(), 0);
         return pModel;
     };
-    TimeReading(state, kind, read, [](CSTLModel& model) { return model.GetFacetsNum(); });
 }
+
+int FacetsOf(CSTLModel& model) { return model.GetFacetsNum(); }
+
+void ReadFile(benchmark::State& state, Kind kind) { TimeReading(state, kind, Reader(0.0001), FacetsOf); }
+
+void ReadShape(benchmark::State& state) { TimeReadingShape(state, Reader(0.0001), FacetsOf); }
+void ReadShapeFinely(benchmark::State& state) { TimeReadingShape(state, Reader(0.000001), FacetsOf); }
+void ReadShapeExactly(benchmark::State& state) { TimeReadingShape(state, Reader(0.0), FacetsOf); }
 
 void ReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }
 void ReadBinaryShuffled(benchmark::State& state) { ReadFile(state, Kind::kShuffled); }
@@ -53,6 +61,9 @@ BENCHMARK(FloorReadBytes)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReadBinary)->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(4000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReadBinaryShuffled)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReadAscii)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadShape)->Apply(OfShapes);
+BENCHMARK(ReadShapeFinely)->Apply(OfShapes);
+BENCHMARK(ReadShapeExactly)->Apply(OfShapes);
 BENCHMARK(WriteBinary)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,15 +1,20 @@
-# The installed package: headers, library, CMake package with version, pkg-config file.
+# The installed package: headers, libraries, CMake package with version, pkg-config files.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/varnet64 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "*.h")
+foreach(folder varnet64 varnet)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+            FILES_MATCHING PATTERN "*.h")
+endforeach()
 
-install(TARGETS Varnet64 EXPORT Varnet64Targets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 set(VARNET_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Varnet64)
-install(EXPORT Varnet64Targets NAMESPACE Varnet64:: DESTINATION ${VARNET_CMAKE_DIR})
+# The kit has targets of its own, so that a host of the classes alone loads the first file only.
+foreach(library Varnet64 Varnet64Kit)
+    install(TARGETS ${library} EXPORT ${library}Targets
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(EXPORT ${library}Targets NAMESPACE Varnet64:: DESTINATION ${VARNET_CMAKE_DIR})
+endforeach()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/Varnet64Config.cmake.in
                               ${CMAKE_CURRENT_BINARY_DIR}/Varnet64Config.cmake
                               INSTALL_DESTINATION ${VARNET_CMAKE_DIR})
@@ -35,5 +40,7 @@ foreach(kind INCLUDE LIB)
         set(VARNET_PC_${kind}DIR "\${prefix}/${CMAKE_INSTALL_${kind}DIR}")
     endif()
 endforeach()
-configure_file(${PROJECT_SOURCE_DIR}/cmake/varnet64.pc.in ${CMAKE_CURRENT_BINARY_DIR}/varnet64.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/varnet64.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(name varnet64 varnet64-kit)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

@@ -96,7 +96,7 @@ void Demo::ShowPart() {
     m_Part.Write(File("bracket_repaired.stl"));
     varnet::Part const ascii = ReadPart(TextOf(m_Folder / "bracket_ascii.stl"), {});
     Check(m_Part.Triangles().size() == clean.size(), "all facets but the doubled one are in the mesh");
-    Check(m_Part.Report().doubled == 1, "the doubled facet is counted");
+    Check(repaired.doubled == 1, "the doubled facet is counted");
     Check(repaired.openEdgesAfter == 0, "the repaired part is closed");
     Check(repaired.turned == static_cast<std::int64_t>((clean.size() + 7) / 9),
           "the facets turned are turned back");

@@ -36,6 +36,7 @@ int Run(int argc, char** argv) {
     AddWhole(app);
     AddView(app);
     AddDemo(app);
+    AddManual(app);
     CatchSignals();
     try {
 #if defined(_WIN32)

@@ -29,6 +29,7 @@ void Run(RepairOptions const& options) {
     Report report(options.input + " -> " + options.output);
     AddIntake(report, part);
     report.Add("facets turned to agree", "turned", static_cast<long long>(repaired.turned));
+    report.Add("facets once too often, left out", "repair_doubled", static_cast<long long>(repaired.doubled));
     report.Add("bodies turned outward", "bodies_turned", static_cast<long long>(repaired.bodiesTurned));
     report.Add("holes closed", "holes_filled", static_cast<long long>(repaired.holesFilled));
     report.Add("facets added", "facets_added", static_cast<long long>(repaired.facetsAdded));

@@ -98,6 +98,7 @@ void Run(SupportOptions options) {
                Count(static_cast<long long>(supports.Solids().size())) + ", " + Count(facets) + " facets");
     report.AddJson("facets", facets);
     report.Print(options.json, options.output == "-");
+    if (supports.Solids().empty()) Warn("nothing needs support: " + options.output + " holds no facets");
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ namespace {
 // Each part is cut into so many layers, so that their volume can be held against that of the mesh. Where it
 // differs by more than kClose of it, it is cut into more: a level face may lie anywhere in a layer.
 constexpr int kFewestLayers = 400;
-constexpr int kMostLayers = 25600;
-constexpr double kClose = 0.0003;
+constexpr int kMostLayers = 6400;
+constexpr double kClose = 0.0008;
 
 struct WholeOptions {
     std::string folder;

@@ -26,11 +26,12 @@ private:
     stl_file m_File{};
 };
 
-void ReadFile(benchmark::State& state, Kind kind) {
-    TimeReading(
-        state, kind, [](std::string const& file) { return std::make_unique<AdmeshFile>(file); },
-        [](AdmeshFile& mesh) { return mesh.Get().stats.number_of_facets; });
-}
+std::unique_ptr<AdmeshFile> ReadMesh(std::string const& file) { return std::make_unique<AdmeshFile>(file); }
+int FacetsOf(AdmeshFile& mesh) { return mesh.Get().stats.number_of_facets; }
+
+void ReadFile(benchmark::State& state, Kind kind) { TimeReading(state, kind, ReadMesh, FacetsOf); }
+
+void AdmeshReadShape(benchmark::State& state) { TimeReadingShape(state, ReadMesh, FacetsOf); }
 
 void AdmeshReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }
 void AdmeshReadBinaryShuffled(benchmark::State& state) { ReadFile(state, Kind::kShuffled); }
@@ -67,6 +68,7 @@ void AdmeshWriteBinary(benchmark::State& state) {
 
 BENCHMARK(AdmeshReadBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(AdmeshReadBinaryShuffled)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(AdmeshReadShape)->Apply(OfShapes);
 BENCHMARK(AdmeshReadAscii)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(AdmeshFixNormalDirections)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(AdmeshVolume)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -1,6 +1,10 @@
 // Runs the jobs that well-kept libraries do too, all in one run, and prints one Markdown table.
 
+#include <array>
+#include <string>
+
 #include "Collector.h"
+#include "SizedShapes.h"
 
 namespace {
 
@@ -68,12 +72,19 @@ std::vector<Job> const& Jobs() {
     return s_Jobs;
 }
 
+// What reads each shape.
+constexpr std::array<char const*, 3> kShapeReaders = {"ReadShape", "ReadShapeFinely", "ReadShapeExactly"};
+constexpr std::array<Peer, 3> kShapePeers = {
+    {{"ADMesh", "AdmeshReadShape"}, {"VTK", "VtkReadShape"}, {"OCCT", "OcctReadShape"}}};
+
 std::string Filter() {
     std::string filter;
-    auto const add = [&filter](char const* pName) {
+    auto const add = [&filter](std::string const& name) {
         filter += filter.empty() ? "^(" : "|";
-        filter += pName;
+        filter += name;
     };
+    for (char const* const pName : kShapeReaders) add(std::string(pName) + "/.*");
+    for (Peer const& peer : kShapePeers) add(std::string(peer.pBenchmark) + "/.*");
     for (Job const& job : Jobs()) {
         add(job.pOurs);
         for (Peer const& peer : job.peers) add(peer.pBenchmark);
@@ -98,6 +109,53 @@ void PrintTable(Collector const& collector) {
     }
 }
 
+// One row of the table of shapes.
+struct ShapeRow {
+    std::string text;
+    double dRatio;  // of the worst of our readings to the fastest peer
+};
+
+ShapeRow RowOf(Collector const& collector, std::size_t nShape, bool bShuffled) {
+    std::string arguments = "/1000000/";
+    arguments += std::to_string(nShape);
+    arguments += bShuffled ? "/1" : "/0";
+    std::string text = "| ";
+    text += shapes::SizedShapes()[nShape].pName;
+    text += bShuffled ? ", shuffled |" : " |";
+    auto const add = [&text](double d) {
+        if (d > 0.0) text.append(1, ' ').append(std::to_string(static_cast<long long>(d + 0.5)));
+        text += " |";
+    };
+    double dWorst = 0.0;
+    for (char const* const pName : kShapeReaders) {
+        double const dTime = collector.Median(pName + arguments);
+        dWorst = std::max(dWorst, dTime);
+        add(dTime);
+    }
+    double dFastest = std::numeric_limits<double>::infinity();
+    for (Peer const& peer : kShapePeers) {
+        double const dTime = collector.Median(peer.pBenchmark + arguments);
+        if (dTime > 0.0) dFastest = std::min(dFastest, dTime);
+        add(dTime);
+    }
+    return {text, dWorst / dFastest};
+}
+
+// The worst shape first.
+void PrintShapes(Collector const& collector) {
+    std::vector<ShapeRow> rows;
+    for (bool const bShuffled : {false, true}) {
+        for (std::size_t n = 0; n < shapes::SizedShapes().size(); ++n)
+            rows.push_back(RowOf(collector, n, bShuffled));
+    }
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](ShapeRow const& a, ShapeRow const& b) { return a.dRatio > b.dRatio; });
+    std::printf("\n| Reading binary STL, ns a facet | tolerance 0.0001 | 0.000001 | 0 |");
+    for (Peer const& peer : kShapePeers) std::printf(" %s |", peer.pName);
+    std::printf(" worst ratio to the fastest |\n|---|---|---|---|---|---|---|---|\n");
+    for (ShapeRow const& row : rows) std::printf("%s %.2f |\n", row.text.c_str(), row.dRatio);
+}
+
 }  // namespace
 
 int main(int nArguments, char** ppArguments) {
@@ -109,5 +167,6 @@ int main(int nArguments, char** ppArguments) {
         return 2;
     }
     PrintTable(collector);
+    PrintShapes(collector);
     return 0;
 }

@@ -32,9 +32,11 @@ vtkSmartPointer<vtkPolyData> ReadGyroid(benchmark::State& state, Kind kind = Kin
     return ReadMesh(GyroidFile(static_cast<std::size_t>(state.range(0)), kind));
 }
 
-void ReadFile(benchmark::State& state, Kind kind) {
-    TimeReading(state, kind, ReadMesh, [](vtkPolyData& mesh) { return mesh.GetNumberOfCells(); });
-}
+vtkIdType FacetsOf(vtkPolyData& mesh) { return mesh.GetNumberOfCells(); }
+
+void ReadFile(benchmark::State& state, Kind kind) { TimeReading(state, kind, ReadMesh, FacetsOf); }
+
+void VtkReadShape(benchmark::State& state) { TimeReadingShape(state, ReadMesh, FacetsOf); }
 
 void VtkReadBinary(benchmark::State& state) { ReadFile(state, Kind::kBinary); }
 void VtkReadBinaryShuffled(benchmark::State& state) { ReadFile(state, Kind::kShuffled); }
@@ -115,6 +117,7 @@ void VtkOverhangsOfNoise(benchmark::State& state) {
 
 BENCHMARK(VtkReadBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkReadBinaryShuffled)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(VtkReadShape)->Apply(OfShapes);
 BENCHMARK(VtkReadAscii)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkWriteBinary)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(VtkOrient)->Arg(1000000)->Unit(benchmark::kMillisecond);

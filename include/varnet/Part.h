@@ -68,6 +68,7 @@ struct MeshMeasures {
 /// What a repair did.
 struct RepairReport {
     std::int64_t turned = 0;           ///< facets that contradicted their shell
+    std::int64_t doubled = 0;          ///< facets left out that stood there once too often
     std::int64_t openEdgesBefore = 0;  ///< by equal corners, as in the file
     std::int64_t openEdgesAfter = 0;
     std::int64_t holesFilled = 0;

@@ -67,8 +67,8 @@ public:
     /// Supported regions whose projected area is less than a stroke's width squared: their solids print
     /// badly.
     std::int64_t SmallRegions() const { return m_SmallRegions; }
-    /// All solids as one mesh of the given format, under its name only when it is complete. Throws Error of
-    /// kind kFile, and kContent where there is no solid.
+    /// All solids as one mesh of the given format, under its name only when it is complete; without solids a
+    /// file of no facets. Throws Error of kind kFile.
     void Write(std::filesystem::path const& path, MeshFormat format = MeshFormat::kBinaryStl) const;
 
 private:

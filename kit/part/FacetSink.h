@@ -27,7 +27,7 @@ public:
     void Flush();
 
 private:
-    static constexpr std::size_t kBlock = 3 * 1024;
+    static constexpr std::size_t kBlock = 3072;  // a thousand facets
 
     void DropNotFinite();
     void Measure();

@@ -109,6 +109,7 @@ std::vector<Body> Part::MakeBodies(State const& state) {
     PairByAngle(mesh, edges);
     BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
     std::vector<Body> bodies;
+    bodies.reserve(static_cast<std::size_t>(labels.count));
     for (std::int32_t i = 0; i < labels.count; ++i) bodies.push_back(Body());
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
         Body& body = bodies[static_cast<std::size_t>(labels.ofFacet[i])];

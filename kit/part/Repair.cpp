@@ -5,6 +5,7 @@
 #include <string>
 
 #include "part/Bodies.h"
+#include "part/Closing.h"
 #include "part/Edges.h"
 #include "part/Holes.h"
 #include "part/Pace.h"
@@ -189,6 +190,12 @@ RepairReport Part::Repair(RepairSettings const& settings) {
         mesh = std::move(changed);
         edges = std::move(table);
         report.turned += turned;
+    }
+    if (report.turned > 0) {
+        // A facet that stands there twice is told from a turned one only now.
+        EdgeTable table = FindEdges(mesh.triangles, mesh.points.size(), pace.Between(0.45, 0.45));
+        report.doubled = LeaveOutCopies(mesh, table, pace.Between(0.45, 0.45));
+        if (report.doubled > 0) edges = Edges(mesh, pace.Between(0.45, 0.45));
     }
     if (settings.fillHoles > 0.0 && edges.open > 0)
         Fill(mesh, edges, settings.fillHoles, report, pace.Between(0.45, 0.9));

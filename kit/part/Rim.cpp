@@ -148,8 +148,9 @@ bool Rim::Harms(Triangle const& corners, std::vector<std::int32_t> const& become
     for (std::size_t k = 0; k < 3; ++k) {
         std::int32_t const corner = corners[k];
         if (corner < 0) {
+            std::int32_t const point = ~corner;
             now[k] = corner;
-            before[k] = after[k] = m_Mesh.points[static_cast<std::size_t>(~corner)];
+            before[k] = after[k] = m_Mesh.points[static_cast<std::size_t>(point)];
             continue;
         }
         now[k] = becomes[static_cast<std::size_t>(corner)];
@@ -192,11 +193,14 @@ std::vector<std::int32_t> Rim::PointsOn(Open const& edge, double tolerance, Poin
         if (number == edge.start || number == edge.end) return;
         Point3 const& p = m_Points[static_cast<std::size_t>(number)];
         double const share = Dot(p - a, way) / square;
-        if (!(share > 0.0 && share < 1.0)) return;
+        // A point as near to an end is to be joined with that end.
+        double const length = std::sqrt(square);
+        if (!(share * length > near && (1.0 - share) * length > near)) return;
         if (Length(p - (a + share * way)) <= near) found.emplace_back(share, number);
     });
     std::sort(found.begin(), found.end());
     std::vector<std::int32_t> points;
+    points.reserve(found.size());
     for (auto const& [share, number] : found) points.push_back(number);
     return points;
 }
@@ -212,6 +216,7 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
     std::sort(candidates.begin(), candidates.end());
     candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     std::vector<Point3> points;
+    points.reserve(candidates.size());
     for (std::int32_t const i : candidates) points.push_back(m_Points[static_cast<std::size_t>(i)]);
     PointTree const tree(points, pace.Between(0.0, 0.0));
 

@@ -43,7 +43,7 @@ void AddHatch(Layer const& layer, std::size_t chain, CLayer& classic) {
         hatch->m_EdgeList.AddTail(edge);
     }
     classic.m_HatchList.AddTail(hatch.get());
-    hatch.release();
+    static_cast<void>(hatch.release());
 }
 
 void AddLoop(tagLoopTreeNode const& loop, std::int32_t parent, Layer& layer) {

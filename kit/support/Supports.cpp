@@ -138,8 +138,6 @@ Supports::Supports(Part const& part, SupportSettings const& settings) {
 }
 
 void Supports::Write(std::filesystem::path const& path, MeshFormat format) const {
-    if (m_Solids.empty())
-        throw Error(ErrorKind::kContent, path, "there is nothing to support, and no solid to write");
     std::vector<Point3> points;
     std::vector<Triangle> triangles;
     for (SupportSolid const& solid : m_Solids) {

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
 
 #include "cli/CommandTable.h"
 #include "cli/LayerFormats.h"
 #include "contours/LoopWalk.h"
 #include "foundation/files/LittleEndian.h"
+#include "foundation/memory/AddNew.h"
 
 namespace varnet {
 
@@ -105,15 +107,14 @@ private:
         std::array<std::int32_t, kMostWholes> wholes{};
         if (!ReadWholes(command, numbers, wholes)) return false;
         auto const [nID, nDirection, nPoints] = wholes;
-        auto pLoop = std::make_unique<tagLoopTreeNode>(0);
+        auto pLoop = NewPath();
         pLoop->m_dZ = m_Layer.m_dZ;
         pLoop->m_nID = nID;
         pLoop->m_nDirection = static_cast<LOOPDIRECT>(nDirection);
         pLoop->m_bClosed = nDirection < 2 ? 1 : 0;
-        pLoop->m_pPointList = new PointList(kPointBlockSize);
         auto const makePoint = [&numbers](unsigned char const* p) { return numbers.Point(p); };
         if (!ReadItems(*pLoop->m_pPointList, 2 * numbers.Size(), nPoints, makePoint)) return false;
-        m_Layer.AddRawLoop(pLoop.release());
+        AddOwned(m_Layer.m_RawLoopList, std::move(pLoop));
         return true;
     }
 
@@ -127,7 +128,7 @@ private:
             return CEdge2D(numbers.Point(p), numbers.Point(p + 2 * numbers.Size()));
         };
         if (!ReadItems(pHatch->m_EdgeList, 4 * numbers.Size(), wholes[1], makeEdge)) return false;
-        m_Layer.m_HatchList.AddTail(pHatch.release());
+        AddOwned(m_Layer.m_HatchList, std::move(pHatch));
         return true;
     }
 

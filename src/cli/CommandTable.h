@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 // The words of CLI slice files, for reader and writer alike.
@@ -74,7 +76,9 @@ inline constexpr int kDisguiseStep = 245;
 /// The writer's offsets lie below this.
 inline constexpr int kDisguiseOffsets = 111;
 
+/// The word of a command that is disguised by one of the writer's offsets.
 inline constexpr std::uint16_t DisguisedWord(Command command, int nOffset) {
+    VARNET_REQUIRE(nOffset >= 0 && nOffset < kDisguiseOffsets);
     return static_cast<std::uint16_t>(nOffset * kDisguiseStep + EntryOf(command).nDisguised);
 }
 
@@ -113,6 +117,7 @@ inline constexpr std::string_view TextOf(Keyword keyword) {
 
 /// The keyword that names a file mode from 1 to 3.
 inline constexpr Keyword KeywordOfMode(int nMode) {
+    VARNET_REQUIRE(IsFileMode(nMode));
     constexpr std::array<Keyword, 3> kModes = {Keyword::kText, Keyword::kBinary, Keyword::kDisguised};
     return kModes[static_cast<std::size_t>(nMode - kModeText)];
 }

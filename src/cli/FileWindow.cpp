@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/Require.h"
 #include "foundation/files/FilePosition.h"
 
 namespace varnet {
@@ -51,6 +52,7 @@ void FileWindow::ReadLineOfPipe(std::size_t nMost) {
 }
 
 std::optional<std::string_view> FileWindow::NextLine(std::size_t nMost) {
+    VARNET_REQUIRE(nMost <= kLongest);
     if (m_nStart < 0 && !m_bEndOfFile) ReadLineOfPipe(nMost);
     std::size_t nSearched = 0;
     std::size_t nLength = 0;
@@ -72,6 +74,7 @@ std::optional<std::string_view> FileWindow::NextLine(std::size_t nMost) {
 }
 
 unsigned char const* FileWindow::Take(std::size_t nSize) {
+    VARNET_REQUIRE(nSize <= kLongest);
     if (!Hold(nSize)) {
         PassAll();
         return nullptr;
@@ -82,6 +85,7 @@ unsigned char const* FileWindow::Take(std::size_t nSize) {
 }
 
 std::span<unsigned char const> FileWindow::TakeItems(std::size_t nSize, std::size_t nMost) {
+    VARNET_REQUIRE(nSize > 0 && nSize <= kLongest && nMost > 0);
     if (!Hold(nSize)) {
         PassAll();
         return {};

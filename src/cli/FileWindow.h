@@ -33,8 +33,8 @@ public:
     /// passed over then. Good until the next call.
     unsigned char const* Take(std::size_t nSize);
 
-    /// The next items of nSize bytes, from one to nMost. None where there is no whole one left: all bytes are
-    /// passed over then. Good until the next call.
+    /// The next items of nSize bytes, from 1 to kLongest, as many as there are from one to nMost. None where
+    /// there is no whole one left: all bytes are passed over then. Good until the next call.
     std::span<unsigned char const> TakeItems(std::size_t nSize, std::size_t nMost);
 
     /// Whether the file can hold so many bytes more. A file without a position can.

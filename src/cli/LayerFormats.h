@@ -15,8 +15,10 @@ struct LayerEnd {
     bool bWhole;
 };
 
-/// Adds the lines of one layer to it. The file then stands at the next layer's line, or at the line that is
-/// no command. 1 when a layer's line was met, also where something else ended it, else 0.
+/// Adds the lines of one layer to it, and grows its box by their points. The file then stands behind the last
+/// line that had an effect: at the next layer's line, at a line that is no command, or at lines without
+/// effect ahead of these; or at its end. 1 when a layer's line was met, also where something else ended it,
+/// else 0.
 LayerEnd ReadTextLayer(FileWindow& file, CLayer& layer);
 
 /// Adds the commands of one layer to it, and refreshes its box. The file then stands at the next layer's

@@ -10,8 +10,6 @@ namespace {
 
 CLayer* LayerIn(void* pElement) { return static_cast<CLayer*>(pElement); }
 
-constexpr int kFirstSupportID = 1000;
-
 void GrowBox(CBoundBox3D& bounds, CLayer const* pLayer) {
     if (pLayer == nullptr) return;
     CBoundBox2D const& box = pLayer->m_Box;
@@ -107,7 +105,7 @@ int CLayerModel::GetSupportAtLayer(int nLayer, XR_CList<void*, void*>* pList) {
     if (pLayer == nullptr) return 0;
     int nFound = 0;
     ForEachHatch(pLayer->m_HatchList, [&](CHatch& hatch) {
-        if (hatch.m_nID < kFirstSupportID) return;
+        if (hatch.m_nID < kSecondGroup) return;
         pList->AddTail(&hatch);
         ++nFound;
     });

@@ -11,7 +11,7 @@ using namespace varnet;
 
 namespace {
 
-// One layer in so many is written.
+// A layer is written with a chance of one in so many.
 constexpr int kThinning = 3;
 
 // The same for the same extent of the model, in square millimetres.

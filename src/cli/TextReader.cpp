@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
 
 #include "cli/CommandTable.h"
 #include "cli/LayerFormats.h"
 #include "cli/LineTokens.h"
 #include "contours/LoopWalk.h"
+#include "foundation/memory/AddNew.h"
 
 namespace varnet {
 
@@ -39,8 +41,8 @@ bool ReadPolyline(LineTokens tokens, CLayer& layer) {
     int nDirection = 0;
     int nAnnounced = 0;
     if (!tokens.Next(nID) || !tokens.Next(nDirection) || !tokens.Next(nAnnounced)) return false;
-    auto pLoop = std::make_unique<tagLoopTreeNode>(0);
-    pLoop->m_pPointList = new PointList(NodesAtOnce(nAnnounced, tokens.Left(), 2, kPointBlockSize));
+    auto pLoop = NewPath();
+    pLoop->m_pPointList->m_nBlockSize = NodesAtOnce(nAnnounced, tokens.Left(), 2, kPointBlockSize);
     std::array<double, 2> xy;
     while (NextReals(tokens, layer.m_dUnits, xy)) {
         CPoint2D point(xy[0], xy[1]);
@@ -55,7 +57,7 @@ bool ReadPolyline(LineTokens tokens, CLayer& layer) {
     pLoop->m_dZ = layer.m_dZ;
     pLoop->m_nID = nID;
     layer.m_Box += pLoop->m_Box;
-    layer.AddRawLoop(pLoop.release());
+    AddOwned(layer.m_RawLoopList, std::move(pLoop));
     return true;
 }
 
@@ -75,7 +77,7 @@ bool ReadHatches(LineTokens tokens, CLayer& layer) {
     }
     pHatch->m_EdgeList.m_nBlockSize = nUsual;
     pHatch->m_nID = nID;
-    layer.m_HatchList.AddTail(pHatch.release());
+    AddOwned(layer.m_HatchList, std::move(pHatch));
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "foundation/Geometry.h"
+#include "foundation/Require.h"
 
 namespace varnet {
 
@@ -26,6 +27,8 @@ bool IsOrdinary(double dLength2) { return dLength2 > kShortest2 && dLength2 < kL
 }  // namespace
 
 bool ChordCheck::Holds(PointNode* pEnd) {
+    VARNET_REQUIRE(pEnd->pPrev == (m_pLast != nullptr ? m_pLast : m_pAnchor->pNext));
+    if constexpr (kRequirementsChecked) m_pLast = pEnd;
     TakeIn(pEnd->pPrev);
     if (!m_bHasAxis || IsInWedge(pEnd->data)) {
         return std::all_of(m_Asked.begin(), m_Asked.end(),

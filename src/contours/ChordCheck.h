@@ -29,6 +29,7 @@ private:
     bool IsNear(PointNode* pNode, PointNode* pEnd) const;
 
     PointNode* m_pAnchor;
+    PointNode* m_pLast = nullptr;  // asked for; for the check of the order alone
     double m_dTolerance2;
     std::vector<PointNode*> m_Asked;  // points that the wedge does not tell
 

@@ -1,6 +1,7 @@
 #include "contours/IntervalLists.h"
 
 #include "contours/LoopWalk.h"
+#include "foundation/Require.h"
 
 using namespace varnet;
 
@@ -61,6 +62,7 @@ void RemovePairsShorterThan(PointList& list, PointNode* pNext, double dLimit) {
 void AssertPL(XR_CList<CPoint2D, CPoint2D&>* /*pList*/) {}
 
 void InsertToPL(XR_CList<CPoint2D, CPoint2D&>* pDst, XR_CList<CPoint2D, CPoint2D&>* pSrc) {
+    VARNET_REQUIRE(pDst != pSrc);
     PointNode* pCursor = pDst->m_pNodeHead;
     for (PointNode* p = pSrc->m_pNodeHead; p != nullptr; p = p->pNext) {
         while (pCursor != nullptr && !(pCursor->data.x > p->data.x)) pCursor = pCursor->pNext;
@@ -70,6 +72,7 @@ void InsertToPL(XR_CList<CPoint2D, CPoint2D&>* pDst, XR_CList<CPoint2D, CPoint2D
 
 void InsertToPLWithFlag(XR_CList<CPoint2D, CPoint2D&>* pDst, XR_CList<CPoint2D, CPoint2D&>* pSrc, int nOpen,
                         int nClose) {
+    VARNET_REQUIRE(pDst != pSrc);
     PointNode* pCursor = pDst->m_pNodeHead;
     auto const pairIsBehind = [&pCursor](double dMiddle) {
         PointNode* const pPartner = Partner(pCursor);

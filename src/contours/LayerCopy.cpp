@@ -2,6 +2,8 @@
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
+#include "foundation/Require.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
@@ -13,8 +15,6 @@ constexpr int kFirstGroupHatches = 2;
 constexpr int kSecondGroupHatches = 4;
 constexpr int kEverything = 255;
 
-constexpr int kSecondGroup = 1000;  // hatch ids from here on
-
 // What ConvertHatchToLoop writes to the first attribute of a point.
 constexpr float kStartsEdge = -12301.0f;
 constexpr float kEndsEdge = -12302.0f;
@@ -23,25 +23,30 @@ bool IsWanted(CHatch const& hatch, int nMask) {
     return (nMask & (hatch.m_nID < kSecondGroup ? kFirstGroupHatches : kSecondGroupHatches)) != 0;
 }
 
-tagLoopTreeNode* MovedCopy(tagLoopTreeNode& loop, CPoint2D const& offset, double dZ) {
-    auto* const pCopy = new tagLoopTreeNode(0);
-    pCopy->CopyOtherLoop(&loop);
-    pCopy->m_dZ = dZ;
-    for (PointNode* p = FirstPoint(*pCopy); p != nullptr; p = p->pNext) p->data += offset;
-    pCopy->GetBoundBox();
-    return pCopy;
+std::unique_ptr<tagLoopTreeNode> CopyOf(tagLoopTreeNode& loop) {
+    auto copy = std::make_unique<tagLoopTreeNode>(0);
+    copy->CopyOtherLoop(&loop);
+    return copy;
 }
 
-CHatch* MovedCopy(CHatch& hatch, CPoint2D const& offset) {
-    auto* const pCopy = new CHatch;
-    pCopy->m_nID = hatch.m_nID;
+std::unique_ptr<tagLoopTreeNode> MovedCopy(tagLoopTreeNode& loop, CPoint2D const& offset, double dZ) {
+    auto copy = CopyOf(loop);
+    copy->m_dZ = dZ;
+    for (PointNode* p = FirstPoint(*copy); p != nullptr; p = p->pNext) p->data += offset;
+    copy->GetBoundBox();
+    return copy;
+}
+
+std::unique_ptr<CHatch> MovedCopy(CHatch& hatch, CPoint2D const& offset) {
+    auto copy = std::make_unique<CHatch>();
+    copy->m_nID = hatch.m_nID;
     for (auto const* p = hatch.m_EdgeList.m_pNodeHead; p != nullptr; p = p->pNext) {
         CEdge2D edge(p->data);
         edge.m_ptStart += offset;
         edge.m_ptEnd += offset;
-        pCopy->m_EdgeList.AddTail(edge);
+        copy->m_EdgeList.AddTail(edge);
     }
-    return pCopy;
+    return copy;
 }
 
 void AddTagged(PointList& points, CPoint2D point, float fTag) {
@@ -53,16 +58,14 @@ void AddTagged(PointList& points, CPoint2D point, float fTag) {
 
 CLayer* CLayer::CopyLoop() {
     BuildLoopList();
-    auto* const pLayer = new CLayer;
-    ForEachLoop(m_LoopList, [pLayer](tagLoopTreeNode& loop) {
-        auto* const pCopy = new tagLoopTreeNode(0);
-        pCopy->CopyOtherLoop(&loop);
-        pLayer->AddRawLoop(pCopy);
-    });
-    return pLayer;
+    auto layer = std::make_unique<CLayer>();
+    ForEachLoop(m_LoopList,
+                [&layer](tagLoopTreeNode& loop) { AddOwned(layer->m_RawLoopList, CopyOf(loop)); });
+    return layer.release();
 }
 
 void CLayer::CopyLayer(CLayer& other, double dx, double dy, double dz) {
+    VARNET_REQUIRE(&other != this);
     ReleaseAll();
     m_dZ = other.m_dZ + dz;
     m_Box = other.m_Box;
@@ -77,51 +80,51 @@ void CLayer::CopyLayer(CLayer& other, double dx, double dy, double dz) {
 }
 
 void CLayer::AddOtherLayer(CLayer& other, double dx, double dy, int nMask) {
+    VARNET_REQUIRE(&other != this);
     CPoint2D const offset(dx, dy);
     other.BuildLoopList();
     if ((nMask & kLoops) != 0) {
         ForEachLoop(other.m_LoopList, [&](tagLoopTreeNode& loop) {
-            if (loop.m_pPointList != nullptr) AddRawLoop(MovedCopy(loop, offset, m_dZ));
+            if (loop.m_pPointList != nullptr) AddOwned(m_RawLoopList, MovedCopy(loop, offset, m_dZ));
         });
     }
     ForEachHatch(other.m_HatchList, [&](CHatch& hatch) {
         if (hatch.m_EdgeList.IsEmpty() != 0 || !IsWanted(hatch, nMask)) return;
-        m_HatchList.AddTail(MovedCopy(hatch, offset));
+        AddOwned(m_HatchList, MovedCopy(hatch, offset));
     });
     GetBoundBox();
 }
 
 CLayer* CLayer::ConvertLoopToHatch(unsigned int nID) {
-    auto* const pLayer = new CLayer;
-    pLayer->m_dZ = m_dZ;
-    pLayer->m_dUnits = m_dUnits;
+    auto layer = std::make_unique<CLayer>();
+    layer->m_dZ = m_dZ;
+    layer->m_dUnits = m_dUnits;
     BuildLoopList();
     ForEachLoop(m_LoopList, [&](tagLoopTreeNode& loop) {
         if (PointCount(loop) < 2) return;
-        auto* const pHatch = new CHatch;
-        pHatch->m_nID = static_cast<std::int32_t>(nID);
+        CHatch& hatch = AddNew<CHatch>(layer->m_HatchList);
+        hatch.m_nID = static_cast<std::int32_t>(nID);
         for (PointNode const* p = FirstPoint(loop); p->pNext != nullptr; p = p->pNext) {
             CEdge2D edge(p->data, p->pNext->data);
-            pHatch->m_EdgeList.AddTail(edge);
+            hatch.m_EdgeList.AddTail(edge);
         }
-        pLayer->m_HatchList.AddTail(pHatch);
     });
-    return pLayer;
+    return layer.release();
 }
 
 tagLoopTreeNode* ConvertHatchToLoop(CHatch* pHatch, double dZ, int nFlag) {
-    auto* const pLoop = new tagLoopTreeNode(0);
-    pLoop->m_dZ = dZ;
-    pLoop->m_nID = pHatch->m_nID;
-    pLoop->m_nFlag = nFlag;
-    pLoop->m_pPointList = new PointList(kPointBlockSize);
+    auto path = NewPath();
+    path->m_dZ = dZ;
+    path->m_nID = pHatch->m_nID;
+    path->m_nFlag = nFlag;
+    PointList& points = *path->m_pPointList;
     CPoint2D last(-1e10, -1e10);  // where no edge starts
     for (auto const* p = pHatch->m_EdgeList.m_pNodeHead; p != nullptr; p = p->pNext) {
         CEdge2D const& edge = p->data;
-        if (!(edge.m_ptStart == last)) AddTagged(*pLoop->m_pPointList, edge.m_ptStart, kStartsEdge);
-        if (!(edge.m_ptEnd == edge.m_ptStart)) AddTagged(*pLoop->m_pPointList, edge.m_ptEnd, kEndsEdge);
+        if (!(edge.m_ptStart == last)) AddTagged(points, edge.m_ptStart, kStartsEdge);
+        if (!(edge.m_ptEnd == edge.m_ptStart)) AddTagged(points, edge.m_ptEnd, kEndsEdge);
         last = edge.m_ptEnd;
     }
-    pLoop->GetBoundBox();
-    return pLoop;
+    path->GetBoundBox();
+    return path.release();
 }

@@ -7,6 +7,7 @@
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
 #include "foundation/Geometry.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
@@ -34,10 +35,16 @@ Crossings FindCrossings(CEdge2D const& edge, CBoundBox2D const& box) {
     return found;
 }
 
-// Clips the edges of a layer's hatches one after the other, and makes new hatches of what is left.
+// Clips the edges of a layer's hatches one after the other, and makes new hatches of what is left, which it
+// owns.
 class HatchClipper {
 public:
     explicit HatchClipper(CBoundBox2D const& box) : m_Box(box) {}
+    HatchClipper(HatchClipper const&) = delete;
+    HatchClipper& operator=(HatchClipper const&) = delete;
+    ~HatchClipper() {
+        ForEachHatch(m_Hatches, [](CHatch& hatch) { delete &hatch; });
+    }
 
     void Clip(CHatch& hatch) {
         m_pCurrent = nullptr;
@@ -64,10 +71,9 @@ private:
         bool const bNear =
             std::fabs(start.x - m_Last.x) < kSameHatch || std::fabs(start.y - m_Last.y) < kSameHatch;
         if (bNear && m_Hatches.IsEmpty() == 0) return static_cast<CHatch*>(m_Hatches.GetTail());
-        auto* const pHatch = new CHatch;
-        pHatch->m_nID = nID;
-        m_Hatches.AddTail(pHatch);
-        return pHatch;
+        CHatch& hatch = AddNew<CHatch>(m_Hatches);
+        hatch.m_nID = nID;
+        return &hatch;
     }
 
     CBoundBox2D m_Box;
@@ -89,8 +95,8 @@ int ClipEdgeToBox(CEdge2D& edge, CBoundBox2D& box, CEdge2D& result) {
     if (crossings.nCount == 0) return 0;
     if (crossings.nCount == 2) {
         // Roots, since two squares that differ may have the same one.
-        double const dFirst = std::sqrt(D2ofPtoP(edge.m_ptStart, first));
-        double const dSecond = std::sqrt(D2ofPtoP(edge.m_ptStart, second));
+        double const dFirst = Distance(edge.m_ptStart, first);
+        double const dSecond = Distance(edge.m_ptStart, second);
         if (dFirst > dSecond) std::swap(first, second);
         result = CEdge2D(first, second);
     } else {
@@ -113,24 +119,21 @@ void CLayer::LimitInBox(CBoundBox2D box, int bLimitLoops, int bLimitHatchs) {
     if (bLimitHatchs != 0) {
         HatchClipper clipper(box);
         ForEachHatch(m_HatchList, [&clipper](CHatch& hatch) { clipper.Clip(hatch); });
-        ForEachHatch(m_HatchList, [](CHatch& hatch) { delete &hatch; });
-        m_HatchList.RemoveAll();
-        m_HatchList.AddTail(&clipper.Hatches());
+        SwapElements(m_HatchList, clipper.Hatches());
     }
     GetBoundBox();
 }
 
 void CLayer::AddBorder(CPoint2D& a, CPoint2D& b) {
-    auto* const pBorder = new tagLoopTreeNode(0);
-    pBorder->m_bClosed = 1;
-    pBorder->m_nDirection = LOOPDIRECT_CCW;
-    pBorder->m_dZ = m_dZ;
-    pBorder->m_Box = CBoundBox2D(a, b);
-    pBorder->m_pPointList = new PointList(kPointBlockSize);
+    auto border = NewPath();
+    border->m_bClosed = 1;
+    border->m_nDirection = LOOPDIRECT_CCW;
+    border->m_dZ = m_dZ;
+    border->m_Box = CBoundBox2D(a, b);
     for (CPoint2D corner : {CPoint2D(a.x, a.y), CPoint2D(b.x, a.y), CPoint2D(b.x, b.y), CPoint2D(a.x, b.y),
                             CPoint2D(a.x, a.y)}) {
-        pBorder->m_pPointList->AddTail(corner);
+        border->m_pPointList->AddTail(corner);
     }
-    AddRawLoop(pBorder);
+    AddOwned(m_RawLoopList, std::move(border));
     MakeTopology(1);
 }

@@ -40,6 +40,8 @@ public:
     static void Append(Loop parent, Loop loop) { parent->m_ChildList.AddTail(loop); }
 
     static void Sink(Loop loop) { loop->LevelAdd(); }
+
+    static Loop Deeper(Loop parent, Loop /*loop*/) { return parent; }
 };
 
 // Counter-clockwise at even levels, clockwise at odd ones.

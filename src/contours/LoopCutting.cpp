@@ -13,8 +13,6 @@ namespace {
 // Millimetres. The least length that is cut, and how near a vertex must be to serve as the cut point.
 constexpr double kLeastCut = 0.01;
 
-double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
-
 // The length of the path from its head, up to the segment that reaches dEnough.
 double MeasureUpTo(PointList const& points, double dEnough) {
     double dSum = 0.0;
@@ -82,16 +80,12 @@ void Cut(PointList& points, CutEnd end, double dLength) {
 }  // namespace
 
 tagLoopTreeNode* tagLoopTreeNode::CutLoop(double dLength, double dKeep, OPERATEDIRECT end, int bPieces) {
-    tagLoopTreeNode* pPieces = nullptr;
-    if (bPieces != 0) {
-        pPieces = new tagLoopTreeNode(0);
-        pPieces->m_pPointList = new PointList(kPointBlockSize);
-    }
-    if (PointCount(*this) < 2) return pPieces;
+    auto pieces = bPieces != 0 ? NewPath() : nullptr;
+    if (PointCount(*this) < 2) return pieces.release();
     double const dMeasured = MeasureUpTo(*m_pPointList, dLength + dKeep);
     if (dLength + dKeep > dMeasured) dLength = dMeasured - dKeep;
-    if (kLeastCut > dLength) return pPieces;
-    Cut(*m_pPointList, CutEnd(*m_pPointList, end, pPieces != nullptr ? pPieces->m_pPointList : nullptr),
+    if (kLeastCut > dLength) return pieces.release();
+    Cut(*m_pPointList, CutEnd(*m_pPointList, end, pieces != nullptr ? pieces->m_pPointList : nullptr),
         dLength);
-    return pPieces;
+    return pieces.release();
 }

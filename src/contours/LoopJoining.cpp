@@ -2,20 +2,12 @@
 
 #include "contours/LoopTreeNode.h"
 #include "contours/LoopWalk.h"
-#include "contours/ordering/PointBits.h"
+#include "foundation/Require.h"
 
 using namespace varnet;
 
-namespace {
-
-PointList& PointsOf(tagLoopTreeNode& loop) {
-    if (loop.m_pPointList == nullptr) loop.m_pPointList = new PointList(kPointBlockSize);
-    return *loop.m_pPointList;
-}
-
-}  // namespace
-
 void tagLoopTreeNode::InsertLoopAtHead(tagLoopTreeNode* pOther, int nFlags) {
+    VARNET_REQUIRE(pOther != this);
     if (pOther->m_pPointList == nullptr) return;
     PointList& points = PointsOf(*this);
     for (PointNode* p = pOther->m_pPointList->m_pNodeTail; p != nullptr; p = p->pPrev) {
@@ -26,6 +18,7 @@ void tagLoopTreeNode::InsertLoopAtHead(tagLoopTreeNode* pOther, int nFlags) {
 }
 
 void tagLoopTreeNode::InsertLoopAtTail(tagLoopTreeNode* pOther, int nFlags) {
+    VARNET_REQUIRE(pOther != this);
     if (pOther->m_pPointList == nullptr) return;
     PointList& points = PointsOf(*this);
     for (PointNode* p = pOther->m_pPointList->m_pNodeHead; p != nullptr; p = p->pNext) {

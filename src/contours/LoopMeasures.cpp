@@ -33,7 +33,7 @@ double tagLoopTreeNode::GetLength() {
     if (PointCount(*this) < 2) return 0.0;
     double dSum = 0.0;
     for (PointNode const* p = FirstPoint(*this); p->pNext != nullptr; p = p->pNext) {
-        dSum += std::sqrt(D2ofPtoP(p->data, p->pNext->data));
+        dSum += Distance(p->data, p->pNext->data);
     }
     return dSum;
 }

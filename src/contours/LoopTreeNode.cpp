@@ -2,6 +2,7 @@
 
 #include "contours/LoopTreeNode.h"
 
+#include <memory>
 #include <vector>
 
 #include "contours/LoopWalk.h"
@@ -51,10 +52,10 @@ void tagLoopTreeNode::CopyOtherLoop(tagLoopTreeNode* pOther) {
     m_dUser3 = pOther->m_dUser3;
 
     bool const bHasList = pOther->m_pPointList != nullptr;
-    auto* const pPoints = new PointList(kPointBlockSize);
-    if (bHasList) pPoints->AddTail(pOther->m_pPointList);
+    auto points = std::make_unique<PointList>(kPointBlockSize);
+    if (bHasList) points->AddTail(pOther->m_pPointList);
     delete m_pPointList;
-    m_pPointList = pPoints;
+    m_pPointList = points.release();
     if (bHasList) GetBoundBox();
 }
 

@@ -1,16 +1,22 @@
 #pragma once
 
+#include <bit>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
 #include "contours/Hatch.h"
 #include "contours/LoopTreeNode.h"
+#include "foundation/Geometry.h"
 #include "foundation/List.h"
 
 namespace varnet {
 
-// Walking the points of a loop, the loops of a list, and the loops of a tree.
+// The points of a loop, the loops and hatches of a list, and the loops of a tree: how they are told apart and
+// walked, and what is done with whole lists.
 
 using PointList = XR_CList<CPoint2D, CPoint2D&>;
 using PointNode = PointList::XR_CNode;
@@ -27,6 +33,37 @@ inline PointNode* FirstPoint(tagLoopTreeNode const& loop) {
 inline int PointCount(tagLoopTreeNode const& loop) {
     return loop.m_pPointList != nullptr ? loop.m_pPointList->GetCount() : 0;
 }
+
+/// The loop's points, for adding to them: the list is made where there is none.
+inline PointList& PointsOf(tagLoopTreeNode& loop) {
+    if (loop.m_pPointList == nullptr) loop.m_pPointList = new PointList(kPointBlockSize);
+    return *loop.m_pPointList;
+}
+
+/// A new path with an empty list of points.
+inline std::unique_ptr<tagLoopTreeNode> NewPath() {
+    auto path = std::make_unique<tagLoopTreeNode>(0);
+    PointsOf(*path);
+    return path;
+}
+
+inline double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
+
+/// Sets bits of the second attribute of a point, a bit set in a float's bytes. As a number it may be
+/// anything, and stays unread.
+inline void SetPointBits(CPoint2D& point, int nBits) {
+    point.m_fAttr2 = std::bit_cast<float>(std::bit_cast<std::uint32_t>(point.m_fAttr2) |
+                                          static_cast<std::uint32_t>(nBits));
+}
+
+/// Hatches with ids from here on, those of supports, are a group of their own: contours are not linked with
+/// them.
+inline constexpr int kSecondGroup = 1000;
+
+/// What a hatch is to the ordering of paths: the remainder of its id by 100. All but these are chains.
+inline int ClassOf(CHatch const& hatch) { return hatch.m_nID % 100; }
+inline constexpr int kRingClass = 1;
+inline constexpr int kNeverLinkedClass = 2;
 
 inline XR__POSITION* PositionOf(PointNode* pNode) { return reinterpret_cast<XR__POSITION*>(pNode); }
 
@@ -82,6 +119,16 @@ template <class List>
 void ReverseOrder(List& list) {
     for (auto* p = list.m_pNodeHead; p != nullptr; p = p->pPrev) std::swap(p->pNext, p->pPrev);
     std::swap(list.m_pNodeHead, list.m_pNodeTail);
+}
+
+/// Exchanges what two lists hold. Elements keep their nodes, and nothing can fail.
+template <class List>
+void SwapElements(List& a, List& b) noexcept {
+    std::swap(a.m_pNodeHead, b.m_pNodeHead);
+    std::swap(a.m_pNodeTail, b.m_pNodeTail);
+    std::swap(a.m_nCount, b.m_nCount);
+    std::swap(a.m_pNodeFree, b.m_pNodeFree);
+    std::swap(a.m_pBlocks, b.m_pBlocks);
 }
 
 }  // namespace varnet

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "foundation/Require.h"
+
 namespace {
 
 // The bounds of the cells that reach outwards from the grid, in millimetres: far, but so that fractions of
@@ -23,7 +25,7 @@ struct Axis {
 
 // Where a coordinate lies: the number of grid lines before it, from 0 to all of them, and its place between
 // the line before and the line behind, from 0 to 1.
-struct Place {
+struct GridPosition {
     int nCell;
     double dFraction;
 };
@@ -34,7 +36,7 @@ int ToCell(double dCell, int nLines) {
     return dCell < nLines ? static_cast<int>(dCell) : nLines;
 }
 
-Place Locate(double d, Axis const& axis) {
+GridPosition Locate(double d, Axis const& axis) {
     int const nCell =
         ToCell((d - axis.dMin) / (axis.dMax - axis.dMin) * (axis.nLines - 1) + 1.0, axis.nLines);
     double const dLower = nCell == 0 ? -kFar : axis.Line(nCell - 1);
@@ -75,10 +77,12 @@ void C2DCompTable::SetRowColandBox(int nRows, int nCols, double dMinX, double dM
 }
 
 void C2DCompTable::SetPoint(double dValue, unsigned int nRow, unsigned int nCol) {
+    VARNET_REQUIRE(nRow < static_cast<unsigned>(m_nRows) && nCol < static_cast<unsigned>(m_nCols));
     m_pValues[static_cast<std::size_t>(nRow) * static_cast<std::size_t>(m_nCols) + nCol] = dValue;
 }
 
 double C2DCompTable::GetPoint(unsigned int nRow, unsigned int nCol) {
+    VARNET_REQUIRE(nRow < static_cast<unsigned>(m_nRows) && nCol < static_cast<unsigned>(m_nCols));
     return m_pValues[static_cast<std::size_t>(nRow) * static_cast<std::size_t>(m_nCols) + nCol];
 }
 
@@ -86,8 +90,8 @@ void C2DCompTable::SetPoints(double*, unsigned int, unsigned int) {}
 
 double C2DCompTable::CalComp(double x, double y) {
     if (m_pValues == nullptr) return 0.0;
-    Place const alongX = Locate(x, {m_dMinX, m_dMaxX, m_nRows});
-    Place const alongY = Locate(y, {m_dMinY, m_dMaxY, m_nCols});
+    GridPosition const alongX = Locate(x, {m_dMinX, m_dMaxX, m_nRows});
+    GridPosition const alongY = Locate(y, {m_dMinY, m_dMaxY, m_nCols});
 
     // With both indices up to R - 1, the largest place is R * R - 1. The array holds R * C values: that is
     // enough where C >= R. Where C < R, only a up to C - 1 keeps a * R + b inside, whatever b is.

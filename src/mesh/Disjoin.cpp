@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/Counter.h"
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/memory/AddNew.h"
 #include "mesh/FacetCorners.h"
@@ -21,7 +22,8 @@ using namespace varnet;
 
 namespace {
 
-// A shell's name takes the place of the last four characters of the source's name, normally ".stl".
+// A shell's number and ending take the place of the last four characters of the source's name, normally
+// ".stl".
 constexpr std::size_t kExtension = 4;
 
 // "part.stl" becomes "part_1.STL". A name too short for the cut gives way as a whole, one too long for the
@@ -44,15 +46,6 @@ std::vector<CFacet*> FacetsOf(CSTLModel const& model) {
         facets.insert(facets.end(), array.m_pData, array.m_pData + array.m_nSize);
     }
     return facets;
-}
-
-tagFACET CopyOf(CFacet const& facet) {
-    tagFACET copy;
-    copy.m_ptVertex[0] = *facet.m_pVertex1;
-    copy.m_ptVertex[1] = *facet.m_pVertex2;
-    copy.m_ptVertex[2] = *facet.m_pVertex3;
-    std::copy_n(facet.m_fNormal, 3, copy.m_fNormal);
-    return copy;
 }
 
 // The corners of a facet, by the ranks of their vertices.
@@ -105,17 +98,16 @@ private:
     struct Neighbors {
         ShellCopier& copier;
         void LookAhead(std::span<std::uint32_t const> wave, std::size_t i) const {
-            constexpr std::size_t kFar = 24;
-            constexpr std::size_t kNear = 12;
-            if (i + kFar < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kFar]);
-            if (i + kNear < wave.size() && copier.m_bRanked) {
-                for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kNear]))
-                    copier.m_Vertices.PrefetchExpect(n);
+            using namespace look_ahead;
+            if (i + kShellRecord < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kShellRecord]);
+            if (i + kShellVertices < wave.size() && copier.m_bRanked) {
+                for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kShellVertices]))
+                    copier.m_Vertices.PrefetchAnnounce(n);
             }
         }
         template <class Offer>
         void operator()(std::uint32_t nFacet, Offer const& offer) const {
-            copier.ExpectCorners(nFacet);
+            copier.AnnounceCorners(nFacet);
             auto const& neighbors = copier.m_Graph.Neighbors(nFacet);
             for (std::size_t k = 0; k < neighbors.size(); ++k) {
                 if (neighbors[k] != RankGraph::kNone) offer(static_cast<int>(k) + 1, neighbors[k]);
@@ -136,7 +128,7 @@ private:
 
     // Where facets stand in the model a second time, they are placed from the beginning.
     void MarkAsPlaced() {
-        constexpr std::uint32_t kAhead = 64;
+        constexpr std::uint32_t kAhead = look_ahead::kNumberedFacet;
         for (std::uint32_t n = 0; n < Size(); ++n) {
             if (n + kAhead < Size()) Prefetch(&m_Graph.Facet(n + kAhead));
             CFacet& facet = m_Graph.Facet(n);
@@ -148,7 +140,7 @@ private:
     // A stop leaves the shell with the facets that were found until then, whole generations of them.
     void FindShell(std::uint32_t nSeed) {
         m_Shell.assign(1, nSeed);
-        m_nExpected = 0;
+        m_nAnnounced = 0;
         m_Placed[nSeed] = 1;
         m_Growth.Grow(
             nSeed, Neighbors{*this},
@@ -159,37 +151,38 @@ private:
                 m_Shell.insert(m_Shell.end(), wave.begin(), wave.end());
                 return !IsStopped();
             });
-        while (m_nExpected < m_Shell.size()) ExpectCorners(m_Shell[m_nExpected]);
+        while (m_nAnnounced < m_Shell.size()) AnnounceCorners(m_Shell[m_nAnnounced]);
     }
 
     // To be called for each facet of the shell, in their order.
-    void ExpectCorners(std::uint32_t nFacet) {
-        ++m_nExpected;
+    void AnnounceCorners(std::uint32_t nFacet) {
+        ++m_nAnnounced;
         if (!m_bRanked) return;
-        for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Expect(nRank);
+        for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Announce(nRank);
     }
 
     void CopyFacets(CSTLModel& shell) {
-        constexpr std::size_t kFar = 32;
-        constexpr std::size_t kMiddle = 16;
-        constexpr std::size_t kNear = 8;
         for (std::size_t i = 0; i < m_Shell.size(); ++i) {
-            if (i + kFar < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kFar]);
-            if (i + kMiddle < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kMiddle]))
-                    m_Vertices.PrefetchNext(nRank);
-            }
-            if (i + kNear < m_Shell.size()) {
-                for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kNear])) {
-                    if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
-                        Prefetch(&p->x);
-                        Prefetch(&p->m_ppFacet);
-                    }
-                }
-            }
+            PrefetchEntered(i);
             std::array<tagVertexNode*, 3> corners;
             for (std::size_t k = 0; k < 3; ++k) corners[k] = m_Vertices.Next(m_Graph.NoteOf(m_Shell[i])[k]);
             EnterTriangle(shell, corners);
+        }
+    }
+
+    void PrefetchEntered(std::size_t i) const {
+        using namespace look_ahead;
+        if (i + kEnteredRecord < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kEnteredRecord]);
+        if (i + kEnteredRanks < m_Shell.size()) {
+            for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredRanks]))
+                m_Vertices.PrefetchNext(nRank);
+        }
+        if (i + kEnteredVertices >= m_Shell.size()) return;
+        for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredVertices])) {
+            if (tagVertexNode const* const p = m_Vertices.Peek(nRank)) {
+                Prefetch(&p->x);
+                Prefetch(&p->m_ppFacet);
+            }
         }
     }
 
@@ -197,7 +190,7 @@ private:
     void OfferFacets(CSTLModel& shell) {
         FacetIntake intake(shell, m_Shell.size());
         FacetQueue queue(intake);
-        for (std::uint32_t const n : m_Shell) queue.Add(CopyOf(m_Graph.Facet(n)));
+        for (std::uint32_t const n : m_Shell) queue.Add(RecordOf(m_Graph.Facet(n)));
         queue.Flush();
     }
 
@@ -208,7 +201,7 @@ private:
     RankGraph m_Graph;  // made last, since the facets hold its numbers until they are marked
     WaveGrowth<std::uint32_t> m_Growth;
     std::vector<std::uint32_t> m_Shell;
-    std::size_t m_nExpected = 0;  // facets of the shell whose corners have been told
+    std::size_t m_nAnnounced = 0;  // facets of the shell whose corners have been announced
 };
 
 }  // namespace

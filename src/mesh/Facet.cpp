@@ -14,20 +14,11 @@ static_assert(sizeof(CFacet) <= kFacetSlotSize);
 
 namespace {
 
-// Vertices with more facets than this are searched from the other end of the edge where that has fewer.
-// Facets enter the lists of all their vertices in the order in which they come, so both lists hold the facets
-// at an edge in the same order.
-constexpr int kLongFacetList = 32;
-
 // Calls visit(g) for every facet g at the edge from a to b other than pFacet, in the order of the facet
 // lists, until visit returns true.
 template <class Visit>
 void VisitNeighbors(CFacet const* pFacet, tagVertexNode* a, tagVertexNode* b, Visit const& visit) {
-    tagVertexNode const* pWalked = a;
-    tagVertexNode const* pWanted = b;
-    if (a->m_nFacetNum > kLongFacetList && b != nullptr && b->m_nFacetNum < a->m_nFacetNum) {
-        std::swap(pWalked, pWanted);
-    }
+    auto const [pWalked, pWanted] = ChooseWalked(a, b);
     CFacet** const ppFacet = pWalked->m_ppFacet;
     int const nFacets = pWalked->m_nFacetNum;
     for (int i = 0; i < nFacets; ++i) {

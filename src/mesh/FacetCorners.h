@@ -38,6 +38,25 @@ inline bool HasDirectedEdge(CFacet const& facet, tagVertexNode const* pStart, ta
            (facet.m_pVertex3 == pStart && facet.m_pVertex1 == pEnd);
 }
 
+/// Vertices with more facets than this have long lists. Most have six.
+inline constexpr int kLongFacetList = 32;
+
+/// The ends of an edge for a walk over the facets there: one's list is walked for facets that have the other
+/// as a corner.
+struct WalkedEnds {
+    tagVertexNode const* pWalked;
+    tagVertexNode const* pWanted;
+};
+
+/// The preferred end is walked, unless its list is long and the other one's shorter. Facets enter the lists
+/// of all their vertices in the order in which they come, so both lists hold the facets at an edge in the
+/// same order.
+inline WalkedEnds ChooseWalked(tagVertexNode const* pPreferred, tagVertexNode const* pOther) {
+    bool const bOther = pPreferred->m_nFacetNum > kLongFacetList && pOther != nullptr &&
+                        pOther->m_nFacetNum < pPreferred->m_nFacetNum;
+    return bOther ? WalkedEnds{pOther, pPreferred} : WalkedEnds{pPreferred, pOther};
+}
+
 inline void SetCorners(CFacet& facet, tagVertexNode* p1, tagVertexNode* p2, tagVertexNode* p3) {
     facet.m_pVertex1 = p1;
     facet.m_pVertex2 = p2;
@@ -46,6 +65,16 @@ inline void SetCorners(CFacet& facet, tagVertexNode* p1, tagVertexNode* p2, tagV
 
 /// Turns the winding and leaves all else, the normal too, as it is.
 inline void SwapWinding(CFacet& facet) { std::swap(facet.m_pVertex2, facet.m_pVertex3); }
+
+/// The record with which a facet is offered to a model.
+inline tagFACET RecordOf(CFacet const& facet) {
+    tagFACET record;
+    record.m_ptVertex[0] = *facet.m_pVertex1;
+    record.m_ptVertex[1] = *facet.m_pVertex2;
+    record.m_ptVertex[2] = *facet.m_pVertex3;
+    for (int i = 0; i < 3; ++i) record.m_fNormal[i] = facet.m_fNormal[i];
+    return record;
+}
 
 /// The slope bit that goes with the corners as they stand.
 inline std::uint32_t SlopeFlag(CFacet const& facet) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LargePages.h"
 #include "mesh/FacetCorners.h"
@@ -14,8 +15,8 @@
 
 namespace varnet {
 
-/// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and a note of what a walk
-/// wants to know of each besides.
+/// Facets by numbers, the numbers of their neighbours across V1V2, V2V3 and V3V1, and for each a note: what
+/// else a walk over the facets needs of it.
 ///
 /// A walk that goes breadth first jumps about in memory, and looking up a neighbour touches a dozen records.
 /// Here they are looked up in the order of the facets, in which neighbours mostly lie near each other, and
@@ -32,9 +33,8 @@ public:
     template <class MakeNote>
     FacetGraph(std::vector<CFacet*> facets, MakeNote const& makeNote)
         : m_Facets(std::move(facets)), m_Records(m_Facets.size()) {
-        constexpr std::uint32_t kAhead = 64;
         for (std::uint32_t i = 0; i < Size(); ++i) {
-            if (i + kAhead < Size()) Prefetch(m_Facets[i + kAhead]);
+            if (i + look_ahead::kNumberedFacet < Size()) Prefetch(m_Facets[i + look_ahead::kNumberedFacet]);
             if (Find(m_Facets[i]) >= i) SetNumber(*m_Facets[i], i);
         }
         for (std::uint32_t i = 0; i < Size(); ++i) {

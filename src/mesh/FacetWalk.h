@@ -5,6 +5,7 @@
 #include <span>
 
 #include "foundation/Array.h"
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 #include "support/FeatureSurface.h"
@@ -39,16 +40,12 @@ struct BringFacet {
 /// What looking up the neighbours of facets touches: for each of some facets behind the i-th one, a step of
 /// the way.
 inline void BringNeighbors(std::span<CFacet* const> facets, std::size_t i) {
-    constexpr std::size_t kFacet = 64;
-    constexpr std::size_t kHeads = 40;
-    constexpr std::size_t kLists = 24;
-    constexpr std::size_t kListed = 10;
-    constexpr int kMostListed = 6;
-    if (i + kFacet >= facets.size()) return;
-    Prefetch(facets[i + kFacet]);
-    BringListHeads()(*facets[i + kHeads]);
-    for (tagVertexNode const* const p : Corners(*facets[i + kLists])) Prefetch(p->m_ppFacet);
-    for (tagVertexNode const* const p : Corners(*facets[i + kListed])) {
+    using namespace look_ahead;
+    if (i + kNeighborFacet >= facets.size()) return;
+    Prefetch(facets[i + kNeighborFacet]);
+    BringListHeads()(*facets[i + kNeighborListHeads]);
+    for (tagVertexNode const* const p : Corners(*facets[i + kNeighborLists])) Prefetch(p->m_ppFacet);
+    for (tagVertexNode const* const p : Corners(*facets[i + kNeighborListed])) {
         for (int k = 0; k < std::min(p->m_nFacetNum, kMostListed); ++k) Prefetch(p->m_ppFacet[k]);
     }
 }
@@ -57,14 +54,12 @@ inline void BringNeighbors(std::span<CFacet* const> facets, std::size_t i) {
 /// the array.
 template <class Bring = BringCorners, class Visit>
 void ForEachFacet(XR_CArray<CFacet*, CFacet*> const& facets, Visit const& visit) {
-    constexpr int kFacetsAhead = 128;
-    constexpr int kCornersAhead = 64;
     CFacet* const* const pFacets = facets.m_pData;
     int const nFacets = facets.m_nSize;
     int i = 0;
-    for (; i < nFacets - kFacetsAhead; ++i) {
-        Prefetch(pFacets[i + kFacetsAhead]);
-        Bring()(*pFacets[i + kCornersAhead]);
+    for (; i < nFacets - look_ahead::kWalkFacet; ++i) {
+        Prefetch(pFacets[i + look_ahead::kWalkFacet]);
+        Bring()(*pFacets[i + look_ahead::kWalkCorners]);
         visit(*pFacets[i]);
     }
     for (; i < nFacets; ++i) visit(*pFacets[i]);

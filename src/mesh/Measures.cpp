@@ -59,13 +59,8 @@ void CSTLModel::AddSTLModel(CSTLModel* pOther) {
     for (int i = 0; i < surfaces.m_nSize; ++i) {
         auto const& facets = surfaces[i]->m_aFacet;
         for (int k = 0; k < facets.m_nSize; ++k) {
-            CFacet const& facet = *facets.m_pData[k];
-            tagFACET copy;
-            copy.m_ptVertex[0] = *facet.m_pVertex1;
-            copy.m_ptVertex[1] = *facet.m_pVertex2;
-            copy.m_ptVertex[2] = *facet.m_pVertex3;
-            for (int n = 0; n < 3; ++n) copy.m_fNormal[n] = facet.m_fNormal[n];
-            AddFacet(copy);
+            tagFACET record = RecordOf(*facets.m_pData[k]);
+            AddFacet(record);
             if (IsStopCurOperate() != 0 || pOther->IsStopCurOperate() != 0) return;
         }
     }

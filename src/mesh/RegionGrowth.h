@@ -7,7 +7,9 @@
 #include <unordered_set>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 #include "mesh/FacetCorners.h"
 #include "mesh/FacetWalk.h"
 #include "mesh/STLModel.h"
@@ -39,16 +41,14 @@ struct AcrossEdges {
     /// Brings what the lookup will need of the members to come into the processor's cache, a step of the way
     /// for each of them. What leads to the lists of a small wave is at hand since its members joined.
     void LookAhead(std::span<CFacet* const> wave, std::size_t i) const {
-        constexpr std::size_t kSmallWave = 512;
-        constexpr std::size_t kFacetsAhead = 24;
-        constexpr std::size_t kHeadsAhead = 16;
-        std::size_t const nListsAhead = wave.size() < kSmallWave ? 2 : 8;
+        using namespace look_ahead;
+        std::size_t const nLists = wave.size() < kSmallWave ? kSmallWaveLists : kWaveLists;
         if (wave.size() >= kSmallWave) {
-            if (i + kFacetsAhead < wave.size()) Prefetch(wave[i + kFacetsAhead]);
-            if (i + kHeadsAhead < wave.size()) BringListHeads()(*wave[i + kHeadsAhead]);
+            if (i + kWaveFacet < wave.size()) Prefetch(wave[i + kWaveFacet]);
+            if (i + kWaveListHeads < wave.size()) BringListHeads()(*wave[i + kWaveListHeads]);
         }
-        if (i + nListsAhead < wave.size()) {
-            for (tagVertexNode* const p : Corners(*wave[i + nListsAhead])) Prefetch(p->m_ppFacet);
+        if (i + nLists < wave.size()) {
+            for (tagVertexNode* const p : Corners(*wave[i + nLists])) Prefetch(p->m_ppFacet);
         }
     }
 
@@ -70,13 +70,12 @@ public:
     template <class Offer>
     void operator()(CFacet* pFacet, Offer const& offer) {
         for (tagVertexNode const* const pVertex : Corners(*pFacet)) {
-            if (pVertex->m_nFacetNum > kLongList && !m_Walked.insert(pVertex).second) continue;
+            if (pVertex->m_nFacetNum > kLongFacetList && !m_Walked.insert(pVertex).second) continue;
             for (int i = 0; i < pVertex->m_nFacetNum; ++i) offer(0, pVertex->m_ppFacet[i]);
         }
     }
 
 private:
-    static constexpr int kLongList = 32;
     std::unordered_set<tagVertexNode const*> m_Walked;  // of the vertices with long lists
 };
 
@@ -126,6 +125,7 @@ public:
     /// caller has placed the seed.
     template <class NeighborsOf, class Joins, class Visit>
     void Grow(CFacet& seed, NeighborsOf&& neighborsOf, Joins const& joins, Visit const& visit) {
+        VARNET_REQUIRE(seed.m_nRegion == kPlaced);
         m_Growth.Grow(
             &seed, neighborsOf,
             [&joins](int nEdge, CFacet* pMember, CFacet* pCandidate) {

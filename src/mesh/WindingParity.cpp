@@ -23,16 +23,16 @@ WindingParity::WindingParity(CSTLModel& model) : m_Links(static_cast<std::size_t
         for (tagVertexNode const* const pVertex : Corners(facet)) {
             if (pVertex->m_nFacetNum == 0 || pVertex->m_ppFacet[0] != &facet) continue;
             nListed += static_cast<std::size_t>(pVertex->m_nFacetNum);
-            m_bUnique = m_bUnique && JoinAt(*pVertex);
+            m_bUnique = m_bUnique && UniteAt(*pVertex);
         }
     });
     // A vertex that was not looked at has a list of other facets than the surfaces hold.
     m_bUnique = m_bUnique && nListed == 3 * m_Links.size();
 }
 
-// Joins the facets at the edges from this vertex to those with higher addresses: each edge is looked at from
+// Unites the facets at the edges from this vertex to those with higher addresses: each edge is looked at from
 // one end. Which way an edge runs cannot be foreseen, so that nothing here depends on it but what is stored.
-bool WindingParity::JoinAt(tagVertexNode const& vertex) {
+bool WindingParity::UniteAt(tagVertexNode const& vertex) {
     auto const nFacets = static_cast<std::size_t>(vertex.m_nFacetNum);
     if (m_Spokes.size() < 2 * nFacets + 1) m_Spokes.resize(2 * nFacets + 1);
     Spoke* pEnd = m_Spokes.data();
@@ -52,11 +52,11 @@ bool WindingParity::JoinAt(tagVertexNode const& vertex) {
         pEnd += std::less<>()(&vertex, pBefore) ? 1 : 0;
     }
     std::span<Spoke> const spokes(m_Spokes.data(), pEnd);
-    return spokes.size() <= kFewSpokes ? JoinFew(spokes) : JoinMany(spokes);
+    return spokes.size() <= kFewSpokes ? UniteFew(spokes) : UniteMany(spokes);
 }
 
 // Two facets at an edge agree where one runs outward and the other inward. Three are too many.
-bool WindingParity::JoinFew(std::span<Spoke const> spokes) {
+bool WindingParity::UniteFew(std::span<Spoke const> spokes) {
     for (std::uint32_t nLeft = (1u << spokes.size()) - 1; nLeft != 0;) {
         Spoke const& a = spokes[static_cast<std::size_t>(std::countr_zero(nLeft))];
         nLeft &= nLeft - 1;
@@ -68,12 +68,12 @@ bool WindingParity::JoinFew(std::span<Spoke const> spokes) {
         if (nSame == 0) continue;
         if ((nSame & (nSame - 1)) != 0) return false;
         nLeft ^= nSame;
-        if (!Join(a, spokes[static_cast<std::size_t>(std::countr_zero(nSame))])) return false;
+        if (!Unite(a, spokes[static_cast<std::size_t>(std::countr_zero(nSame))])) return false;
     }
     return true;
 }
 
-bool WindingParity::JoinMany(std::span<Spoke> spokes) {
+bool WindingParity::UniteMany(std::span<Spoke> spokes) {
     std::sort(spokes.begin(), spokes.end(),
               [](Spoke const& a, Spoke const& b) { return std::less<>()(a.pEnd, b.pEnd); });
     for (std::size_t i = 0; i + 1 < spokes.size(); ++i) {
@@ -81,26 +81,26 @@ bool WindingParity::JoinMany(std::span<Spoke> spokes) {
         Spoke const& b = spokes[i + 1];
         if (a.pEnd != b.pEnd) continue;
         if (i + 2 < spokes.size() && spokes[i + 2].pEnd == a.pEnd) return false;
-        if (!Join(a, b)) return false;
+        if (!Unite(a, b)) return false;
     }
     return true;
 }
 
-bool WindingParity::Join(Spoke const& a, Spoke const& b) {
+bool WindingParity::Unite(Spoke const& a, Spoke const& b) {
     std::uint32_t const nTurned = a.nOutward == b.nOutward ? 1 : 0;
     std::uint32_t const nBetween = m_Links[a.nFacet] ^ m_Links[b.nFacet] ^ nTurned;
     if (nBetween <= 1) return nBetween == 0;  // linked to one facet
-    Place const placeA = Find(a.nFacet);
-    Place const placeB = Find(b.nFacet);
-    std::uint32_t const nAgainst = nTurned ^ placeA.nTurned ^ placeB.nTurned;
-    if (placeA.nFirst == placeB.nFirst) return nAgainst == 0;
-    auto const [nEarlier, nLater] = std::minmax(placeA.nFirst, placeB.nFirst);
+    Member const memberA = Find(a.nFacet);
+    Member const memberB = Find(b.nFacet);
+    std::uint32_t const nAgainst = nTurned ^ memberA.nTurned ^ memberB.nTurned;
+    if (memberA.nFirst == memberB.nFirst) return nAgainst == 0;
+    auto const [nEarlier, nLater] = std::minmax(memberA.nFirst, memberB.nFirst);
     m_Links[nLater] = 2 * nEarlier | nAgainst;
     return true;
 }
 
 // Follows the links to the first facet of the set, and halves the way for the next time.
-WindingParity::Place WindingParity::Find(std::uint32_t nFacet) {
+WindingParity::Member WindingParity::Find(std::uint32_t nFacet) {
     std::uint32_t nTurned = 0;
     while (m_Links[nFacet] / 2 != nFacet) {
         std::uint32_t const nLink = m_Links[nFacet];

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
 #include "mesh/STLModel.h"
 
@@ -15,8 +16,9 @@ namespace varnet {
 ///
 /// There is just one answer where every edge has at most two facets and every shell can be wound
 /// consistently: whatever way the winding spreads from the first facet, it comes to the same. Facets are
-/// joined to sets by their shared edges, each with a bit that tells whether it is to be turned against the
-/// set's first facet (R. E. Tarjan, "Efficiency of a good but not linear set union algorithm", 1975).
+/// united to disjoint sets by their shared edges, each with a bit that tells whether it is to be turned
+/// against the set's first facet: union and find, the paths halved (R. E. Tarjan, "Efficiency of a good but
+/// not linear set union algorithm", 1975).
 class WindingParity {
 public:
     /// Looks at the model and changes nothing but m_nRegion, on all facets.
@@ -26,12 +28,16 @@ public:
     /// spreads decides there.
     bool IsUnique() const { return m_bUnique; }
 
-    /// Whether the facet with this number, in the order of the model's facets, is to be turned.
-    bool IsTurned(std::size_t nFacet) { return Find(static_cast<std::uint32_t>(nFacet)).nTurned != 0; }
+    /// Whether the facet with this number, in the order of the model's facets, is to be turned; where there
+    /// is just one answer.
+    bool IsTurned(std::size_t nFacet) {
+        VARNET_REQUIRE(m_bUnique && nFacet < m_Links.size());
+        return Find(static_cast<std::uint32_t>(nFacet)).nTurned != 0;
+    }
 
 private:
     // A facet's set and whether it is turned against the set's first facet, which stands for the set.
-    struct Place {
+    struct Member {
         std::uint32_t nFirst;
         std::uint32_t nTurned;
     };
@@ -46,11 +52,11 @@ private:
 
     static constexpr std::size_t kFewSpokes = 16;
 
-    bool JoinAt(tagVertexNode const& vertex);
-    bool JoinFew(std::span<Spoke const> spokes);
-    bool JoinMany(std::span<Spoke> spokes);
-    bool Join(Spoke const& a, Spoke const& b);
-    Place Find(std::uint32_t nFacet);
+    bool UniteAt(tagVertexNode const& vertex);
+    bool UniteFew(std::span<Spoke const> spokes);
+    bool UniteMany(std::span<Spoke> spokes);
+    bool Unite(Spoke const& a, Spoke const& b);
+    Member Find(std::uint32_t nFacet);
 
     // To an earlier facet of the set, times two, plus the bit against that one.
     ZeroedTable<std::uint32_t> m_Links;

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "foundation/files/ByteStream.h"
 #include "foundation/files/LittleEndian.h"
@@ -101,7 +102,7 @@ private:
     // The next facets, at most nMost, up to a broken one. A block at a time, so that the vertices, which lie
     // anywhere in memory, are on their way before they are needed.
     std::vector<Numbers> const& ReadBlock(std::uint32_t nMost, std::vector<Vertex> const& vertices) {
-        constexpr std::uint32_t kBlock = 64;
+        constexpr std::uint32_t kBlock = look_ahead::kPlainFacets;
         m_Block.clear();
         for (std::uint32_t n = std::min(nMost, kBlock); n > 0; --n) {
             Numbers numbers;

@@ -1,8 +1,8 @@
 #include "modelfiles/RingEncoder.h"
 
 #include <algorithm>
-#include <utility>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "mesh/FacetCorners.h"
 
@@ -13,9 +13,6 @@ namespace {
 // The longest run that a step can state, and the most edges beyond a run that are looked at.
 constexpr int kLongestRun = 127;
 
-// Vertices of more facets than this are not walked where the other end of the edge has fewer.
-constexpr int kLongFacetList = 32;
-
 // The corner of the facet that is neither a nor b, two of its corners.
 tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVertexNode const* b) {
     if (facet.m_pVertex1 == a) return facet.m_pVertex2 == b ? facet.m_pVertex3 : facet.m_pVertex2;
@@ -24,14 +21,9 @@ tagVertexNode* OppositeCorner(CFacet const& facet, tagVertexNode const* a, tagVe
 }
 
 // The edge from a to b with the facet beyond it: of the marked facets in a's list that have b as a corner the
-// last one. The winding is not looked at. The lists of both ends hold the facets at the edge in the same
-// order: walked is the one of pNear, an end that is at hand.
+// last one. The winding is not looked at. Walked is rather the list of pNear, an end that is at hand.
 tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode const* pNear) {
-    tagVertexNode const* pWalked = pNear;
-    tagVertexNode const* pWanted = pNear == a ? b : a;
-    if (pWalked->m_nFacetNum > kLongFacetList && pWanted->m_nFacetNum < pWalked->m_nFacetNum) {
-        std::swap(pWalked, pWanted);
-    }
+    auto const [pWalked, pWanted] = ChooseWalked(pNear, pNear == a ? b : a);
     for (int i = pWalked->m_nFacetNum; i > 0; --i) {
         CFacet* const pFacet = pWalked->m_ppFacet[i - 1];
         if (pFacet->m_nRegion != 0 && HasCorner(*pFacet, pWanted)) {
@@ -43,10 +35,9 @@ tagCSMEdge FindRingEdgeFacet(tagVertexNode* a, tagVertexNode* b, tagVertexNode c
     return {a, b, nullptr, nullptr};
 }
 
-// Has the vertex's facets brought near, where they are few: the next edges will be made from them.
+// Has the first of the vertex's facets brought near: the next edges will be made from them.
 void BringFacetsNear(tagVertexNode const& vertex) {
-    constexpr int kFew = 12;
-    int const nFacets = std::min(vertex.m_nFacetNum, kFew);
+    int const nFacets = std::min(vertex.m_nFacetNum, look_ahead::kMostRingFacets);
     for (int i = 0; i < nFacets; ++i) Prefetch(vertex.m_ppFacet[i]);
 }
 
@@ -68,6 +59,7 @@ void EdgeRing::AddTail(tagCSMEdge const& edge) {
 }
 
 void EdgeRing::RemoveHead(std::size_t nEdges) {
+    VARNET_REQUIRE(nEdges <= m_nSize);
     m_nHead = (m_nHead + nEdges) & Mask();
     m_nSize -= nEdges;
 }
@@ -95,6 +87,7 @@ void EdgeRing::Grow() {
 // ---- the encoder
 
 void RingEncoder::Encode(CFacet& seed) {
+    VARNET_REQUIRE(seed.m_nRegion != 0);
     Start(seed);
     while (!m_Ring.IsEmpty()) {
         Choice const choice = ChooseStep();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "foundation/Require.h"
 #include "mesh/Facet.h"
 
 namespace varnet {
@@ -25,7 +26,10 @@ public:
     std::size_t Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
     /// The edge so many places behind the head.
-    tagCSMEdge const& At(std::size_t i) const { return m_Slots[(m_nHead + i) & Mask()]; }
+    tagCSMEdge const& At(std::size_t i) const {
+        VARNET_REQUIRE(i < m_nSize);
+        return m_Slots[(m_nHead + i) & Mask()];
+    }
     tagCSMEdge const& Head() const { return At(0); }
 
     void AddHead(tagCSMEdge const& edge);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/Counter.h"
+#include "foundation/files/ByteStream.h"
 #include "foundation/files/LittleEndian.h"
 #include "foundation/files/Path.h"
 #include "mesh/FacetIntake.h"
@@ -25,7 +26,7 @@ constexpr std::size_t kRecordSize = kGeometrySize + 2;
 constexpr std::size_t kHeaderSize = 80;
 constexpr char kHeaderText[] = "Deiklug";
 
-// Records are read and written in blocks of so many.
+// Records are read in blocks of so many.
 constexpr std::size_t kBlockRecords = 1024;
 
 void LoadNormal(unsigned char const* pBytes, tagFACET& facet) {
@@ -59,31 +60,6 @@ void StoreRecord(CFacet const& facet, unsigned char* pBytes) {
     pCorner[0] = 0;
     pCorner[1] = 0;
 }
-
-// Gathers records and writes them block by block.
-class RecordWriter {
-public:
-    explicit RecordWriter(FILE* pFile) : m_pFile(pFile), m_Block(kBlockRecords * kRecordSize) {}
-    RecordWriter(RecordWriter const&) = delete;
-    RecordWriter& operator=(RecordWriter const&) = delete;
-    ~RecordWriter() { Flush(); }
-
-    void Write(CFacet const& facet) {
-        StoreRecord(facet, m_Block.data() + m_nUsed);
-        m_nUsed += kRecordSize;
-        if (m_nUsed == m_Block.size()) Flush();
-    }
-
-private:
-    void Flush() {
-        std::fwrite(m_Block.data(), 1, m_nUsed, m_pFile);
-        m_nUsed = 0;
-    }
-
-    FILE* m_pFile;
-    std::vector<unsigned char> m_Block;
-    std::size_t m_nUsed = 0;
-};
 
 // Reads whole records block by block, at most as many as announced.
 class RecordReader {
@@ -154,7 +130,8 @@ int CSTLModel::SaveSTLBINARY(char* pszPath) {
     StoreUnsigned(header.data() + kHeaderSize, static_cast<std::uint32_t>(m_Status.m_nFacetNum));
     std::fwrite(header.data(), 1, header.size(), file.get());
 
-    RecordWriter writer(file.get());
-    ForEachFacet(m_SurfaceArray, [&writer](CFacet const& facet) { writer.Write(facet); });
+    ByteWriter writer(file.get());
+    ForEachFacet(m_SurfaceArray,
+                 [&writer](CFacet const& facet) { StoreRecord(facet, writer.Room(kRecordSize)); });
     return 1;
 }

@@ -75,16 +75,11 @@ struct Continuation {
     StripFacet next;
 };
 
-// Vertices of more facets than this are not walked where the other end of the edge has fewer.
-constexpr int kLongFacetList = 32;
-
-// As CFacet::FindNeighborFacetRightNormal across the edge, but through the list of the end that is rather at
-// hand, which is not that of the newest vertex: the lists of both ends hold the facets at the edge in the
-// same order.
+// As CFacet::FindNeighborFacetRightNormal across the edge, but rather through the list of the end that is at
+// hand, which is not that of the newest vertex.
 CFacet* FindNeighbor(CFacet const* pFacet, DirectedEdge const& edge, bool bEndIsNewest) {
-    tagVertexNode const* pWalked = bEndIsNewest ? edge.pStart : edge.pEnd;
-    tagVertexNode const* const pOther = bEndIsNewest ? edge.pEnd : edge.pStart;
-    if (pWalked->m_nFacetNum > kLongFacetList && pOther->m_nFacetNum < pWalked->m_nFacetNum) pWalked = pOther;
+    tagVertexNode const* const pWalked = bEndIsNewest ? ChooseWalked(edge.pStart, edge.pEnd).pWalked
+                                                      : ChooseWalked(edge.pEnd, edge.pStart).pWalked;
     for (int i = 0; i < pWalked->m_nFacetNum; ++i) {
         CFacet* const pFound = pWalked->m_ppFacet[i];
         if (pFound != pFacet && HasDirectedEdge(*pFound, edge.pEnd, edge.pStart)) return pFound;
@@ -106,11 +101,11 @@ Continuation FindContinuation(StripFacet const& present) {
     return {0, {nullptr, 0}};
 }
 
-// The header's default text is in a field of the longest length, zeros behind it.
-bool WriteHeader(FILE* pFile, char const* pszHeader, std::size_t nSize, std::string_view text) {
+// Writes the header that the host gives, or else the text with zeros behind it.
+void WriteHeader(FILE* pFile, char const* pszHeader, std::size_t nSize, std::string_view text) {
     std::array<char, csm::kLongHeaderSize> header{};
     std::memcpy(header.data(), text.data(), text.size());
-    return std::fwrite(pszHeader != nullptr ? pszHeader : header.data(), 1, nSize, pFile) == nSize;
+    std::fwrite(pszHeader != nullptr ? pszHeader : header.data(), 1, nSize, pFile);
 }
 
 void WriteGrid(FILE* pFile, PointGrid const& grid, std::uint32_t nVertices) {

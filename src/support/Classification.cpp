@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <span>
 #include <utility>
 #include <vector>
@@ -20,7 +21,7 @@ using namespace varnet;
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
+using std::numbers::pi;
 
 // Half of the 30 degrees by which neighbours within a feature surface differ at most, in radians.
 constexpr double kHalfJoinAngle = 0.2617993877991494;
@@ -132,7 +133,7 @@ void FindVerges(SimilarityGraph const& graph, CSurfaceArray const& surfaces) {
 // The square of the distance of normals below which a small surface of this area merges.
 double MergeDistance2(double dArea) {
     double const dAngle = std::min(kLargestMergeAngle, kMergeAngle / std::sqrt(dArea));
-    double const s = std::sin(dAngle * 0.5 * kPi / 180.0);
+    double const s = std::sin(dAngle * 0.5 * pi / 180.0);
     return 4.0 * s * s;
 }
 

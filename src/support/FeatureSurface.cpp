@@ -13,7 +13,7 @@ using namespace varnet;
 
 namespace {
 
-// Colours of neighbouring surfaces differ.
+// Surfaces that are made one after the other have different colours.
 constexpr std::array<std::uint32_t, 8> kPalette = {0x509614, 0xC89664, 0xC85014, 0x32C8C8,
                                                    0xC8C832, 0x0078FF, 0x642896, 0x6464C8};
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 #include "foundation/memory/AddNew.h"
@@ -14,7 +15,7 @@ using namespace varnet;
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
+using std::numbers::pi;
 
 // How far above its lowest point, in millimetres, the rim of a surface may show that a wall reaches it.
 constexpr double kBand = 0.1;
@@ -74,7 +75,7 @@ bool FindWall(CFacet& facet, double dBandLimit, DirectedEdge& found) {
 
 int CSTLModel::FindSupportSurface(double dAngle, int nMode) {
     ClearSupport();
-    double const t = -std::cos(dAngle * kPi / 180.0);
+    double const t = -std::cos(dAngle * pi / 180.0);
     std::vector<CFacet*> const facets = MarkFacetsToPlace(*this, [t](CFacet& facet) {
         double const nz = facet.m_fNormal[2];
         bool const bFacesDown = t > nz;

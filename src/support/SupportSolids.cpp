@@ -64,7 +64,8 @@ void AddWallsTo(SolidIntake& intake, EdgeList const& rim, double dZ) {
     });
 }
 
-// The surface turned over is the top of its solid; below a height, the surface itself is the bottom.
+// The surface turned over is the top of its solid. Where a height is given, the surface lowered by it is the
+// bottom; else there is none.
 void AddCaps(SolidIntake& intake, XR_CArray<CFacet*, CFacet*> const& facets, double dDistance) {
     for (int i = 0; i < facets.m_nSize; ++i) {
         auto const [p1, p2, p3] = Corners(*facets.m_pData[i]);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <numbers>
 #include <vector>
 
 #include "mesh/FacetCorners.h"
@@ -13,7 +14,7 @@ using namespace varnet;
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
+using std::numbers::pi;
 
 // Suspended edges slope less than the angle that was asked for, by this many degrees.
 constexpr double kSlopeMargin = 1.0;
@@ -22,7 +23,7 @@ constexpr double kSlopeMargin = 1.0;
 constexpr std::int32_t kHandled = 0;
 constexpr std::int32_t kNotHandled = 1;
 
-double ToRadians(double dDegrees) { return dDegrees / 180.0 * kPi; }
+double ToRadians(double dDegrees) { return dDegrees / 180.0 * pi; }
 
 void SetFlag(CFacet& facet, std::uint32_t nFlag, bool bSet) {
     facet.m_nFlag = bSet ? facet.m_nFlag | nFlag : facet.m_nFlag & ~nFlag;
@@ -55,8 +56,11 @@ std::vector<MeshEdge> EdgesOfMode(CSTLModel const& model, int nMode, double dSlo
 // Chains come about from one chain for each edge, which they absorb, and removing keeps the capacity: the
 // empty array gets that of one that has held them all.
 void GrowForEach(std::vector<MeshEdge> const& edges, XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains) {
+    struct EmptyAgain {
+        XR_CArray<CFeatureEdge*, CFeatureEdge*>& chains;
+        ~EmptyAgain() { chains.RemoveAt(0, chains.GetSize()); }
+    } const emptyAgain{chains};
     for (std::size_t i = 0; i < edges.size(); ++i) chains.Add(nullptr);
-    chains.RemoveAt(0, chains.GetSize());
 }
 
 }  // namespace

@@ -3,35 +3,38 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/LookAhead.h"
 #include "trees/Avl.h"
 
 namespace varnet {
 
-void ForeseenTree::Link() {
+void ForeseenTree::Prepare() {
+    VARNET_REQUIRE(!m_bPrepared && NodeCount() <= kMostNodes);
     // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
     if (m_Nodes.size() < NodeCount() + 1) {
         ZeroedTable<Node> nodes(std::max(NodeCount() + 1, std::min(2 * m_Nodes.size(), kMostNodes + 1)));
         for (std::size_t i = 0; i < m_Nodes.size(); ++i) {
-            nodes[i].bUnplaced = m_Nodes[i].bUnplaced;
-            nodes[i].bExpected = m_Nodes[i].bExpected;
+            nodes[i].bAmbiguous = m_Nodes[i].bAmbiguous;
+            nodes[i].bAnnounced = m_Nodes[i].bAnnounced;
         }
         m_Nodes = std::move(nodes);
     }
-    // So that nothing can fail when keys come.
-    m_NodeKeys.reserve(m_Comings.size());
-    m_Made.reserve(m_nUnplaced);
-    SortExpected();
+    // So that nothing can fail when keys are inserted.
+    m_NodeKeys.reserve(m_Announced.size());
+    m_Made.reserve(m_nAmbiguous);
+    SortAnnounced();
     LinkNeighbors();
+    m_bPrepared = true;
 }
 
 // A few of many keys are sorted, else all are looked through. Neighbours are linked on the way, as long as no
-// unplaced key stands between.
-void ForeseenTree::SortExpected() {
+// ambiguous key stands between.
+void ForeseenTree::SortAnnounced() {
     constexpr std::size_t kFew = 8;
     Node* pLast = nullptr;
     auto const append = [this, &pLast](std::uint32_t nKey) {
         Node& node = NodeOf(nKey);
-        if (node.bUnplaced) {
+        if (node.bAmbiguous) {
             pLast = nullptr;
             return;
         }
@@ -40,24 +43,24 @@ void ForeseenTree::SortExpected() {
         if (pLast != nullptr) pLast->m_pLeft = &node;
         pLast = &node;
     };
-    if (m_Comings.size() < m_nKeys / kFew) {
-        std::vector<std::uint32_t> sorted = m_Comings;
+    if (m_Announced.size() < m_nKeys / kFew) {
+        std::vector<std::uint32_t> sorted = m_Announced;
         std::sort(sorted.begin(), sorted.end());
         std::for_each(sorted.begin(), sorted.end(), append);
         return;
     }
     for (std::uint32_t nKey = 0; nKey < m_nKeys; ++nKey) {
-        if (NodeOf(nKey).bExpected) append(nKey);
+        if (NodeOf(nKey).bAnnounced) append(nKey);
     }
 }
 
 // Takes the keys out from the last to the first: each keeps the neighbours that it has then.
 void ForeseenTree::LinkNeighbors() {
-    constexpr std::size_t kAhead = 16;
-    for (std::size_t i = m_Comings.size(); i-- > 0;) {
-        if (i >= kAhead) PrefetchNode(m_Comings[i - kAhead]);
-        Node& node = NodeOf(m_Comings[i]);
-        if (node.bUnplaced) continue;
+    constexpr std::size_t kAhead = look_ahead::kTakenOutNode;
+    for (std::size_t i = m_Announced.size(); i-- > 0;) {
+        if (i >= kAhead) PrefetchNode(m_Announced[i - kAhead]);
+        Node& node = NodeOf(m_Announced[i]);
+        if (node.bAmbiguous) continue;
         Node* const pGreater = node.m_pLeft;
         Node* const pLesser = node.m_pRight;
         if (pGreater != nullptr) pGreater->m_pRight = pLesser;
@@ -67,15 +70,15 @@ void ForeseenTree::LinkNeighbors() {
 
 void ForeseenTree::PutBesideNeighbor(std::uint32_t nKey) {
     Node& node = NodeOf(nKey);
-    Place const place = FindPlace(nKey, node.m_pRight, node.m_pLeft);
+    EmptySide const place = FindEmptySide(nKey, node.m_pRight, node.m_pLeft);
     node.m_pLeft = nullptr;
     node.m_pRight = nullptr;
     PutIn(node, place);
 }
 
-// At the neighbour whose inner side is empty. Where only one is known, nodes for unplaced keys may stand
+// At the neighbour whose inner side is empty. Where only one is known, nodes for ambiguous keys may stand
 // between, and then the place is below them.
-ForeseenTree::Place ForeseenTree::FindPlace(std::uint32_t nKey, Node* pLesser, Node* pGreater) {
+ForeseenTree::EmptySide ForeseenTree::FindEmptySide(std::uint32_t nKey, Node* pLesser, Node* pGreater) {
     if (pLesser != nullptr && (pGreater == nullptr || pLesser->m_pLeft == nullptr)) {
         return Follow(
             {pLesser, &pLesser->m_pLeft}, [](Node & node) -> auto& { return node.m_pRight; });
@@ -89,7 +92,7 @@ ForeseenTree::Place ForeseenTree::FindPlace(std::uint32_t nKey, Node* pLesser, N
         [ this, nKey ](Node & node) -> auto& { return RankOf(&node) < nKey ? node.m_pLeft : node.m_pRight; });
 }
 
-void ForeseenTree::PutIn(Node& node, Place const& place) {
+void ForeseenTree::PutIn(Node& node, EmptySide const& place) {
     *place.pSlot = &node;
     node.m_pParent = place.pParent;
     Node* pReached = &node;
@@ -126,15 +129,17 @@ void ForeseenTree::Clear() {
         node.m_pLeft = nullptr;
         node.m_pRight = nullptr;
         node.m_nBalance = 0;
-        node.bExpected = false;
+        node.bAnnounced = false;
     };
-    for (std::uint32_t const nKey : m_Comings) clear(NodeOf(nKey));
+    for (std::uint32_t const nKey : m_Announced) clear(NodeOf(nKey));
     for (std::uint32_t const nKey : m_NodeKeys) clear(NodeOf(nKey));
     clear(m_Nodes[0]);
-    m_Comings.clear();
+    m_Announced.clear();
     m_NodeKeys.clear();
     m_Made.clear();
-    m_nUnplaced = 0;
+    m_nAmbiguous = 0;
+    m_bPrepared = false;
+    m_nInserted = 0;
 }
 
 }  // namespace varnet

@@ -121,7 +121,11 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
 tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = m_Tree.AddNode(point);
-    if (m_Tree.m_nCount != nCount) Remember(pNode);
+    if (m_Tree.m_nCount != nCount) {
+        Remember(pNode);
+    } else {
+        ++m_nNeedless;
+    }
     return pNode;
 }
 
@@ -147,7 +151,10 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     std::array<CPoint3D const*, kLargestGroup> fresh;
     std::size_t nDrawn = 0;
     std::size_t nFresh = 0;
+    // A new corner comes several times before its vertex is there.
+    std::array<std::size_t, 256> asked{};
     for (std::size_t i = 0; i < points.size(); ++i) {
+        if (std::exchange(asked[hashes[i] % asked.size()], hashes[i]) == hashes[i]) continue;
         if (take(FindTagged(hashes[i]))) continue;
         double const dHeight = GuessHeight(*points[i]);
         if (dHeight == points[i]->z) {
@@ -213,7 +220,6 @@ void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) cons
 // points that none of the points before has passed.
 bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
     constexpr int kDepth = 11;
-    constexpr std::size_t kFewOfHalf = 4;
     std::array<tagVertexNode const*, kLargestGroup> passed{};
     std::size_t const nHalf = points.size() / 2;
     std::size_t nNew = 0;
@@ -224,7 +230,7 @@ bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
         if (i >= nHalf && std::find(passed.begin(), end, p) == end) ++nNew;
         passed[i] = p;
     }
-    return nNew * kFewOfHalf > nHalf;
+    return 8 * nNew > 3 * nHalf;  // neighbours come in pairs
 }
 
 // Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are

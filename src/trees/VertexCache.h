@@ -24,28 +24,24 @@ namespace varnet {
 /// been filled by AddNode alone, with numbers, since it was empty.
 ///
 /// 1. Different heights in the tree are never ~. A point takes the height of the first vertex on its way with
-/// height ~
-///    its own. While none has come, all comparisons agree with the order of heights, so the way passes the
-///    neighbours of the point's place in that order; if any vertex's height is ~ the point's, one of these
-///    neighbours' is, and is met. So, if just one height H of the tree is ~ the point's, the point ends at H,
-///    whatever shape the tree has.
-///    If there are two, H is the height of that one of their vertices which stands uppermost in the tree:
-///    all others are below it, and the way passes their place. It is kept until a rotation may change it (see
-///    FirstHeights).
-/// 2. Rows at H that hang together by nearness are clans (see NearRows). A point at H lies on one side of
-/// every clan that
-///    it is not near, so by the same argument it meets a near row, if there is any, or that row's clan is
-///    known to have several: the descent that puts a row into the tree tells NearRows enough to know which
-///    clans are clean.
+///    height ~ its own. While none has come, all comparisons agree with the order of heights, so the way
+///    passes the neighbours of the point's place in that order; if any vertex's height is ~ the point's, one
+///    of these neighbours' is, and is met. So, if just one height H of the tree is ~ the point's, the point
+///    ends at H, whatever shape the tree has. If there are two, H is the height of the uppermost vertex of
+///    the two heights, which stands above all others of them (see FirstHeights). More than two there are not:
+///    they would be ~ each other.
+/// 2. Rows, of one y at one height, hang together by nearness in clans (see NearRows). A point at H lies on
+///    one side of every clan that has no row near its own. So by the same argument it meets a row that is
+///    near its own, if there is one, or else NearRows knows that row's clan to have several rows: a row that
+///    comes into the tree tells NearRows enough to know which clans are clean.
 /// 3. Vertices of a clean clan have x that are not ~: each met its neighbours in the clan when it came.
-/// 4. A point (x, y, z) that ends at H, where a vertex (x, y, H) stands in a clean clan,
-/// meets on its way
-///    no vertex that is within tolerance on all axes but that one, and all comparisons agree with the order
-///    in which the tree holds its clans and the vertices of this clan: the descent ends at that vertex, and z
-///    becomes H.
+/// 4. A point (x, y, z) that takes the height H, where a vertex (x, y, H) stands in a clean clan, meets no
+///    vertex on its way that is within tolerance on all axes but that one, and all comparisons agree with the
+///    order in which the tree holds its clans and the vertices of this clan: the descent ends at that vertex,
+///    and z becomes H.
 ///
 /// With a tolerance of 0, ~ is equality: no heights and no rows are near, and all of it holds for every
-/// vertex. Zeros of both signs are equal, and a vertex's own zero is what the point takes.
+/// vertex. Zeros of both signs are equal; a point takes the sign that the vertices of its height have.
 ///
 /// All else goes down the tree. A coordinate that is not a number ends the cache's work.
 class VertexCache {

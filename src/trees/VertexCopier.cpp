@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/LookAhead.h"
 #include "foundation/Prefetch.h"
 #include "trees/Avl.h"
 #include "trees/VertexInsertion.h"
@@ -38,7 +39,7 @@ public:
         }
         m_bOrdered = m_bOrdered && HasSameBits(point.z, m_dHeight);
         if (m_Groups.empty() || IsBeyond(point.y, m_Groups.back().dHighest)) {
-            m_Groups.push_back({m_nVertices, point.y, false});
+            m_Groups.push_back({m_nVertices, point.y, point.y, false});
         } else {
             AddToLast(point);
         }
@@ -49,8 +50,9 @@ public:
     /// Whether heights come in their order, more than the tolerance apart.
     bool AreOrdered() const { return m_bOrdered; }
 
-    /// The groups in which vertices may be mistaken for each other, since there are several rows, or vertices
-    /// in one that are not apart: the number of the first vertex, and of the one behind the last.
+    /// The groups in which vertices may be mistaken for each other: the number of the first vertex, and of
+    /// the one behind the last. Where all rows of a group are near each other, its vertices stand in the
+    /// order of their x, as those of one row do, and can't be mistaken if they are apart.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> const& Mistakable() {
         EndHeight();
         return m_Mistakable;
@@ -59,7 +61,8 @@ public:
 private:
     struct Group {
         std::uint32_t nFirst;
-        double dHighest;  // y
+        double dLowest;  // y
+        double dHighest;
         bool bMistakable;
     };
 
@@ -70,12 +73,15 @@ private:
     // Rows that are near each other come in any order, and one may join groups that seemed to lie apart.
     void AddToLast(CPoint3D const& point) {
         Group& last = m_Groups.back();
-        last.bMistakable = last.bMistakable || point.y != last.dHighest || !IsBeyond(point.x, m_dLast);
+        last.dLowest = std::min(last.dLowest, point.y);
         last.dHighest = std::max(last.dHighest, point.y);
+        last.bMistakable =
+            last.bMistakable || IsBeyond(last.dHighest, last.dLowest) || !IsBeyond(point.x, m_dLast);
         while (m_Groups.size() > 1 && !IsBeyond(point.y, m_Groups[m_Groups.size() - 2].dHighest)) {
-            double const dHighest = m_Groups.back().dHighest;
+            Group const joined = m_Groups.back();
             m_Groups.pop_back();
-            m_Groups.back().dHighest = dHighest;
+            m_Groups.back().dLowest = std::min(m_Groups.back().dLowest, joined.dLowest);
+            m_Groups.back().dHighest = std::max(m_Groups.back().dHighest, joined.dHighest);
             m_Groups.back().bMistakable = true;
         }
     }
@@ -115,17 +121,17 @@ VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());
     for (auto const& [nFirst, nEnd] : groups.Mistakable()) {
-        for (std::uint32_t n = nFirst; n < nEnd; ++n) m_Tree.SetUnplaced(n);
+        for (std::uint32_t n = nFirst; n < nEnd; ++n) m_Tree.SetAmbiguous(n);
     }
 }
 
 // By the numbers that vertices have from their making, which are all different and hardly larger than there
 // are vertices, unless a host has changed them. Of two with one number, one will not be known.
 bool VertexCopier::FindRanks() {
-    constexpr std::size_t kAhead = 16;
     constexpr std::size_t kMostNumbers = 4;
     for (std::size_t n = 0; n < m_Sources.size(); ++n) {
-        if (n + kAhead < m_Sources.size()) Prefetch(&m_Sources[n + kAhead]->m_nIndex);
+        if (n + look_ahead::kRankedVertex < m_Sources.size())
+            Prefetch(&m_Sources[n + look_ahead::kRankedVertex]->m_nIndex);
         auto const nIndex = static_cast<std::uint32_t>(m_Sources[n]->m_nIndex);
         if (nIndex >= kMostNumbers * m_Sources.size()) return false;
         if (nIndex >= m_Ranks.size()) m_Ranks.resize(std::max<std::size_t>(nIndex + 1, m_Sources.size()));
@@ -136,11 +142,12 @@ bool VertexCopier::FindRanks() {
 
 // All memory but that of the vertices is taken first, and each vertex before it changes anything.
 void VertexCopier::CopyTo(CVertexTree& target) {
-    m_Tree.Link();
+    VARNET_REQUIRE(IsOrdered() && CanCopy() && target.m_pRoot == nullptr);
+    m_Tree.Prepare();
     if (m_Copies.size() < m_Tree.NodeCount()) {
         m_Copies = ZeroedTable<tagVertexNode*>(std::max(m_Tree.NodeCount(), 2 * m_Copies.size()));
     }
-    m_Mistakable.reserve(m_Tree.UnplacedCount());
+    m_Mistakable.reserve(m_Tree.AmbiguousCount());
     LinkAtEnd const links{*this, target};
     CPoint3D point;
     std::unique_ptr<tagVertexNode> next;
@@ -149,40 +156,39 @@ void VertexCopier::CopyTo(CVertexTree& target) {
         return vertex_insertion::CompareAndSnap(*m_Copies[nKey], point.x, point.y, point.z,
                                                 target.m_dTolerance, watch);
     };
-    auto const& comings = m_Tree.Comings();
-    for (std::size_t i = 0; i < comings.size(); ++i) {
-        PrefetchComing(i);
-        point = *m_Sources[comings[i]];
+    auto const& announced = m_Tree.Announced();
+    for (std::size_t i = 0; i < announced.size(); ++i) {
+        PrefetchInsertion(i);
+        point = *m_Sources[announced[i]];
         if (next == nullptr) next = std::make_unique<tagVertexNode>();
-        tagVertexNode*& pCopy = m_Copies[m_Tree.Come(comings[i], compare)];
+        tagVertexNode*& pCopy = m_Copies[m_Tree.Insert(announced[i], compare)];
         if (pCopy == nullptr) {
             static_cast<CPoint3D&>(*next) = point;
             vertex_insertion::CountVertex(target, *next);
             pCopy = next.release();
         }
-        if (m_Tree.IsUnplaced(comings[i])) m_Mistakable.push_back(pCopy);
+        if (m_Tree.IsAmbiguous(announced[i])) m_Mistakable.push_back(pCopy);
     }
 }
 
-void VertexCopier::PrefetchComing(std::size_t i) const {
-    constexpr std::size_t kFar = 24;
-    constexpr std::size_t kNear = 12;
-    auto const& comings = m_Tree.Comings();
-    if (i + kFar < comings.size()) {
-        m_Tree.PrefetchNode(comings[i + kFar]);
-        Prefetch(&m_Sources[comings[i + kFar]]);
+void VertexCopier::PrefetchInsertion(std::size_t i) const {
+    using namespace look_ahead;
+    auto const& announced = m_Tree.Announced();
+    if (i + kInsertedNode < announced.size()) {
+        m_Tree.PrefetchNode(announced[i + kInsertedNode]);
+        Prefetch(&m_Sources[announced[i + kInsertedNode]]);
     }
-    if (i + kNear < comings.size()) {
-        m_Tree.PrefetchNeighbors(comings[i + kNear]);
-        Prefetch(&m_Copies[comings[i + kNear]]);
-        Prefetch(&m_Sources[comings[i + kNear]]->x);
-        Prefetch(&m_Sources[comings[i + kNear]]->z);
+    if (i + kInsertedNeighbors < announced.size()) {
+        m_Tree.PrefetchNeighbors(announced[i + kInsertedNeighbors]);
+        Prefetch(&m_Copies[announced[i + kInsertedNeighbors]]);
+        Prefetch(&m_Sources[announced[i + kInsertedNeighbors]]->x);
+        Prefetch(&m_Sources[announced[i + kInsertedNeighbors]]->z);
     }
 }
 
 // Gives the copies that have been made the places that they have in the tree.
 void VertexCopier::SetLinks(CVertexTree& target) const {
-    constexpr std::size_t kAhead = 16;
+    constexpr std::size_t kAhead = look_ahead::kLinkedVertex;
     auto const copyOf = [this](std::uint32_t n) { return n == kNone ? nullptr : m_Copies[n]; };
     auto const& nodes = m_Tree.Nodes();
     for (std::size_t i = 0; i < nodes.size(); ++i) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/ForeseenTree.h"
 #include "trees/VertexTree.h"
@@ -15,8 +16,9 @@ namespace varnet {
 ///
 /// The order of the source tree is known, and where its vertices cannot be mistaken for each other, all
 /// comparisons agree with it: heights lie more than the tolerance apart, and so do rows of one y at a height,
-/// and vertices in a row. Where rows at a height are nearer, which is rare, what their vertices meet on their
-/// way depends on the shape of the tree; for all other vertices each of these lies on one side.
+/// and vertices in a row. Rows that are all near each other, as roundings set them apart, count as one. Where
+/// rows hang together in longer chains, which is rare, what their vertices meet on their way depends on the
+/// shape of the tree; for all other vertices each of these lies on one side.
 class VertexCopier {
 public:
     /// Ranks the vertices of the source in its order. The source must outlive this and keep its vertices.
@@ -36,29 +38,30 @@ public:
         return m_Sources[nRank] == &vertex ? nRank : kNone;
     }
 
-    /// The vertex will come next, maybe again.
-    void Expect(std::uint32_t nRank) { m_Tree.Expect(nRank); }
-    /// Whether what was told can be copied: too many vertices that can be mistaken are too much.
+    /// The vertex will be copied next, maybe again.
+    void Announce(std::uint32_t nRank) { m_Tree.Announce(nRank); }
+    /// Whether what was announced can be copied: too many vertices that can be mistaken are too much.
     bool CanCopy() const { return m_Tree.NodeCount() <= ForeseenTree::kMostNodes; }
-    /// Adds all vertices that were told to the target, which is empty, one after the other.
+    /// Adds all vertices that were announced to the target, which is empty, one after the other.
     void CopyTo(CVertexTree& target);
-    /// The target's vertex for one that was told; to be asked as often and in the same order.
+    /// The target's vertex for one that was announced; to be asked as often and in the same order.
     tagVertexNode* Next(std::uint32_t nRank) {
         tagVertexNode* const pCopy = m_Copies[nRank];
+        VARNET_REQUIRE(pCopy != nullptr || m_nMistakable < m_Mistakable.size());
         return pCopy != nullptr ? pCopy : m_Mistakable[m_nMistakable++];
     }
-    /// Forgets what was told and copied.
+    /// Forgets what was announced and copied.
     void Clear();
 
-    /// Brings what Expect or Next looks at into the processor's cache.
-    void PrefetchExpect(std::uint32_t nRank) const { m_Tree.PrefetchNode(nRank); }
+    /// Brings what Announce or Next looks at into the processor's cache.
+    void PrefetchAnnounce(std::uint32_t nRank) const { m_Tree.PrefetchNode(nRank); }
     void PrefetchNext(std::uint32_t nRank) const { Prefetch(&m_Copies[nRank]); }
     /// The vertex, without asking for it; null for one of those that can be mistaken.
     tagVertexNode const* Peek(std::uint32_t nRank) const { return m_Copies[nRank]; }
 
 private:
     bool FindRanks();
-    void PrefetchComing(std::size_t i) const;
+    void PrefetchInsertion(std::size_t i) const;
     void SetLinks(CVertexTree& target) const;
 
     // The target owns its vertices also where memory has run out before all have come.

@@ -47,8 +47,7 @@ inline void CountVertex(CVertexTree& tree, tagVertexNode& node) {
 }
 
 /// The vertex for the point in the subtree of the slot, found or new. The watch is told the y and the z of a
-/// new one before it is in the tree, and of the node
-/// at the top of a rotation.
+/// new one before it is in the tree, and, before a rotation, the node whose place another one will take.
 template <class Watch>
 tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& slot, CPoint3D& point, int& nTaller,
                            Watch& watch) {

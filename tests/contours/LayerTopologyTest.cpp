@@ -357,6 +357,33 @@ TEST(MakeTopology, AgreesOnConcentricCrossingRings) {
         200, [](int i) { return ClosedLoop(Ring(i % 3 * 0.01, 0, 50.0 + i * 0.05, 5 + i % 7, i)); });
 }
 
+// Long walks down, past loops that speak for those around them, and loops that don't.
+TEST(MakeTopology, AgreesOnDeepStacksWithIslandsAndCrossings) {
+    for (unsigned nSeed = 0; nSeed < 12; ++nSeed) {
+        double const dShift = nSeed % 4 * 0.4;
+        ExpectSameAsLiteralInAnyOrder(260, [nSeed, dShift](int i) {
+            std::mt19937 random(1000 * nSeed + static_cast<unsigned>(i));
+            auto const below = [&random](unsigned n) { return static_cast<double>(random() % n); };
+            double const d = 2.0 * i + 1.0;
+            switch (random() % (nSeed % 3 == 0 ? 400 : 25)) {
+                case 0:
+                    return Square(below(400) - 200.0, below(400) - 200.0, 1 + below(40));
+                case 1:  // closed, but not by a copy
+                {
+                    LoopPtr pLoop = Square(-d, -d, 2 * d);
+                    pLoop->m_pPointList->RemoveTail();
+                    return pLoop;
+                }
+                case 2:  // nearly on the one inside
+                    return ClosedLoop(Ring(0, 0, d - 2.0 + 1e-7, 24));
+                default:
+                    return ClosedLoop(Ring(below(3) * dShift, 0, d, 24, nSeed % 2 * below(7)));
+            }
+        });
+        if (HasFailure()) FAIL() << "seed " << nSeed;
+    }
+}
+
 TEST(MakeTopology, AgreesOnAPlateWithManyHolesAndIslands) {
     ExpectSameAsLiteralInAnyOrder(1200, [](int i) {
         if (i == 0) return Square(-100, -100, 1000);

@@ -51,7 +51,7 @@ protected:
 }  // namespace
 
 TEST_P(IntakeShapes, GiveTheSameModelAsSingleFacetsInAnyOrder) {
-    shapes::Mesh const mesh = Shape().pMake(30000);
+    shapes::Mesh const mesh = Shape().pMake(12000);
     for (shapes::Mesh const& ordered : {mesh, shapes::Shuffled(mesh, 7)}) {
         for (double const dTolerance : {0.0001, 0.000001, 0.0, 0.001, 0.01, 0.1, 1.0, 1e-9}) {
             SCOPED_TRACE(testing::Message() << Shape().pName << ", " << dTolerance);

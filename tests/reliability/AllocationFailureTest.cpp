@@ -183,39 +183,11 @@ TEST(AllocationFailure, EveryReaderEndsCleanlyAndClosesItsFile) {
     EXPECT_EQ(nOpen, OpenFiles());
 }
 
-// Paths on their way from one order to the next belong to no list, so that those are lost that memory has run
-// out for.
-TEST(AllocationFailure, EveryWorkOnALayerEndsCleanly) {
-#if defined(__SANITIZE_ADDRESS__)
-    __lsan::ScopedDisabler const lost;
-#endif
-    using WorkOnLayer = std::function<void(CLayer&)>;
-    std::vector<WorkOnLayer> const all = {
-        [](CLayer& layer) { layer.MakeTopology(1); },
-        [](CLayer& layer) {
-            CLayer copy;
-            copy.AddOtherLayer(layer, 1.0, 2.0, 7);
-        },
-        [](CLayer& layer) {
-            CPoint2D pos;
-            layer.OptimizeHatchs(pos, 0);
-        },
-        [](CLayer& layer) {
-            CPoint2D pos;
-            layer.OptimizeLoops(pos, 0);
-        },
-        [](CLayer& layer) {
-            layer.MakeTopology(1);
-            CPoint2D pos;
-            CLayer out;
-            tagLoopTreeNode* const pLoop = layer.FindNearUnusedOutLoop(pos);
-            if (pLoop != nullptr) layer.OptimizeLoopAndChildLoopHatch(pLoop, &pos, &out, 0.5, 0.3);
-        },
-        [](CLayer& layer) { layer.LimitInBox(CBoundBox2D(CPoint2D(1, 1), CPoint2D(12, 12)), 1, 1); },
-        [](CLayer& layer) { WriteAndReadBack(layer, 1); },
-        [](CLayer& layer) { WriteAndReadBack(layer, 2); },
-        [](CLayer& layer) { WriteAndReadBack(layer, 3); },
-    };
+namespace {
+
+using WorkOnLayer = std::function<void(CLayer&)>;
+
+void FailOnLayers(std::vector<WorkOnLayer> const& all) {
     for (std::size_t n = 0; n < all.size(); ++n) {
         SCOPED_TRACE(n);
         FailEverywhere([&](auto const& run) {
@@ -227,4 +199,70 @@ TEST(AllocationFailure, EveryWorkOnALayerEndsCleanly) {
             layer.ReleaseAll();
         });
     }
+}
+
+tagLoopTreeNode& FirstLoop(CLayer& layer) {
+    return *static_cast<tagLoopTreeNode*>(layer.m_RawLoopList.GetHead());
+}
+
+CHatch& FirstHatch(CLayer& layer) { return *static_cast<CHatch*>(layer.m_HatchList.GetHead()); }
+
+}  // namespace
+
+TEST(AllocationFailure, EveryWorkOnALayerEndsCleanlyAndLosesNothing) {
+    FailOnLayers({
+        [](CLayer& layer) { std::unique_ptr<CLayer> const copy(layer.CopyLoop()); },
+        [](CLayer& layer) { CLayer const copy(layer); },
+        [](CLayer& layer) {
+            CLayer copy;
+            copy.AddOtherLayer(layer, 1.0, 2.0, 7);
+        },
+        [](CLayer& layer) { std::unique_ptr<CLayer> const hatches(layer.ConvertLoopToHatch(3)); },
+        [](CLayer& layer) {
+            std::unique_ptr<tagLoopTreeNode> const path(ConvertHatchToLoop(&FirstHatch(layer), 1.0, 4));
+        },
+        [](CLayer& layer) { FirstHatch(layer).AddPointsOnLongEdge(0.3); },
+        [](CLayer& layer) {
+            CPoint2D pos;
+            layer.OptimizeLoops(pos, 0);
+        },
+        [](CLayer& layer) {
+            CPoint2D pos;
+            CLayer out;
+            layer.OptimizeLoopAndChildLoopHatch(&FirstLoop(layer), &pos, &out, 0.5, 0.3);
+        },
+        [](CLayer& layer) { layer.LimitInBox(CBoundBox2D(CPoint2D(1, 1), CPoint2D(12, 12)), 1, 1); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 1); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 2); },
+        [](CLayer& layer) { WriteAndReadBack(layer, 3); },
+        [](CLayer& layer) {
+            tagLoopTreeNode& loop = FirstLoop(layer);
+            std::unique_ptr<tagLoopTreeNode> const off(loop.CutLoop(7.0, 1.0, OPERATE_AT_HEAD, 1));
+            tagLoopTreeNode joined;
+            joined.InsertLoopAtTail(&loop, 0);
+            joined.InsertLoopAtHead(off.get(), 0);
+            joined.CopyOtherLoop(&loop);
+            joined.Optimize();
+        },
+    });
+}
+
+// Paths on their way from one order to the next belong to no list, so that those are lost that memory has run
+// out for.
+TEST(AllocationFailure, NestingAndOrderingHatchesLeaveASmallerLayerAtWorst) {
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan::ScopedDisabler const lost;
+#endif
+    FailOnLayers({
+        [](CLayer& layer) { layer.MakeTopology(1); },
+        [](CLayer& layer) {
+            CPoint2D a(-1.0, -1.0);
+            CPoint2D b(21.0, 21.0);
+            layer.AddBorder(a, b);
+        },
+        [](CLayer& layer) {
+            CPoint2D pos;
+            layer.OptimizeHatchs(pos, 0);
+        },
+    });
 }

@@ -15,7 +15,7 @@ using namespace varnet;
 
 namespace {
 
-// A tree of numbers as they come, by comparing. Unplaced numbers meet their like.
+// A tree of numbers as they come, by comparing. Ambiguous numbers meet their like.
 class PlainTree {
 public:
     struct Node {
@@ -25,7 +25,7 @@ public:
         std::uint32_t nRank = 0;
     };
 
-    Node* Come(std::uint32_t nRank) {
+    Node* Insert(std::uint32_t nRank) {
         int nTaller = 0;
         return avl::Insert(
             m_pRoot, nTaller,
@@ -42,23 +42,23 @@ public:
     std::deque<Node> m_Nodes;
 };
 
-// Lets the keys come to both trees and compares their shapes.
+// Inserts the keys into both trees and compares their shapes.
 class BothTrees {
 public:
     explicit BothTrees(std::size_t nKeys) : m_Tree(nKeys) {}
 
-    void Come(std::vector<std::uint32_t> const& keys) {
+    void Insert(std::vector<std::uint32_t> const& keys) {
         PlainTree plain;
         m_Ranks.clear();
-        for (std::uint32_t const nKey : keys) m_Tree.Expect(nKey);
-        m_Tree.Link();
-        for (std::uint32_t const nKey : m_Tree.Comings()) {
+        for (std::uint32_t const nKey : keys) m_Tree.Announce(nKey);
+        m_Tree.Prepare();
+        for (std::uint32_t const nKey : m_Tree.Announced()) {
             auto const compare = [this, nKey](std::uint32_t nMet) {
                 std::uint32_t const nRank = m_Ranks.at(nMet);
                 return nRank == nKey ? 0 : nRank < nKey ? -1 : 1;
             };
-            m_Ranks.emplace(m_Tree.Come(nKey, compare), nKey);
-            plain.Come(nKey);
+            m_Ranks.emplace(m_Tree.Insert(nKey, compare), nKey);
+            plain.Insert(nKey);
         }
         EXPECT_EQ(plain.m_Nodes.size(), m_Tree.Nodes().size());
         ExpectSame(plain.m_pRoot, m_Tree.Root());
@@ -92,10 +92,10 @@ std::vector<std::uint32_t> Shuffled(std::size_t nKeys, unsigned nSeed) {
 // 0, 1, 2 from the least: 1 comes to the top, with the greater key on the left.
 TEST(ForeseenTree, RisingKeysRotate) {
     ForeseenTree tree(3);
-    for (std::uint32_t const nKey : {0u, 1u, 2u}) tree.Expect(nKey);
-    tree.Link();
+    for (std::uint32_t const nKey : {0u, 1u, 2u}) tree.Announce(nKey);
+    tree.Prepare();
     for (std::uint32_t const nKey : {0u, 1u, 2u}) {
-        EXPECT_EQ(nKey, tree.Come(nKey, [](std::uint32_t) { return 0; }));
+        EXPECT_EQ(nKey, tree.Insert(nKey, [](std::uint32_t) { return 0; }));
     }
     EXPECT_EQ(1u, tree.Root());
     EXPECT_EQ(2u, tree.Left(1));
@@ -106,30 +106,30 @@ TEST(ForeseenTree, RisingKeysRotate) {
 
 TEST(ForeseenTree, WithoutKeysIsEmpty) {
     ForeseenTree tree(0);
-    tree.Link();
+    tree.Prepare();
     EXPECT_EQ(ForeseenTree::kNone, tree.Root());
-    EXPECT_TRUE(tree.Comings().empty());
+    EXPECT_TRUE(tree.Announced().empty());
     EXPECT_TRUE(tree.Nodes().empty());
 }
 
-TEST(ForeseenTree, KeysThatAreToldAgainComeOnce) {
+TEST(ForeseenTree, KeysThatAreAnnouncedAgainAreInsertedOnce) {
     ForeseenTree tree(9);
-    for (std::uint32_t const nKey : {5u, 2u, 5u, 7u, 2u}) tree.Expect(nKey);
-    tree.Link();
-    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 7}), tree.Comings());
+    for (std::uint32_t const nKey : {5u, 2u, 5u, 7u, 2u}) tree.Announce(nKey);
+    tree.Prepare();
+    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 7}), tree.Announced());
     EXPECT_EQ(std::vector<std::uint32_t>({2, 5, 7}), tree.Nodes());
 }
 
-TEST(ForeseenTree, UnplacedKeysComeAsOftenAsTold) {
+TEST(ForeseenTree, AmbiguousKeysAreInsertedAsOftenAsAnnounced) {
     ForeseenTree tree(9);
-    tree.SetUnplaced(5);
-    for (std::uint32_t const nKey : {5u, 2u, 5u}) tree.Expect(nKey);
-    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 5}), tree.Comings());
+    tree.SetAmbiguous(5);
+    for (std::uint32_t const nKey : {5u, 2u, 5u}) tree.Announce(nKey);
+    EXPECT_EQ(std::vector<std::uint32_t>({5, 2, 5}), tree.Announced());
     EXPECT_EQ(11u, tree.NodeCount());
-    tree.Link();
-    EXPECT_EQ(9u, tree.Come(5, [](std::uint32_t) { return 0; }));
-    EXPECT_EQ(2u, tree.Come(2, [](std::uint32_t) { return 0; }));
-    EXPECT_EQ(9u, tree.Come(5, [](std::uint32_t nMet) { return nMet == 9 ? 0 : -1; }));
+    tree.Prepare();
+    EXPECT_EQ(9u, tree.Insert(5, [](std::uint32_t) { return 0; }));
+    EXPECT_EQ(2u, tree.Insert(2, [](std::uint32_t) { return 0; }));
+    EXPECT_EQ(9u, tree.Insert(5, [](std::uint32_t nMet) { return nMet == 9 ? 0 : -1; }));
     EXPECT_EQ(9u, tree.Root());
     EXPECT_EQ(2u, tree.Right(9));
 }
@@ -138,7 +138,7 @@ TEST(ForeseenTree, HasTheShapeOfATreeFilledByComparing) {
     for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
         SCOPED_TRACE(nSeed);
         BothTrees trees(nSeed * 3);
-        trees.Come(Shuffled(nSeed * 3, nSeed));
+        trees.Insert(Shuffled(nSeed * 3, nSeed));
     }
 }
 
@@ -149,17 +149,17 @@ TEST(ForeseenTree, HasThatShapeForSomeOfManyKeysAgainAndAgain) {
         SCOPED_TRACE(nSeed);
         std::vector<std::uint32_t> keys = Shuffled(1000, nSeed);
         keys.resize(nSeed * 3);
-        trees.Come(keys);
+        trees.Insert(keys);
     }
 }
 
-TEST(ForeseenTree, HasThatShapeWhereSomeOrAllKeysAreUnplaced) {
+TEST(ForeseenTree, HasThatShapeWhereSomeOrAllKeysAreAmbiguous) {
     for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
         SCOPED_TRACE(nSeed);
         std::mt19937 random(nSeed);
         BothTrees trees(120);
         for (std::uint32_t nKey = 0; nKey < 120; ++nKey) {
-            if (random() % (nSeed % 10 + 1) == 0) trees.m_Tree.SetUnplaced(nKey);
+            if (random() % (nSeed % 10 + 1) == 0) trees.m_Tree.SetAmbiguous(nKey);
         }
         for (int n = 0; n < 3; ++n) {
             std::vector<std::uint32_t> keys = Shuffled(120, static_cast<unsigned>(random()));
@@ -168,7 +168,23 @@ TEST(ForeseenTree, HasThatShapeWhereSomeOrAllKeysAreUnplaced) {
             for (std::uint32_t const nKey : again) {
                 if (random() % 2 == 0) keys.push_back(nKey);
             }
-            trees.Come(keys);
+            trees.Insert(keys);
         }
     }
+}
+
+TEST(ForeseenTreeDeathTest, CallsInAnotherOrderAreNoticed) {
+    if (!kRequirementsChecked) GTEST_SKIP() << "a release checks no requirements";
+    auto const insert = [](ForeseenTree& tree, std::uint32_t nKey) {
+        tree.Insert(nKey, [](std::uint32_t) { return 0; });
+    };
+    ForeseenTree tree(3);
+    tree.Announce(1);
+    tree.Announce(0);
+    EXPECT_DEATH(insert(tree, 1), "m_bPrepared");
+    EXPECT_DEATH(tree.Announce(3), "nKey < m_nKeys");
+    EXPECT_DEATH(tree.SetAmbiguous(2), "m_Announced");
+    tree.Prepare();
+    EXPECT_DEATH(insert(tree, 0), "m_nInserted");
+    EXPECT_DEATH(tree.Announce(2), "m_bPrepared");
 }

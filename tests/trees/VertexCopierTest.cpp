@@ -28,7 +28,7 @@ void ExpectSameCopies(VertexCopier& copier, std::vector<std::uint32_t> const& ra
                       std::vector<CPoint3D> const& points) {
     CVertexTree plain;
     CVertexTree copied;
-    for (std::uint32_t const nRank : ranks) copier.Expect(nRank);
+    for (std::uint32_t const nRank : ranks) copier.Announce(nRank);
     copier.CopyTo(copied);
     for (std::size_t i = 0; i < ranks.size(); ++i) {
         CPoint3D point(points[i]);
@@ -121,6 +121,25 @@ INSTANTIATE_TEST_SUITE_P(AllSoups, VertexCopierTwin,
                                          PointSoup::kNearRows, PointSoup::kNearColumns,
                                          PointSoup::kNearEverything, PointSoup::kAnywhere,
                                          PointSoup::kManyHeights));
+
+// As roundings set them apart, and farther.
+TEST(VertexCopier, RowsNearEachOtherGiveTheNodesThatTheTreeMakes) {
+    constexpr double kJitter[] = {0.000002, 0.00001, 0.00004, 0.00006};
+    for (unsigned nSeed = 0; nSeed < 600; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        double const dJitter = kJitter[soup.Below(4)];
+        double const dRow = soup.Below(2) == 0 ? 1.0 : 0.00016;
+        CVertexTree source;
+        for (int n = 0; n < 200; ++n) {
+            double const x = soup.Below(40) * (soup.Below(8) == 0 ? 0.00007 : 0.5);
+            double const y = soup.Below(3) * dRow + (soup.Below(3) - 1.0) * dJitter;
+            CPoint3D point(x, y, soup.Below(2));
+            source.AddNode(point);
+        }
+        ASSERT_NO_FATAL_FAILURE(ExpectSameCopies(source, soup));
+    }
+}
 
 TEST(VertexCopier, RanksVerticesFromTheLeast) {
     CVertexTree source;

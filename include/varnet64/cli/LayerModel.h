@@ -30,7 +30,7 @@ public:
     /// ReleaseAllLayer.
     virtual ~CLayerModel();
 
-    // ---- the stack
+    // ---- the stack: src/cli/LayerModel.cpp
 
     /// Adds a layer, which the model owns from here on, and grows m_BoundBox by the corners of the layer's
     /// m_Box, as it stands, at the layer's height. Gives its position in m_LayerList.
@@ -70,7 +70,7 @@ public:
     /// ReleaseAllLayer.
     void RemoveAllLayer();
 
-    // ---- slice files; modes are 1 text, 2 binary, 3 binary with every command disguised
+    // ---- slice files: src/cli/Header.cpp, LayerModelFile.cpp; modes are 1 text, 2 binary, 3 disguised
 
     /// m_nFileMode.
     unsigned int GetFileMode();

@@ -10,7 +10,8 @@
 #include "foundation/Point.h"
 
 // Linking contours with hatches: the steps of CLayer::OptimizeLoopAndChildLoopHatch. Lengths in millimetres,
-// directions in radians.
+// directions in radians. Bodies: src/contours/ordering/LoopOrder.cpp, ContourSplice.cpp, HatchLink.cpp, in
+// turn.
 
 /// The best link of a contour with a hatch that a search has found so far.
 struct tagHatchLink {

@@ -10,7 +10,8 @@
 //   0.0  an interval of the first kind opens      2.0  one of the second kind opens
 //   1.0  an interval of the first kind closes     3.0  one of the second kind closes
 //
-// Lists are changed in place, in one pass. Null lists are the caller's mistake; empty ones are fine.
+// Lists are changed in place, in one pass. Null lists are the caller's mistake; empty ones are fine. Bodies:
+// src/contours/IntervalLists.cpp.
 
 /// Does nothing, on purpose: a place where hosts may stop in a debugger.
 VARNET_API void AssertPL(XR_CList<CPoint2D, CPoint2D&>* pList);

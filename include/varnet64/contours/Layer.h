@@ -26,7 +26,7 @@ public:
     CLayer const& operator=(CLayer& other);
     virtual ~CLayer();
 
-    // ---- loops and their nesting
+    // ---- loops and their nesting: src/contours/Layer.cpp, LayerTopology.cpp, LoopListSort.cpp
 
     /// Appends the loop to the raw loops; the layer owns it from here on. Nothing else happens.
     void AddRawLoop(tagLoopTreeNode* pLoop);
@@ -64,7 +64,7 @@ public:
     /// Clears LOOP_USED_FLAG on the loops of m_LoopList as it stands.
     void ClearLoopsUsedFlag();
 
-    // ---- copying and conversion
+    // ---- copying and conversion: src/contours/LayerCopy.cpp
 
     /// A new layer with copies of all loops, flat and at level 0, and nothing else of this one. The caller
     /// owns it.
@@ -81,7 +81,7 @@ public:
     /// or more, an edge a segment. The caller owns it.
     CLayer* ConvertLoopToHatch(unsigned int nID);
 
-    // ---- measures and edits
+    // ---- measures and edits: src/contours/Layer.cpp, LayerLimits.cpp
 
     /// Row-vector product with a 3 by 3 matrix on all points, and on all hatch edges where bLoopsOnly is 0.
     /// Attributes stay; boxes are refreshed.
@@ -102,7 +102,8 @@ public:
     /// coordinates, and runs MakeTopology(1).
     void AddBorder(CPoint2D& a, CPoint2D& b);
 
-    // ---- ordering: a pass starts where the head is, and moves pos to where it stops
+    // ---- ordering: src/contours/ordering/HatchOrder.cpp, LoopOrder.cpp, FillOrder.cpp
+    // A pass starts where the head is, and moves pos to where it stops.
 
     /// Orders the hatches: from pos each time the one with the nearest end (nMode 0), the one with the
     /// farthest end (1), or one by chance, by a number of rand for each end of each hatch that is left. The
@@ -137,7 +138,8 @@ public:
     void OptimizeLoopAndChildLoopHatch(tagLoopTreeNode* pLoop, CPoint2D* pPos, CLayer* pOut, double dWidth,
                                        double dCut);
 
-    // ---- CLI slice files; modes are 1 text, 2 binary, 3 binary with every command disguised
+    // ---- CLI slice files: src/cli/LayerFile.cpp; modes are 1 text, 2 binary, 3 binary, every command
+    // disguised
 
     /// Reads the commands of one layer from where the file stands, and adds them to what the layer holds.
     /// Every coordinate and height is multiplied by m_dUnits. 1 when a layer command was met; the file then

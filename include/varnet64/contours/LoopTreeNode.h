@@ -53,7 +53,7 @@ public:
     /// Destroys the whole subtree, however deep, and the points.
     ~tagLoopTreeNode();
 
-    // ---- measures and direction
+    // ---- measures and direction: src/contours/LoopMeasures.cpp
 
     /// Twice the signed area in square millimetres, positive for counter-clockwise; 0.0 below three points.
     double GetArea();
@@ -67,7 +67,7 @@ public:
     /// left alone. Positions taken earlier are void.
     void ReverseLoop();
 
-    // ---- the head of a closed loop
+    // ---- the head of a closed loop: src/contours/LoopHead.cpp
 
     /// Makes the point nearest to the given one the head, the first of equals. A head further than 1e5 away
     /// from everything stays; so does an open path.
@@ -81,7 +81,7 @@ public:
     /// of the head. Positions keep their points, except that of the tail.
     int AdjutstHeadToPointAtPos(XR__POSITION* position);
 
-    // ---- joining and copying
+    // ---- joining and copying: src/contours/LoopJoining.cpp, LoopTreeNode.cpp
 
     /// Puts copies of the other path's points in front of this one, in their order. Its points get the bits
     /// of nFlags in m_fAttr2, in the other path as well. Going from its tail to its head, a point that equals
@@ -96,7 +96,8 @@ public:
     /// Adds one to the level of this loop and of all below it.
     void LevelAdd();
 
-    // ---- thinning out and cutting; none of these refreshes m_Box
+    // ---- thinning out and cutting: src/contours/LoopSimplification.cpp, LoopCutting.cpp; m_Box stays as it
+    // is
 
     /// Removes doubled points and points within m_dTolerance of a chord that turns by no more than 10 degrees
     /// from its first direction; then the head of a closed loop, where it is on such a stretch. Turns are
@@ -116,6 +117,8 @@ public:
     /// Where bPieces is not 0, what was removed comes back as a new path with nothing but its points filled
     /// in, which the caller owns; it runs the way it ran here and shares the cut point. Else null.
     tagLoopTreeNode* CutLoop(double dLength, double dKeep, OPERATEDIRECT end, int bPieces);
+
+    // ---- slice files: src/cli/LayerFile.cpp
 
     /// Appends this loop and, each before its children, all below it to a CLI slice file, as lines of
     /// text: 1. An open path gets direction 2, coordinates three decimals. A loop without points is left out

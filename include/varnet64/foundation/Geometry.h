@@ -7,7 +7,7 @@
 // millimetres. Each function has a tolerance and a return convention of its own; "not a number" is a possible
 // result wherever no guard is named. Points taken by plain reference or pointer are not changed, other than
 // an output. Everything is computed in double from left to right, except where a comment says float: the
-// rounding of those steps is part of the result.
+// rounding of those steps is part of the result. Bodies: src/foundation/Geometry.cpp.
 
 // ---- Distances and sides
 

@@ -44,7 +44,7 @@ public:
     CSTLModel& operator=(CSTLModel const& other) = default;
     virtual ~CSTLModel();
 
-    // ---- facets
+    // ---- facets: src/mesh/FacetIntake.cpp, STLModel.cpp
 
     /// Offers a triangle. It enters the mesh unless a coordinate lies beyond 1e10 in either direction, two of
     /// its corners are one vertex, the mesh has a facet with these three corners (which is flagged
@@ -66,7 +66,7 @@ public:
     /// Destroys the chains of suspended edges.
     void ClearSuspendEdge();
 
-    // ---- repair and measures
+    // ---- repair and measures: src/mesh/Winding.cpp, Measures.cpp
 
     /// Makes the winding agree within each connected shell, with its first facet as the model. All marks and
     /// all flags but the slope bits are cleared. At an edge of several facets, at most ten are looked at, and
@@ -112,7 +112,7 @@ public:
     /// The number of surfaces (not of facets): 1 for a model that has not been classified.
     int GetCharacterFacetsNum();
 
-    // ---- shells
+    // ---- shells: src/mesh/Disjoin.cpp
 
     /// Copies each connected shell to a new model, which the caller owns, and adds the models (CSTLModel*) to
     /// the list, in the order of the shells' first facets. Facets are connected as FindNeighborFacet connects
@@ -129,7 +129,7 @@ public:
     /// found until then, and there is nothing for the rest.
     void Disjoin(XR_CList<void*, void*>& ShellList);
 
-    // ---- feature surfaces
+    // ---- feature surfaces: src/support/Classification.cpp, LevelPlanes.cpp
 
     /// Divides the facets anew into connected surfaces of facets of one class. m_SurfaceArray is rebuilt: its
     /// old surfaces are destroyed, their facets live on. Surfaces come in the order of their first facets,
@@ -167,7 +167,7 @@ public:
     /// m_SurfaceArray is not changed; m_nRegion is 0 on all facets afterwards.
     void ExtractHorizonPlane(double dTolerance, CSurfaceArray* pResult);
 
-    // ---- support
+    // ---- support: src/support/SupportDetection.cpp, SuspendedEdges.cpp, SupportSolids.cpp
 
     /// Fills m_SupportArray, which is emptied first, with the connected regions of facets that face down by
     /// less than dAngle degrees from straight down, and returns their number. Facets are connected by common
@@ -209,7 +209,7 @@ public:
     /// the model. m_bGenerated of the bars is 1. A chain that makes no bar leaves an empty solid.
     void GenSuspendSTL(double dDistance);
 
-    // ---- STL files
+    // ---- STL files: src/modelfiles/STLFile.cpp, STLAscii.cpp, STLBinary.cpp
 
     /// 1 ASCII, 2 binary, 0 cannot tell or cannot open. A file of fewer than 80 bytes gives 0. Only bytes 80
     /// to 255 decide: one of 128 or more makes the file binary.
@@ -229,7 +229,8 @@ public:
     /// surfaces.
     int SaveSTLFile(char* pszPath, int nType);
 
-    // ---- CSM, 3DMF and OLTP files
+    // ---- CSM, 3DMF and OLTP files: src/modelfiles/PlainCSM.cpp, StripReader.cpp, StripWriter.cpp,
+    // RingStream.cpp, ThreeDMF.cpp, Oltp.cpp
 
     /// Reads a compressed model, a CSM file in strips, and adds its facets to the model. The header holds
     /// "CSM3.0", "CSM4.0" (80 bytes) or "CSM5.0" (4096 bytes) ahead of its first zero byte. 1 on success,

@@ -75,7 +75,7 @@ public:
     /// Empties m_ExtrudeList and clears m_pExtrude of all corners.
     void ClearUsedPoint();
 
-    // ---- support
+    // ---- support: src/support/SupportDetection.cpp, SupportSolids.cpp
 
     /// 1 when the surface hangs free; 0 when a wall holds it, and then the edge that shows it is added to the
     /// head of m_EdgeList. Looked at are the edges with a vertex less than 0.1 mm above the lowest point of
@@ -98,7 +98,7 @@ public:
     /// no area and is dropped.
     CSTLModel* ExtendEdgeTo(double dZ, CSTLModel* pModel);
 
-    // ---- offset shells
+    // ---- offset shells: src/support/Extrusion.cpp
 
     /// Computes the offset position (tagVertexNode::CalExtrudePoint) of each corner once, keeps them in
     /// m_ExtrudeList and points m_pExtrude of the vertices at them. What was there before goes;
@@ -117,7 +117,7 @@ public:
     /// corner that is not finite are left out.
     void AddExtrudeEdge(CSTLModel* pModel, double dDistance, tagVertexNode* pA, tagVertexNode* pB);
 
-    // ---- without effect
+    // ---- without effect: src/support/FeatureSurface.cpp
 
     /// Does nothing; there for hosts that link against it.
     void ClearSmallVerge(double);

@@ -32,6 +32,8 @@ public:
           m_nIndex(0),
           m_fWeight{1.0f, 1.0f, 1.0f} {}
 
+    // ---- with the facets that use it: src/mesh/VertexFacets.cpp, src/support/Extrusion.cpp
+
     /// 1 when the vertex hangs in the air: it is the first, and so a lowest, corner of every facet that uses
     /// it, and none of these holds it. With nMode not 0 a facet holds it that is marked FACET_SUPPORT or
     /// whose normal points up; with nMode 0 one that is marked FACET_SUSPEND or whose normal points down. A
@@ -41,6 +43,8 @@ public:
     /// with their corner angles. Where the weighted normals cancel to a length below 0.0001 the vertex moves
     /// by that small vector times dDistance.
     CPoint3D CalExtrudePoint(double dDistance);
+
+    // ---- src/trees/VertexTree.cpp
 
     /// Single vertices come from chunks of many (see the library's slot pool).
     static void* operator new(std::size_t nSize);
@@ -108,6 +112,9 @@ public:
     void SetPointID(tagVertexNode* pNode, unsigned int& nCounter);
     /// Numbers all nodes from the counter, and writes x, y and z of each as little-endian 32-bit floats.
     void SavePoint(FILE* pFile, unsigned int& nCounter);
+
+    // ---- with the facets that use the vertices: src/mesh/VertexFacets.cpp
+
     /// Raises each vertex of the subtree that carries FACET_SUPPORT facets facing down: by dz (millimetres)
     /// where the flattest of them slopes by less than about 26.6 degrees, by less up to 45 degrees, above
     /// that not at all. The offset is kept in the vertex; an earlier one is forgotten, not taken back. No

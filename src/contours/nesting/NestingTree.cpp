@@ -5,6 +5,7 @@
 
 #include "contours/CrossingParity.h"
 #include "contours/LoopWalk.h"
+#include "contours/nesting/ClearlyInside.h"
 #include "contours/nesting/Placement.h"
 
 namespace varnet {
@@ -13,6 +14,10 @@ namespace {
 
 // So many children are looked at one by one; more are searched.
 constexpr std::int32_t kFewChildren = 32;
+
+// A walk that comes down so many levels begins a chain, which grows by so many links.
+constexpr std::int32_t kLongWalk = 16;
+constexpr int kLinksAtOnce = 64;
 
 // A loop that has been tested so often gets slabs.
 constexpr std::int32_t kFewTests = 8;
@@ -125,6 +130,7 @@ void NestingTree::TakeOut(Loop parent, Cursor const& cursor) {
     --above.nChildren;
     above.bChanged = true;
     below.parent = kNone;
+    Cut(parent);
 }
 
 void NestingTree::Append(Loop parent, Loop loop) {
@@ -132,6 +138,68 @@ void NestingTree::Append(Loop parent, Loop loop) {
     Record& above = At(parent);
     above.bChanged = true;
     if (above.pIndex != nullptr) above.pIndex->Add(EntryOf(loop));
+    if (above.nChain == kNoChain) return;
+    if (above.nChildren > 1) {
+        Cut(parent);
+    } else {
+        Lengthen(above.nChain);
+    }
+}
+
+// ---- chains
+
+// The last loop of the chain that holds this one is found by halves: all before it do. Where that is the end
+// of the chain, the chain grows along the way that the walk would take.
+NestingTree::Loop NestingTree::Deeper(Loop parent, Loop loop) {
+    if (m_Walker != loop) m_nLevels = 0;
+    m_Walker = loop;
+    if (At(parent).nChain == kNoChain) {
+        if (++m_nLevels < kLongWalk) return parent;
+        m_nLevels = 0;
+        At(parent).nChain = static_cast<std::int32_t>(m_Chains.size());
+        At(parent).nLink = 0;
+        m_Chains.push_back({parent});
+    }
+    std::int32_t const nChain = At(parent).nChain;
+    std::vector<Loop> const& chain = m_Chains[static_cast<std::size_t>(nChain)];
+    auto nHeld = static_cast<std::ptrdiff_t>(At(parent).nLink);
+    for (;;) {
+        auto const end = std::partition_point(chain.begin() + nHeld + 1, chain.end(),
+                                              [this, loop](Loop link) { return Holds(link, loop); });
+        nHeld = end - chain.begin() - 1;
+        if (end != chain.end() || !Lengthen(nChain)) return chain[static_cast<std::size_t>(nHeld)];
+        for (int n = 1; n < kLinksAtOnce && Lengthen(nChain);) ++n;
+    }
+}
+
+// Adds the child of the chain's last loop, where it is alone, clearly inside, and in no chain.
+bool NestingTree::Lengthen(std::int32_t nChain) {
+    std::vector<Loop>& chain = m_Chains[static_cast<std::size_t>(nChain)];
+    Loop const last = chain.back();
+    if (At(last).nChildren != 1) return false;
+    Loop const child = At(last).firstChild;
+    Record& record = At(child);
+    if (record.nChain != kNoChain) return false;
+    if (record.judgedIn != last) {
+        record.judgedIn = last;
+        record.bClear = Holds(last, child) && IsClearlyInside(*At(last).pLoop, *record.pLoop);
+    }
+    if (!record.bClear) return false;
+    record.nChain = nChain;
+    record.nLink = static_cast<std::int32_t>(chain.size());
+    chain.push_back(child);
+    return true;
+}
+
+// The loop's children have changed: its chain ends with it.
+void NestingTree::Cut(Loop loop) {
+    Record const& record = At(loop);
+    if (record.nChain == kNoChain) return;
+    std::vector<Loop>& chain = m_Chains[static_cast<std::size_t>(record.nChain)];
+    for (auto n = chain.size() - 1; n > static_cast<std::size_t>(record.nLink); --n) {
+        At(chain[n]).nChain = kNoChain;
+        chain.pop_back();
+    }
 }
 
 // ---- nesting

@@ -37,9 +37,11 @@ public:
     void Append(Loop parent, Loop loop);
     /// Nothing: a loop's level grows by as much as its depth does, which Store sees.
     void Sink(Loop /*loop*/) const {}
+    Loop Deeper(Loop parent, Loop loop);
 
 private:
     static constexpr Loop kNone = -1;
+    static constexpr std::int32_t kNoChain = -1;
 
     // What a walk down the tree looks at fills the first cache line.
     struct alignas(64) Record {
@@ -60,6 +62,10 @@ private:
         Loop lastChild = kNone;
         std::int32_t nPlace = 0;  // among its siblings, growing from one to the next
         std::int32_t nDepth = 0;  // on entry
+        std::int32_t nChain = kNoChain;
+        std::int32_t nLink = 0;  // its place in the chain
+        Loop judgedIn = kNone;   // the parent in which it was last judged to lie clearly, or not
+        bool bClear = false;
         tagLoopTreeNode* pLoop = nullptr;
         std::unique_ptr<BoxIndex> pIndex = {};  // of its children
     };
@@ -71,6 +77,8 @@ private:
     void Link(Loop parent, Loop child);
     BoxIndex::Entry EntryOf(Loop loop) const;
     void NestBehind(Loop loop, BoxIndex& raw);
+    bool Lengthen(std::int32_t nChain);
+    void Cut(Loop loop);
     void StoreChildren(Record const& record);
     void StoreLevels(Loop root);
 
@@ -79,6 +87,12 @@ private:
     std::vector<Loop> m_Raw;
     std::vector<BoxIndex::Slot> m_Slots;
     std::int32_t m_nNextPlace = 0;
+
+    // Loops each of which is the only child of the one before and lies clearly inside it. So a loop that is
+    // held by one of them is held by all before it, and a walk down the chain is a search by halves.
+    std::vector<std::vector<Loop>> m_Chains;
+    Loop m_Walker = kNone;  // the loop that walks, and how many levels it has come down outside of chains
+    std::int32_t m_nLevels = 0;
 };
 
 }  // namespace varnet

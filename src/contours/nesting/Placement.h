@@ -18,6 +18,9 @@ namespace varnet {
 ///   TakeOut(parent, cursor)  takes the child at the cursor from its parent
 ///   Append(parent, loop)     makes the loop the parent's last child
 ///   Sink(loop)               moves the loop and its subtree one level down
+///   Deeper(parent, loop)     a place on the walk from the parent on, with the loop held there: the parent,
+///   or
+///                            one below it that the walk would come to
 template <class Tree>
 void PlaceBelow(Tree& tree, typename Tree::Loop parent, typename Tree::Loop loop) {
     struct Walk {
@@ -28,7 +31,8 @@ void PlaceBelow(Tree& tree, typename Tree::Loop parent, typename Tree::Loop loop
     std::vector<Walk> walks;
     auto const begin = [&tree, &walks](typename Tree::Loop under, typename Tree::Loop placed) {
         tree.Sink(placed);
-        walks.push_back({under, placed, tree.Children(under, placed)});
+        typename Tree::Loop const from = tree.Deeper(under, placed);
+        walks.push_back({from, placed, tree.Children(from, placed)});
     };
     begin(parent, loop);
     while (!walks.empty()) {
@@ -42,8 +46,8 @@ void PlaceBelow(Tree& tree, typename Tree::Loop parent, typename Tree::Loop loop
             begin(walk.loop, sibling);
         } else if (tree.Holds(sibling, walk.loop)) {
             tree.Sink(walk.loop);
-            walk.parent = sibling;
-            walk.cursor = tree.Children(sibling, walk.loop);
+            walk.parent = tree.Deeper(sibling, walk.loop);
+            walk.cursor = tree.Children(walk.parent, walk.loop);
         }
     }
 }

@@ -1,21 +1,20 @@
 // Opening a contour where a hatch passes by, and splicing stretches of the hatch into the opening.
 
-#include "contours/ordering/ContourSplice.h"
-
 #include <memory>
 #include <utility>
 
 #include "contours/Layer.h"
 #include "contours/LoopWalk.h"
-#include "contours/ordering/HatchClass.h"
-#include "contours/ordering/PointBits.h"
+#include "contours/ordering/HatchLinkSearch.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
 namespace {
 
-// Millimetres that are left of a stretch of hatch when it is cut off its ring, or shortened at the opening,
-// and of a contour that is opened.
+// Millimetres that are left at least: of a ring when a stretch is cut off it, and of a stretch of a chain
+// when it is shortened at the opening; of a contour when it is opened or emitted, and of a stretch of a ring
+// when it is shortened.
 constexpr double kKeepOfHatch = 0.5;
 constexpr double kKeepOfContour = 1.0;
 
@@ -30,12 +29,6 @@ struct Opening {
     double dTailCut;
     double dHeadCut;
 };
-
-Path EmptyPath() {
-    auto pPath = std::make_unique<tagLoopTreeNode>(0);
-    pPath->m_pPointList = new PointList(kPointBlockSize);
-    return pPath;
-}
 
 // ---- opening
 
@@ -110,8 +103,9 @@ void AppendEdge(tagLoopTreeNode& path, CEdge2D& edge) {
     path.m_pPointList->AddTail(edge.m_ptEnd);
 }
 
-// Takes edges off the end of the chain: those up to the link point, and what is left of the edge that the
-// point is in, with one edge more. False where the chain ends before the point is reached.
+// Takes edges off the end of the chain: for the one stretch those up to the link point, for the other one the
+// edge that was met as beginning there, if any, and one edge more. False where the chain ends before the
+// point is reached.
 bool TakeStretches(tagHatchLink const& link, tagLoopTreeNode& upTo, tagLoopTreeNode& from) {
     CHatch& hatch = *link.m_pHatch;
     bool const bFromHead = link.m_bFromHead != 0;
@@ -138,8 +132,8 @@ bool TakeStretches(tagHatchLink const& link, tagLoopTreeNode& upTo, tagLoopTreeN
 // What is left of the chain stays a hatch.
 void SpliceChain(tagLoopTreeNode& contour, tagHatchLink const& link, Opening const& opening, CPoint2D& pos,
                  CLayer& out, double dCut) {
-    Path pBefore = EmptyPath();
-    Path pBehind = EmptyPath();
+    Path pBefore = NewPath();
+    Path pBehind = NewPath();
     if (!TakeStretches(link, *pBefore, *pBehind)) return AddLoopToOrderedLayer(&contour, &out, pos, dCut);
     if (link.m_bSide != 0) {
         pBefore->ReverseLoop();
@@ -162,7 +156,7 @@ void AddLoopToOrderedLayer(tagLoopTreeNode* pLoop, CLayer* pOut, CPoint2D& pos, 
     if (dCut > 0.0) pCopy->CutLoop(dCut, kKeepOfContour, OPERATE_AT_TAIL, 0);
     if (PointCount(*pCopy) == 0) return;
     pos = pCopy->m_pPointList->GetTail();
-    pOut->AddRawLoop(pCopy.release());
+    AddOwned(pOut->m_RawLoopList, std::move(pCopy));
 }
 
 void varnet::LinkContour(tagLoopTreeNode& contour, LinkableHatchs& hatchs, CPoint2D& pos, CLayer& out,

@@ -10,16 +10,16 @@
 #include "contours/LoopWalk.h"
 #include "contours/nesting/BoxIndex.h"
 #include "contours/nesting/LoopSlabs.h"
-#include "contours/ordering/ContourSplice.h"
-#include "contours/ordering/HatchClass.h"
+#include "contours/ordering/HatchLinkSearch.h"
 #include "contours/ordering/HatchOrder.h"
 #include "contours/ordering/LoopOrder.h"
+#include "foundation/Require.h"
+#include "foundation/memory/AddNew.h"
 
 using namespace varnet;
 
 namespace {
 
-constexpr int kSecondGroup = 1000;  // hatch ids from here on take no part
 // A loop that has been tested so often gets slabs.
 constexpr int kFewTests = 8;
 
@@ -85,11 +85,7 @@ public:
         ForEachHatch(m_List, [](CHatch& hatch) { delete &hatch; });
     }
 
-    void Add(CHatch& hatch) {
-        auto* const pCopy = new CHatch;
-        pCopy->Copy(&hatch);
-        m_List.AddTail(pCopy);
-    }
+    void Add(CHatch& hatch) { AddNew<CHatch>(m_List).Copy(&hatch); }
     XR_CList<void*, void*> const& List() const { return m_List; }
 
 private:
@@ -111,13 +107,14 @@ void EmitHatch(CHatch& hatch, double dZ, CLayer& out, CPoint2D& pos, double dCut
     if (ClassOf(hatch) == kRingClass) pPath->CutLoop(dCut, kKeepOfRing, OPERATE_AT_TAIL, 0);
     if (PointCount(*pPath) < 2) return;
     pos = pPath->m_pPointList->GetTail();
-    out.AddRawLoop(pPath.release());
+    AddOwned(out.m_RawLoopList, std::move(pPath));
 }
 
 }  // namespace
 
 void CLayer::OptimizeLoopAndChildLoopHatch(tagLoopTreeNode* pLoop, CPoint2D* pPos, CLayer* pOut,
                                            double dWidth, double dCut) {
+    VARNET_REQUIRE(pOut != this);
     pOut->m_dZ = m_dZ;
     HatchCopies copies;
     TakeHatchsIn(*pLoop, *this, copies);

@@ -5,8 +5,6 @@
 #include <utility>
 
 #include "contours/LoopWalk.h"
-#include "contours/ordering/HatchClass.h"
-#include "contours/ordering/HatchLinkCost.h"
 #include "foundation/Geometry.h"
 
 namespace varnet {
@@ -28,8 +26,6 @@ bool IsOnOffer(CHatch const& hatch) {
     return (hatch.m_nFlag & HATCH_USED_FLAG) == 0 && hatch.m_EdgeList.IsEmpty() == 0 &&
            ClassOf(hatch) != kNeverLinkedClass;
 }
-
-double Distance(CPoint2D const& a, CPoint2D const& b) { return std::sqrt(D2ofPtoP(a, b)); }
 
 // One search: the contour, and the best link so far.
 class LinkSearch {

@@ -11,6 +11,18 @@
 
 namespace varnet {
 
+/// A way to link a contour with a hatch, in the order of EvaluateHatchLink's argument.
+struct LinkCandidate {
+    CPoint2D const& entry;
+    CPoint2D const& point;
+    CPoint2D const& back;
+    CPoint2D const& front;
+};
+
+/// EvaluateHatchLink with a contour's reach that serves many candidates: HatchLink.cpp.
+double EvaluateLink(LinkCandidate const& candidate, CPoint2D const& pos, double dWidth, tagLoopTreeNode& loop,
+                    ContourReach& reach, tagHatchLink& link);
+
 /// The hatches that contours are linked with, one contour after the other.
 ///
 /// A search looks at all hatches in order. From the third search on, the vertices of all hatches are in a
@@ -43,5 +55,9 @@ private:
     std::vector<Vertex> m_Vertices;  // in the order of the walk
     std::unique_ptr<PointSearch> m_pTree;
 };
+
+/// LinkLoopWithHatchs with hatches that serve many contours: ContourSplice.cpp.
+void LinkContour(tagLoopTreeNode& contour, LinkableHatchs& hatchs, CPoint2D& pos, CLayer& out, double dWidth,
+                 double dCut);
 
 }  // namespace varnet

@@ -14,7 +14,7 @@ using namespace varnet;
 
 namespace {
 
-// Squared millimetres: what is not nearer is not found.
+// Millimetres, squared where the name says so: what is not nearer is not found.
 constexpr double kPassReach2 = 1e10;
 constexpr double kStepReach = 1e20;
 constexpr double kStepReach2 = 1e40;
@@ -67,14 +67,16 @@ void CLayer::OptimizeLoops(CPoint2D& pos, int nMode) {
             AddEnds(order, loop);
         }
     });
-    m_RawLoopList.RemoveAll();
+    LoopList ordered;
     for (auto pick = order.Next(pos); pick.nPath >= 0; pick = order.Next(pos)) {
         tagLoopTreeNode& loop = *loops[static_cast<std::size_t>(pick.nPath)];
         EnterAt(loop, pick.nPoint);
-        m_RawLoopList.AddTail(&loop);
-        loop.m_ChildList.RemoveAll();
+        ordered.AddTail(&loop);
         pos = loop.m_pPointList->GetHead();
     }
+    // Nothing can fail any more: no loop is ever in two lists, or in none.
+    SwapElements(m_RawLoopList, ordered);
+    ForEachLoop(m_RawLoopList, [](tagLoopTreeNode& loop) { loop.m_ChildList.RemoveAll(); });
 }
 
 tagLoopTreeNode* FindNearLoopInList(XR_CList<void*, void*>* pList, CPoint2D const& pos) {

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 // Binary files byte by byte, at the speed of large blocks.
@@ -22,14 +24,20 @@ public:
 
     /// Room for nSize bytes, which the caller fills before the next call. nSize is at most kLongest.
     unsigned char* Room(std::size_t nSize) {
+        VARNET_REQUIRE(nSize <= kLongest);
         if (kBlockSize - m_nUsed < nSize) Flush();
         unsigned char* const pRoom = m_Block.get() + m_nUsed;
         m_nUsed += nSize;
+        if constexpr (kRequirementsChecked) m_nRoom = nSize;
         return pRoom;
     }
 
     /// Takes back the last nSize bytes of the room that was given last: they were not needed.
-    void TakeBack(std::size_t nSize) { m_nUsed -= nSize; }
+    void TakeBack(std::size_t nSize) {
+        VARNET_REQUIRE(nSize <= m_nRoom);
+        m_nUsed -= nSize;
+        if constexpr (kRequirementsChecked) m_nRoom = 0;
+    }
 
     static constexpr std::size_t kLongest = 4096;
 
@@ -44,6 +52,7 @@ private:
     FILE* m_pFile;
     std::unique_ptr<unsigned char[]> m_Block;
     std::size_t m_nUsed = 0;
+    std::size_t m_nRoom = 0;  // that can be taken back; for the check alone
 };
 
 /// Hands out the bytes of a file from its present position on. The file stays the caller's.

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "foundation/Require.h"
 #include "foundation/files/FilePosition.h"
 
 #if !defined(_WIN32)
@@ -101,6 +102,7 @@ File OpenNative(std::u16string const& path, char const* pMode) {
 }  // namespace
 
 File OpenPath(char const* pszPath, char const* pMode, std::size_t nMaxBytes) {
+    VARNET_REQUIRE(*pMode == 'r' || *pMode == 'w');
     if (pszPath == nullptr) return nullptr;
     return OpenNative(ReadPath(pszPath, nMaxBytes), pMode);
 }

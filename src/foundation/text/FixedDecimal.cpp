@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 namespace {
@@ -26,6 +28,7 @@ std::uint64_t ShiftedToNearest(std::uint64_t nNumerator, int nShift) {
 // A number below 2^52 is a mantissa of 53 bits over a power of two. A thousand times the mantissa fits in 64
 // bits, so that whole-number arithmetic rounds it exactly.
 char* WriteFixed(char* pTo, double dValue, int nDigits) {
+    VARNET_REQUIRE(nDigits == 2 || nDigits == 3);
     std::uint64_t const nBits = std::bit_cast<std::uint64_t>(dValue);
     int const nExponent = static_cast<int>(nBits >> kMantissaBits & 0x7FF);
     int const nShift = kMantissaBits + kExponentBias - nExponent;

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "foundation/Require.h"
+
 namespace varnet {
 
 std::optional<std::string_view> TextLines::Next(std::size_t nMost) {
+    VARNET_REQUIRE(nMost <= kLongestPiece);
     if (m_nEnd - m_nNext < nMost && !m_bEndOfFile) Refill();
     if (m_nNext == m_nEnd) return std::nullopt;
     std::size_t nLength = std::min(nMost, m_nEnd - m_nNext);

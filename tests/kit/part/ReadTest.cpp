@@ -97,8 +97,7 @@ TEST(ReadPart, FilesThatAreNoModelSaySo) {
     TestFolder const folder;
     auto const message = [&](std::string const& bytes) { return MessageOf(folder.Write("x.stl", bytes)); };
     EXPECT_TRUE(Holds(message("<!DOCTYPE html>\n<html><body>Not found</body></html>\n"), "HTML"));
-    EXPECT_TRUE(
-        Holds(message("version https://git-lfs.github.com/spec/v1\noid sha256:12\nsize 12\n"), "Git LFS"));
+    EXPECT_TRUE(Holds(message("version https://git-lfs.github.com/v1\noid sha256:12\nsize 12\n"), "Git LFS"));
     std::string wide = "\xFF\xFE";
     for (char const c : shapes::ToAsciiStl(shapes::Cube(1.0f))) wide += {c, '\0'};
     EXPECT_TRUE(Holds(message(wide), "UTF-16"));

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Slice files: varnet layers, convert and info.
+# usage: layers.sh VARNET
+. "$(dirname "$(readlink -f "$0")")/program.sh"
+
+{
+    printf '$$HEADERSTART\n$$ASCII\n$$UNITS/0.5\n$$VERSION/200\n$$LAYERS/3\n$$HEADEREND\n$$GEOMETRYSTART\n'
+    # A square of 10 with a hole of 2 and an open path, in units of a half; then hatches.
+    printf '$$LAYER/0.5\n$$POLYLINE/1,1,5,0,0,20,0,20,20,0,20,0,0\n$$POLYLINE/2,0,5,4,4,4,8,8,8,8,4,4,4\n'
+    printf '$$POLYLINE/3,2,2,0,0,6,8\n$$LAYER/1.0\n$$HATCHES/1000,2,0,0,6,8,0,0,0,20\n$$LAYER/1.5\n$$GEOMETRYEND\n'
+} >part.cli
+expect 0 "$varnet" layers part.cli
+row 'layers +3 of 3 announced$'
+row 'heights +0.25 to 0.75$'
+row 'closed contours +2$'
+row 'open paths +1$'
+row 'points +10$'
+row 'chains of fill +1$'
+row 'length of strokes, mm +15$'
+row 'area of all layers, mm2 +96$'
+row 'length of contours and paths, mm +53$'
+row 'box +0  0  to  10  10$'
+row '^ +1 +0.25 +2 +1 +0 +10 +96 +53 '
+expect 0 "$varnet" layers part.cli --layer 2 --json
+row '"number": 2'
+row '"strokes": 2'
+row '"z": 0.5'
+! grep -q '"number": 1' out || fail "only one layer"
+expect 0 "$varnet" info part.cli
+row 'type +CLI slices, text$'
+expect 0 "$varnet" info --json part.cli
+row '"announced": 3'
+expect 0 "$varnet" layers part.cli --svg pictures
+[ "$(ls pictures | tr '\n' ' ')" = "layer_00001.svg layer_00002.svg layer_00003.svg " ] || fail "the names of pictures"
+grep -q 'layer 1, z = 0.25 mm' pictures/layer_00001.svg && grep -q '>5 mm<' pictures/layer_00001.svg || fail "height and scale"
+[ "$(grep -c 'stroke="hsl' pictures/layer_00001.svg)" -eq 3 ] || fail "the paths of a picture"
+if command -v xmllint >/dev/null; then xmllint --noout pictures/*.svg || fail "pictures are XML"; fi
+expect 0 "$varnet" layers part.cli --svg one --layer 3
+[ "$(ls one)" = layer_00003.svg ] || fail "one picture"
+
+for mode in binary coc ascii; do
+    expect 0 "$varnet" convert part.cli "to_$mode.cli" --mode "$mode"
+    row 'layers +3, read back 3$'
+    row 'points +10, read back 10$'
+    expect 0 "$varnet" layers "to_$mode.cli"
+    row 'area of all layers, mm2 +(96|95\.999[0-9]*|96\.000[0-9]*)$'
+    expect 0 "$varnet" convert "to_$mode.cli" back.cli --mode ascii
+    [ -e first.cli ] || cp back.cli first.cli
+    cmp back.cli first.cli || fail "the way back of $mode"
+done
+tail -n 1 to_ascii.cli | grep -q '^\$\$GEOMETRYEND$' || fail "a text file is whole"
+
+# Lines that are no layers are passed over, and counted; a wrong box is told.
+sed 's/^\$\$LAYER\/1.0/$$POWER\/3\n\n\/\/ a comment\n&/; s/^\$\$UNITS.*/&\n$$DIMENSION\/0,0,0,9,9,1/' part.cli >extra.cli
+expect 0 "$varnet" layers extra.cli
+row 'note +1 blank lines were passed over$'
+row 'note +1 comments were passed over$'
+row 'note +1 commands that are not known were passed over$'
+row 'note +the header states the box'
+sed 's/LAYERS\/3/LAYERS\/12345/' part.cli >lies.cli
+expect 0 "$varnet" convert lies.cli honest.cli
+grep -q 'LAYERS/3$' honest.cli || fail "the number of layers is put right"
+
+head -c $(($(stat -c %s to_binary.cli) - 3)) to_binary.cli >cut.cli
+expect 1 "$varnet" layers cut.cli
+says 'cut.cli, byte [0-9]+: '
+row 'layers +2 of 3 announced$'
+expect 1 "$varnet" convert cut.cli never.cli
+expect 1 "$varnet" layers part.cli --layer 4
+says 'there is no layer 4: it has 3'
+expect 1 "$varnet" layers missing.cli
+says 'missing.cli: no such file'
+printf 'no slices\n' >text
+expect 1 "$varnet" layers text
+says 'not a CLI slice file'
+expect 1 "$varnet" repair part.cli never.stl
+expect 1 "$varnet" convert part.cli nofolder/to.cli
+says 'nofolder/to.cli: cannot be created'
+expect 1 "$varnet" layers part.cli --svg part.cli
+expect 2 "$varnet" layers
+expect 2 "$varnet" layers part.cli --layer 0
+expect 2 "$varnet" convert part.cli never.cli --mode text
+expect 2 "$varnet" convert part.cli never.cli --ring
+[ ! -e never.cli ] && [ ! -e never.stl ] || fail "a file for a failure"
+nothing_left

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# For the tests of the varnet program, which source it: a folder of their own to work in, and what to expect.
+set -euo pipefail
+varnet=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+fail() { echo "FAILED: $*"; exit 1; }
+# expect CODE COMMAND...: output goes to out and err
+expect() {
+    local wanted=$1 code=0
+    shift
+    "$@" >out 2>err || code=$?
+    [ "$code" -eq "$wanted" ] || { cat out err; fail "exit code $code, wanted $wanted: $*"; }
+}
+# row PATTERN: a row of the table that the last command printed
+row() { grep -qE "$1" out || { cat out; fail "no row $1"; }; }
+# says PATTERN: the message of the last command
+says() { grep -qE -- "$1" err || { cat err; fail "no message $1"; }; }
+# nothing_left: no half-written file stands anywhere in the folder
+nothing_left() { ! find . -name '*.part' | grep . || fail "a half-written file is left"; }
+# cube FILE X Y Z SIZE...: an ASCII STL of cubes, each given by its lowest corner and its size
+cube() {
+    local file=$1
+    shift
+    printf 'solid cubes\n' >"$file"
+    while [ $# -ge 4 ]; do
+        awk -v x="$1" -v y="$2" -v z="$3" -v s="$4" 'BEGIN {
+            split("0 2 1 1 2 3 4 5 6 5 7 6 0 1 4 1 5 4 2 6 3 3 6 7 0 4 2 2 4 6 1 3 5 3 7 5", v, " ")
+            for (i = 1; i <= 36; i += 3) {
+                print "facet normal 0 0 0\nouter loop"
+                for (k = 0; k < 3; ++k) {
+                    n = v[i + k]
+                    printf "vertex %.9g %.9g %.9g\n", x + s * (n % 2), y + s * (int(n / 2) % 2), z + s * int(n / 4)
+                }
+                print "endloop\nendfacet"
+            }
+        }' >>"$file"
+        shift 4
+    done
+    printf 'endsolid cubes\n' >>"$file"
+}
+# wait_for COMMAND...: until it succeeds, a minute at most
+wait_for() {
+    local n
+    for n in $(seq 600); do
+        "$@" && return
+        sleep 0.1
+    done
+    fail "waited for a minute: $*"
+}
+# interrupted JOB: the exit code and the message of a job that was stopped
+interrupted() {
+    local code=0
+    wait "$1" || code=$?
+    [ "$code" -eq 1 ] || fail "exit code $code after a signal"
+    says 'varnet: interrupted'
+    nothing_left
+}

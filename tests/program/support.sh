@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# varnet support and varnet surfaces.
+# usage: support.sh VARNET
+. "$(dirname "$(readlink -f "$0")")/program.sh"
+
+expect 0 "$varnet" demo made
+part=made/bracket_repaired.stl
+expect 0 "$varnet" surfaces $part -o surfaces.ply
+row 'surfaces +21$'
+[ "$(stat -c %s surfaces.ply)" -eq "$(stat -c %s made/bracket_surfaces.ply)" ] || fail "the size of the PLY file"
+head -n 4 surfaces.ply | grep -aq 'element vertex 520' || fail "the vertices of the PLY file"
+grep -aq 'element face 1060' surfaces.ply || fail "the faces of the PLY file"
+expect 0 "$varnet" surfaces $part --judge winding
+row 'surfaces +1$'
+expect 0 "$varnet" surfaces $part --judge eight
+expect 2 "$varnet" surfaces $part --judge none
+expect 1 "$varnet" surfaces $part -o nofolder/surfaces.ply
+says 'nofolder/surfaces.ply: cannot be created'
+
+expect 0 "$varnet" support $part -o support.stl --down 3 --ply support.ply
+row 'dropped: rests on the plate'
+row 'kept: faces down'
+row 'hanging edges +1 chains, 15 mm$'
+cmp support.stl made/bracket_support.stl || fail "the solids of the demo"
+expect 0 "$varnet" info support.stl
+row 'open edges +0$'
+expect 0 "$varnet" support $part -o plate.stl --to-plate --json
+row '"supported": true'
+row '"solids": 3'
+row '"length": 15.0'
+# A chamfer of 45 degrees needs none at the threshold that holds when none is given.
+expect 0 "$varnet" support $part -o none.stl --angle 0 --edge-length 1000
+row 'solids +0, 0 facets$'
+says 'nothing needs support'
+for wrong in '--down -1' '--angle 100' '--angle nan' '--connect corner' '--min-area -1' '--down 3 --to-plate' '--edge-length x'; do
+    # shellcheck disable=SC2086
+    expect 2 "$varnet" support $part -o wrong.stl $wrong
+done
+[ ! -e wrong.stl ] || fail "a file for wrong arguments"
+expect 1 "$varnet" support missing.stl -o wrong.stl
+expect 1 "$varnet" support $part -o nofolder/support.stl
+nothing_left
