@@ -40,6 +40,7 @@ private:
     void ShowLayers();
     void ShowModes();
     void ShowOrder();
+    void ShowPage();
 
     // The path of a file in the folder, which is listed on the page.
     fs::path File(std::string const& name) {
@@ -300,6 +301,17 @@ void Demo::ShowOrder() {
     m_Page.AddTable("Travel of the head", {"order", "file", "travel, mm", "of unordered"}, rows);
 }
 
+void Demo::ShowPage() {
+    varnet::Page page({"A bracket", true, {}});
+    varnet::Surfaces const surfaces(m_Part);
+    page.AddPart(m_Part, {"bracket", &m_Supports, &surfaces});
+    page.AddSlices(varnet::SliceFile(m_Folder / "bracket_ordered.cli"));
+    page.Write(File("bracket.html"));
+    m_Page.BeginSection("To turn and go through",
+                        "The part, its supports and all layers in one file, as varnet view makes it.");
+    m_Page.AddPage("bracket.html", "The bracket, its supports and its layers");
+}
+
 void Demo::Run() {
     auto const start = std::chrono::steady_clock::now();
     MakeFolder(m_Folder);
@@ -312,6 +324,7 @@ void Demo::Run() {
     ShowModes();
     ThrowIfStopped();
     ShowOrder();
+    ShowPage();
     m_Page.BeginSection("Files", "All of them stand in this folder, beside this page.");
     m_Page.AddFiles(m_Files);
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;

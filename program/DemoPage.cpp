@@ -62,6 +62,7 @@ th, td { text-align: left; vertical-align: top; padding: .35rem .8rem .35rem 0; 
 th { font-weight: 500; color: var(--soft); }
 td:last-child { padding-right: 0; }
 a { color: var(--accent); }
+iframe { display: block; width: 100%; height: min(46rem, 85vh); border: 1px solid var(--rule); border-radius: .6rem; }
 .files { list-style: none; margin: 1rem 0 0; padding: 0; columns: 15rem; }
 footer { padding-bottom: 3rem; color: var(--soft); border-top: 1px solid var(--rule); padding-top: 1rem; }
 )css";
@@ -134,6 +135,19 @@ void DemoPage::AddTable(std::string const& title, std::vector<std::string> const
         m_Body += "</tr>\n";
     }
     m_Body += "</table></div>\n";
+}
+
+void DemoPage::AddPage(std::string const& file, std::string const& title) {
+    BeginRow(Row::kNone);
+    m_Body += "<iframe src=\"";
+    m_Body += EscapedMarkup(file);
+    m_Body += "\" title=\"";
+    m_Body += EscapedMarkup(title);
+    m_Body += "\" loading=\"lazy\"></iframe>\n<p><a href=\"";
+    m_Body += EscapedMarkup(file);
+    m_Body += "\">";
+    m_Body += EscapedMarkup(title);
+    m_Body += ", in a window of its own</a></p>\n";
 }
 
 void DemoPage::AddFiles(std::vector<std::string> const& files) {

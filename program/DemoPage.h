@@ -19,6 +19,8 @@ public:
     /// A table of several columns, over the whole width of the page.
     void AddTable(std::string const& title, std::vector<std::string> const& heads,
                   std::vector<std::vector<std::string>> const& rows);
+    /// A page of its own in a frame, from a file in the folder of the page, and a link to it.
+    void AddPage(std::string const& file, std::string const& title);
     /// Names of files in the folder of the page, as links.
     void AddFiles(std::vector<std::string> const& files);
 

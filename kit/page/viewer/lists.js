@@ -207,9 +207,13 @@ async function begin() {
   }
 }
 
-const context = fast => canvas.getContext('webgl2', {antialias: fast, failIfMajorPerformanceCaveat: fast, stencil: true, alpha: false, preserveDrawingBuffer: true});
-gl = context(true);
-if (!gl) { slow = true; gl = context(false); }
+// Where the processor draws, smooth edges cost too much: what draws is asked on a canvas that is thrown away.
+const probe = make('canvas').getContext('webgl2');
+if (probe) {
+  const asked = probe.getExtension('WEBGL_debug_renderer_info');
+  slow = /swiftshader|llvmpipe|softpipe|software|basic render/i.test(probe.getParameter(asked ? asked.UNMASKED_RENDERER_WEBGL : probe.RENDERER));
+  gl = canvas.getContext('webgl2', {antialias: !slow, stencil: true, alpha: false, preserveDrawingBuffer: true});
+}
 if (!gl) fail('This browser draws nothing in three dimensions (it has no WebGL 2, or it is switched off), so pictures are shown instead.');
 else if (!window.DecompressionStream) fail('This browser cannot unpack compressed data (it has no DecompressionStream), so pictures are shown instead.');
 else {

@@ -256,6 +256,7 @@ function drawOver() {
   const power = 10 ** floor(Math.log10(140 / scale)), bar = [5, 2, 1].find(f => f * power * scale <= 140) * power;
   $('scale-bar').style.width = bar * scale + 'px';
   $('scale-text').textContent = text(bar) + ' mm';
+  $('over').setAttribute('viewBox', `0 0 ${w} ${h}`);
   const {right, up} = eye(), axes = $('axes'), [ox, oy] = [w - 52, 64 + (w < 640 ? 50 : 0)];
   for (let i = 0; i < 3; i++) {
     const [x, y] = [ox + 30 * right[i], oy - 30 * up[i]], near = hypot(right[i], up[i]) > .08;
