@@ -396,7 +396,7 @@ if (VARNET_PICTURES) tests['Pictures are taken'] = async () => {
   };
   const click = selector => page => page.$eval(selector, e => e.click());
   await take('page_part.png', {}, page => page.select('#color', 'surface'));
-  await take('page_stack.png', {dark: true}, click('[data-part]'), click('[data-show=solids]'), click('[data-show=stack]'), page => setLayer(page, 222),
+  await take('page_stack.png', {dark: true}, click('[data-part]'), click('[data-show=solids]'), click('[data-show=stack]'), click('[data-kind="3"]'), page => setLayer(page, 222),
     page => page.waitForFunction(() => document.documentElement.dataset.stack === 'ready'));
   await take('page_layer.png', {}, click('#mode-2d'), click('[data-kind="4"]'), page => setLayer(page, 16), page => page.select('#path-color', 'order'), page => set(page, '#path', 700));
   await take('page_narrow.png', {width: 400, height: 860}, click('[data-show=cut]'), page => setLayer(page, 150));

@@ -20,7 +20,7 @@ cd "$work/made"
 browse() {
     local file=$1
     shift
-    HOME=$work timeout 120 "$browser" --headless --no-sandbox --disable-gpu --disable-dev-shm-usage \
+    HOME=$work timeout 120 "$browser" --headless --no-sandbox --disable-gpu --enable-unsafe-swiftshader --disable-dev-shm-usage \
         --user-data-dir="$work/profile" --host-resolver-rules='MAP * ~NOTFOUND' --enable-logging=stderr \
         --virtual-time-budget=10000 "$@" --dump-dom "file://$PWD/$file" >../dom 2>../log ||
         { tail -n 20 ../log; fail "the browser did not open $file"; }

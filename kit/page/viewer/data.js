@@ -14,7 +14,7 @@ const AMBER = [.92, .62, .15], OVER = [.85, .20, .14], LEFT = [.93, .80, .25], O
 const KINDS = ['Contours', 'Holes', 'Fill', 'Support', 'Travel', 'Open paths'];
 const WIDTHS = [1.8, 1.8, 1.1, 1.1, 1, 2.6];
 const WIDE = 2048;              // of the textures that hold segments
-const STACKED = [400000, 60000]; // segments of the stack, with a graphics card and without; larger jobs are thinned out
+const STACKED = [400000, 30000]; // segments of the stack, with a graphics card and without; larger jobs are thinned out
 const LEGIBLE = 250000;         // segments of a layer that are drawn with a width, and with its solid
 const SNAP = 9;                 // pixels within which a pick takes a corner
 

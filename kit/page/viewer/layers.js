@@ -106,7 +106,7 @@ async function buildStack() {
     last = l.z;
     if (i % 32 < step) { say(`Stacking layers: ${round(100 * i / f.layers.length)} %`); draw(); }
   }
-  mine.lids = mine.layers.filter(l => l.lid > 0).sort((a, b) => b.lid - a.lid).slice(0, slow ? 12 : 60);
+  mine.lids = mine.layers.filter(l => l.lid > 0).sort((a, b) => b.lid - a.lid).slice(0, slow ? 8 : 60);
   say(step > 1 ? `The stack is simplified: one layer in ${step}, and fewer points.` : '');
   root.dataset.stack = 'ready';
   draw();

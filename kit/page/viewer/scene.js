@@ -257,7 +257,7 @@ function drawOver() {
   $('scale-bar').style.width = bar * scale + 'px';
   $('scale-text').textContent = text(bar) + ' mm';
   $('over').setAttribute('viewBox', `0 0 ${w} ${h}`);
-  const {right, up} = eye(), axes = $('axes'), [ox, oy] = [w - 52, 64 + (w < 640 ? 50 : 0)];
+  const {right, up} = eye(), axes = $('axes'), [ox, oy] = [w - 52, w < 640 ? h - 52 : 64];
   for (let i = 0; i < 3; i++) {
     const [x, y] = [ox + 30 * right[i], oy - 30 * up[i]], near = hypot(right[i], up[i]) > .08;
     axes.children[2 * i].setAttribute('d', `M${ox} ${oy}L${x} ${y}`);

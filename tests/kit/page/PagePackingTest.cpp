@@ -63,7 +63,7 @@ Unpacked Unpack(PackedMesh const& mesh) {
     Reader reader(mesh.bytes);
     std::size_t const points = reader.Word();
     std::size_t const triangles = reader.Word();
-    std::size_t const edges = reader.Word() + reader.Word();
+    std::array<std::size_t, 2> const edges = {reader.Word(), reader.Word()};
     auto const x = reader.Axis(points);
     auto const y = reader.Axis(points);
     auto const z = reader.Axis(points);
@@ -86,9 +86,11 @@ Unpacked Unpack(PackedMesh const& mesh) {
         unpacked.triangles.push_back(corners);
     }
     EXPECT_EQ(used, points);
-    for (std::size_t e = 0, from = 0; e < edges; ++e) {
-        from += reader.Varint();
-        unpacked.edges.push_back({at(from), at(from + static_cast<std::size_t>(reader.Signed()))});
+    for (std::size_t const count : edges) {
+        for (std::size_t e = 0, from = 0; e < count; ++e) {
+            from += reader.Varint();
+            unpacked.edges.push_back({at(from), at(from + static_cast<std::size_t>(reader.Signed()))});
+        }
     }
     EXPECT_TRUE(reader.AtEnd());
     return unpacked;
