@@ -218,12 +218,13 @@ WriteReport Part::Write(fs::path const& path, MeshWriteSettings const& settings)
             ErrorKind::kFile, path,
             std::string("cannot be written: ") + (errno != 0 ? std::strerror(errno) : "is the disk full?"));
     }
-    bool const canBeRead = file.IsReplacing();
-    file.Commit();
+    // It is read back before it takes its place: whoever stops the work meanwhile finds no file.
     Progress const& progress = settings.progress;
     auto const second =
         progress ? Progress([&](double share) { return progress(0.5 + 0.5 * share); }) : Progress();
-    return canBeRead ? CompareWith(path, second) : WriteReport();
+    WriteReport const report = file.IsReplacing() ? CompareWith(file.PathForWriter(), second) : WriteReport();
+    file.Commit();
+    return report;
 }
 
 WriteReport Part::Write(fs::path const& path, MeshFormat format, Progress const& progress) const {
