@@ -15,16 +15,18 @@ class MemoryFile {
 public:
     MemoryFile(std::uint8_t const* pData, std::size_t nSize) : m_nHandle(memfd_create("input", 0)) {
         if (m_nHandle < 0 || write(m_nHandle, pData, nSize) != static_cast<ssize_t>(nSize)) std::abort();
-        std::string const path = "/proc/self/fd/" + std::to_string(m_nHandle);
-        m_Path.assign(path.begin(), path.end());
+        m_Name = "/proc/self/fd/" + std::to_string(m_nHandle);
+        m_Path.assign(m_Name.begin(), m_Name.end());
     }
     MemoryFile(MemoryFile const&) = delete;
     MemoryFile& operator=(MemoryFile const&) = delete;
     ~MemoryFile() { close(m_nHandle); }
+    std::string const& Name() const { return m_Name; }
     char* Path() { return reinterpret_cast<char*>(m_Path.data()); }
 
 private:
     int m_nHandle;
+    std::string m_Name;
     std::u16string m_Path;
 };
 
