@@ -93,7 +93,7 @@ class VARNET_KIT_API Slicer {
 public:
     /// Throws Error of kind kArgument for settings that make no sense, an index out of range, parts without
     /// height, more than a million layers, and more than a million fill lines across the parts; kCancelled.
-    explicit Slicer(std::vector<SlicerInput> inputs, SliceSettings settings = {});
+    explicit Slicer(std::vector<SlicerInput> const& inputs, SliceSettings const& settings = {});
     ~Slicer();
     Slicer(Slicer&& other) noexcept;
     Slicer& operator=(Slicer&& other) noexcept;

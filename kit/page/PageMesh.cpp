@@ -39,6 +39,7 @@ std::vector<std::uint32_t> OrderOf(std::span<Point3 const> points, std::span<Tri
         std::uint64_t kind;
         std::uint32_t place;
         std::uint32_t triangle;
+        // NOLINTNEXTLINE(modernize-use-nullptr): there is no pointer here
         auto operator<=>(Key const&) const = default;
     };
     std::vector<Key> keys(triangles.size());

@@ -22,7 +22,8 @@ void AddNested(Paths const& paths, std::vector<Nested> const& nested, SolidConto
     std::vector<int> before(nested.size(), kNone);
     for (std::size_t i = 0; i < nested.size(); ++i) {
         if (!nested[i].kept) continue;
-        int& last = lastChild[static_cast<std::size_t>(nested[i].parent + 1)];
+        int const list = nested[i].parent + 1;
+        int& last = lastChild[static_cast<std::size_t>(list)];
         before[i] = last;
         last = static_cast<int>(i);
     }

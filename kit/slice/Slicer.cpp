@@ -100,7 +100,7 @@ private:
     std::unique_ptr<LayerLine> m_Line;
 };
 
-Slicer::Slicer(std::vector<SlicerInput> inputs, SliceSettings settings)
+Slicer::Slicer(std::vector<SlicerInput> const& inputs, SliceSettings const& settings)
     : m_Work(std::make_unique<Work>(inputs, settings)) {}
 
 Slicer::~Slicer() = default;

@@ -10,7 +10,8 @@ namespace varnet {
 
 namespace {
 
-__extension__ typedef __int128 Wide;
+__extension__ typedef __int128
+    Wide;  // NOLINT(modernize-use-using): `using` is not silenced by the word before
 
 int SignOf(std::int64_t n) { return n > 0 ? 1 : n < 0 ? -1 : 0; }
 
@@ -136,9 +137,10 @@ public:
 
     // The box of a cell.
     Area AreaOf(std::size_t cell) const {
-        return {static_cast<double>(m_MinX) + static_cast<double>(cell / m_Rows) * m_Width,
-                static_cast<double>(m_MinY) + static_cast<double>(cell % m_Rows) * m_Height, m_Width,
-                m_Height};
+        std::size_t const column = cell / m_Rows;
+        std::size_t const row = cell % m_Rows;
+        return {static_cast<double>(m_MinX) + static_cast<double>(column) * m_Width,
+                static_cast<double>(m_MinY) + static_cast<double>(row) * m_Height, m_Width, m_Height};
     }
 
 private:
