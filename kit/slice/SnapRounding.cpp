@@ -10,8 +10,9 @@ namespace varnet {
 
 namespace {
 
-__extension__ typedef __int128
-    Wide;  // NOLINT(modernize-use-using): `using` is not silenced by the word before
+// __extension__ silences the compiler about a typedef, not about using.
+// NOLINTNEXTLINE(modernize-use-using)
+__extension__ typedef __int128 Wide;
 
 int SignOf(std::int64_t n) { return n > 0 ? 1 : n < 0 ? -1 : 0; }
 
