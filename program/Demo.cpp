@@ -58,7 +58,7 @@ private:
     }
     void Draw(std::string const& name, std::span<varnet::PicturedMesh const> meshes, char const* alternative,
               char const* caption) {
-        varnet::WritePicture(File(name), varnet::PictureOf(meshes, alternative));
+        varnet::WriteBytes(File(name), varnet::PictureOf(meshes, alternative));
         m_Page.AddPicture(name, alternative, caption);
     }
     varnet::Slicer MakeSlicer() const {
@@ -86,8 +86,8 @@ void Demo::ShowPart() {
     shapes::Mesh const clean = shapes::Bracket();
     shapes::Mesh careless = shapes::WithTurned(clean, 9);
     careless.push_back(careless.front());
-    varnet::WritePicture(File("bracket.stl"), shapes::ToBinaryStl(careless));
-    varnet::WritePicture(File("bracket_ascii.stl"), shapes::ToAsciiStl(clean, "bracket"));
+    varnet::WriteBytes(File("bracket.stl"), shapes::ToBinaryStl(careless));
+    varnet::WriteBytes(File("bracket_ascii.stl"), shapes::ToAsciiStl(clean, "bracket"));
     m_Part = ReadPart(TextOf(m_Folder / "bracket.stl"), {});
     Report asRead("bracket.stl, as read");
     AddIntake(asRead, m_Part);
@@ -219,7 +219,7 @@ void Demo::ShowLayers() {
         varnet::Layer const layer = slicer.LayerAt(number);
         std::string const title = "Layer " + std::to_string(number) + ", z = " + Number(layer.z);
         std::string const name = "bracket_layer_" + std::to_string(number) + ".svg";
-        varnet::WritePicture(File(name), varnet::PictureOf(layer, title));
+        varnet::WriteBytes(File(name), varnet::PictureOf(layer, title));
         m_Page.AddPicture(name, "Contours and fill lines of " + title, title + ", " + what + ".");
     }
     varnet::SliceReport const& sliced = slicer.ForEachLayer([](varnet::Layer&&) {});
@@ -289,7 +289,7 @@ void Demo::ShowOrder() {
     std::vector<varnet::PicturePanel> const panels = {{"Layer 16, as sliced", &shown[0]},
                                                       {"Layer 16, nearest first", &shown[1]},
                                                       {"Layer 16, contours spliced with fill", &shown[2]}};
-    varnet::WritePicture(File("bracket_order.svg"), varnet::PictureOf(panels));
+    varnet::WriteBytes(File("bracket_order.svg"), varnet::PictureOf(panels));
     m_Page.BeginSection(
         "Order of printing",
         "The head travels less when each path is followed by the nearest, and less again when contours are "
@@ -330,7 +330,7 @@ void Demo::Run() {
     std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
     std::string const closing =
         std::to_string(m_Checks) + " checks passed in " + Rounded(seconds.count(), 3) + " seconds";
-    varnet::WritePicture(m_Folder / "index.html", m_Page.Html(closing));
+    varnet::WriteBytes(m_Folder / "index.html", m_Page.Html(closing));
     std::printf("%s; files are in %s, and index.html shows them\n", closing.c_str(),
                 TextOf(m_Folder).c_str());
 }

@@ -1,30 +1,10 @@
 #include "DemoPage.h"
 
-namespace {
+#include "varnet/Picture.h"
 
-// Characters that mean something in HTML, so that they stand for themselves.
-std::string EscapedMarkup(std::string const& text) {
-    std::string escaped;
-    for (char const c : text) {
-        switch (c) {
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
+using varnet::EscapedMarkup;
+
+namespace {
 
 // Colours follow what the reader's system prefers. Pictures keep a light ground: their lines are dark.
 constexpr char kStyle[] = R"css(

@@ -58,7 +58,7 @@ void WritePictures(varnet::SliceFile const& slices, std::vector<NumberedLayer> c
         std::snprintf(name.data(), name.size(), "layer_%05lld.svg", numbered.number);
         varnet::PicturePanel const panel{
             "layer " + std::to_string(numbered.number) + ", z = " + Number(numbered.z) + " mm", &layer};
-        varnet::WritePicture(folder / name.data(), varnet::PictureOf(std::span(&panel, 1), all.box));
+        varnet::WriteBytes(folder / name.data(), varnet::PictureOf(std::span(&panel, 1), all.box));
     }
 }
 

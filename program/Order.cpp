@@ -50,7 +50,7 @@ void Draw(fs::path const& folder, varnet::Layer const& before, varnet::Layer con
     std::array<char, 32> name{};
     std::snprintf(name.data(), name.size(), "layer_%05d.svg", after.number);
     std::array<varnet::PicturePanel, 2> const panels = {{{"before", &before}, {"after", &after}}};
-    varnet::WritePicture(folder / name.data(), varnet::PictureOf(panels));
+    varnet::WriteBytes(folder / name.data(), varnet::PictureOf(panels));
 }
 
 void Run(OrderOptions const& options) {

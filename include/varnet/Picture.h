@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "varnet/Export.h"
@@ -40,8 +41,13 @@ struct PicturePanel {
 VARNET_KIT_API std::string PictureOf(std::span<PicturePanel const> panels, Box2 const& box = {});
 VARNET_KIT_API std::string PictureOf(Layer const& layer, std::string const& title);
 
-/// Writes a picture as a file. Throws Error of kind kFile.
-VARNET_KIT_API void WritePicture(std::filesystem::path const& path, std::string const& svg);
+/// Writes a picture, or any other bytes, as a file, which appears under its name only when it is complete.
+/// Throws Error of kind kFile.
+VARNET_KIT_API void WriteBytes(std::filesystem::path const& path, std::string_view bytes);
+
+/// The text with the characters that mean something in HTML and SVG written so that they stand for
+/// themselves; control characters become blanks.
+VARNET_KIT_API std::string EscapedMarkup(std::string_view text);
 
 /// Writes a mesh as a PLY file, binary and little-endian, with a colour (0xRRGGBB) for each triangle. Throws
 /// Error of kind kFile; kArgument where there are not as many colours as triangles.

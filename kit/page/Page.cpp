@@ -1,4 +1,5 @@
 #include "varnet/Page.h"
+#include "varnet/Picture.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,6 @@
 #include "page/PageText.h"
 #include "page/Viewer.h"
 #include "part/Pace.h"
-#include "picture/Markup.h"
 
 namespace varnet {
 

@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 
-#include "picture/Markup.h"
 #include "varnet/Picture.h"
 
 namespace varnet {

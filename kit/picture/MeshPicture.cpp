@@ -13,7 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include "picture/Markup.h"
 #include "varnet/Picture.h"
 
 namespace varnet {

@@ -22,7 +22,7 @@ void AddFloat(std::string& bytes, double value) {
 
 }  // namespace
 
-void WritePicture(std::filesystem::path const& path, std::string const& svg) { WriteWhole(path, svg); }
+void WriteBytes(std::filesystem::path const& path, std::string_view bytes) { WriteWhole(path, bytes); }
 
 void WritePly(std::filesystem::path const& path, std::span<Point3 const> points,
               std::span<Triangle const> triangles, std::span<std::uint32_t const> colors) {

@@ -5,8 +5,8 @@
 #include <functional>
 
 #include "part/Classic.h"
+#include "part/Pace.h"
 #include "support/ClassicFacets.h"
-#include "support/Steps.h"
 
 namespace varnet {
 
@@ -100,13 +100,13 @@ Supports::Supports(Part const& part, SupportSettings const& settings) {
     if (part.Triangles().empty()) return;
     ClassicFacets facets(part);
     CSTLModel& model = facets.Model();
-    Steps const steps(settings.progress);
-    steps.Done(0.2);
+    Watch watch(settings.progress);
+    watch.Tell(0.2);
     model.FindSupportSurface(settings.angle, settings.connectByVertex ? 0 : 1);
-    steps.Done(0.4);
+    watch.Tell(0.4);
     model.FilterUnSuspendSupport(settings.minArea);
     model.FindSuspendEdge(kKeels, settings.edgesUp, settings.edgesDown, settings.edgeLength);
-    steps.Done(0.6);
+    watch.Tell(0.6);
     double const lowest = model.m_VertexTree.m_BoundBox.m_ptMin.z;
     auto const& surfaces = model.m_SupportArray.m_aSurface;
     for (int i = 0; i < surfaces.GetSize(); ++i) {
@@ -130,11 +130,11 @@ Supports::Supports(Part const& part, SupportSettings const& settings) {
     model.GenSupportSTL(settings.down);
     TakeSolids(
         model, [&](std::size_t i) { return !all || m_Overhangs[i].supported; }, m_Solids);
-    steps.Done(0.8);
+    watch.Tell(0.8);
     model.GenSuspendSTL(settings.down);
     TakeSolids(
         model, [&](std::size_t i) { return !all || chosen[i]; }, m_Solids);
-    steps.Done(1.0);
+    watch.Tell(1.0);
 }
 
 void Supports::Write(std::filesystem::path const& path, MeshFormat format) const {

@@ -1,7 +1,7 @@
 #include <cmath>
 
+#include "part/Pace.h"
 #include "support/ClassicFacets.h"
-#include "support/Steps.h"
 #include "varnet/Supports.h"
 
 namespace varnet {
@@ -50,11 +50,11 @@ std::uint32_t ColorOf(std::size_t surface) {
 Surfaces::Surfaces(Part const& part, SurfaceRule rule, Progress const& progress)
     : ofTriangle(part.Triangles().size(), -1) {
     if (part.Triangles().empty()) return;
-    Steps const steps(progress);
+    Watch watch(progress);
     ClassicFacets facets(part);
-    steps.Done(0.3);
+    watch.Tell(0.3);
     Divide(facets.Model(), rule);
-    steps.Done(0.8);
+    watch.Tell(0.8);
     auto const& surfaces = facets.Model().m_SurfaceArray.m_aSurface;
     for (int i = 0; i < surfaces.GetSize(); ++i) {
         CFeatureSurface& surface = *surfaces[i];
@@ -65,7 +65,7 @@ Surfaces::Surfaces(Part const& part, SurfaceRule rule, Progress const& progress)
         }
         all.push_back({surface.m_aFacet.GetSize(), surface.Area(), RimLength(surface), ColorOf(all.size())});
     }
-    steps.Done(1.0);
+    watch.Tell(1.0);
 }
 
 }  // namespace varnet

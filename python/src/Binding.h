@@ -42,8 +42,7 @@ char const* Doc(std::string const& name);
 py::str TextOf(std::string const& bytes);
 py::list TextsOf(std::vector<std::string> const& lines);
 
-/// For SVG and HTML.
-std::string Escaped(std::string const& text);
+/// The title that was given, or another where none was.
 std::string Title(py::object const& given, std::string const& otherwise);
 
 /// Throws an Error of kind kArgument.

@@ -96,29 +96,6 @@ py::list TextsOf(std::vector<std::string> const& lines) {
     return list;
 }
 
-std::string Escaped(std::string const& text) {
-    std::string escaped;
-    for (char const c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::string Title(py::object const& given, std::string const& otherwise) {
     return given.is_none() ? otherwise : given.cast<std::string>();
 }

@@ -116,7 +116,7 @@ py::str Svg(PartHolder const& holder, py::object const& title, py::object const&
 }
 
 std::string Row(char const* name, std::string const& value) {
-    return std::string("<tr><th>") + name + "</th><td>" + Escaped(value) + "</td></tr>";
+    return std::string("<tr><th>") + name + "</th><td>" + varnet::EscapedMarkup(value) + "</td></tr>";
 }
 
 std::string Short(double value) {

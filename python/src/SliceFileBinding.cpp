@@ -69,7 +69,7 @@ char const* WordOf(SliceMode mode) {
 py::str Html(FileHolder const& holder) {
     SliceFile const& file = *holder.file;
     auto const row = [](char const* name, std::string const& value) {
-        return std::string("<tr><th>") + name + "</th><td>" + Escaped(value) + "</td></tr>";
+        return std::string("<tr><th>") + name + "</th><td>" + varnet::EscapedMarkup(value) + "</td></tr>";
     };
     std::string html = "<table>" + row("slice file", std::string(py::str(py::cast(file.Path().filename())))) +
                        row("format", NameOf(file.Header().mode)) +

@@ -1,13 +1,8 @@
-#pragma once
-
-#include <string>
-#include <string_view>
+#include "varnet/Picture.h"
 
 namespace varnet {
 
-/// The text with the characters that mean something in HTML and SVG written so that they stand for
-/// themselves.
-inline std::string EscapedMarkup(std::string_view text) {
+std::string EscapedMarkup(std::string_view text) {
     std::string escaped;
     for (char const c : text) {
         switch (c) {
