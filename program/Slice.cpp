@@ -22,6 +22,7 @@ struct SliceOptions {
     std::string output;
     std::string page;    // HTML file to look at; none when empty
     std::string layers;  // "A:B"
+    std::string shard;   // "K/N"
     std::string rule = "winding";
     std::string mode = "binary";
     bool noFill = false;
@@ -35,6 +36,8 @@ struct SliceOptions {
     std::vector<std::uint64_t> seed;  // empty: not given
     varnet::SliceSettings settings;
     ReadOptions read;
+
+    bool IsWhole() const { return layers.empty() && shard.empty(); }
 };
 
 // "A:B", "A:", ":B" or "A".
@@ -54,6 +57,18 @@ void TakeRange(std::string const& text, varnet::SliceSettings& settings) {
         colon == std::string::npos ? settings.firstLayer : number(text.substr(colon + 1), settings.lastLayer);
 }
 
+// "K/N".
+void TakeShard(std::string const& text, varnet::SliceSettings& settings) {
+    if (text.empty()) return;
+    std::size_t const slash = std::min(text.find('/'), text.size());
+    bool const read =
+        CLI::detail::lexical_cast(text.substr(0, slash), settings.shard) &&
+        CLI::detail::lexical_cast(text.substr(std::min(slash + 1, text.size())), settings.shards);
+    if (!read || settings.shard < 1 || settings.shard > settings.shards) {
+        throw CLI::ValidationError("--shard", text + " is no shard such as 1/8");
+    }
+}
+
 struct Written {
     varnet::Travel travel;
     std::int64_t tooLong = 0;
@@ -65,7 +80,7 @@ Written Write(SliceOptions const& options, AnySlicer& slicer, varnet::Page* page
     varnet::SliceWriteSettings settings;
     settings.mode = SliceModeOf(options.mode).value_or(varnet::SliceMode::kBinary);
     if (!options.seed.empty()) settings.seed = options.seed.front();
-    if (!options.layers.empty()) {
+    if (!options.IsWhole()) {
         settings.range = varnet::LayerRange{slicer.FirstLayer(), slicer.LastLayer(), slicer.LayerCount()};
     }
     varnet::OrderSettings ordering;
@@ -138,7 +153,7 @@ void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
     if (sliced.skippedFacets > 0)
         Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
     if (sliced.openPaths == 0) return;
-    bool const whole = options.layers.empty();
+    bool const whole = options.IsWhole();
     double const missing = std::max(0.0, std::fabs(sliced.meshVolume) - std::fabs(sliced.cutVolume));
     std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " +
                              Count(sliced.layers) + " layers, the longest gap " +
@@ -200,6 +215,7 @@ void RunStreamed(SliceOptions const& options) {
 
 void Run(SliceOptions options) {
     TakeRange(options.layers, options.settings);
+    TakeShard(options.shard, options.settings);
     options.settings.rule = options.rule == "odd" ? varnet::SolidRule::kOdd : varnet::SolidRule::kWinding;
     if (options.noFill) options.settings.hatch = 0.0;
     if (options.stream) return RunStreamed(options);
@@ -265,7 +281,12 @@ void AddSlice(CLI::App& app) {
         ->capture_default_str();
     CLI::Option* const page =
         command->add_option("--page", options->page, "HTML file to write too, which shows parts and layers");
-    command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
+    CLI::Option* const layers =
+        command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
+    command
+        ->add_option("--shard", options->shard,
+                     "Only shard K of the layers dealt out to N shards: K/N; varnet join puts them together")
+        ->excludes(layers);
     command->add_option("--threads", settings.threads, "The layers are the same for any number")
         ->check(CLI::Range(1, 1024))
         ->capture_default_str();

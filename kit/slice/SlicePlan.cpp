@@ -42,6 +42,10 @@ void CheckSettings(SliceSettings const& settings) {
     }
     if (!isLengthOrNone(settings.tolerance)) Refuse("the tolerance of contours has to be from 0 to 1e6 mm");
     if (!isLengthOrNone(settings.close)) Refuse("gaps can be closed from 0 to 1e6 mm");
+    bool const isShard = settings.shards > 0 && settings.shard >= 1 && settings.shard <= settings.shards;
+    if (!isShard && (settings.shards != 0 || settings.shard != 0)) {
+        Refuse("a shard has to be from 1 to the number of shards");
+    }
     if (settings.threads < 1 || settings.threads > kMostThreads) Refuse("threads have to be from 1 to 1024");
 }
 
@@ -125,7 +129,23 @@ void CheckFillLines(Box2 const& box, double hatch) {
     Refuse(message);
 }
 
+void TakeShard(SliceSettings& settings, int count) {
+    auto const begin = [&](std::int64_t shard) {
+        return static_cast<std::int32_t>(shard * count / settings.shards);
+    };
+    if (settings.firstLayer != 1 || settings.lastLayer != 0) {
+        Refuse("layers can be given by number or by shard, and not by both");
+    }
+    if (settings.shards > count) {
+        Refuse("there are " + std::to_string(count) + " layers, too few for " +
+               std::to_string(settings.shards) + " shards");
+    }
+    settings.firstLayer = begin(settings.shard - 1) + 1;
+    settings.lastLayer = begin(settings.shard);
+}
+
 void CheckRange(SliceSettings& settings, int count) {
+    if (settings.shards != 0) TakeShard(settings, count);
     if (settings.lastLayer == 0) settings.lastLayer = count;
     if (settings.firstLayer >= 1 && settings.firstLayer <= settings.lastLayer &&
         settings.lastLayer <= count) {
