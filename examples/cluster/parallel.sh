@@ -12,5 +12,6 @@ trap 'rm -rf "$folder"' EXIT
 trap 'exit 130' INT TERM HUP
 seq "$shards" | parallel --will-cite --halt now,fail=1 --quote \
     "$varnet" slice "$part" -o "$folder/{}.cli" --shard "{}/$shards" "$@" >&2
-# shellcheck disable=SC2046
-"$varnet" join $(seq -f "$folder/%.0f.cli" "$shards") -o "$output"
+files=()
+for shard in $(seq "$shards"); do files+=("$folder/$shard.cli"); done
+"$varnet" join "${files[@]}" -o "$output"

@@ -15,11 +15,11 @@ folder=$(mktemp -d "$output.shards.XXXXXX")
 
 # The words of a command, so that a shell reads them back as they are.
 quoted() { printf '%q ' "$@"; }
-slice="$(quoted "$varnet" slice "$part" "$@") --shard \$SLURM_ARRAY_TASK_ID/$shards -o $(quoted "$folder")/\$SLURM_ARRAY_TASK_ID.cli"
-slice=${slice//"$(quoted "$folder")/"/"$(printf %q "$folder")/"}
+slice="$(quoted "$varnet" slice "$part" "$@")--shard \$SLURM_ARRAY_TASK_ID/$shards"
+slice+=" -o $(printf %q "$folder")/\$SLURM_ARRAY_TASK_ID.cli"
 names=
 for shard in $(seq "$shards"); do names+=" $(printf %q "$folder/$shard.cli")"; done
-join="$(quoted "$varnet" join)$names -o $(quoted "$output") && rm -r $(quoted "$folder")"
+join="$(quoted "$varnet" join)$names -o $(quoted "$output")&& rm -r $(quoted "$folder")"
 
 if [ -n "$dry" ]; then
     # shellcheck disable=SC2086
