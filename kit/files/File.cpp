@@ -24,27 +24,6 @@ namespace {
 // Links in a row that are followed before a circle is assumed.
 constexpr int kMostLinks = 40;
 
-std::string ReasonOf(int error) {
-    switch (error) {
-        case 0:
-            return "could not be written whole";
-        case ENOENT:
-            return "no such file or folder";
-        case ENOSPC:
-            return "the disk is full";
-        default:
-            return std::generic_category().message(error);
-    }
-}
-
-int Seek(std::FILE* file, std::uint64_t place) {
-#if defined(_WIN32)
-    return _fseeki64(file, static_cast<long long>(place), SEEK_SET);
-#else
-    return fseeko(file, static_cast<off_t>(place), SEEK_SET);
-#endif
-}
-
 int ProcessNumber() {
 #if defined(_WIN32)
     return _getpid();
@@ -101,6 +80,27 @@ FilePointer OpenFile(fs::path const& path, char const* mode) {
 #endif
 }
 
+std::string ReasonOf(int error) {
+    switch (error) {
+        case 0:
+            return "could not be written whole";
+        case ENOENT:
+            return "no such file or folder";
+        case ENOSPC:
+            return "the disk is full";
+        default:
+            return std::generic_category().message(error);
+    }
+}
+
+int SeekTo(std::FILE* file, std::uint64_t place) {
+#if defined(_WIN32)
+    return _fseeki64(file, static_cast<long long>(place), SEEK_SET);
+#else
+    return fseeko(file, static_cast<off_t>(place), SEEK_SET);
+#endif
+}
+
 std::string TextOf(fs::path const& path) {
     std::u8string const text = path.u8string();
     return {text.begin(), text.end()};
@@ -123,7 +123,7 @@ SeekableFile::SeekableFile(fs::path const& path) : m_Path(path) {
 }
 
 std::size_t SeekableFile::ReadAt(std::uint64_t place, std::span<char> bytes) {
-    if (place != m_Place && Seek(m_File.get(), place) != 0) {
+    if (place != m_Place && SeekTo(m_File.get(), place) != 0) {
         throw Error(ErrorKind::kFile, m_Path, "cannot be read: " + ReasonOf(errno));
     }
     std::size_t const read = std::fread(bytes.data(), 1, bytes.size(), m_File.get());
@@ -186,9 +186,9 @@ void OutputFile::Write(std::string_view bytes) {
 
 void OutputFile::Overwrite(std::uint64_t place, std::span<char const> bytes) {
     errno = 0;
-    bool const done = std::fflush(m_File) == 0 && Seek(m_File, place) == 0 &&
+    bool const done = std::fflush(m_File) == 0 && SeekTo(m_File, place) == 0 &&
                       std::fwrite(bytes.data(), 1, bytes.size(), m_File) == bytes.size() &&
-                      std::fflush(m_File) == 0 && Seek(m_File, m_Written) == 0;
+                      std::fflush(m_File) == 0 && SeekTo(m_File, m_Written) == 0;
     if (!done) Fail(errno);
 }
 

@@ -512,5 +512,42 @@ TEST(Slicer, SoupsOfTrianglesComeThrough) {
     }
 }
 
+TEST(Slicer, ShardsAreAllLayersInTheirOrderAndOfOneSize) {
+    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    for (std::int32_t const shards : {1, 2, 3, 7, 9, 10}) {
+        std::int32_t next = 1;
+        for (std::int32_t shard = 1; shard <= shards; ++shard) {
+            SliceSettings settings = ContoursOnly();
+            settings.shards = shards;
+            settings.shard = shard;
+            Slicer const slicer({cube.Input()}, settings);
+            EXPECT_EQ(slicer.FirstLayer(), next);
+            std::int32_t const size = slicer.LastLayer() - slicer.FirstLayer() + 1;
+            EXPECT_GE(size, 10 / shards);
+            EXPECT_LE(size, (10 + shards - 1) / shards);
+            next = slicer.LastLayer() + 1;
+        }
+        EXPECT_EQ(next, 11);
+    }
+}
+
+TEST(Slicer, ShardsThatMakeNoSenseAreRefused) {
+    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    auto const refused = [&](std::int32_t shard, std::int32_t shards, std::int32_t firstLayer = 1) {
+        SliceSettings settings = ContoursOnly();
+        settings.shards = shards;
+        settings.shard = shard;
+        settings.firstLayer = firstLayer;
+        EXPECT_THROW(Slicer({cube.Input()}, settings), Error) << shard << " of " << shards;
+    };
+    refused(0, 2);
+    refused(3, 2);
+    refused(1, 0);
+    refused(-1, -1);
+    refused(1, -1);
+    refused(1, 11);
+    refused(1, 2, 2);
+}
+
 }  // namespace
 }  // namespace varnet
