@@ -50,9 +50,10 @@ COLUMNS = (
 )
 TIME_COLUMNS = ("file", "seconds", "worker")
 
-# Bytes that a job takes at most: its interpreter and what each byte of the file becomes. A facet has 50 bytes in a
-# binary file. A part takes up to twelve times those where no two facets meet, and 1.5 times where all do; its supports
-# are found in a classic model, of some 200 bytes a facet, that stands beside it.
+# Bytes that a file asks for: its interpreter, and what each byte of the file becomes. A facet has 50 bytes in a binary
+# file. A part takes one and a half times those where facets meet, and twelve times where none do; its supports are found
+# in a classic model that stands beside it, nine times in all. What takes more than that, as a field of noise that is
+# nothing but overhangs (53 times), has the rest of what its worker has, which runs nothing else meanwhile.
 BASE_BYTES = 100_000_000
 BYTES_A_BYTE = {False: 12, True: 16}
 
@@ -216,13 +217,14 @@ def write_whole(path: Path, content: bytes) -> None:
 
 def start_workers(workers: int, memory: int) -> LocalCluster:
     """Processes of this machine, each with so many bytes to give away; one that takes more is started anew."""
+    dask.config.set({"distributed.scheduler.allowed-failures": MOST_DEATHS - 1})
     return LocalCluster(
         n_workers=workers,
         threads_per_worker=1,
         processes=True,
         memory_limit=memory,
         resources={"memory": memory},
-        dashboard_address=None,
+        dashboard_address=":0",
         silence_logs=50,
     )
 
@@ -252,7 +254,6 @@ def main() -> int:
     def told(row: Row, done: int, of: int) -> None:
         print(f"{done} of {of}: {row['file']}: {row.get('error') or 'ok'}", file=sys.stderr)
 
-    dask.config.set({"distributed.scheduler.allowed-failures": MOST_DEATHS - 1})
     cluster = options.scheduler or start_workers(options.workers, memory)
     try:
         with Client(cluster) as client:

@@ -18,6 +18,9 @@ constexpr double kNoArea = 1e-13;
 // So many edges without facets may always be kept.
 constexpr std::size_t kFewDead = 1024;
 
+// A table is made for so many edges: a part may be of hundreds of thousands of small bodies.
+constexpr std::size_t kFewEdges = 8;
+
 // Ends and edges have numbers of 32 bits.
 constexpr std::size_t kMostCut = std::size_t{1} << 29;
 
@@ -150,7 +153,7 @@ void CutSweep::Activate(Triangle const& triangle, int number) {
 
 // Edges between vertices of one height are never cut, and may be told either way round.
 std::int32_t CutSweep::EdgeBetween(std::int32_t below, std::int32_t above) {
-    if (2 * (m_Edges.size() + 1) > m_Table.size()) MakeTable(2 * m_Edges.size() + kFewDead);
+    if (2 * (m_Edges.size() + 1) > m_Table.size()) MakeTable(2 * m_Edges.size() + kFewEdges);
     std::size_t const mask = m_Table.size() - 1;
     std::size_t slot = SlotOf(below, above);
     for (; m_Table[slot] != kNone; slot = (slot + 1) & mask) {

@@ -513,7 +513,7 @@ TEST(Slicer, SoupsOfTrianglesComeThrough) {
 }
 
 TEST(Slicer, ShardsAreAllLayersInTheirOrderAndOfOneSize) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     for (std::int32_t const shards : {1, 2, 3, 7, 9, 10}) {
         std::int32_t next = 1;
         for (std::int32_t shard = 1; shard <= shards; ++shard) {
@@ -532,7 +532,7 @@ TEST(Slicer, ShardsAreAllLayersInTheirOrderAndOfOneSize) {
 }
 
 TEST(Slicer, ShardsThatMakeNoSenseAreRefused) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     auto const refused = [&](std::int32_t shard, std::int32_t shards, std::int32_t firstLayer = 1) {
         SliceSettings settings = ContoursOnly();
         settings.shards = shards;

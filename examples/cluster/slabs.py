@@ -86,7 +86,7 @@ def main() -> int:
         parser.error("--mode disguised needs a --seed, so that all slabs have the noise of one run")
     settings = {"layer": options.layer, "hatch": options.hatch}
     cluster = options.scheduler or LocalCluster(
-        n_workers=options.slabs, threads_per_worker=1, dashboard_address=None, silence_logs=50
+        n_workers=options.slabs, threads_per_worker=1, dashboard_address=":0", silence_logs=50
     )
     try:
         with Client(cluster) as client:
@@ -101,7 +101,7 @@ def main() -> int:
                 order=options.order,
             )
     except varnet.Error as error:
-        print(f"build: {error}", file=sys.stderr)
+        print(f"slabs: {error}", file=sys.stderr)
         return 1
     finally:
         if isinstance(cluster, LocalCluster):
