@@ -35,6 +35,7 @@ int Run(std::vector<char const*> const& arguments) {
     AddWhole(app);
     AddView(app);
     AddDemo(app);
+    AddSelfCheck(app);
     AddManual(app);
     CatchSignals();
     try {
