@@ -19,5 +19,6 @@ void AddJoin(CLI::App& app);
 void AddWhole(CLI::App& app);
 void AddView(CLI::App& app);
 void AddDemo(CLI::App& app);
+void AddSelfCheck(CLI::App& app);
 /// Prints the manual page, or the completions of a shell, of what has been added before.
 void AddManual(CLI::App& app);

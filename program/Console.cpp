@@ -1,6 +1,7 @@
 #include "Console.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -8,23 +9,35 @@
 
 #if defined(_WIN32)
 #include <io.h>
+#include <windows.h>
 #else
 #include <unistd.h>
 #endif
 
 namespace {
 
-volatile std::sig_atomic_t g_stopped = 0;
+// A signal comes in any thread; on Windows in one of its own.
+std::atomic<int> g_stopped = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
+
+#if defined(_WIN32)
+
+BOOL WINAPI OnSignal(DWORD event) {
+    g_stopped = 1;
+    // With the end of this function a closed console ends the program: what is half done is put away before.
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(INFINITE);
+    return TRUE;
+}
+
+bool IsTerminal() { return _isatty(_fileno(stderr)) != 0; }
+
+#else
 
 extern "C" void OnSignal(int) { g_stopped = 1; }
 
-bool IsTerminal() {
-#if defined(_WIN32)
-    return _isatty(_fileno(stderr)) != 0;
-#else
-    return isatty(STDERR_FILENO) != 0;
+bool IsTerminal() { return isatty(STDERR_FILENO) != 0; }
+
 #endif
-}
 
 class DrawnBar {
 public:
@@ -60,15 +73,41 @@ private:
 
 }  // namespace
 
+#if defined(_WIN32)
+
+void CatchSignals() { SetConsoleCtrlHandler(OnSignal, TRUE); }
+
+Utf8Console::Utf8Console() : m_OutputPage(GetConsoleOutputCP()) {
+    SetConsoleOutputCP(CP_UTF8);
+    HANDLE const console = GetStdHandle(STD_ERROR_HANDLE);
+    m_HasMode = GetConsoleMode(console, &m_ErrorMode) != 0;
+    if (m_HasMode) SetConsoleMode(console, m_ErrorMode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+Utf8Console::~Utf8Console() {
+    if (m_HasMode) SetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), m_ErrorMode);
+    if (m_OutputPage != 0) SetConsoleOutputCP(m_OutputPage);
+}
+
+std::string ToUtf8(wchar_t const* text) {
+    int const room = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(std::max(room, 1)), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), room, nullptr, nullptr);
+    utf8.pop_back();
+    return utf8;
+}
+
+#else
+
 void CatchSignals() {
     std::signal(SIGINT, OnSignal);
     std::signal(SIGTERM, OnSignal);
-#if !defined(_WIN32)
     std::signal(SIGHUP, OnSignal);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
-#endif
 }
+
+#endif
 
 bool IsStopped() { return g_stopped != 0; }
 

@@ -22,3 +22,25 @@ varnet::Progress Bar(std::string const& title);
 
 /// A line on standard error: "varnet: warning: ...".
 void Warn(std::string const& text);
+
+#if defined(_WIN32)
+
+/// While it is there, the console takes UTF-8 and the signs that move the cursor. What the console was set to
+/// before comes back with the end.
+class Utf8Console {
+public:
+    Utf8Console();
+    Utf8Console(Utf8Console const&) = delete;
+    Utf8Console& operator=(Utf8Console const&) = delete;
+    ~Utf8Console();
+
+private:
+    unsigned m_OutputPage;
+    unsigned long m_ErrorMode = 0;
+    bool m_HasMode = false;
+};
+
+/// An argument as UTF-8. Halves of pairs of UTF-16 that stand alone become the sign for what is no character.
+std::string ToUtf8(wchar_t const* text);
+
+#endif

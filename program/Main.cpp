@@ -3,14 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "Console.h"
 #include "varnet/Error.h"
-
-#if defined(_WIN32)
-#include <windows.h>
-#endif
 
 namespace {
 
@@ -19,7 +17,8 @@ constexpr int kUsage = 2;
 
 constexpr char const* kVersion = "varnet " VARNET_VERSION " (" VARNET_COMPILER ")";
 
-int Run(int argc, char** argv) {
+// The arguments are UTF-8, the program's name first.
+int Run(std::vector<char const*> const& arguments) {
     CLI::App app("Varnet64: reads, repairs, supports, slices and orders the parts of 3D printing.", "varnet");
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", kVersion, "Print the version, and what it was built with");
@@ -36,14 +35,11 @@ int Run(int argc, char** argv) {
     AddWhole(app);
     AddView(app);
     AddDemo(app);
+    AddSelfCheck(app);
     AddManual(app);
     CatchSignals();
     try {
-#if defined(_WIN32)
-        argv = app.ensure_utf8(argv);
-        SetConsoleOutputCP(CP_UTF8);
-#endif
-        app.parse(argc, argv);
+        app.parse(static_cast<int>(arguments.size()), arguments.data());
         if (app.get_subcommands().empty()) std::fputs(app.help().c_str(), stdout);
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? 0 : kUsage;
@@ -51,11 +47,9 @@ int Run(int argc, char** argv) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int RunAndReport(std::vector<char const*> const& arguments) {
     try {
-        int const code = Run(argc, argv);
+        int const code = Run(arguments);
         if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
         std::fprintf(stderr, "varnet: standard output could not be written whole\n");
     } catch (varnet::Error const& error) {
@@ -68,3 +62,22 @@ int main(int argc, char** argv) {
     }
     return kFailed;
 }
+
+}  // namespace
+
+#if defined(_WIN32)
+
+int wmain(int argc, wchar_t** argv) {
+    Utf8Console const console;
+    std::vector<std::string> texts;
+    for (int i = 0; i < argc; ++i) texts.push_back(ToUtf8(argv[i]));
+    std::vector<char const*> arguments;
+    for (std::string const& text : texts) arguments.push_back(text.c_str());
+    return RunAndReport(arguments);
+}
+
+#else
+
+int main(int argc, char** argv) { return RunAndReport({argv, argv + argc}); }
+
+#endif

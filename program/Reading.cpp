@@ -154,7 +154,9 @@ void AddBodies(Report& report, varnet::Part const& part) {
 void MakeFolder(fs::path const& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
-    if (error) throw varnet::Error(varnet::ErrorKind::kFile, folder, "cannot be made: " + error.message());
+    if (error)
+        throw varnet::Error(varnet::ErrorKind::kFile, folder,
+                            "cannot be made: " + error.default_error_condition().message());
 }
 
 long long BytesOf(fs::path const& path) {

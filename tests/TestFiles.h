@@ -1,10 +1,21 @@
 #pragma once
 
+#include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
 
 // Files of the tests, and paths as the library takes them.
 
@@ -23,8 +34,10 @@ private:
 class TestFolder {
 public:
     TestFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "varnet-test-XXXXXX").string();
-        m_Path = ::mkdtemp(pattern.data());
+        std::random_device random;
+        do {
+            m_Path = std::filesystem::temp_directory_path() / ("varnet-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(m_Path));
     }
     TestFolder(TestFolder const&) = delete;
     TestFolder& operator=(TestFolder const&) = delete;
@@ -44,6 +57,27 @@ public:
 private:
     std::filesystem::path m_Path;
 };
+
+/// The two ends of a new pipe, for bytes: the first is read from.
+inline std::array<int, 2> OpenPipe() {
+    std::array<int, 2> ends{};
+#if defined(_WIN32)
+    bool const bOpen = _pipe(ends.data(), 1 << 16, _O_BINARY) == 0;
+#else
+    bool const bOpen = ::pipe(ends.data()) == 0;
+#endif
+    if (!bOpen) std::abort();
+    return ends;
+}
+
+/// As the system's write.
+inline std::ptrdiff_t WriteSome(int nHandle, char const* pBytes, std::size_t nSize) {
+#if defined(_WIN32)
+    return _write(nHandle, pBytes, static_cast<unsigned>(nSize));
+#else
+    return ::write(nHandle, pBytes, nSize);
+#endif
+}
 
 inline std::string ReadBytes(std::filesystem::path const& path) {
     std::ifstream file(path, std::ios::binary);

@@ -1,19 +1,10 @@
 #include "files/File.h"
 
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 
+#include "files/System.h"
 #include "varnet/Error.h"
-
-#if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
-#include <process.h>
-#else
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 namespace varnet {
 
@@ -23,14 +14,6 @@ namespace {
 
 // Links in a row that are followed before a circle is assumed.
 constexpr int kMostLinks = 40;
-
-int ProcessNumber() {
-#if defined(_WIN32)
-    return _getpid();
-#else
-    return getpid();
-#endif
-}
 
 // What a path names in the end, whether that is there or not.
 fs::path BehindLinks(fs::path path) {
@@ -49,7 +32,7 @@ FilePointer CreateBeside(fs::path const& target, fs::path& partial) {
     FilePointer file;
     for (int i = 0; i < kTries; ++i) {
         partial = target;
-        partial += '.' + std::to_string(ProcessNumber());
+        partial += '.' + std::to_string(system::ProcessNumber());
         if (i > 0) partial += '-' + std::to_string(i);
         partial += ".part";
         errno = 0;
@@ -59,26 +42,20 @@ FilePointer CreateBeside(fs::path const& target, fs::path& partial) {
     return file;
 }
 
-#if !defined(_WIN32)
-// The owner and the mode of a file that is replaced. An owner who may not be set is left out: the file is
-// ours then.
-void TakeOver(fs::path const& target, std::FILE* file) {
-    struct stat old {};
-    if (stat(target.c_str(), &old) != 0) return;
-    if (fchown(fileno(file), old.st_uid, old.st_gid) != 0) errno = 0;
-    if (fchmod(fileno(file), old.st_mode & 07777) != 0) errno = 0;
+// Copies a whole file to an open one. False with errno where the system fails.
+bool CopyTo(fs::path const& from, std::FILE* to) {
+    FilePointer const file = OpenFile(from, "rb");
+    if (file == nullptr) return false;
+    std::vector<char> block(std::size_t{1} << 16);
+    while (std::size_t const read = std::fread(block.data(), 1, block.size(), file.get())) {
+        if (std::fwrite(block.data(), 1, read, to) != read) return false;
+    }
+    return std::ferror(file.get()) == 0;
 }
-#endif
 
 }  // namespace
 
-FilePointer OpenFile(fs::path const& path, char const* mode) {
-#if defined(_WIN32)
-    return FilePointer(_wfopen(path.c_str(), std::wstring(mode, mode + std::strlen(mode)).c_str()));
-#else
-    return FilePointer(std::fopen(path.c_str(), mode));
-#endif
-}
+FilePointer OpenFile(fs::path const& path, char const* mode) { return FilePointer(system::Open(path, mode)); }
 
 std::string ReasonOf(int error) {
     switch (error) {
@@ -93,14 +70,6 @@ std::string ReasonOf(int error) {
     }
 }
 
-int SeekTo(std::FILE* file, std::uint64_t place) {
-#if defined(_WIN32)
-    return _fseeki64(file, static_cast<long long>(place), SEEK_SET);
-#else
-    return fseeko(file, static_cast<off_t>(place), SEEK_SET);
-#endif
-}
-
 std::string TextOf(fs::path const& path) {
     std::u8string const text = path.u8string();
     return {text.begin(), text.end()};
@@ -110,20 +79,21 @@ std::string TextOf(fs::path const& path) {
 
 SeekableFile::SeekableFile(fs::path const& path) : m_Path(path) {
     std::error_code error;
-    if (fs::is_directory(path, error)) throw Error(ErrorKind::kFile, path, "is a folder");
+    fs::path const place = system::AnyLength(path);
+    if (fs::is_directory(place, error)) throw Error(ErrorKind::kFile, path, "is a folder");
     errno = 0;
     m_File = OpenFile(path, "rb");
     if (m_File == nullptr) {
         throw Error(ErrorKind::kFile, path, errno == ENOENT ? "no such file" : ReasonOf(errno));
     }
-    m_Size = fs::file_size(path, error);
-    if (error || !fs::is_regular_file(path, error)) {
+    m_Size = fs::file_size(place, error);
+    if (error || !fs::is_regular_file(place, error)) {
         throw Error(ErrorKind::kFile, path, "is no plain file (a pipe or a device cannot be read here)");
     }
 }
 
 std::size_t SeekableFile::ReadAt(std::uint64_t place, std::span<char> bytes) {
-    if (place != m_Place && SeekTo(m_File.get(), place) != 0) {
+    if (place != m_Place && !system::Seek(m_File.get(), place)) {
         throw Error(ErrorKind::kFile, m_Path, "cannot be read: " + ReasonOf(errno));
     }
     std::size_t const read = std::fread(bytes.data(), 1, bytes.size(), m_File.get());
@@ -147,14 +117,12 @@ std::vector<char> ReadWhole(fs::path const& path, std::uint64_t most) {
 
 // ---- writing
 
-OutputFile::OutputFile(fs::path const& target) : m_Shown(target), m_Target(BehindLinks(target)) {
+OutputFile::OutputFile(fs::path const& target)
+    : m_Shown(target), m_Target(BehindLinks(system::AnyLength(target))) {
     std::error_code error;
     if (target == "-") {
         m_Replacing = false;
-        m_File = stdout;
-#if defined(_WIN32)
-        _setmode(_fileno(stdout), _O_BINARY);
-#endif
+        m_File = system::BinaryOutput();
         return;
     }
     fs::file_status const status = fs::status(m_Target, error);
@@ -163,9 +131,7 @@ OutputFile::OutputFile(fs::path const& target) : m_Shown(target), m_Target(Behin
     m_Owned = m_Replacing ? CreateBeside(m_Target, m_Partial) : OpenFile(m_Target, "wb");
     if (m_Owned == nullptr) throw Error(ErrorKind::kFile, m_Shown, "cannot be created: " + ReasonOf(errno));
     m_File = m_Owned.get();
-#if !defined(_WIN32)
-    if (m_Replacing && fs::exists(status)) TakeOver(m_Target, m_File);
-#endif
+    if (m_Replacing && fs::exists(status)) system::TakeOver(m_Target, m_File);
 }
 
 OutputFile::~OutputFile() {
@@ -186,27 +152,36 @@ void OutputFile::Write(std::string_view bytes) {
 
 void OutputFile::Overwrite(std::uint64_t place, std::span<char const> bytes) {
     errno = 0;
-    bool const done = std::fflush(m_File) == 0 && SeekTo(m_File, place) == 0 &&
+    bool const done = std::fflush(m_File) == 0 && system::Seek(m_File, place) &&
                       std::fwrite(bytes.data(), 1, bytes.size(), m_File) == bytes.size() &&
-                      std::fflush(m_File) == 0 && SeekTo(m_File, m_Written) == 0;
+                      std::fflush(m_File) == 0 && system::Seek(m_File, m_Written);
     if (!done) Fail(errno);
 }
 
+// Standard output has no name that every system opens: what is meant for it waits in a file until Commit.
 fs::path const& OutputFile::PathForWriter() {
-    if (m_Target == "-") return m_Target = "/dev/stdout";
+    if (m_File == stdout && m_Partial.empty()) {
+        std::error_code error;
+        m_Owned = CreateBeside(fs::temp_directory_path(error) / "varnet", m_Partial);
+        if (m_Owned == nullptr) Fail(errno);
+    }
     m_Owned.reset();
+    if (m_File == stdout) return m_Partial;
     m_File = nullptr;
     return m_Replacing ? m_Partial : m_Target;
 }
 
 void OutputFile::Commit() {
     errno = 0;
+    bool const toOutput = m_File == stdout;
+    if (toOutput && !m_Partial.empty() && !CopyTo(m_Partial, stdout)) Fail(errno);
     if (m_File != nullptr && std::fflush(m_File) != 0) Fail(errno);
     if (m_Owned != nullptr && std::fclose(m_Owned.release()) != 0) Fail(errno);
     m_File = nullptr;
+    if (toOutput) return;
     std::error_code error;
     if (!m_Partial.empty()) fs::rename(m_Partial, m_Target, error);
-    if (error) throw Error(ErrorKind::kFile, m_Shown, "cannot be written: " + error.message());
+    if (error) throw Error(ErrorKind::kFile, m_Shown, "cannot be written: " + system::ReasonOf(error));
     m_Done = true;
 }
 

@@ -21,9 +21,6 @@ using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
 /// As std::fopen, with a path in any alphabet. Null on failure, with errno.
 FilePointer OpenFile(std::filesystem::path const& path, char const* mode);
 
-/// Goes to a place in a file; 0, or another number with errno on failure.
-int SeekTo(std::FILE* file, std::uint64_t place);
-
 /// What a number of errno means, for messages.
 std::string ReasonOf(int error);
 

@@ -1,11 +1,12 @@
 #include "part/InputFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
-#include <iterator>
 #include <system_error>
 
+#include "files/System.h"
 #include "varnet/Error.h"
 
 namespace varnet {
@@ -14,20 +15,22 @@ namespace fs = std::filesystem;
 
 InputFile::InputFile(fs::path const& path) : m_Path(path) {
     std::error_code error;
-    fs::file_status const status = fs::status(path, error);
+    fs::path const place = system::AnyLength(path);
+    fs::file_status const status = fs::status(place, error);
     if (!fs::exists(status)) throw Error(ErrorKind::kFile, path, "no such file");
     if (fs::is_directory(status)) throw Error(ErrorKind::kFile, path, "is a folder");
     errno = 0;
-    m_Stream.open(path, std::ios::binary);
-    if (!m_Stream) {
-        throw Error(ErrorKind::kFile, path, std::string("cannot be opened: ") + std::strerror(errno));
-    }
+    m_File = OpenFile(place, "rb");
+    if (m_File == nullptr) throw Error(ErrorKind::kFile, path, "cannot be opened: " + ReasonOf(errno));
     m_InMemory = !fs::is_regular_file(status);
     if (m_InMemory) {
-        m_Bytes.assign(std::istreambuf_iterator<char>(m_Stream), {});
+        std::array<char, 4096> block;
+        while (std::size_t const read = std::fread(block.data(), 1, block.size(), m_File.get())) {
+            m_Bytes.append(block.data(), read);
+        }
         m_Size = m_Bytes.size();
     } else {
-        m_Size = fs::file_size(path);
+        m_Size = fs::file_size(place);
     }
 }
 
@@ -37,9 +40,11 @@ std::size_t InputFile::Read(std::span<char> block) {
         read = std::min<std::size_t>(block.size(), m_Bytes.size() - static_cast<std::size_t>(m_Position));
         std::memcpy(block.data(), m_Bytes.data() + m_Position, read);
     } else {
-        m_Stream.read(block.data(), static_cast<std::streamsize>(block.size()));
-        if (m_Stream.bad()) throw Error(ErrorKind::kFile, m_Path, "cannot be read");
-        read = static_cast<std::size_t>(m_Stream.gcount());
+        errno = 0;
+        read = std::fread(block.data(), 1, block.size(), m_File.get());
+        if (std::ferror(m_File.get()) != 0) {
+            throw Error(ErrorKind::kFile, m_Path, "cannot be read: " + ReasonOf(errno));
+        }
     }
     m_Position += read;
     return read;
@@ -48,8 +53,11 @@ std::size_t InputFile::Read(std::span<char> block) {
 void InputFile::Seek(std::uint64_t position) {
     m_Position = std::min(position, m_Size);
     if (m_InMemory) return;
-    m_Stream.clear();
-    m_Stream.seekg(static_cast<std::streamoff>(m_Position));
+    std::clearerr(m_File.get());
+    errno = 0;
+    if (!system::Seek(m_File.get(), m_Position)) {
+        throw Error(ErrorKind::kFile, m_Path, "cannot be read: " + ReasonOf(errno));
+    }
 }
 
 }  // namespace varnet

@@ -3,9 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <string>
+
+#include "files/File.h"
 
 namespace varnet {
 
@@ -26,7 +27,7 @@ public:
 
 private:
     std::filesystem::path m_Path;
-    std::ifstream m_Stream;
+    FilePointer m_File;
     std::string m_Bytes;  // of what is no regular file
     bool m_InMemory = false;
     std::uint64_t m_Size = 0;

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <vector>
 
 #include "files/File.h"
@@ -30,7 +29,7 @@ constexpr std::string_view kPlainText = "Quarnell Ziped Model";
 // Gathers bytes and writes them in large blocks.
 class Output {
 public:
-    explicit Output(fs::path const& path) : m_Stream(path, std::ios::binary) {}
+    explicit Output(fs::path const& path) : m_File(OpenFile(path, "wb")) {}
     char* Room(std::size_t size) {
         if (m_Used + size > m_Block.size()) Flush();
         m_Used += size;
@@ -38,17 +37,18 @@ public:
     }
     bool Close() {
         Flush();
-        m_Stream.close();
-        return m_Stream.good();
+        return m_Good && std::fclose(m_File.release()) == 0;
     }
 
 private:
     void Flush() {
-        m_Stream.write(m_Block.data(), static_cast<std::streamsize>(m_Used));
+        m_Good =
+            m_Good && m_File != nullptr && std::fwrite(m_Block.data(), 1, m_Used, m_File.get()) == m_Used;
         m_Used = 0;
     }
 
-    std::ofstream m_Stream;
+    FilePointer m_File;
+    bool m_Good = true;
     std::vector<char> m_Block = std::vector<char>(std::size_t{1} << 16);
     std::size_t m_Used = 0;
 };

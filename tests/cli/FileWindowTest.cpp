@@ -5,6 +5,7 @@
 #include <array>
 #include <thread>
 
+#include "TestFiles.h"
 #include "cli/Slices.h"
 
 using namespace varnet;
@@ -15,13 +16,12 @@ namespace {
 class Pipe {
 public:
     explicit Pipe(std::string bytes) : m_Bytes(std::move(bytes)) {
-        std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) std::abort();
+        std::array<int, 2> const ends = OpenPipe();
         m_pFile = fdopen(ends[0], "rb");
         m_Writer = std::thread([this, nEnd = ends[1]] {
             std::size_t nDone = 0;
             while (nDone < m_Bytes.size()) {
-                ssize_t const n = write(nEnd, m_Bytes.data() + nDone, m_Bytes.size() - nDone);
+                std::ptrdiff_t const n = WriteSome(nEnd, m_Bytes.data() + nDone, m_Bytes.size() - nDone);
                 if (n <= 0) break;
                 nDone += static_cast<std::size_t>(n);
             }

@@ -383,7 +383,7 @@ TEST(STLAscii, StopBeforeTheReadLetsNoFacetIn) {
 TEST(STLAscii, FacetReaderTakesSevenLinesAndTheNormal) {
     TestFolder const folder;
     std::string const text = FacetText("1 2 3", "4 5 6", "7 8 9.5", "0.5 -1.5 1e-3") + "endsolid\n";
-    FILE* const pFile = std::fopen(folder.Write("facet", text).c_str(), "r");
+    FILE* const pFile = std::fopen(folder.Write("facet", text).string().c_str(), "r");
     CSTLModel model;
     tagFACET facet;
     EXPECT_EQ(1, model.ReadSTLFacetASCII(pFile, &facet));

@@ -259,7 +259,8 @@ TEST(STLBinary, FacetReaderTakesOneRecord) {
     TestFolder const folder;
     std::string const bytes = BinaryFile(Fan(2)).substr(84);
     CSTLModel model;
-    FILE* const pFile = std::fopen(folder.Write("records", bytes + bytes.substr(0, 49)).c_str(), "rb");
+    FILE* const pFile =
+        std::fopen(folder.Write("records", bytes + bytes.substr(0, 49)).string().c_str(), "rb");
     tagFACET facet;
     EXPECT_EQ(1, model.ReadSTLFacetBINARY(pFile, &facet));
     EXPECT_EQ(50, std::ftell(pFile));

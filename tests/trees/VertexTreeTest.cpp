@@ -314,7 +314,7 @@ TEST(VertexTree, WalksVisitTheNodeThenTheRightThenTheLeft) {
 TEST(VertexTree, SavePointWritesThreeFloatsAVertexInWalkOrder) {
     ThreeNodes three;
     TestFolder const folder;
-    FILE* const pFile = std::fopen((folder / "points").c_str(), "wb");
+    FILE* const pFile = std::fopen((folder / "points").string().c_str(), "wb");
     unsigned int nCounter = 5;
     three.tree.SavePoint(pFile, nCounter);
     std::fclose(pFile);

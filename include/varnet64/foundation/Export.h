@@ -1,7 +1,10 @@
 #pragma once
 
-/// Marks what a host may use: the library is built with hidden visibility, and nothing else is exported.
-#if defined(_WIN32)
+/// Marks what a host may use: the library is built with hidden visibility, and nothing else is exported. A
+/// program that holds the library's objects itself defines VARNET_STATIC.
+#if defined(_WIN32) && defined(VARNET_STATIC)
+#define VARNET_API
+#elif defined(_WIN32)
 #if defined(VARNET_BUILDING_LIBRARY)
 #define VARNET_API __declspec(dllexport)
 #else

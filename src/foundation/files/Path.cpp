@@ -7,7 +7,10 @@
 #include "foundation/Require.h"
 #include "foundation/files/FilePosition.h"
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <io.h>
+#include <windows.h>
+#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,10 +33,30 @@ std::u16string ReadPath(char const* pszPath, std::size_t nMaxBytes) {
 
 #if defined(_WIN32)
 
+// Longer paths are taken only whole and behind a prefix. A folder's may have 12 characters less than a file's
+// 260, and the system counts what it makes of a relative one.
+constexpr std::size_t kLongPath = 248;
+
+std::wstring AnyLength(std::wstring const& path) {
+    if (path.starts_with(LR"(\\?\)") || path.starts_with(LR"(\\.\)")) return path;
+    DWORD const nRoom = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring whole(nRoom, L'\0');
+    whole.resize(nRoom == 0 ? 0 : GetFullPathNameW(path.c_str(), nRoom, whole.data(), nullptr));
+    if (whole.size() < kLongPath) return path;
+    return whole.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + whole.substr(1) : LR"(\\?\)" + whole;
+}
+
+bool IsRegular(FILE* pFile) {
+    return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pFile)))) == FILE_TYPE_DISK;
+}
+
+// Without translation of line ends in either direction, so that files are the same on every system.
 File OpenNative(std::u16string const& path, char const* pMode) {
-    std::wstring const name(path.begin(), path.end());
-    std::wstring const mode(pMode, pMode + std::strlen(pMode));
-    return File(_wfopen(name.c_str(), mode.c_str()));
+    std::wstring const name = AnyLength(std::wstring(path.begin(), path.end()));
+    bool const bRead = *pMode == 'r';
+    File file(_wfopen(name.c_str(), bRead ? L"rb" : L"wb"));
+    if (file != nullptr && bRead && !IsRegular(file.get())) return nullptr;
+    return file;
 }
 
 #else

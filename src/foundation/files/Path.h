@@ -27,6 +27,7 @@ inline constexpr std::size_t kUnlimitedPath = std::numeric_limits<std::size_t>::
 ///
 /// Where the system names files by bytes, the path is turned into UTF-8. Half of a surrogate pair that stands
 /// alone is turned into three bytes as any other character, so that different paths name different files.
+/// On Windows paths of any length are taken, and no mode translates line ends.
 File OpenPath(char const* pszPath, char const* pMode, std::size_t nMaxBytes = kUnlimitedPath);
 
 /// The size of an open file in bytes; the position stays. -1 for a null file, 0 when the file has no position

@@ -7,6 +7,10 @@
 
 #include "foundation/memory/LargePages.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace varnet {
 
 #if VARNET_ADDRESS_SANITIZER
@@ -94,11 +98,14 @@ private:
     static_assert(sizeof(Chunk) <= kFirstSlot);
 
     void TakeNextChunk() {
-        // When the thread ends, it lets go of what it has not handed out.
-        thread_local Closer closer{this};
+        CloseOnExit();
         CloseChunk();
         OpenChunk();
     }
+
+    // When the thread ends, it lets go of what it has not handed out.
+#if !defined(_WIN32)
+    void CloseOnExit() { thread_local Closer const closer{this}; }
 
     struct Closer {
         explicit Closer(SlotPool* pClosed) : pPool(pClosed) {}
@@ -107,13 +114,9 @@ private:
         ~Closer() { pPool->Close(); }
         SlotPool* pPool;
     };
-
-    void Close() noexcept {
-        CloseChunk();
-        if (m_pRegion != nullptr) ReleaseChunks(m_pRegion, m_nChunksLeft);
-        m_pRegion = nullptr;
-        m_nChunksLeft = 0;
-    }
+#else
+    void CloseOnExit() {}
+#endif
 
     // A chunk of the heap's own while there are few of them, else the next one of a region.
     void OpenChunk() {
@@ -148,6 +151,16 @@ private:
         m_nNext = kNoChunk;
     }
 
+public:
+    // Gives back what was not handed out. The pool can be used again.
+    void Close() noexcept {
+        CloseChunk();
+        if (m_pRegion != nullptr) ReleaseChunks(m_pRegion, m_nChunksLeft);
+        m_pRegion = nullptr;
+        m_nChunksLeft = 0;
+    }
+
+private:
     Chunk* m_pChunk = nullptr;
     std::size_t m_nNext = kNoChunk;
     Chunk* m_pRegion = nullptr;
@@ -159,14 +172,74 @@ private:
 using FacetPool = SlotPool<kFacetSlotSize, 0>;
 using VertexPool = SlotPool<kVertexSlotSize, kVertexAnnexSize>;
 
+#if !defined(_WIN32)
+
 constinit thread_local FacetPool t_FacetPool;
 constinit thread_local VertexPool t_VertexPool;
 
+FacetPool& OwnFacetPool() { return t_FacetPool; }
+VertexPool& OwnVertexPool() { return t_VertexPool; }
+
+#else
+
+// mingw frees the variables of a thread before it destroys them: here the pools of a thread stand on the
+// heap, and the system itself hands them over when the thread ends.
+struct ThreadPools {
+    FacetPool facets;
+    VertexPool vertices;
+};
+
+class PoolIndex {
+public:
+    PoolIndex() : m_nIndex(FlsAlloc(CloseThread)) {}
+    PoolIndex(PoolIndex const&) = delete;
+    PoolIndex& operator=(PoolIndex const&) = delete;
+    // The pools of threads that live on are closed, and stay: one of them may still be asked while the
+    // process ends.
+    ~PoolIndex() {
+        s_bEnds.store(true);
+        FlsFree(m_nIndex);
+    }
+    ThreadPools* Make() {
+        auto* const pPools = new ThreadPools;
+        if (m_nIndex != FLS_OUT_OF_INDEXES && FlsSetValue(m_nIndex, pPools) != 0) return pPools;
+        delete pPools;
+        throw std::bad_alloc();
+    }
+
+private:
+    static void WINAPI CloseThread(void* pValue) noexcept {
+        auto* const pPools = static_cast<ThreadPools*>(pValue);
+        if (pPools == nullptr) return;
+        pPools->facets.Close();
+        pPools->vertices.Close();
+        if (!s_bEnds.load()) delete pPools;
+    }
+
+    static inline std::atomic<bool> s_bEnds{false};
+    DWORD m_nIndex;
+};
+
+constinit thread_local ThreadPools* t_pPools = nullptr;
+
+ThreadPools& OwnPools() {
+    if (t_pPools == nullptr) {
+        static PoolIndex s_Index;
+        t_pPools = s_Index.Make();
+    }
+    return *t_pPools;
+}
+
+FacetPool& OwnFacetPool() { return OwnPools().facets; }
+VertexPool& OwnVertexPool() { return OwnPools().vertices; }
+
+#endif
+
 }  // namespace
 
-void* AllocateFacetSlot() { return t_FacetPool.Allocate(); }
+void* AllocateFacetSlot() { return OwnFacetPool().Allocate(); }
 void FreeFacetSlot(void* pSlot) noexcept { FacetPool::Free(pSlot); }
-void* AllocateVertexSlot() { return t_VertexPool.Allocate(); }
+void* AllocateVertexSlot() { return OwnVertexPool().Allocate(); }
 void FreeVertexSlot(void* pSlot) noexcept { VertexPool::Free(pSlot); }
 
 #endif

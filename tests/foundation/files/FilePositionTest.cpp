@@ -5,6 +5,8 @@
 
 #include <array>
 
+#include "TestFiles.h"
+
 using namespace varnet;
 
 TEST(FilePosition, AFileHasAPositionAndALength) {
@@ -27,8 +29,7 @@ TEST(FilePosition, PositionsBeyondFourGigabytesAreWhole) {
 }
 
 TEST(FilePosition, APipeHasNone) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(0, pipe(ends.data()));
+    std::array<int, 2> const ends = OpenPipe();
     FILE* const pFile = fdopen(ends[0], "rb");
     EXPECT_EQ(-1, FilePosition(pFile));
     EXPECT_EQ(-1, FileLength(pFile));
