@@ -55,7 +55,15 @@ TEST(AddTravel, IsTheWayBetweenPathsWithTheMaterialOff) {
     AddTravel(layer, head, travel);
     EXPECT_DOUBLE_EQ(5.0 + 0.0 + 1.0, travel.length);
     EXPECT_EQ((Point2{0, 9}), head);
-    EXPECT_EQ(2, travel.starts);  // the second stroke begins where the first one ends
+    EXPECT_EQ(3, travel.starts);  // each chain is a start, wherever it begins
+    Layer chained;
+    std::vector<Stroke> const strokes{{{3, 4}, {10, 4}}, {{10, 4}, {10, 8}}, {{10, 9}, {0, 9}}};
+    chained.AddChain(strokes, kFillId);
+    head = {0, 0};
+    Travel once;
+    AddTravel(chained, head, once);
+    EXPECT_DOUBLE_EQ(travel.length, once.length);
+    EXPECT_EQ(2, once.starts);  // in a chain, a stroke that goes on where the last one ended is none
 }
 
 TEST(AddTravel, OfNothingIsNothing) {
@@ -144,21 +152,52 @@ TEST(PathOrder, FarthestSpreadsAndRandomKeepsAllOfThem) {
     EXPECT_FALSE(once == other);
 }
 
-TEST(PathOrder, SplicedContoursLoseNothingOfTheFill) {
+// A square and the lines in it, which turn at its sides: they are printed in one go.
+TEST(PathOrder, SplicedContoursArePrintedWithTheirFill) {
     Layer layer;
     layer.AddContour(std::vector<Point2>{{0, 0}, {20, 0}, {20, 20}, {0, 20}}, {});
+    std::vector<Stroke> strokes;
     for (int i = 1; i < 40; ++i) {
-        double const y = 0.5 * i;
-        Stroke const stroke{{0.5, y}, {19.5, y}};
-        layer.AddChain(std::span(&stroke, 1), kFillId);
+        Stroke const there{{0.5, 0.5 * i}, {19.5, 0.5 * i}};
+        strokes.push_back(i % 2 == 1 ? there : Stroke{there.to, there.from});
     }
+    layer.AddChain(strokes, kFillId);
     double const length = layer.StrokeLength();
     OrderSettings settings;
     settings.splice = true;
     PathOrder order(settings);
     order.Order(layer);
     EXPECT_GE(layer.ContourLength() + layer.StrokeLength(), length + 80.0 - 1e-9);
-    EXPECT_LT(order.After().starts, order.Before().starts);
+    // Printed apart, the contour is one start and each line another.
+    EXPECT_EQ(40, order.Before().starts);
+    EXPECT_LT(order.After().starts, 10);
+    double longest = 0.0;
+    for (std::size_t i = 0; i < layer.ContourCount(); ++i)
+        longest = std::max(longest, LengthOf(layer.ContourPoints(i), false));
+    EXPECT_GT(longest, 80.0 + 19.0);
+}
+
+// A hole that lies by itself after ordering is still one: files state its direction by its level.
+TEST(PathOrder, HolesStayHoles) {
+    Layer layer;
+    std::vector<std::array<double, 2>> const places{{0, 0}, {40, 0}, {0, 40}, {40, 40}};
+    for (auto const& [x, y] : places) {
+        auto const outer = static_cast<std::int32_t>(layer.ContourCount());
+        layer.AddContour(std::vector<Point2>{{x, y}, {x + 20, y}, {x + 20, y + 20}, {x, y + 20}}, {});
+        layer.AddContour(
+            std::vector<Point2>{{x + 5, y + 5}, {x + 5, y + 15}, {x + 15, y + 15}, {x + 15, y + 5}},
+            {true, outer, 1, 1});
+    }
+    for (NextPath const next : {NextPath::kNearest, NextPath::kFarthest, NextPath::kRandom}) {
+        Layer ordered = layer;
+        OrderSettings settings;
+        settings.contours = next;
+        PathOrder(settings).Order(ordered);
+        ASSERT_EQ(8u, ordered.ContourCount());
+        for (std::size_t i = 0; i < 8; ++i)
+            EXPECT_EQ(SignedArea(ordered.ContourPoints(i)) < 0.0, ordered.contours[i].IsHole()) << i;
+        EXPECT_DOUBLE_EQ(layer.Area(), ordered.Area());
+    }
 }
 
 TEST(PathOrder, LayersOfNothingAndOfTheWorst) {

@@ -157,10 +157,12 @@ TEST(Part, ArraysThatMakeNoSenseAreRefused) {
         IntakeSettings settings;
         settings.weld = d;
         EXPECT_EQ(ErrorKind::kArgument, KindOf([&] { Part const part(points, {}, settings); })) << d;
-        RepairSettings repair;
-        repair.fillHoles = d;
+    }
+    for (double const d : {-1.0, std::nan("")}) {
+        RepairSettings settings;
+        settings.fillHoles = d;
         Part part = PartOf(shapes::Cube(1));
-        EXPECT_EQ(ErrorKind::kArgument, KindOf([&] { part.Repair(repair); })) << d;
+        EXPECT_EQ(ErrorKind::kArgument, KindOf([&] { part.Repair(settings); })) << d;
     }
 }
 

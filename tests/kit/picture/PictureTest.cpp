@@ -8,7 +8,7 @@
 #include <iterator>
 
 #include "TestFiles.h"
-#include "part/PartChecks.h"
+#include "kit/part/PartChecks.h"
 #include "varnet/Error.h"
 
 namespace varnet {

@@ -8,7 +8,7 @@
 #include <set>
 
 #include "TestFiles.h"
-#include "part/PartChecks.h"
+#include "kit/part/PartChecks.h"
 
 namespace varnet {
 namespace {
