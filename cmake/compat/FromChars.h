@@ -1,9 +1,8 @@
 #pragma once
 
 // std::from_chars for float and double, for standard libraries that have it for whole numbers alone: libc++
-// up to 19. cmake/VarnetPlatform.cmake includes this ahead of all sources there. The end of the number is
-// found by the grammar of the standard; the C library, which rounds right, makes the value, in the "C" locale
-// whatever the process has set.
+// up to 19. Missing.h includes this there. The end of the number is found by the grammar of the standard; the
+// C library, which rounds right, makes the value, in the "C" locale whatever the process has set.
 
 #include <cerrno>
 #include <charconv>
