@@ -25,6 +25,8 @@ public:
             } else if (rate != run.counters.end()) {
                 m_Times[run.run_name.str()].push_back(1e9 / rate->second.value);
             }
+            auto const area = run.counters.find("area");
+            if (area != run.counters.end()) m_Areas[run.run_name.str()] = area->second.value;
             std::fprintf(stderr, "%s\n", run.run_name.str().c_str());
         }
     }
@@ -39,6 +41,12 @@ public:
         return *middle;
     }
 
+    /// What a benchmark counts as "area"; not a number for one that does not, or has not run.
+    double Area(std::string const& name) const {
+        auto const found = m_Areas.find(name);
+        return found == m_Areas.end() ? std::numeric_limits<double>::quiet_NaN() : found->second;
+    }
+
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
         for (auto const& entry : m_Times) names.push_back(entry.first);
@@ -47,6 +55,7 @@ public:
 
 private:
     std::map<std::string, std::vector<double>> m_Times;
+    std::map<std::string, double> m_Areas;
 };
 
 /// Runs the benchmarks, with these arguments in front of those of the command line; false for arguments that

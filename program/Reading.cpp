@@ -13,14 +13,6 @@ namespace {
 // So many bodies are listed; a file may hold thousands.
 constexpr std::size_t kListed = 20;
 
-double ScaleOf(ReadOptions const& options) {
-    double const unit = options.units == "in"   ? 25.4
-                        : options.units == "m"  ? 1000.0
-                        : options.units == "cm" ? 10.0
-                                                : 1.0;
-    return options.scale * unit;
-}
-
 // A part below this, on its longest side, is more likely in metres or inches.
 constexpr double kSmallPart = 1.0;
 
@@ -40,6 +32,11 @@ void ReadOptions::AddTo(CLI::App& command) {
         ->check(CLI::IsMember({"mm", "cm", "m", "in"}));
 }
 
+double ReadOptions::Scale() const {
+    double const unit = units == "in" ? 25.4 : units == "m" ? 1000.0 : units == "cm" ? 10.0 : 1.0;
+    return scale * unit;
+}
+
 fs::path PathOf(std::string const& argument) {
 #if defined(_WIN32)
     return fs::path(std::u8string(argument.begin(), argument.end()));
@@ -53,11 +50,20 @@ std::string TextOf(fs::path const& path) {
     return {text.begin(), text.end()};
 }
 
+void WarnOfSmall(std::string const& file, varnet::Box3 const& box) {
+    double const side =
+        box.IsEmpty() ? 0.0 : std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
+    if (side > 0.0 && side < kSmallPart) {
+        Warn(file + ": the part is " + Rounded(side, 3) +
+             " mm long: if the file is in metres or inches, say --units m or --units in");
+    }
+}
+
 varnet::Part ReadPart(std::string const& file, ReadOptions const& options) {
     ThrowIfStopped();
     varnet::IntakeSettings settings;
     if (options.weld >= 0.0) settings.weld = options.weld;
-    settings.scale = ScaleOf(options);
+    settings.scale = options.Scale();
     settings.progress = Bar("Reading " + TextOf(PathOf(file).filename()));
     varnet::Part part = varnet::Part::Read(PathOf(file), settings);
     varnet::IntakeReport const& found = part.Report();
@@ -65,13 +71,7 @@ varnet::Part ReadPart(std::string const& file, ReadOptions const& options) {
         Warn(file + ": " + Count(found.facetsInFile - found.facetsRead) + " of " + Count(found.facetsInFile) +
              " facets could not be read");
     }
-    varnet::Box3 const& box = part.Measures().box;
-    double const side =
-        box.IsEmpty() ? 0.0 : std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
-    if (side > 0.0 && side < kSmallPart) {
-        Warn(file + ": the part is " + Rounded(side, 3) +
-             " mm long: if the file is in metres or inches, say --units m or --units in");
-    }
+    WarnOfSmall(file, part.Measures().box);
     return part;
 }
 

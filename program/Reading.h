@@ -17,6 +17,8 @@ struct ReadOptions {
     std::string units;
 
     void AddTo(CLI::App& command);
+    /// What every coordinate is multiplied by: --scale and --units.
+    double Scale() const;
 };
 
 /// A path from the command line, which is UTF-8.
@@ -26,6 +28,9 @@ std::string TextOf(std::filesystem::path const& path);
 /// Reads a part, with a bar. Warns where facets were lost, and where the part is so small that it may be in
 /// other units.
 varnet::Part ReadPart(std::string const& file, ReadOptions const& options);
+
+/// Warns where a part is so small that it may be in other units.
+void WarnOfSmall(std::string const& file, varnet::Box3 const& box);
 
 /// Refuses text that is no finite number, with a short line.
 std::string WhyNotFinite(std::string const& text);

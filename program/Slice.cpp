@@ -12,6 +12,7 @@
 #include "varnet/PathOrder.h"
 #include "varnet/SliceFile.h"
 #include "varnet/Slicer.h"
+#include "varnet/StreamSlicer.h"
 #include "varnet/Supports.h"
 
 namespace {
@@ -21,6 +22,7 @@ struct SliceOptions {
     std::string output;
     std::string page;    // HTML file to look at; none when empty
     std::string layers;  // "A:B"
+    std::string shard;   // "K/N"
     std::string rule = "winding";
     std::string mode = "binary";
     bool noFill = false;
@@ -29,9 +31,13 @@ struct SliceOptions {
     bool splice = false;
     bool strict = false;
     bool json = false;
+    bool stream = false;
+    std::string temp;                 // a folder; the system's when empty
     std::vector<std::uint64_t> seed;  // empty: not given
     varnet::SliceSettings settings;
     ReadOptions read;
+
+    bool IsWhole() const { return layers.empty() && shard.empty(); }
 };
 
 // "A:B", "A:", ":B" or "A".
@@ -51,17 +57,30 @@ void TakeRange(std::string const& text, varnet::SliceSettings& settings) {
         colon == std::string::npos ? settings.firstLayer : number(text.substr(colon + 1), settings.lastLayer);
 }
 
+// "K/N".
+void TakeShard(std::string const& text, varnet::SliceSettings& settings) {
+    if (text.empty()) return;
+    std::size_t const slash = std::min(text.find('/'), text.size());
+    bool const read =
+        CLI::detail::lexical_cast(text.substr(0, slash), settings.shard) &&
+        CLI::detail::lexical_cast(text.substr(std::min(slash + 1, text.size())), settings.shards);
+    if (!read || settings.shard < 1 || settings.shard > settings.shards) {
+        throw CLI::ValidationError("--shard", text + " is no shard such as 1/8");
+    }
+}
+
 struct Written {
     varnet::Travel travel;
     std::int64_t tooLong = 0;
     std::uint64_t bytes = 0;
 };
 
-Written Write(SliceOptions const& options, varnet::Slicer& slicer, varnet::Page* page) {
+template <class AnySlicer>
+Written Write(SliceOptions const& options, AnySlicer& slicer, varnet::Page* page) {
     varnet::SliceWriteSettings settings;
     settings.mode = SliceModeOf(options.mode).value_or(varnet::SliceMode::kBinary);
     if (!options.seed.empty()) settings.seed = options.seed.front();
-    if (!options.layers.empty()) {
+    if (!options.IsWhole()) {
         settings.range = varnet::LayerRange{slicer.FirstLayer(), slicer.LastLayer(), slicer.LayerCount()};
     }
     varnet::OrderSettings ordering;
@@ -90,10 +109,13 @@ Written Write(SliceOptions const& options, varnet::Slicer& slicer, varnet::Page*
     return written;
 }
 
-void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written,
-           std::size_t solids) {
-    Report report(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") +
+Report ReportOf(SliceOptions const& options) {
+    return Report(std::to_string(options.inputs.size()) + (options.inputs.size() == 1 ? " part" : " parts") +
                   " -> " + options.output);
+}
+
+void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Written const& written,
+           std::size_t solids, Report report) {
     report.Add("layers", "layers", sliced.layers,
                Count(sliced.layers) + " of " + Number(options.settings.layer) + " mm");
     report.Add("contours", "contours", static_cast<long long>(sliced.contours));
@@ -131,7 +153,7 @@ void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
     if (sliced.skippedFacets > 0)
         Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
     if (sliced.openPaths == 0) return;
-    bool const whole = options.layers.empty();
+    bool const whole = options.IsWhole();
     double const missing = std::max(0.0, std::fabs(sliced.meshVolume) - std::fabs(sliced.cutVolume));
     std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " +
                              Count(sliced.layers) + " layers, the longest gap " +
@@ -142,10 +164,61 @@ void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
     Warn(text);
 }
 
+void AddStream(Report& report, varnet::StreamReport const& found) {
+    report.Add("facets in the file", "facets_in_file", static_cast<long long>(found.facetsInFile));
+    report.Add("facets that a layer cuts", "facets_sorted", static_cast<long long>(found.facetsSorted));
+    report.AddJson("facets_lost", found.facetsInFile - found.facetsRead);
+    report.AddJson("not_finite", found.notFinite);
+    report.AddJson("degenerate", found.degenerate);
+    report.AddJson("collinear", found.collinear);
+    report.AddJson("turned", found.turned);
+    report.AddJson("inside_out_layers", found.insideOutLayers);
+    report.Add("bytes of the temporary file", "temporary_bytes",
+               static_cast<long long>(found.temporaryBytes));
+}
+
+// What is known only after the layers are made.
+void Judge(SliceOptions const& options, varnet::StreamReport const& found) {
+    std::string const& input = options.inputs.front();
+    if (found.facetsRead < found.facetsInFile) {
+        Warn(input + ": " + Count(found.facetsInFile - found.facetsRead) + " of " +
+             Count(found.facetsInFile) + " facets could not be read");
+    }
+    if (found.turned) Warn(input + ": the part is inside out, and is sliced as if it were turned");
+    if (found.collinear > 0) {
+        Warn(input + ": " + Count(found.collinear) +
+             " facets without area are cut as they are: without --stream they are taken out");
+    }
+    if (found.insideOutLayers > 0) {
+        Warn(input + ": in " + Count(found.insideOutLayers) +
+             " layers a body seems to be inside out, and is empty: without --stream it is turned; "
+             "--rule odd does not look at that");
+    }
+}
+
+void RunStreamed(SliceOptions const& options) {
+    if (options.inputs.size() != 1) throw CLI::ValidationError("--stream", "takes one part");
+    varnet::StreamSettings settings;
+    settings.slice = options.settings;
+    settings.slice.progress = Bar("Slicing into " + TextOf(PathOf(options.output).filename()));
+    settings.scale = options.read.Scale();
+    settings.temp = PathOf(options.temp);
+    varnet::StreamSlicer slicer(PathOf(options.inputs.front()), settings);
+    WarnOfSmall(options.inputs.front(), slicer.Box());
+    Written const written = Write(options, slicer, nullptr);
+    Report report = ReportOf(options);
+    AddStream(report, slicer.Stream());
+    Print(options, slicer.Report(), written, 0, std::move(report));
+    Judge(options, slicer.Stream());
+    Judge(options, slicer.Report(), written);
+}
+
 void Run(SliceOptions options) {
     TakeRange(options.layers, options.settings);
+    TakeShard(options.shard, options.settings);
     options.settings.rule = options.rule == "odd" ? varnet::SolidRule::kOdd : varnet::SolidRule::kWinding;
     if (options.noFill) options.settings.hatch = 0.0;
+    if (options.stream) return RunStreamed(options);
     std::vector<varnet::Part> parts;
     std::vector<varnet::Supports> supports;
     std::size_t solids = 0;
@@ -175,7 +248,7 @@ void Run(SliceOptions options) {
     }
     Written const written = Write(options, slicer, hasPage ? &page : nullptr);
     if (hasPage) page.Write(PathOf(options.page));
-    Print(options, slicer.Report(), written, solids);
+    Print(options, slicer.Report(), written, solids, ReportOf(options));
     Judge(options, slicer.Report(), written);
 }
 
@@ -206,12 +279,19 @@ void AddSlice(CLI::App& app) {
                      "What is solid: where bodies wind round, or where an odd number does")
         ->check(CLI::IsMember({"winding", "odd"}))
         ->capture_default_str();
-    command->add_option("--page", options->page, "HTML file to write too, which shows parts and layers");
-    command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
+    CLI::Option* const page =
+        command->add_option("--page", options->page, "HTML file to write too, which shows parts and layers");
+    CLI::Option* const layers =
+        command->add_option("--layers", options->layers, "Only these layers of the whole, by number: A:B");
+    command
+        ->add_option("--shard", options->shard,
+                     "Only shard K of the layers dealt out to N shards: K/N; varnet join puts them together")
+        ->excludes(layers);
     command->add_option("--threads", settings.threads, "The layers are the same for any number")
         ->check(CLI::Range(1, 1024))
         ->capture_default_str();
-    command->add_flag("--support", options->support, "Fill support solids too, in layers of even numbers");
+    CLI::Option* const support = command->add_flag("--support", options->support,
+                                                   "Fill support solids too, in layers of even numbers");
     CLI::Option* const order =
         command->add_flag("--order", options->order, "Print what is nearest next: contours, then fill");
     command->add_flag("--splice", options->splice, "Print contours and fill in one stroke where they meet")
@@ -224,5 +304,16 @@ void AddSlice(CLI::App& app) {
     command->add_flag("--strict", options->strict, "Exit code 1 where paths stay open");
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);
+    CLI::Option* const stream =
+        command
+            ->add_flag("--stream", options->stream,
+                       "Cut one binary STL of any size from disk, unhealed, without taking it into memory")
+            ->excludes(support)
+            ->excludes(page)
+            ->excludes(command->get_option("--weld"));
+    command
+        ->add_option("--temp", options->temp,
+                     "Folder of the temporary file of --stream, 40 bytes a facet; $TMPDIR if not given")
+        ->needs(stream);
     command->callback([options] { Run(*options); });
 }

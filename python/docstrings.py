@@ -15,6 +15,9 @@ def signature(function: ast.FunctionDef) -> str:
     arguments = ast.parse(ast.unparse(function.args).join(("def f(", "): pass"))).body[0].args  # type: ignore
     for argument in arguments.posonlyargs + arguments.args + arguments.kwonlyargs:
         argument.annotation = None
+    for rest in (arguments.vararg, arguments.kwarg):
+        if rest is not None:
+            rest.annotation = None
     # What the stub leaves open is an empty sequence.
     text = ast.unparse(arguments).replace("=...", "=()")
     return f"({text})"

@@ -7,6 +7,8 @@ set(slow
     FixNormal.LargeShellWithAnEdgeOfThreeFacetsDoesNotExhaustTheStack
     Heal.FacetsBesideTJunctionsAreDivided
     Heal.NoInputMakesMoreOpenEdges
+    LargeFiles.AnStlBeyondTwoGigabytesIsReadToItsEnd
+    LargeFiles.SlicesOfMoreThanTwoGigabytesAreWritten
     LiteralSlices.LayersAreWrittenTheSameWayInAllModesAndReadBack
     MakeTopology.AgreesWithThePairwiseWalkOnRandomLayers
     Oltp.FileCutShortDeliversWhatItHas

@@ -1,6 +1,7 @@
 // Runs the jobs that well-kept libraries do too, all in one run, and prints one Markdown table.
 
 #include <array>
+#include <cmath>
 #include <string>
 
 #include "Collector.h"
@@ -68,6 +69,28 @@ std::vector<Job> const& Jobs() {
         {"order 100,000 hatches, nearest first",
          "OptimizeHatchs/Near/100000",
          {{"nanoflann", "NanoflannNearHatchs/100000"}}},
+        {"cut a gyroid into 500 layers, chained",
+         "KitCut/0/1000000/500",
+         {{"VTK", "VtkCut/0/1000000/500"}, {"CGAL", "CgalCut/0/1000000/500"}}},
+        {"the same, a sphere",
+         "KitCut/1/1000000/500",
+         {{"VTK", "VtkCut/1/1000000/500"}, {"CGAL", "CgalCut/1/1000000/500"}}},
+        {"cut, nest, fill, order, write the gyroid",
+         "KitRoad/0/1000000/500/real_time",
+         {{"VTK (cutting alone)", "VtkCut/0/1000000/500"},
+          {"CGAL (cutting alone)", "CgalCut/0/1000000/500"}}},
+        {"the same by two threads",
+         "KitRoadByTwo/0/1000000/500/real_time",
+         {{"VTK (cutting alone)", "VtkCut/0/1000000/500"},
+          {"CGAL (cutting alone)", "CgalCut/0/1000000/500"}}},
+        {"cut, nest, fill, order, write the sphere",
+         "KitRoad/1/1000000/500/real_time",
+         {{"VTK (cutting alone)", "VtkCut/1/1000000/500"},
+          {"CGAL (cutting alone)", "CgalCut/1/1000000/500"}}},
+        {"the same by two threads",
+         "KitRoadByTwo/1/1000000/500/real_time",
+         {{"VTK (cutting alone)", "VtkCut/1/1000000/500"},
+          {"CGAL (cutting alone)", "CgalCut/1/1000000/500"}}},
     };
     return s_Jobs;
 }
@@ -106,6 +129,19 @@ void PrintTable(Collector const& collector) {
                      std::to_string(static_cast<long long>(dTime + 0.5));
         }
         std::printf("| %s | %.0f | %s | %.2f |\n", job.pName, dOurs, peers.c_str(), dOurs / dFastest);
+    }
+}
+
+// Whether those who cut have cut the same.
+void PrintAreas(Collector const& collector) {
+    for (Job const& job : Jobs()) {
+        double const dOurs = collector.Area(job.pOurs);
+        for (Peer const& peer : job.peers) {
+            double const dTheirs = collector.Area(peer.pBenchmark);
+            if (!(dOurs > 0.0) || !(dTheirs > 0.0)) continue;
+            std::printf("\n%s: the areas of all layers are %.1f mm2 in all; %s differs by %.1e of it.\n",
+                        job.pName, dOurs, peer.pName, std::fabs(dTheirs - dOurs) / dOurs);
+        }
     }
 }
 
@@ -167,6 +203,7 @@ int main(int nArguments, char** ppArguments) {
         return 2;
     }
     PrintTable(collector);
+    PrintAreas(collector);
     PrintShapes(collector);
     return 0;
 }

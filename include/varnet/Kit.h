@@ -11,4 +11,5 @@
 #include "varnet/Picture.h"
 #include "varnet/SliceFile.h"
 #include "varnet/Slicer.h"
+#include "varnet/StreamSlicer.h"
 #include "varnet/Supports.h"

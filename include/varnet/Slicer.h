@@ -45,6 +45,10 @@ struct SliceSettings {
     int threads = 1;              ///< 1 to 1024; the layers are the same for any number
     std::int32_t firstLayer = 1;  ///< the range to make, by the numbers that the layers of the whole have
     std::int32_t lastLayer = 0;   ///< 0 for the last one of all
+    /// Instead of a range of numbers: all layers are dealt out to so many shards, each the next ones above
+    /// those before, as many as another or one more; and this one is made, from 1 on. 0 for no shards.
+    std::int32_t shards = 0;
+    std::int32_t shard = 0;
     Progress progress;            ///< of making the layers of the range, and of the preparation before
 };
 

@@ -15,19 +15,6 @@ namespace {
 // Links in a row that are followed before a circle is assumed.
 constexpr int kMostLinks = 40;
 
-std::string ReasonOf(int error) {
-    switch (error) {
-        case 0:
-            return "could not be written whole";
-        case ENOENT:
-            return "no such file or folder";
-        case ENOSPC:
-            return "the disk is full";
-        default:
-            return std::generic_category().message(error);
-    }
-}
-
 // What a path names in the end, whether that is there or not.
 fs::path BehindLinks(fs::path path) {
     std::error_code error;
@@ -69,6 +56,19 @@ bool CopyTo(fs::path const& from, std::FILE* to) {
 }  // namespace
 
 FilePointer OpenFile(fs::path const& path, char const* mode) { return FilePointer(system::Open(path, mode)); }
+
+std::string ReasonOf(int error) {
+    switch (error) {
+        case 0:
+            return "could not be written whole";
+        case ENOENT:
+            return "no such file or folder";
+        case ENOSPC:
+            return "the disk is full";
+        default:
+            return std::generic_category().message(error);
+    }
+}
 
 std::string TextOf(fs::path const& path) {
     std::u8string const text = path.u8string();

@@ -21,6 +21,9 @@ using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
 /// As std::fopen, with a path in any alphabet. Null on failure, with errno.
 FilePointer OpenFile(std::filesystem::path const& path, char const* mode);
 
+/// What a number of errno means, for messages.
+std::string ReasonOf(int error);
+
 /// The path as UTF-8, for messages.
 std::string TextOf(std::filesystem::path const& path);
 

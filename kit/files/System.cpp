@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 #if defined(_WIN32)
 #include <fcntl.h>
@@ -11,6 +12,8 @@
 #include <sys/stat.h>
 #include <windows.h>
 #else
+#include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -58,6 +61,26 @@ std::FILE* Open(fs::path const& path, char const* mode) {
     return file;
 }
 
+// Kept in memory where there is room, and removed when it is closed.
+std::FILE* OpenNameless(fs::path const& folder) {
+    constexpr int kTries = 100;
+    constexpr int kFlags =
+        _O_BINARY | _O_NOINHERIT | _O_RDWR | _O_CREAT | _O_EXCL | _O_SHORT_LIVED | _O_TEMPORARY;
+    for (int i = 0; i < kTries; ++i) {
+        fs::path const path =
+            folder / ("varnet-" + std::to_string(_getpid()) + '-' + std::to_string(i) + ".tmp");
+        int handle = -1;
+        errno = _wsopen_s(&handle, AnyLength(path).c_str(), kFlags, _SH_DENYRW, _S_IREAD | _S_IWRITE);
+        if (handle >= 0) {
+            std::FILE* const file = _fdopen(handle, "w+b");
+            if (file == nullptr) _close(handle);
+            return file;
+        }
+        if (errno != EEXIST && errno != EACCES) return nullptr;
+    }
+    return nullptr;
+}
+
 bool Seek(std::FILE* file, std::uint64_t place) {
     return _fseeki64(file, static_cast<long long>(place), SEEK_SET) == 0;
 }
@@ -77,6 +100,23 @@ std::FILE* BinaryOutput() {
 fs::path AnyLength(fs::path const& path) { return path; }
 
 std::FILE* Open(fs::path const& path, char const* mode) { return std::fopen(path.c_str(), mode); }
+
+// Where the file system cannot make a file without a name, its name is taken away at once.
+std::FILE* OpenNameless(fs::path const& folder) {
+    int descriptor = -1;
+#if defined(O_TMPFILE)
+    descriptor = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+#endif
+    if (descriptor < 0) {
+        std::string pattern = (folder / "varnet-XXXXXX").native();
+        descriptor = mkstemp(pattern.data());
+        if (descriptor >= 0) unlink(pattern.c_str());
+    }
+    if (descriptor < 0) return nullptr;
+    std::FILE* const file = fdopen(descriptor, "w+b");
+    if (file == nullptr) close(descriptor);
+    return file;
+}
 
 bool Seek(std::FILE* file, std::uint64_t place) {
     return fseeko(file, static_cast<off_t>(place), SEEK_SET) == 0;

@@ -19,6 +19,11 @@ std::filesystem::path AnyLength(std::filesystem::path const& path);
 /// failure, with errno.
 std::FILE* Open(std::filesystem::path const& path, char const* mode);
 
+/// A new file in the folder, to write and to read, that nobody else can open and that is gone when it is
+/// closed, however the process ends: it has no name, or on Windows one that the system removes with its last
+/// handle. Null on failure, with errno.
+std::FILE* OpenNameless(std::filesystem::path const& folder);
+
 /// Goes to a place in the file, in 64 bits. False on failure, with errno.
 bool Seek(std::FILE* file, std::uint64_t place);
 

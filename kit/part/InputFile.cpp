@@ -13,12 +13,6 @@ namespace varnet {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string ReasonOf(int error) { return std::generic_category().message(error); }
-
-}  // namespace
-
 InputFile::InputFile(fs::path const& path) : m_Path(path) {
     std::error_code error;
     fs::path const place = system::AnyLength(path);

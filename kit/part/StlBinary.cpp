@@ -2,22 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
-#include <vector>
 
-#include "part/Bytes.h"
 #include "part/FacetSink.h"
 #include "part/MeshReaders.h"
+#include "part/StlRecords.h"
 
 namespace varnet {
 
 namespace {
 
-constexpr std::size_t kRecord = 50;
-constexpr std::size_t kCorners = 12;  // behind the normal
 constexpr std::size_t kBlockRecords = 1024;
-
-Point3 LoadPoint(char const* bytes) { return {LoadF32(bytes), LoadF32(bytes + 4), LoadF32(bytes + 8)}; }
 
 std::string HeaderText(std::string header) {
     header.resize(std::min(header.size(), header.find('\0')));
@@ -27,31 +21,44 @@ std::string HeaderText(std::string header) {
 
 }  // namespace
 
+StlRecords::StlRecords(InputFile& file, std::size_t headerSize)
+    : m_File(file), m_Block(kBlockRecords * kRecord) {
+    file.Seek(0);
+    std::string header(headerSize, '\0');
+    file.Read(header);
+    m_Header = HeaderText(std::move(header));
+    std::array<char, 4> number{};
+    file.Read(number);
+    m_Announced = LoadU32(number.data());
+    m_Count = std::min(m_Announced, (file.Size() - headerSize - 4) / kRecord);
+}
+
+std::span<char const> StlRecords::NextBlock() {
+    auto const wanted =
+        kRecord * static_cast<std::size_t>(std::min<std::uint64_t>(kBlockRecords, m_Count - m_Done));
+    if (m_File.Read(std::span(m_Block).first(wanted)) < wanted) {
+        throw Error(ErrorKind::kFile, m_File.Path(), "has become shorter while read");
+    }
+    m_Done += wanted / kRecord;
+    return std::span(m_Block).first(wanted);
+}
+
 RawMesh ReadBinaryStl(Reading& reading, std::size_t headerSize) {
     RawMesh raw;
     raw.format = headerSize == 80 ? MeshFormat::kBinaryStl : MeshFormat::kOltp;
-    std::string header(headerSize, '\0');
-    reading.file.Read(header);
-    raw.header = HeaderText(std::move(header));
-    std::array<char, 4> number{};
-    reading.file.Read(number);
-    std::uint64_t const announced = LoadU32(number.data());
-    std::uint64_t const held = (reading.file.Size() - headerSize - 4) / kRecord;
-    auto const facets = static_cast<std::size_t>(std::min(announced, held));
-    reading.report.facetsInFile = static_cast<std::int64_t>(announced);
-
+    StlRecords records(reading.file, headerSize);
+    raw.header = records.Header();
+    auto const facets = static_cast<std::size_t>(records.Count());
+    reading.report.facetsInFile = static_cast<std::int64_t>(records.Announced());
     FacetSink sink(raw, reading.report, reading.settings.scale, facets);
-    std::vector<char> block(kBlockRecords * kRecord);
-    for (std::size_t done = 0; done < facets;) {
-        reading.pace.Step(done, facets);
-        std::size_t const wanted = std::min(kBlockRecords, facets - done);
-        std::size_t const read = reading.file.Read(std::span(block).first(wanted * kRecord)) / kRecord;
-        if (read < wanted)
-            throw Error(ErrorKind::kFile, reading.file.Path(), "has become shorter while read");
-        for (char const* p = block.data(); p != block.data() + read * kRecord; p += kRecord) {
-            sink.Add(LoadPoint(p + kCorners), LoadPoint(p + kCorners + 12), LoadPoint(p + kCorners + 24));
+    while (records.Done() < facets) {
+        reading.pace.Step(static_cast<std::size_t>(records.Done()), facets);
+        std::span<char const> const block = records.NextBlock();
+        for (std::size_t at = 0; at < block.size(); at += StlRecords::kRecord) {
+            char const* const record = block.data() + at;
+            sink.Add(StlRecords::CornerOf(record, 0), StlRecords::CornerOf(record, 1),
+                     StlRecords::CornerOf(record, 2));
         }
-        done += read;
     }
     sink.Flush();
     return raw;

@@ -18,6 +18,12 @@ constexpr double kNoArea = 1e-13;
 // So many edges without facets may always be kept.
 constexpr std::size_t kFewDead = 1024;
 
+// A table is made for so many edges: a part may be of hundreds of thousands of small bodies.
+constexpr std::size_t kFewEdges = 8;
+
+// Ends and edges have numbers of 32 bits.
+constexpr std::size_t kMostCut = std::size_t{1} << 29;
+
 // How far ahead of its turn a facet is asked for: KitCut of many spheres is fastest near these.
 constexpr std::size_t kTrianglesAhead = 16;
 constexpr std::size_t kPointsAhead = 8;
@@ -62,7 +68,7 @@ void CutSweep::GoTo(int number, Pulse& pulse) {
         from = 1;
     }
     m_Number = number;
-    m_Height = m_Index->Heights().CutHeight(number);
+    m_Height = m_Source->Heights().CutHeight(number);
     LetGo(number);
     TakeUp(from, number, pulse);
 }
@@ -75,7 +81,10 @@ void CutSweep::LetGo(int number) {
         }
         return true;
     });
-    if (m_DeadEdges > kFewDead && m_DeadEdges > m_Edges.size() / 2) DropDeadEdges();
+    bool const mayStay = !m_Source->ReusesNumbers();
+    if (m_DeadEdges > 0 && !(mayStay && (m_DeadEdges <= kFewDead || m_DeadEdges <= m_Edges.size() / 2))) {
+        DropDeadEdges();
+    }
 }
 
 void CutSweep::DropDeadEdges() {
@@ -97,18 +106,17 @@ void CutSweep::DropDeadEdges() {
 }
 
 void CutSweep::TakeUp(int from, int number, Pulse& pulse) {
-    for (int i = from; i <= number; ++i) {
-        pulse.Beat();
-        if (m_Index->ReachOf(i) < number) continue;
-        TakeUp(m_Index->StartingAt(i), number);
-        pulse.Beat(m_Index->StartingAt(i).size());
-    }
+    pulse.Beat(Index(number) - Index(from) + 1);
+    m_Source->Deliver(from, number, [&](FacetBatch const& batch) {
+        TakeUp(batch, number);
+        pulse.Beat(batch.facets.size());
+    });
 }
 
 // Facets that begin at one height lie anywhere in memory: they are asked for ahead.
-void CutSweep::TakeUp(std::span<std::uint32_t const> facets, int number) {
-    std::span<Triangle const> const triangles = m_Index->Input().triangles;
-    std::span<Point3 const> const points = m_Index->Input().points;
+void CutSweep::TakeUp(FacetBatch const& batch, int number) {
+    auto const& [facets, triangles, points] = batch;
+    m_Points = points;
     for (std::size_t i = 0; i < facets.size(); ++i) {
         if (i + kTrianglesAhead < facets.size()) Prefetch(&triangles[facets[i + kTrianglesAhead]]);
         if (i + kPointsAhead < facets.size()) {
@@ -121,8 +129,7 @@ void CutSweep::TakeUp(std::span<std::uint32_t const> facets, int number) {
 }
 
 void CutSweep::Activate(Triangle const& triangle, int number) {
-    std::span<Point3 const> const points = m_Index->Input().points;
-    auto const z = [points](std::int32_t point) { return points[Index(point)].z; };
+    auto const z = [this](std::int32_t point) { return m_Points[Index(point)].z; };
     // Turned until the lowest corner is in front: then the middle one comes next, or the highest.
     std::size_t const lowest = z(triangle[0]) <= z(triangle[1]) ? (z(triangle[0]) <= z(triangle[2]) ? 0 : 2)
                                                                 : (z(triangle[1]) <= z(triangle[2]) ? 1 : 2);
@@ -131,19 +138,22 @@ void CutSweep::Activate(Triangle const& triangle, int number) {
     std::int32_t high = triangle[lowest == 0 ? 2 : lowest - 1];
     bool const middleIsNext = z(middle) <= z(high);
     if (!middleIsNext) std::swap(middle, high);
-    LayerHeights const& heights = m_Index->Heights();
+    LayerHeights const& heights = m_Source->Heights();
     int const last = heights.FirstAbove(z(high)) - 1;
     if (last < number) return;
+    if (m_Active.size() >= kMostCut) {
+        throw Error(ErrorKind::kContent, "a layer cuts more than 536870912 facets");
+    }
     // Going round the facet, which faces outward, the side that goes down is where the segment begins, and
     // the side that goes up where it ends: so the solid is on its left.
-    bool const beginsOnLong = middleIsNext != m_Index->Input().turned;
+    bool const beginsOnLong = middleIsNext != m_Source->AreTurned();
     m_Active.push_back({EdgeBetween(low, middle), EdgeBetween(middle, high), EdgeBetween(low, high),
                         heights.FirstAbove(z(middle)), last, beginsOnLong});
 }
 
 // Edges between vertices of one height are never cut, and may be told either way round.
 std::int32_t CutSweep::EdgeBetween(std::int32_t below, std::int32_t above) {
-    if (2 * (m_Edges.size() + 1) > m_Table.size()) MakeTable(2 * m_Edges.size() + kFewDead);
+    if (2 * (m_Edges.size() + 1) > m_Table.size()) MakeTable(2 * m_Edges.size() + kFewEdges);
     std::size_t const mask = m_Table.size() - 1;
     std::size_t slot = SlotOf(below, above);
     for (; m_Table[slot] != kNone; slot = (slot + 1) & mask) {
@@ -212,8 +222,8 @@ void CutSweep::AddEnd(std::int32_t number, std::int32_t end) {
 
 // The same numbers for every facet of the edge, and those of the upper vertex where the cut goes through it.
 Point2 CutSweep::PlaceOn(Edge const& edge) const {
-    Point3 const& a = m_Index->Input().points[Index(edge.below)];
-    Point3 const& b = m_Index->Input().points[Index(edge.above)];
+    Point3 const& a = m_Points[Index(edge.below)];
+    Point3 const& b = m_Points[Index(edge.above)];
     if (b.z == m_Height) return {b.x, b.y};
     double const share = (m_Height - a.z) / (b.z - a.z);
     return {a.x + share * (b.x - a.x), a.y + share * (b.y - a.y)};

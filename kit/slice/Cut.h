@@ -2,10 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "slice/FacetIndex.h"
+#include "slice/FacetSource.h"
 #include "slice/Paths.h"
 #include "slice/Pulse.h"
 
@@ -24,7 +27,9 @@ namespace varnet {
 /// other.
 class CutSweep {
 public:
-    explicit CutSweep(FacetIndex const& index) : m_Index(&index) {}
+    /// The index must live as long.
+    explicit CutSweep(FacetIndex const& index) : CutSweep(MakeSource(index)) {}
+    explicit CutSweep(std::unique_ptr<FacetSource> source) : m_Source(std::move(source)) {}
 
     /// Adds the paths of the cut: open ones first, each in the order of its first segment, which is that of
     /// the layers in which facets are cut first, and then that of the mesh. Contours of a mesh whose winding
@@ -61,7 +66,7 @@ private:
 
     void GoTo(int number, Pulse& pulse);
     void TakeUp(int from, int number, Pulse& pulse);
-    void TakeUp(std::span<std::uint32_t const> facets, int number);
+    void TakeUp(FacetBatch const& batch, int number);
     void Activate(Triangle const& triangle, int number);
     void LetGo(int number);
     std::int32_t EdgeBetween(std::int32_t below, std::int32_t above);
@@ -82,7 +87,8 @@ private:
     void Chain(Paths& paths);
     void ChainFrom(std::int32_t end, Paths& paths);
 
-    FacetIndex const* m_Index;
+    std::unique_ptr<FacetSource> m_Source;
+    std::span<Point3 const> m_Points;
     int m_Number = 0;
     double m_Height = 0.0;
     std::vector<Active> m_Active;

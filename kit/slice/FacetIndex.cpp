@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "slice/FacetSource.h"
+
 namespace varnet {
 
 namespace {
@@ -85,6 +87,31 @@ FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, bo
         m_Order[next[Index(first)]++] = facet;
         m_Reach[Index(first)] = std::max(m_Reach[Index(first)], heights.FirstAbove(highest) - 1);
     });
+}
+
+namespace {
+
+class IndexedFacets : public FacetSource {
+public:
+    explicit IndexedFacets(FacetIndex const& index) : m_Index(index) {}
+    LayerHeights const& Heights() const override { return m_Index.Heights(); }
+    bool AreTurned() const override { return m_Index.Input().turned; }
+    bool ReusesNumbers() const override { return false; }
+    void Deliver(int from, int to, std::function<void(FacetBatch const&)> const& take) override {
+        SlicerInput const& input = m_Index.Input();
+        for (int i = from; i <= to; ++i) {
+            if (m_Index.ReachOf(i) >= to) take({m_Index.StartingAt(i), input.triangles, input.points});
+        }
+    }
+
+private:
+    FacetIndex const& m_Index;
+};
+
+}  // namespace
+
+std::unique_ptr<FacetSource> MakeSource(FacetIndex const& index) {
+    return std::make_unique<IndexedFacets>(index);
 }
 
 std::span<std::uint32_t const> FacetIndex::StartingAt(int number) const {

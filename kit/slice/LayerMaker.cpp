@@ -37,6 +37,10 @@ LayerMaker::LayerMaker(SlicePlan const& plan) : m_Plan(&plan) {
     for (FacetIndex const& index : plan.supports) m_Supports.emplace_back(index);
 }
 
+LayerMaker::LayerMaker(SlicePlan const& plan, CutSweep&& sweep) : LayerMaker(plan) {
+    m_Parts.push_back(std::move(sweep));
+}
+
 SlicedLayer LayerMaker::Make(int number, Pulse& pulse) {
     SliceSettings const& settings = m_Plan->settings;
     double const angle = settings.angle + (number % 2 == 0 ? kRightAngle : 0.0);

@@ -27,6 +27,20 @@ struct SlicePlan {
     std::int64_t skippedFacets = 0;
 };
 
+/// What is measured of the facets that can be sliced.
+struct PlanMeasures {
+    Box3 parts;
+    Box3 supports;
+    double volume = 0.0;       ///< of the parts, by their winding
+    std::int64_t skipped = 0;  ///< facets with a corner that is no number or beyond 1e10 mm
+};
+
+/// Throws Error of kind kArgument for settings that make no sense whatever is sliced.
+void CheckSettings(SliceSettings const& settings);
+
+/// A plan that has no facets yet. Throws Error of kind kArgument, as Slicer says.
+SlicePlan PlanFor(PlanMeasures const& measures, SliceSettings const& settings);
+
 /// Throws Error of kind kArgument, as Slicer says.
 SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const& settings, Pulse& pulse);
 
@@ -48,6 +62,8 @@ struct SlicedLayer {
 class LayerMaker {
 public:
     explicit LayerMaker(SlicePlan const& plan);
+    /// Of a plan without facets, which come from the sweep.
+    LayerMaker(SlicePlan const& plan, CutSweep&& sweep);
     SlicedLayer Make(int number, Pulse& pulse);
 
 private:

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "slice/Apex.h"
 #include "slice/FillLines.h"
 #include "slice/LayerMaker.h"
 
@@ -27,7 +28,9 @@ constexpr double kFarthestLine = 1e15;
 
 [[noreturn]] void Refuse(std::string const& message) { throw Error(ErrorKind::kArgument, message); }
 
-void Validate(SliceSettings const& settings) {
+}  // namespace
+
+void CheckSettings(SliceSettings const& settings) {
     auto const isLength = [](double value) { return value >= kShortest && value <= kLongest; };
     auto const isLengthOrNone = [](double value) { return value >= 0.0 && value <= kLongest; };
     if (!isLength(settings.layer)) Refuse("the height of a layer has to be from 1e-9 to 1e6 mm");
@@ -39,8 +42,14 @@ void Validate(SliceSettings const& settings) {
     }
     if (!isLengthOrNone(settings.tolerance)) Refuse("the tolerance of contours has to be from 0 to 1e6 mm");
     if (!isLengthOrNone(settings.close)) Refuse("gaps can be closed from 0 to 1e6 mm");
+    bool const isShard = settings.shards > 0 && settings.shard >= 1 && settings.shard <= settings.shards;
+    if (!isShard && (settings.shards != 0 || settings.shard != 0)) {
+        Refuse("a shard has to be from 1 to the number of shards");
+    }
     if (settings.threads < 1 || settings.threads > kMostThreads) Refuse("threads have to be from 1 to 1024");
 }
+
+namespace {
 
 // Checks all inputs, and measures what of them can be sliced: in one go, as memory is what this waits for.
 class Measures {
@@ -48,16 +57,13 @@ public:
     Measures(std::vector<SlicerInput> const& inputs, Pulse& pulse) : m_Pulse(pulse) {
         for (std::size_t i = 0; i < inputs.size(); ++i) TakeIn(inputs[i], i);
     }
-    Box3 const& Parts() const { return m_Parts; }
-    Box3 const& Supports() const { return m_Supports; }
-    double Volume() const { return m_Volume; }
-    std::int64_t Skipped() const { return m_Skipped; }
+    PlanMeasures const& Found() const { return m_Measures; }
 
 private:
     void TakeIn(SlicerInput const& input, std::size_t number) {
         if (input.triangles.size() >= UINT32_MAX) Refuse("a mesh can have at most 4294967294 facets");
         auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
-        Box3& box = input.support ? m_Supports : m_Parts;
+        Box3& box = input.support ? m_Measures.supports : m_Measures.parts;
         double volume = 0.0;
         for (std::size_t i = 0; i < input.triangles.size(); ++i) {
             m_Pulse.Beat();
@@ -66,14 +72,17 @@ private:
                 if (corner < 0 || corner >= count) RefuseIndex(i, number, corner);
             }
             if (!IsUsable(input, triangle)) {
-                ++m_Skipped;
+                ++m_Measures.skipped;
                 continue;
             }
             for (std::int32_t const corner : triangle)
                 box.Add(input.points[static_cast<std::size_t>(corner)]);
-            if (!input.support) volume += VolumeBelow(input, triangle);
+            auto const corner = [&](std::size_t k) {
+                return input.points[static_cast<std::size_t>(triangle[k])];
+            };
+            if (!input.support) volume += m_Apex.VolumeBelow(corner(0), corner(1), corner(2));
         }
-        m_Volume += (input.turned ? -volume : volume) / 6.0;
+        m_Measures.volume += (input.turned ? -volume : volume) / 6.0;
     }
 
     [[noreturn]] static void RefuseIndex(std::size_t facet, std::size_t number, std::int32_t corner) {
@@ -81,27 +90,10 @@ private:
                std::to_string(corner) + ", which is not there");
     }
 
-    // Six times the volume of the tetrahedron between the facet and the first corner of all.
-    double VolumeBelow(SlicerInput const& input, Triangle const& triangle) {
-        Point3 corners[3];
-        for (std::size_t i = 0; i < 3; ++i) corners[i] = input.points[static_cast<std::size_t>(triangle[i])];
-        if (!m_HasApex) {
-            m_Apex = corners[0];
-            m_HasApex = true;
-        }
-        for (Point3& p : corners) p = {p.x - m_Apex.x, p.y - m_Apex.y, p.z - m_Apex.z};
-        auto const& [a, b, c] = corners;
-        return a.x * (b.y * c.z - b.z * c.y) + a.y * (b.z * c.x - b.x * c.z) + a.z * (b.x * c.y - b.y * c.x);
-    }
-
     static constexpr std::size_t kMostPoints = std::size_t{1} << 31;
     Pulse& m_Pulse;
-    Box3 m_Parts;
-    Box3 m_Supports;
-    Point3 m_Apex;
-    bool m_HasApex = false;
-    double m_Volume = 0.0;
-    std::int64_t m_Skipped = 0;
+    PlanMeasures m_Measures;
+    Apex m_Apex;
 };
 
 Box2 Flat(Box3 const& box) { return {{box.min.x, box.min.y}, {box.max.x, box.max.y}}; }
@@ -137,7 +129,23 @@ void CheckFillLines(Box2 const& box, double hatch) {
     Refuse(message);
 }
 
+void TakeShard(SliceSettings& settings, int count) {
+    auto const begin = [&](std::int64_t shard) {
+        return static_cast<std::int32_t>(shard * count / settings.shards);
+    };
+    if (settings.firstLayer != 1 || settings.lastLayer != 0) {
+        Refuse("layers can be given by number or by shard, and not by both");
+    }
+    if (settings.shards > count) {
+        Refuse("there are " + std::to_string(count) + " layers, too few for " +
+               std::to_string(settings.shards) + " shards");
+    }
+    settings.firstLayer = begin(settings.shard - 1) + 1;
+    settings.lastLayer = begin(settings.shard);
+}
+
 void CheckRange(SliceSettings& settings, int count) {
+    if (settings.shards != 0) TakeShard(settings, count);
     if (settings.lastLayer == 0) settings.lastLayer = count;
     if (settings.firstLayer >= 1 && settings.firstLayer <= settings.lastLayer &&
         settings.lastLayer <= count) {
@@ -149,22 +157,27 @@ void CheckRange(SliceSettings& settings, int count) {
 
 }  // namespace
 
-SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const& settings, Pulse& pulse) {
-    Validate(settings);
-    Measures const measures(inputs, pulse);
+SlicePlan PlanFor(PlanMeasures const& measures, SliceSettings const& settings) {
     SlicePlan plan;
     plan.settings = settings;
-    plan.heights = HeightsOf(measures.Parts(), settings);
+    plan.heights = HeightsOf(measures.parts, settings);
     CheckRange(plan.settings, plan.heights.count);
-    CheckFillLines(Flat(measures.Parts()), settings.hatch);
-    CheckFillLines(Flat(measures.Supports()), settings.hatch);
-    plan.partGrid = Grid(Flat(measures.Parts()));
-    plan.supportGrid = Grid(Flat(measures.Supports()));
-    plan.meshVolume = measures.Volume();
-    plan.skippedFacets = measures.Skipped();
+    CheckFillLines(Flat(measures.parts), settings.hatch);
+    CheckFillLines(Flat(measures.supports), settings.hatch);
+    plan.partGrid = Grid(Flat(measures.parts));
+    plan.supportGrid = Grid(Flat(measures.supports));
+    plan.meshVolume = measures.volume;
+    plan.skippedFacets = measures.skipped;
+    return plan;
+}
+
+SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const& settings, Pulse& pulse) {
+    CheckSettings(settings);
+    PlanMeasures const measures = Measures(inputs, pulse).Found();
+    SlicePlan plan = PlanFor(measures, settings);
     for (SlicerInput const& input : inputs) {
         (input.support ? plan.supports : plan.parts)
-            .emplace_back(input, plan.heights, measures.Skipped() == 0, pulse);
+            .emplace_back(input, plan.heights, measures.skipped == 0, pulse);
     }
     return plan;
 }

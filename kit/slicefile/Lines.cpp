@@ -24,7 +24,7 @@ std::optional<Line> LineReader::Next() {
                                     ? std::memchr(m_Buffer.data() + looked, '\n', m_Buffer.size() - looked)
                                     : nullptr;
         std::size_t const unused = m_Buffer.size() - m_Used;
-        if (end == nullptr && !m_AtEnd) {
+        if (end == nullptr && !m_AtEnd && unused < m_Longest) {
             looked = unused;
             m_AtEnd = !Fill();
             continue;
@@ -32,7 +32,8 @@ std::optional<Line> LineReader::Next() {
         if (end == nullptr && unused == 0) return std::nullopt;
         std::size_t const length =
             end != nullptr ? static_cast<std::size_t>(static_cast<char const*>(end) - start) : unused;
-        Line line{{start, length}, m_Number++, m_Place};
+        Line line{{start, length}, m_Number, m_Place};
+        m_Number += end != nullptr ? 1 : 0;
         if (line.text.ends_with('\r')) line.text.remove_suffix(1);
         std::size_t const taken = length + (end != nullptr ? 1 : 0);
         m_Used += taken;

@@ -18,11 +18,13 @@ struct Line {
 };
 
 /// Walks through a file line by line; lines end at a line feed, have any length, and lose a carriage return
-/// at their end.
+/// at their end. Where a longest length is given, a line beyond it comes in pieces of about that length, of
+/// one number: so what is no text takes no more memory than that.
 class LineReader {
 public:
-    LineReader(SeekableFile& file, std::uint64_t place, std::uint64_t firstNumber)
-        : m_File(file), m_Place(place), m_Number(firstNumber) {}
+    LineReader(SeekableFile& file, std::uint64_t place, std::uint64_t firstNumber,
+               std::size_t longest = SIZE_MAX)
+        : m_File(file), m_Place(place), m_Number(firstNumber), m_Longest(longest) {}
 
     /// The next line; nothing at the end. The text is valid until the next call.
     std::optional<Line> Next();
@@ -37,6 +39,7 @@ private:
     std::size_t m_Used = 0;
     std::uint64_t m_Place;
     std::uint64_t m_Number;
+    std::size_t m_Longest;
     bool m_AtEnd = false;
 };
 

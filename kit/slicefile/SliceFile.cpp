@@ -94,7 +94,9 @@ std::optional<LayerRange> RangeOf(std::string_view text) {
 
 void SliceFile::Work::ReadHeader() {
     constexpr std::uint64_t kLongestPreface = std::uint64_t{1} << 20;
-    LineReader lines(m_File, 0, 1);
+    // Behind the header of a binary file there need be no line end for gigabytes.
+    constexpr std::size_t kLongestLine = std::size_t{1} << 20;
+    LineReader lines(m_File, 0, 1, kLongestLine);
     bool begun = false;
     while (std::optional<Line> const line = lines.Next()) {
         if (!begun) {

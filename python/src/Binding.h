@@ -33,6 +33,7 @@ void AddSupports(py::module_& module);
 void AddLayer(py::module_& module);
 void AddSlices(py::module_& module);
 void AddSliceFile(py::module_& module);
+void AddView(py::module_& module);
 
 /// The docstring of a name such as "Part.repair", from the stub file. Throws std::logic_error where there is
 /// none.

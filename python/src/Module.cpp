@@ -117,6 +117,7 @@ PYBIND11_MODULE(_varnet, module) {
     AddSupports(module);
     AddSlices(module);
     AddSliceFile(module);
+    AddView(module);
     for (auto const& [name, value] : module.attr("__dict__").cast<py::dict>()) {
         if (PyType_Check(value.ptr()) != 0) value.attr("__module__") = "varnet";
     }

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "Arrays.h"
-#include "PartHolder.h"
+#include "Holders.h"
 #include "Waiting.h"
 
 namespace varnet::python {

@@ -1,6 +1,7 @@
 // SliceFile, SliceWriter, and what works on whole slice files.
 
 #include "Arrays.h"
+#include "Holders.h"
 #include "Waiting.h"
 
 namespace varnet::python {
@@ -8,10 +9,6 @@ namespace varnet::python {
 namespace {
 
 // A file that is read: shared with calls that are under way.
-struct FileHolder {
-    std::shared_ptr<SliceFile const> file;
-};
-
 std::shared_ptr<Layer> LayerOf(std::shared_ptr<SliceFile const> const& file, std::int64_t number) {
     py::gil_scoped_release const release;
     return std::make_shared<Layer>(file->LayerAt(number));

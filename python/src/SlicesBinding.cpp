@@ -1,6 +1,6 @@
 // Slicing and ordering: iterators of layers.
 
-#include "PartHolder.h"
+#include "Holders.h"
 #include "Waiting.h"
 
 namespace varnet::python {

@@ -1,7 +1,7 @@
 // Supports and Surfaces of a part.
 
 #include "Arrays.h"
-#include "PartHolder.h"
+#include "Holders.h"
 #include "Waiting.h"
 
 namespace varnet::python {
@@ -13,9 +13,6 @@ constexpr std::pair<char const*, SurfaceRule> kSurfaceRules[] = {
 constexpr std::uint32_t kGrey = 0xC0C0C0;
 constexpr std::uint32_t kSolidColor = 0xE8A040;
 
-struct SurfacesHolder {
-    std::shared_ptr<Surfaces const> surfaces;
-};
 struct OverhangHolder {
     std::shared_ptr<Supports const> owner;
     Overhang const* overhang = nullptr;

@@ -28,12 +28,14 @@ from ._varnet import (
     SliceWriter,
     Supports,
     Surfaces,
+    View,
     WriteReport,
     __version__,
     join_slices,
     order,
     read,
     slice,
+    view,
     write_slices,
 )
 
@@ -57,11 +59,13 @@ __all__ = [
     "Slices",
     "Supports",
     "Surfaces",
+    "View",
     "WriteReport",
     "__version__",
     "join_slices",
     "order",
     "read",
     "slice",
+    "view",
     "write_slices",
 ]

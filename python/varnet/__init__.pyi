@@ -31,12 +31,14 @@ __all__ = [
     "Slices",
     "Supports",
     "Surfaces",
+    "View",
     "WriteReport",
     "__version__",
     "join_slices",
     "order",
     "read",
     "slice",
+    "view",
     "write_slices",
 ]
 
@@ -796,4 +798,40 @@ def join_slices(inputs: Iterable[_Path], output: _Path, *, progress: _Progress =
 
     The mode is that of the first. Joined ranges of one build are the very bytes of a file of the whole. Raises varnet.Error where the files differ in mode or units, where their layers
     overlap or leave a gap, and where a file is broken; varnet.FileError.
+    """
+
+@final
+class View:
+    """A page to look at, made by view(): parts to turn, layers to go through. A notebook shows it in a frame."""
+
+    @property
+    def parts(self) -> int:
+        """How many it shows."""
+    @property
+    def layers(self) -> int:
+        """How many it shows, of all lists of layers together."""
+    @property
+    def html(self) -> str:
+        """The page: it needs no network and nothing else. Made anew at each call."""
+    def write(self, path: _Path) -> None:
+        """Writes the page, under its name only when it is complete. Raises varnet.FileError."""
+    def _repr_html_(self) -> str: ...
+
+def view(
+    *items: Part | Supports | Surfaces | SliceFile | Layer | Iterable[Layer],
+    title: str | None = None,
+    pictures: bool = True,
+    height: int = 600,
+    progress: _Progress = None,
+) -> View:
+    """Puts parts and layers on a page for the browser.
+
+    items: a Part; its Supports and its Surfaces behind it, which are shown with it (Supports alone bring their part);
+        slice files; layers, one by one or as any iterable, such as varnet.slice(part), which is used up.
+    title: any text; the name of the first item when there is none.
+    pictures: with SVG pictures for browsers without WebGL.
+    height: of the frame in a notebook, in pixels.
+
+    Raises varnet.ArgumentError for surfaces that are not those of the part before them; varnet.Error where there is
+    nothing to show; TypeError for other items.
     """

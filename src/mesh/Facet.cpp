@@ -61,24 +61,14 @@ CFacet& CFacet::operator=(CFacet const& other) {
     return *this;
 }
 
-void* CFacet::operator new(std::size_t nSize) {
-    return nSize == sizeof(CFacet) ? AllocateFacetSlot() : ::operator new(nSize);
-}
+void* CFacet::operator new(std::size_t nSize) { return NewInSlot<CFacet>(nSize, AllocateFacetSlot); }
 
 void* CFacet::operator new(std::size_t nSize, std::nothrow_t const&) noexcept {
-    try {
-        return operator new(nSize);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
+    return NewOrNull<CFacet>(nSize);
 }
 
 void CFacet::operator delete(void* pFacet, std::size_t nSize) noexcept {
-    if (nSize == sizeof(CFacet)) {
-        FreeFacetSlot(pFacet);
-    } else {
-        ::operator delete(pFacet);
-    }
+    DeleteFromSlot<CFacet>(pFacet, nSize, FreeFacetSlot);
 }
 
 void CFacet::CalculateNormal() { CalculateNormalOf(*m_pVertex1, *m_pVertex2, *m_pVertex3, m_fNormal); }

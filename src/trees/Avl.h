@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstddef>
-#include <type_traits>
 
 #include "foundation/Prefetch.h"
 
@@ -15,7 +14,8 @@ namespace varnet {
 // Balancing looks at depths only, never at keys. So the tree stays balanced, and every walk ends, also where
 // a key that is not a number makes the comparisons contradict each other.
 //
-// Nodes point to their children by m_pLeft and m_pRight: by Node*, or by what converts to it and from it.
+// Nodes point to their children by m_pLeft and m_pRight. A link is one of these pointers, or the tree's root:
+// the place where a subtree hangs.
 
 namespace avl {
 
@@ -39,14 +39,14 @@ struct RightSide {
     }
 };
 
-/// Makes the node's child on the side the root of the slot, above the node. Balances stay as they are.
-template <class Side, class Node, class Slot>
-void Rotate(Node* pNode, Slot& slot) {
+/// Makes the node's child on the side the root of the link, above the node. Balances stay as they are.
+template <class Side, class Node>
+void Rotate(Node* pNode, Node*& link) {
     using Other = typename Side::Other;
     Node* const pChild = Side::Child(pNode);
     Side::Child(pNode) = Other::Child(pChild);
     Other::Child(pChild) = pNode;
-    slot = pChild;
+    link = pChild;
 }
 
 template <class Node>
@@ -54,94 +54,86 @@ void SetBalance(Node* pNode, int nBalance) {
     pNode->m_nBalance = static_cast<decltype(pNode->m_nBalance)>(nBalance);
 }
 
-/// Restores the node in the slot, whose side has grown two deeper than the other, and sets nTaller to 0.
+/// Restores the node in the link, whose side has grown two deeper than the other, and sets nTaller to 0.
 /// A child in balance does not arise from insertion; nothing is done then.
-template <class Side, class Slot>
-void Balance(Slot& slot, int& nTaller) {
+template <class Side, class Node>
+void Balance(Node*& link, int& nTaller) {
     using Other = typename Side::Other;
-    using Node = std::remove_reference_t<decltype(*slot)>;
-    Node* const pNode = slot;
+    Node* const pNode = link;
     Node* const pChild = Side::Child(pNode);
     if (pChild->m_nBalance == Side::kTilt) {
         pNode->m_nBalance = 0;
         pChild->m_nBalance = 0;
-        Rotate<Side>(pNode, slot);
+        Rotate<Side>(pNode, link);
     } else if (pChild->m_nBalance == Other::kTilt) {
         Node* const pGrandchild = Other::Child(pChild);
         SetBalance(pNode, pGrandchild->m_nBalance == Side::kTilt ? Other::kTilt : 0);
         SetBalance(pChild, pGrandchild->m_nBalance == Other::kTilt ? Side::kTilt : 0);
         pGrandchild->m_nBalance = 0;
         Rotate<Other>(pChild, Side::Child(pNode));
-        Rotate<Side>(pNode, slot);
+        Rotate<Side>(pNode, link);
     } else {
         return;
     }
     nTaller = 0;
 }
 
-/// Restores the balance of the subtrees about a node that has just been put in, from below, as long as they
-/// have become deeper: a node in balance tilts to the side that has grown.
-///
-/// above() gives the next node above, null when there is none, and slotOf(node) the place that holds the node
-/// that it gave last, or, by rotation, another one afterwards. nTaller becomes 1 when the whole tree is one
-/// level deeper than before, else 0. beforeRotation(node) is called for a node whose left or right side has
-/// grown too deep.
-template <class Node, class Above, class SlotOf, class BeforeRotation>
-void Restore(Node* pGrown, int& nTaller, Above const& above, SlotOf const& slotOf,
-             BeforeRotation const& beforeRotation) {
-    nTaller = 1;
-    while (nTaller != 0) {
-        Node* const pNode = above();
-        if (pNode == nullptr) return;
-        bool const bLeft = pGrown == pNode->m_pLeft;
-        int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;
-        if (pNode->m_nBalance == 0) {
-            SetBalance(pNode, nTilt);
-        } else if (pNode->m_nBalance != nTilt) {
-            pNode->m_nBalance = 0;
-            nTaller = 0;
+/// Restores the node in the link, of which the subtree of the child pGrown has become one level deeper: a
+/// node in balance tilts to that side. nTaller becomes 0 when the node's own subtree is as deep as before.
+template <class Node, class BeforeRotation>
+void Grow(Node*& link, Node const* pGrown, int& nTaller, BeforeRotation const& beforeRotation) {
+    Node* const pNode = link;
+    bool const bLeft = pGrown == pNode->m_pLeft;
+    int const nTilt = bLeft ? LeftSide::kTilt : RightSide::kTilt;
+    if (pNode->m_nBalance == 0) {
+        SetBalance(pNode, nTilt);
+    } else if (pNode->m_nBalance != nTilt) {
+        pNode->m_nBalance = 0;
+        nTaller = 0;
+    } else {
+        beforeRotation(pNode);
+        if (bLeft) {
+            Balance<LeftSide>(link, nTaller);
         } else {
-            beforeRotation(pNode);
-            if (bLeft) {
-                Balance<LeftSide>(slotOf(pNode), nTaller);
-            } else {
-                Balance<RightSide>(slotOf(pNode), nTaller);
-            }
+            Balance<RightSide>(link, nTaller);
         }
-        pGrown = pNode;
     }
 }
 
-/// Walks down from the slot and puts a node into the empty slot where the walk ends, then restores the
+/// Walks down from the link and puts a node into the empty link where the walk ends, then restores the
 /// balance.
 ///
 /// compare(node) is called once a level: above 0 goes right, below 0 goes left, and 0 ends the walk at that
 /// node. make() gives the new node, with both children null and balance 0. Returns the node that was put in
-/// or found; nTaller becomes 1 when the subtree in the slot is one level deeper than before, else 0.
+/// or found; nTaller becomes 1 when the subtree in the link is one level deeper than before, else 0.
 /// beforeRotation(node) is called at most once.
 template <class Node, class Compare, class Make, class BeforeRotation>
 Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make,
              BeforeRotation const& beforeRotation) {
-    // The last slots passed on the way. A tree of 2^32 nodes is not deeper than 46 levels; of a way that is
-    // longer, since a host has bent the tree, the first slots are forgotten.
+    // The last links passed on the way. A tree of 2^32 nodes is not deeper than 46 levels; of a way that is
+    // longer, since a host has bent the tree, the first links are forgotten.
     constexpr std::size_t kDeepest = 64;
     std::array<Node**, kDeepest> way;
     std::size_t nDepth = 0;
-    Node** pSlot = &top;
+    Node** pLink = &top;
     nTaller = 0;
-    while (Node* const pNode = *pSlot) {
+    while (Node* const pNode = *pLink) {
         int const nOrder = compare(pNode);
         if (nOrder == 0) return pNode;
-        way[nDepth++ % kDeepest] = pSlot;
-        pSlot = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
+        way[nDepth++ % kDeepest] = pLink;
+        pLink = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
     }
     Node* const pMade = make();
-    *pSlot = pMade;
+    *pLink = pMade;
+    nTaller = 1;
     std::size_t const nForgotten = nDepth > kDeepest ? nDepth - kDeepest : 0;
-    Restore(
-        pMade, nTaller,
-        [&way, &nDepth, nForgotten] { return nDepth > nForgotten ? *way[--nDepth % kDeepest] : nullptr; },
-        [&way, &nDepth](Node*) -> Node*& { return *way[nDepth % kDeepest]; }, beforeRotation);
+    Node* pGrown = pMade;
+    while (nTaller != 0 && nDepth > nForgotten) {
+        Node*& link = *way[--nDepth % kDeepest];
+        Node* const pNode = link;
+        Grow(link, pGrown, nTaller, beforeRotation);
+        pGrown = pNode;
+    }
     return pMade;
 }
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "foundation/LookAhead.h"
-#include "trees/Avl.h"
 
 namespace varnet {
 
@@ -31,17 +30,17 @@ void ForeseenTree::Prepare() {
 // ambiguous key stands between.
 void ForeseenTree::SortAnnounced() {
     constexpr std::size_t kFew = 8;
-    Node* pLast = nullptr;
-    auto const append = [this, &pLast](std::uint32_t nKey) {
+    std::uint32_t nLast = kNothing;
+    auto const append = [this, &nLast](std::uint32_t nKey) {
         Node& node = NodeOf(nKey);
         if (node.bAmbiguous) {
-            pLast = nullptr;
+            nLast = kNothing;
             return;
         }
         m_NodeKeys.push_back(nKey);
-        node.m_pRight = pLast;
-        if (pLast != nullptr) pLast->m_pLeft = &node;
-        pLast = &node;
+        node.nChildren[kRight] = nLast;
+        if (nLast != kNothing) m_Nodes[nLast].nChildren[kLeft] = PlaceOf(nKey);
+        nLast = PlaceOf(nKey);
     };
     if (m_Announced.size() < m_nKeys / kFew) {
         std::vector<std::uint32_t> sorted = m_Announced;
@@ -61,74 +60,86 @@ void ForeseenTree::LinkNeighbors() {
         if (i >= kAhead) PrefetchNode(m_Announced[i - kAhead]);
         Node& node = NodeOf(m_Announced[i]);
         if (node.bAmbiguous) continue;
-        Node* const pGreater = node.m_pLeft;
-        Node* const pLesser = node.m_pRight;
-        if (pGreater != nullptr) pGreater->m_pRight = pLesser;
-        if (pLesser != nullptr) pLesser->m_pLeft = pGreater;
+        std::uint32_t const nGreater = node.nChildren[kLeft];
+        std::uint32_t const nLesser = node.nChildren[kRight];
+        if (nGreater != kNothing) m_Nodes[nGreater].nChildren[kRight] = nLesser;
+        if (nLesser != kNothing) m_Nodes[nLesser].nChildren[kLeft] = nGreater;
     }
 }
 
 void ForeseenTree::PutBesideNeighbor(std::uint32_t nKey) {
     Node& node = NodeOf(nKey);
-    EmptySide const place = FindEmptySide(nKey, node.m_pRight, node.m_pLeft);
-    node.m_pLeft = nullptr;
-    node.m_pRight = nullptr;
-    PutIn(node, place);
+    Link const link = FindEmptyLink(nKey, node.nChildren[kRight], node.nChildren[kLeft]);
+    node.nChildren[kLeft] = kNothing;
+    node.nChildren[kRight] = kNothing;
+    PutIn(PlaceOf(nKey), link);
 }
 
 // At the neighbour whose inner side is empty. Where only one is known, nodes for ambiguous keys may stand
 // between, and then the place is below them.
-ForeseenTree::EmptySide ForeseenTree::FindEmptySide(std::uint32_t nKey, Node* pLesser, Node* pGreater) {
-    if (pLesser != nullptr && (pGreater == nullptr || pLesser->m_pLeft == nullptr)) {
-        return Follow(
-            {pLesser, &pLesser->m_pLeft}, [](Node & node) -> auto& { return node.m_pRight; });
+ForeseenTree::Link ForeseenTree::FindEmptyLink(std::uint32_t nKey, std::uint32_t nLesser,
+                                               std::uint32_t nGreater) {
+    if (nLesser != kNothing && (nGreater == kNothing || m_Nodes[nLesser].nChildren[kLeft] == kNothing)) {
+        return Follow({nLesser, kLeft}, [](std::uint32_t) { return kRight; });
     }
-    if (pGreater != nullptr) {
-        return Follow(
-            {pGreater, &pGreater->m_pRight}, [](Node & node) -> auto& { return node.m_pLeft; });
-    }
-    return Follow(
-        {&m_Nodes[0], &m_Nodes[0].m_pLeft},
-        [ this, nKey ](Node & node) -> auto& { return RankOf(&node) < nKey ? node.m_pLeft : node.m_pRight; });
+    if (nGreater != kNothing) return Follow({nGreater, kRight}, [](std::uint32_t) { return kLeft; });
+    return Follow({kTop, kLeft},
+                  [this, nKey](std::uint32_t nNode) { return RankAt(nNode) < nKey ? kLeft : kRight; });
 }
 
-void ForeseenTree::PutIn(Node& node, EmptySide const& place) {
-    *place.pSlot = &node;
-    node.m_pParent = place.pParent;
-    Node* pReached = &node;
-    NearPointer<Node>* pRotated = nullptr;
-    int nTaller = 0;
-    avl::Restore(
-        &node, nTaller,
-        [this, &pReached]() -> Node* {
-            pReached = pReached->m_pParent;
-            return pReached == &m_Nodes[0] ? nullptr : pReached;
-        },
-        [&pRotated](Node* pNode) -> NearPointer<Node>& {
-            Node* const pParent = pNode->m_pParent;
-            pRotated = pParent->m_pLeft == pNode ? &pParent->m_pLeft : &pParent->m_pRight;
-            return *pRotated;
-        },
-        [](Node*) {});
-    if (pRotated == nullptr) return;
+// As avl::Insert does: nodes above tilt to the side that has become deeper, up to one that was tilted
+// already.
+void ForeseenTree::PutIn(std::uint32_t nNode, Link const& link) {
+    At(link) = nNode;
+    m_Nodes[nNode].nParent = link.nNode;
+    std::size_t nSide = link.nSide;
+    for (std::uint32_t nAbove = link.nNode; nAbove != kTop;) {
+        Node& above = m_Nodes[nAbove];
+        if (above.nBalance == TiltTo(nSide)) return Rebalance(nAbove, nSide);
+        above.nBalance = static_cast<std::int8_t>(above.nBalance + TiltTo(nSide));
+        if (above.nBalance == 0) return;
+        nSide = m_Nodes[above.nParent].nChildren[kLeft] == nAbove ? kLeft : kRight;
+        nAbove = above.nParent;
+    }
+}
 
-    // A rotation has changed the parents of the nodes on top, and of what hangs below them.
-    auto const setParentOfSides = [](Node* pParent) {
-        if (Node* const pLeft = pParent->m_pLeft) pLeft->m_pParent = pParent;
-        if (Node* const pRight = pParent->m_pRight) pRight->m_pParent = pParent;
-    };
-    Node* const pTop = *pRotated;
-    pTop->m_pParent = pReached->m_pParent;
-    setParentOfSides(pTop);
-    setParentOfSides(pTop->m_pLeft);
-    setParentOfSides(pTop->m_pRight);
+// The side of the node has grown two deeper than the other.
+void ForeseenTree::Rebalance(std::uint32_t nNode, std::size_t nSide) {
+    std::size_t const nOther = OtherSide(nSide);
+    Node& node = m_Nodes[nNode];
+    std::uint32_t const nChild = node.nChildren[nSide];
+    Node& child = m_Nodes[nChild];
+    if (child.nBalance == TiltTo(nSide)) {
+        node.nBalance = 0;
+        child.nBalance = 0;
+    } else {
+        Node& grandchild = m_Nodes[child.nChildren[nOther]];
+        node.nBalance = grandchild.nBalance == TiltTo(nSide) ? TiltTo(nOther) : std::int8_t{0};
+        child.nBalance = grandchild.nBalance == TiltTo(nOther) ? TiltTo(nSide) : std::int8_t{0};
+        grandchild.nBalance = 0;
+        Rotate(nChild, nOther);
+    }
+    Rotate(nNode, nSide);
+}
+
+// Puts the node's child on the side in its place, and the node below the child on the other side.
+void ForeseenTree::Rotate(std::uint32_t nNode, std::size_t nSide) {
+    Node& node = m_Nodes[nNode];
+    std::uint32_t const nChild = node.nChildren[nSide];
+    Node& child = m_Nodes[nChild];
+    std::uint32_t const nInner = std::exchange(child.nChildren[OtherSide(nSide)], nNode);
+    node.nChildren[nSide] = nInner;
+    if (nInner != kNothing) m_Nodes[nInner].nParent = nNode;
+    Node& parent = m_Nodes[node.nParent];
+    parent.nChildren[parent.nChildren[kLeft] == nNode ? kLeft : kRight] = nChild;
+    child.nParent = std::exchange(node.nParent, nChild);
 }
 
 void ForeseenTree::Clear() {
     auto const clear = [](Node& node) {
-        node.m_pLeft = nullptr;
-        node.m_pRight = nullptr;
-        node.m_nBalance = 0;
+        node.nChildren[kLeft] = kNothing;
+        node.nChildren[kRight] = kNothing;
+        node.nBalance = 0;
         node.bAnnounced = false;
     };
     for (std::uint32_t const nKey : m_Announced) clear(NodeOf(nKey));

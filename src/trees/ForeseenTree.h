@@ -7,7 +7,6 @@
 #include "foundation/Prefetch.h"
 #include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
-#include "trees/NearPointer.h"
 
 namespace varnet {
 
@@ -31,8 +30,8 @@ namespace varnet {
 class ForeseenTree {
 public:
     static constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
-    /// As many as a NearPointer reaches, so NodeCount must not be larger when Prepare is called.
-    static constexpr std::size_t kMostNodes = (std::size_t{1} << 27) - 2;
+    /// As many as 32 bits count, so NodeCount must not be larger when Prepare is called.
+    static constexpr std::size_t kMostNodes = kNone - std::size_t{1};
 
     /// For keys below nKeys, which is kMostNodes at most.
     explicit ForeseenTree(std::size_t nKeys) : m_Nodes(nKeys + 1), m_nKeys(nKeys) {
@@ -79,10 +78,10 @@ public:
     }
 
     /// The shape, by keys; kNone where there is none.
-    std::uint32_t Root() const { return KeyOf(m_Nodes[0].m_pLeft); }
-    std::uint32_t Left(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pLeft); }
-    std::uint32_t Right(std::uint32_t nKey) const { return KeyOf(NodeOf(nKey).m_pRight); }
-    int Balance(std::uint32_t nKey) const { return NodeOf(nKey).m_nBalance; }
+    std::uint32_t Root() const { return KeyAt(m_Nodes[kTop].nChildren[kLeft]); }
+    std::uint32_t Left(std::uint32_t nKey) const { return KeyAt(NodeOf(nKey).nChildren[kLeft]); }
+    std::uint32_t Right(std::uint32_t nKey) const { return KeyAt(NodeOf(nKey).nChildren[kRight]); }
+    int Balance(std::uint32_t nKey) const { return NodeOf(nKey).nBalance; }
 
     /// The keys of the nodes that there are when all announced keys have been inserted: in their order, those
     /// of nodes for ambiguous keys last.
@@ -95,66 +94,77 @@ public:
     void PrefetchNode(std::uint32_t nKey) const { Prefetch(&NodeOf(nKey)); }
     /// Brings what Insert looks at, where the node is at hand.
     void PrefetchNeighbors(std::uint32_t nKey) const {
-        Prefetch(NodeOf(nKey).m_pLeft);
-        Prefetch(NodeOf(nKey).m_pRight);
+        Node const& node = NodeOf(nKey);
+        Prefetch(&m_Nodes[node.nChildren[kLeft]]);
+        Prefetch(&m_Nodes[node.nChildren[kRight]]);
     }
 
 private:
-    // Until a key is inserted, m_pLeft is its greater neighbour and m_pRight the lesser one, null where there
-    // is none or an ambiguous one; from then on the children.
+    // Nodes are known by their places in m_Nodes. The first stands above the root, which is its left child;
+    // no node has it for a child, so that its place says that there is none.
+    static constexpr std::uint32_t kTop = 0;
+    static constexpr std::uint32_t kNothing = 0;
+
+    // Greater keys are on the left. A node's balance is 0 when both sides are equally deep, +1 when the left
+    // side is deeper, -1 when the right side is.
+    static constexpr std::size_t kLeft = 0;
+    static constexpr std::size_t kRight = 1;
+    static constexpr std::size_t OtherSide(std::size_t nSide) { return 1 - nSide; }
+    static constexpr std::int8_t TiltTo(std::size_t nSide) { return nSide == kLeft ? 1 : -1; }
+
     struct Node {
-        NearPointer<Node> m_pLeft;
-        NearPointer<Node> m_pRight;
-        NearPointer<Node> m_pParent;
-        std::int8_t m_nBalance;
+        std::uint32_t nChildren[2];  // until the key is inserted, its greater neighbour and its lesser one
+        std::uint32_t nParent;
+        std::int8_t nBalance;
         bool bAmbiguous;
         bool bAnnounced;
     };
     static_assert(sizeof(Node) == 16);
 
-    // An empty side of a node.
-    struct EmptySide {
-        Node* pParent;
-        NearPointer<Node>* pSlot;
+    // A side of a node.
+    struct Link {
+        std::uint32_t nNode;
+        std::size_t nSide;
     };
 
-    // The first node stands above the root, which is its left child.
-    Node& NodeOf(std::uint32_t nKey) { return m_Nodes[std::size_t{nKey} + 1]; }
-    Node const& NodeOf(std::uint32_t nKey) const { return m_Nodes[std::size_t{nKey} + 1]; }
-    std::uint32_t KeyOf(Node const* pNode) const {
-        return pNode == nullptr ? kNone : static_cast<std::uint32_t>(pNode - &m_Nodes[1]);
-    }
+    static std::uint32_t PlaceOf(std::uint32_t nKey) { return nKey + 1; }
+    Node& NodeOf(std::uint32_t nKey) { return m_Nodes[PlaceOf(nKey)]; }
+    Node const& NodeOf(std::uint32_t nKey) const { return m_Nodes[PlaceOf(nKey)]; }
+    static std::uint32_t KeyAt(std::uint32_t nNode) { return nNode == kNothing ? kNone : nNode - 1; }
     // The key of which the node was made.
-    std::uint32_t RankOf(Node const* pNode) const {
-        std::uint32_t const nKey = KeyOf(pNode);
+    std::uint32_t RankAt(std::uint32_t nNode) const {
+        std::uint32_t const nKey = KeyAt(nNode);
         return nKey < m_nKeys ? nKey : m_Made[nKey - m_nKeys];
     }
+    std::uint32_t& At(Link const& link) { return m_Nodes[link.nNode].nChildren[link.nSide]; }
 
     void SortAnnounced();
     void LinkNeighbors();
     void PutBesideNeighbor(std::uint32_t nKey);
-    EmptySide FindEmptySide(std::uint32_t nKey, Node* pLesser, Node* pGreater);
-    void PutIn(Node& node, EmptySide const& side);
+    Link FindEmptyLink(std::uint32_t nKey, std::uint32_t nLesser, std::uint32_t nGreater);
+    void PutIn(std::uint32_t nNode, Link const& link);
+    void Rebalance(std::uint32_t nNode, std::size_t nSide);
+    void Rotate(std::uint32_t nNode, std::size_t nSide);
 
-    // From a place down to an empty one, at each node to the side that sideOf(node) gives.
+    // From a link down to an empty one, at each node to the side that sideOf(node) gives.
     template <class SideOf>
-    static EmptySide Follow(EmptySide side, SideOf const& sideOf) {
-        while (Node* const pNode = *side.pSlot) side = {pNode, &sideOf(*pNode)};
-        return side;
+    Link Follow(Link link, SideOf const& sideOf) {
+        while (std::uint32_t const nNode = At(link)) link = {nNode, sideOf(nNode)};
+        return link;
     }
 
     template <class Compare>
     std::uint32_t Descend(std::uint32_t nKey, Compare const& compare) {
-        EmptySide side = {&m_Nodes[0], &m_Nodes[0].m_pLeft};
-        while (Node* const pNode = *side.pSlot) {
-            int const nOrder = compare(KeyOf(pNode));
-            if (nOrder == 0) return KeyOf(pNode);
-            side = {pNode, nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight};
+        Link link = {kTop, kLeft};
+        while (std::uint32_t const nNode = At(link)) {
+            int const nOrder = compare(KeyAt(nNode));
+            if (nOrder == 0) return KeyAt(nNode);
+            link = {nNode, nOrder < 0 ? kLeft : kRight};
         }
         auto const nMade = static_cast<std::uint32_t>(m_nKeys + m_Made.size());
         m_Made.push_back(nKey);
         m_NodeKeys.push_back(nMade);
-        PutIn(NodeOf(nMade), side);
+        PutIn(PlaceOf(nMade), link);
         return nMade;
     }
 

@@ -49,9 +49,9 @@ tagPointNode* CPointTree::AddNode(CPoint2D& point) {
     return InsertToTree(m_pRoot, point, nTaller);
 }
 
-tagPointNode* CPointTree::InsertToTree(tagPointNode*& slot, CPoint2D& point, int& nTaller) {
+tagPointNode* CPointTree::InsertToTree(tagPointNode*& link, CPoint2D& point, int& nTaller) {
     return avl::Insert(
-        slot, nTaller, [this, &point](tagPointNode* pMet) { return CompareVertex(*pMet, point); },
+        link, nTaller, [this, &point](tagPointNode* pMet) { return CompareVertex(*pMet, point); },
         [this, &point] {
             auto* const pNode = new tagPointNode(point);
             ++m_nCount;
@@ -60,9 +60,9 @@ tagPointNode* CPointTree::InsertToTree(tagPointNode*& slot, CPoint2D& point, int
         });
 }
 
-void CPointTree::InsertToTree(tagPointNode*& slot, tagPointNode* pNode, int& nTaller) {
+void CPointTree::InsertToTree(tagPointNode*& link, tagPointNode* pNode, int& nTaller) {
     avl::Insert(
-        slot, nTaller, [this, pNode](tagPointNode* pMet) { return ComparePoint(pMet, pNode); },
+        link, nTaller, [this, pNode](tagPointNode* pMet) { return ComparePoint(pMet, pNode); },
         [this, pNode] {
             ++m_nCount;
             m_BoundBox += *pNode;
@@ -70,20 +70,20 @@ void CPointTree::InsertToTree(tagPointNode*& slot, tagPointNode* pNode, int& nTa
         });
 }
 
-void CPointTree::BalanceLeft(tagPointNode*& slot, int& nTaller) {
-    avl::Balance<avl::RightSide>(slot, nTaller);
+void CPointTree::BalanceLeft(tagPointNode*& link, int& nTaller) {
+    avl::Balance<avl::RightSide>(link, nTaller);
 }
 
-void CPointTree::BalanceRight(tagPointNode*& slot, int& nTaller) {
-    avl::Balance<avl::LeftSide>(slot, nTaller);
+void CPointTree::BalanceRight(tagPointNode*& link, int& nTaller) {
+    avl::Balance<avl::LeftSide>(link, nTaller);
 }
 
-void CPointTree::RotateLeft(tagPointNode* pNode, tagPointNode*& slot) {
-    avl::Rotate<avl::LeftSide>(pNode, slot);
+void CPointTree::RotateLeft(tagPointNode* pNode, tagPointNode*& link) {
+    avl::Rotate<avl::LeftSide>(pNode, link);
 }
 
-void CPointTree::RotateRight(tagPointNode* pNode, tagPointNode*& slot) {
-    avl::Rotate<avl::RightSide>(pNode, slot);
+void CPointTree::RotateRight(tagPointNode* pNode, tagPointNode*& link) {
+    avl::Rotate<avl::RightSide>(pNode, link);
 }
 
 void CPointTree::ReBuildTree() {

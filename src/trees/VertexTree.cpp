@@ -35,26 +35,19 @@ void WriteVertex(tagVertexNode const& node, ByteWriter& writer) {
 }  // namespace
 
 void* tagVertexNode::operator new(std::size_t nSize) {
-    if (nSize != sizeof(tagVertexNode)) return ::operator new(nSize);
-    void* const pSlot = AllocateVertexSlot();
-    facet_list::ForgetBlock(pSlot);
-    return pSlot;
+    return NewInSlot<tagVertexNode>(nSize, [] {
+        void* const pSlot = AllocateVertexSlot();
+        facet_list::ForgetBlock(pSlot);
+        return pSlot;
+    });
 }
 
 void* tagVertexNode::operator new(std::size_t nSize, std::nothrow_t const&) noexcept {
-    try {
-        return operator new(nSize);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
+    return NewOrNull<tagVertexNode>(nSize);
 }
 
 void tagVertexNode::operator delete(void* pNode, std::size_t nSize) noexcept {
-    if (nSize == sizeof(tagVertexNode)) {
-        FreeVertexSlot(pNode);
-    } else {
-        ::operator delete(pNode);
-    }
+    DeleteFromSlot<tagVertexNode>(pNode, nSize, FreeVertexSlot);
 }
 
 CVertexTree::CVertexTree()
@@ -78,14 +71,14 @@ tagVertexNode* CVertexTree::AddNode(CPoint3D& point) {
     return InsertToTree(m_pRoot, point, nTaller);
 }
 
-tagVertexNode* CVertexTree::InsertToTree(tagVertexNode*& slot, CPoint3D& point, int& nTaller) {
+tagVertexNode* CVertexTree::InsertToTree(tagVertexNode*& link, CPoint3D& point, int& nTaller) {
     NoWatch watch;
-    return InsertPoint(*this, slot, point, nTaller, watch);
+    return InsertPoint(*this, link, point, nTaller, watch);
 }
 
-void CVertexTree::InsertToTree(tagVertexNode*& slot, tagVertexNode* pNode, int& nTaller) {
+void CVertexTree::InsertToTree(tagVertexNode*& link, tagVertexNode* pNode, int& nTaller) {
     avl::Insert(
-        slot, nTaller, [this, pNode](tagVertexNode* pMet) { return CompareVertex(pMet, pNode); },
+        link, nTaller, [this, pNode](tagVertexNode* pMet) { return CompareVertex(pMet, pNode); },
         [this, pNode] {
             ++m_nCount;
             m_BoundBox += *pNode;
@@ -93,20 +86,20 @@ void CVertexTree::InsertToTree(tagVertexNode*& slot, tagVertexNode* pNode, int& 
         });
 }
 
-void CVertexTree::BalanceLeft(tagVertexNode*& slot, int& nTaller) {
-    avl::Balance<avl::RightSide>(slot, nTaller);
+void CVertexTree::BalanceLeft(tagVertexNode*& link, int& nTaller) {
+    avl::Balance<avl::RightSide>(link, nTaller);
 }
 
-void CVertexTree::BalanceRight(tagVertexNode*& slot, int& nTaller) {
-    avl::Balance<avl::LeftSide>(slot, nTaller);
+void CVertexTree::BalanceRight(tagVertexNode*& link, int& nTaller) {
+    avl::Balance<avl::LeftSide>(link, nTaller);
 }
 
-void CVertexTree::RotateLeft(tagVertexNode* pNode, tagVertexNode*& slot) {
-    avl::Rotate<avl::LeftSide>(pNode, slot);
+void CVertexTree::RotateLeft(tagVertexNode* pNode, tagVertexNode*& link) {
+    avl::Rotate<avl::LeftSide>(pNode, link);
 }
 
-void CVertexTree::RotateRight(tagVertexNode* pNode, tagVertexNode*& slot) {
-    avl::Rotate<avl::RightSide>(pNode, slot);
+void CVertexTree::RotateRight(tagVertexNode* pNode, tagVertexNode*& link) {
+    avl::Rotate<avl::RightSide>(pNode, link);
 }
 
 void CVertexTree::ReBuildTree() {

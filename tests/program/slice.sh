@@ -47,6 +47,18 @@ for mode in ascii binary coc; do
     expect 0 "$varnet" slice $part -o threads.cli --layer 1 --hatch 2 --mode $mode --threads 3
     [ $mode = coc ] || cmp found.cli threads.cli || fail "three threads in mode $mode"
 done
+# Shards by their number.
+expect 0 "$varnet" slice $part -o whole.cli --layer 1 --hatch 2
+for shard in 1 2 3; do expect 0 "$varnet" slice $part -o "shard$shard.cli" --layer 1 --hatch 2 --shard $shard/3; done
+expect 0 "$varnet" join shard1.cli shard2.cli shard3.cli -o joined.cli
+cmp joined.cli whole.cli || fail "joined shards by number"
+for wrong in 0/3 4/3 1 /3 1/ a/b 1/-1; do
+    expect 2 "$varnet" slice $part -o no.cli --shard $wrong
+    says "$wrong is no shard such as 1/8"
+done
+expect 2 "$varnet" slice $part -o no.cli --shard 1/2 --layers 1:2
+expect 1 "$varnet" slice $part -o no.cli --layer 10 --shard 1/8
+says 'there are 7 layers, too few for 8 shards'
 expect 1 "$varnet" join 1_30.cli 41_70.cli -o gap.cli
 says '41_70.cli: layers 31 to 40 are missing'
 expect 1 "$varnet" join 1_30.cli 1_1.cli -o overlap.cli

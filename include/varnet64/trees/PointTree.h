@@ -69,16 +69,16 @@ protected:
     /// The order of two nodes in a rebuild, never COMPARE_EQUAL. Takes the y of pNode into pOther where they
     /// are within tolerance.
     COMPARE ComparePoint(tagPointNode* pNode, tagPointNode* pOther);
-    tagPointNode* InsertToTree(tagPointNode*& slot, CPoint2D& point, int& nTaller);
-    void InsertToTree(tagPointNode*& slot, tagPointNode* pNode, int& nTaller);
+    tagPointNode* InsertToTree(tagPointNode*& link, CPoint2D& point, int& nTaller);
+    void InsertToTree(tagPointNode*& link, tagPointNode* pNode, int& nTaller);
     /// Restores a node whose right side has grown too deep. (The name says the direction of the rotation.)
-    void BalanceLeft(tagPointNode*& slot, int& nTaller);
+    void BalanceLeft(tagPointNode*& link, int& nTaller);
     /// Restores a node whose left side has grown too deep.
-    void BalanceRight(tagPointNode*& slot, int& nTaller);
-    /// Makes the node's left child the root of the slot.
-    void RotateLeft(tagPointNode* pNode, tagPointNode*& slot);
-    /// Makes the node's right child the root of the slot.
-    void RotateRight(tagPointNode* pNode, tagPointNode*& slot);
+    void BalanceRight(tagPointNode*& link, int& nTaller);
+    /// Makes the node's left child the root of the link.
+    void RotateLeft(tagPointNode* pNode, tagPointNode*& link);
+    /// Makes the node's right child the root of the link.
+    void RotateRight(tagPointNode* pNode, tagPointNode*& link);
     void ReleasePointNode(tagPointNode* pNode);
     void Transform(tagPointNode* pNode, double (*const pMatrix)[3]);
     void Transfer(tagPointNode* pNode, double* const pOffset);

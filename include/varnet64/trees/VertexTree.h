@@ -138,16 +138,16 @@ protected:
     /// The order of two nodes in a rebuild, never COMPARE_EQUAL: where all axes agree, pOther is moved to
     /// pNode->x + 3 tolerances.
     COMPARE CompareVertex(tagVertexNode* pNode, tagVertexNode* pOther);
-    tagVertexNode* InsertToTree(tagVertexNode*& slot, CPoint3D& point, int& nTaller);
-    void InsertToTree(tagVertexNode*& slot, tagVertexNode* pNode, int& nTaller);
+    tagVertexNode* InsertToTree(tagVertexNode*& link, CPoint3D& point, int& nTaller);
+    void InsertToTree(tagVertexNode*& link, tagVertexNode* pNode, int& nTaller);
     /// Restores a node whose right side has grown too deep. (The name says the direction of the rotation.)
-    void BalanceLeft(tagVertexNode*& slot, int& nTaller);
+    void BalanceLeft(tagVertexNode*& link, int& nTaller);
     /// Restores a node whose left side has grown too deep.
-    void BalanceRight(tagVertexNode*& slot, int& nTaller);
-    /// Makes the node's left child the root of the slot.
-    void RotateLeft(tagVertexNode* pNode, tagVertexNode*& slot);
-    /// Makes the node's right child the root of the slot.
-    void RotateRight(tagVertexNode* pNode, tagVertexNode*& slot);
+    void BalanceRight(tagVertexNode*& link, int& nTaller);
+    /// Makes the node's left child the root of the link.
+    void RotateLeft(tagVertexNode* pNode, tagVertexNode*& link);
+    /// Makes the node's right child the root of the link.
+    void RotateRight(tagVertexNode* pNode, tagVertexNode*& link);
     void ReleaseVertexNode(tagVertexNode* pNode);
     void Transform(tagVertexNode* pNode, double (*const pMatrix)[4]);
     void Transfer(tagVertexNode* pNode, double* const pOffset);

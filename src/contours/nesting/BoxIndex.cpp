@@ -1,6 +1,7 @@
 #include "contours/nesting/BoxIndex.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -13,51 +14,56 @@ namespace {
 constexpr std::size_t kLeafSize = 8;
 constexpr std::size_t kMostRecent = 32;
 
-bool IsOrdered(BoxKey const& box) {
-    return std::none_of(box.begin(), box.end(), [](double d) { return std::isnan(d); });
+// The four axes of the space in which a box is a point.
+constexpr std::array kSides{&PlanBox::xMin, &PlanBox::yMin, &PlanBox::xMax, &PlanBox::yMax};
+
+bool IsOrdered(PlanBox const& box) {
+    return std::none_of(kSides.begin(), kSides.end(), [&box](auto side) { return std::isnan(box.*side); });
 }
 
 }  // namespace
 
 // ---- one tree
 
-BoxIndex::Tree::Tree(std::vector<Entry> all) : entries(std::move(all)), nLeaves(1) {
-    while (nLeaves * kLeafSize < entries.size()) nLeaves *= 2;
-    nodes.resize(2 * nLeaves - 1);
-    Build(0, 0, nLeaves);
+BoxIndex::Tree::Tree(std::vector<Entry> all)
+    : shape(CompleteTree::ForItems(all.size(), kLeafSize)),
+      entries(std::move(all)),
+      nodes(shape.NodeCount()) {
+    Build(0, 0, shape.nLeaves);
 }
 
-// The entries of a node are divided at the middle of the axis on which they spread most.
+// The entries of a node are divided at the middle of the side on which they spread most.
 void BoxIndex::Tree::Build(std::size_t nNode, std::size_t nFirstLeaf, std::size_t nLeavesBelow) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     auto const begin = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf));
     auto const end = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf + nLeavesBelow));
     Node& node = nodes[nNode];
-    node.lowest.fill(kInfinite);
-    node.highest.fill(-kInfinite);
+    node.lowest = {kInfinite, kInfinite, kInfinite, kInfinite};
+    node.highest = {-kInfinite, -kInfinite, -kInfinite, -kInfinite};
     node.nFirstPlace = kGone;
     for (auto i = begin; i != end; ++i) {
-        for (std::size_t k = 0; k < 4; ++k) {
-            node.lowest[k] = std::min(node.lowest[k], i->box[k]);
-            node.highest[k] = std::max(node.highest[k], i->box[k]);
+        for (auto const side : kSides) {
+            node.lowest.*side = std::min(node.lowest.*side, i->box.*side);
+            node.highest.*side = std::max(node.highest.*side, i->box.*side);
         }
         node.nFirstPlace = std::min(node.nFirstPlace, i->nPlace);
     }
     if (nLeavesBelow == 1) return;
-    std::size_t nAxis = 0;
-    for (std::size_t k = 1; k < 4; ++k) {
-        if (node.highest[k] - node.lowest[k] > node.highest[nAxis] - node.lowest[nAxis]) nAxis = k;
+    auto const spread = [&node](auto side) { return node.highest.*side - node.lowest.*side; };
+    auto widest = kSides.front();
+    for (auto const side : kSides) {
+        if (spread(side) > spread(widest)) widest = side;
     }
     std::size_t const nHalf = nLeavesBelow / 2;
     auto const middle = entries.begin() + static_cast<std::ptrdiff_t>(LeafBegin(nFirstLeaf + nHalf));
     std::nth_element(begin, middle, end,
-                     [nAxis](Entry const& a, Entry const& b) { return a.box[nAxis] < b.box[nAxis]; });
-    Build(2 * nNode + 1, nFirstLeaf, nHalf);
-    Build(2 * nNode + 2, nFirstLeaf + nHalf, nHalf);
+                     [widest](Entry const& a, Entry const& b) { return a.box.*widest < b.box.*widest; });
+    Build(CompleteTree::Left(nNode), nFirstLeaf, nHalf);
+    Build(CompleteTree::Right(nNode), nFirstLeaf + nHalf, nHalf);
 }
 
 std::size_t BoxIndex::Tree::LeafOf(std::size_t nEntry) const {
-    std::size_t nLeaf = nEntry * nLeaves / entries.size();
+    std::size_t nLeaf = nEntry * shape.nLeaves / entries.size();
     while (LeafBegin(nLeaf + 1) <= nEntry) ++nLeaf;
     return nLeaf;
 }
@@ -71,13 +77,14 @@ std::int32_t BoxIndex::Tree::FirstPlaceInLeaf(std::size_t nLeaf) const {
 }
 
 std::int32_t BoxIndex::Tree::FirstPlaceBelow(std::size_t nNode) const {
-    if (nNode >= nLeaves - 1) return FirstPlaceInLeaf(nNode - (nLeaves - 1));
-    return std::min(nodes[2 * nNode + 1].nFirstPlace, nodes[2 * nNode + 2].nFirstPlace);
+    if (shape.IsLeaf(nNode)) return FirstPlaceInLeaf(shape.LeafOf(nNode));
+    return std::min(nodes[CompleteTree::Left(nNode)].nFirstPlace,
+                    nodes[CompleteTree::Right(nNode)].nFirstPlace);
 }
 
 void BoxIndex::Tree::Remove(std::size_t nEntry) {
     entries[nEntry].nPlace = kGone;
-    for (std::size_t n = LeafOf(nEntry) + nLeaves - 1;; n = (n - 1) / 2) {
+    for (std::size_t n = shape.NodeOf(LeafOf(nEntry));; n = CompleteTree::Parent(n)) {
         std::int32_t const nFirst = FirstPlaceBelow(n);
         if (nodes[n].nFirstPlace == nFirst) return;
         nodes[n].nFirstPlace = nFirst;
@@ -87,7 +94,7 @@ void BoxIndex::Tree::Remove(std::size_t nEntry) {
 
 // ---- the index
 
-BoxIndex::BoxIndex(std::vector<Slot>& slots, std::vector<Entry> entries) : m_pSlots(&slots) {
+BoxIndex::BoxIndex(std::vector<Standing>& standings, std::vector<Entry> entries) : m_pStandings(&standings) {
     std::erase_if(entries, [](Entry const& entry) { return !IsOrdered(entry.box); });
     AddTree(std::move(entries));
 }
@@ -97,15 +104,16 @@ void BoxIndex::AddTree(std::vector<Entry> entries) {
     Tree const& tree = m_Trees.emplace_back(std::move(entries));
     auto const nTree = static_cast<std::int32_t>(m_Trees.size() - 1);
     for (std::size_t i = 0; i < tree.entries.size(); ++i) {
-        (*m_pSlots)[static_cast<std::size_t>(tree.entries[i].nLoop)] = {nTree, static_cast<std::int32_t>(i)};
+        auto const nLoop = static_cast<std::size_t>(tree.entries[i].nLoop);
+        (*m_pStandings)[nLoop] = {nTree, static_cast<std::int32_t>(i)};
     }
 }
 
 void BoxIndex::Add(Entry const& entry) {
     if constexpr (kRequirementsChecked) ++m_nAdds;
     if (!IsOrdered(entry.box)) return;
-    (*m_pSlots)[static_cast<std::size_t>(entry.nLoop)] = {kRecentTree,
-                                                          static_cast<std::int32_t>(m_Recent.size())};
+    auto const nRecent = static_cast<std::int32_t>(m_Recent.size());
+    (*m_pStandings)[static_cast<std::size_t>(entry.nLoop)] = {kRecentTree, nRecent};
     m_Recent.push_back(entry);
     if (m_Recent.size() < kMostRecent) return;
     std::vector<Entry> entries = std::exchange(m_Recent, {});
@@ -119,27 +127,27 @@ void BoxIndex::Add(Entry const& entry) {
 }
 
 void BoxIndex::Remove(std::int32_t nLoop) {
-    Slot const slot = std::exchange((*m_pSlots)[static_cast<std::size_t>(nLoop)], Slot{});
-    auto const nEntry = static_cast<std::size_t>(slot.nEntry);
-    if (slot.nTree == kRecentTree) {
+    Standing const standing = std::exchange((*m_pStandings)[static_cast<std::size_t>(nLoop)], Standing{});
+    auto const nEntry = static_cast<std::size_t>(standing.nEntry);
+    if (standing.nTree == kRecentTree) {
         m_Recent[nEntry].nPlace = kGone;
-    } else if (slot.nTree != kNoTree) {
-        m_Trees[static_cast<std::size_t>(slot.nTree)].Remove(nEntry);
+    } else if (standing.nTree != kNoTree) {
+        m_Trees[static_cast<std::size_t>(standing.nTree)].Remove(nEntry);
     }
 }
 
 // Whether a box below the node may be inside, or may have the box inside.
-bool BoxIndex::MayRelate(Node const& node, BoxKey const& box) {
-    bool const bInside = node.highest[0] > box[0] && node.highest[1] > box[1] && node.lowest[2] < box[2] &&
-                         node.lowest[3] < box[3];
-    bool const bAround = node.lowest[0] < box[0] && node.lowest[1] < box[1] && node.highest[2] > box[2] &&
-                         node.highest[3] > box[3];
+bool BoxIndex::MayRelate(Node const& node, PlanBox const& box) {
+    bool const bInside = node.highest.xMin > box.xMin && node.highest.yMin > box.yMin &&
+                         node.lowest.xMax < box.xMax && node.lowest.yMax < box.yMax;
+    bool const bAround = node.lowest.xMin < box.xMin && node.lowest.yMin < box.yMin &&
+                         node.highest.xMax > box.xMax && node.highest.yMax > box.yMax;
     return bInside || bAround;
 }
 
 // ---- searching
 
-BoxIndex::Search::Search(BoxIndex const& index, BoxKey const& box)
+BoxIndex::Search::Search(BoxIndex const& index, PlanBox const& box)
     : m_Index(index), m_nAdds(index.m_nAdds), m_Box(box) {
     for (std::size_t i = 0; i < index.m_Trees.size(); ++i) PushNode(i, 0);
     PushEntries(index.m_Recent, 0, index.m_Recent.size(), kRecentTree);
@@ -181,12 +189,12 @@ bool BoxIndex::Search::Next(std::int32_t& nLoop) {
         auto const nTree = static_cast<std::size_t>(item.nTree);
         auto const nNode = static_cast<std::size_t>(item.nNode);
         Tree const& tree = m_Index.m_Trees[nTree];
-        if (nNode >= tree.nLeaves - 1) {
-            std::size_t const nLeaf = nNode - (tree.nLeaves - 1);
+        if (tree.shape.IsLeaf(nNode)) {
+            std::size_t const nLeaf = tree.shape.LeafOf(nNode);
             PushEntries(tree.entries, tree.LeafBegin(nLeaf), tree.LeafBegin(nLeaf + 1), item.nTree);
         } else {
-            PushNode(nTree, 2 * nNode + 1);
-            PushNode(nTree, 2 * nNode + 2);
+            PushNode(nTree, CompleteTree::Left(nNode));
+            PushNode(nTree, CompleteTree::Right(nNode));
         }
     }
     return false;

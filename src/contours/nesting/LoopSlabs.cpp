@@ -23,6 +23,9 @@ constexpr double kFarthest = 1e100;
 // Millimetres: a lower loop has no slabs.
 constexpr double kFlattest = 1e-100;
 
+// A loop that has been tested so often gets slabs.
+constexpr std::int32_t kFewTests = 8;
+
 bool IsOrdinary(CPoint2D const& p) { return std::fabs(p.x) < kFarthest && std::fabs(p.y) < kFarthest; }
 
 }  // namespace
@@ -150,6 +153,13 @@ int LoopSlabs::Parity(double x, double y) const {
     if (gap.dFrom < x && x < gap.dTo) return 1;
     if (gap.dTo < x && x < gap.dFrom) return 0;
     return ParityOfEdges(nSlab, x, y);
+}
+
+int ParityAmongMany(tagLoopTreeNode const& loop, double x, double y, std::unique_ptr<LoopSlabs>& pSlabs,
+                    std::int32_t& nTests) {
+    if (pSlabs != nullptr) return pSlabs->Parity(x, y);
+    if (++nTests >= kFewTests) pSlabs = std::make_unique<LoopSlabs>(loop);
+    return CrossingParity(FirstPoint(loop), x, y);
 }
 
 }  // namespace varnet

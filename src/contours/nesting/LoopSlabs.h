@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "contours/LoopWalk.h"
@@ -57,5 +58,10 @@ private:
     std::vector<std::int32_t> m_nFirst;  // by slab, and one more: where its edges begin
     std::vector<Edge> m_Edges;
 };
+
+/// CrossingParity of a loop with points and one of many points that are held against it: the loop is walked
+/// for the first few, which nTests counts, and gets slabs then. The loop may not change meanwhile.
+int ParityAmongMany(tagLoopTreeNode const& loop, double x, double y, std::unique_ptr<LoopSlabs>& pSlabs,
+                    std::int32_t& nTests);
 
 }  // namespace varnet

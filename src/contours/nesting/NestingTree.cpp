@@ -4,7 +4,6 @@
 #include <deque>
 #include <utility>
 
-#include "contours/CrossingParity.h"
 #include "contours/LoopWalk.h"
 #include "contours/nesting/ClearlyInside.h"
 #include "contours/nesting/Placement.h"
@@ -20,9 +19,6 @@ constexpr std::int32_t kFewChildren = 32;
 constexpr std::int32_t kLongWalk = 16;
 constexpr int kLinksAtOnce = 64;
 
-// A loop that has been tested so often gets slabs.
-constexpr std::int32_t kFewTests = 8;
-
 }  // namespace
 
 // ---- taking the layer in
@@ -32,12 +28,12 @@ NestingTree::NestingTree(CLayer& layer) : m_Layer(layer) {
     m_Records.reserve(nLoops);
     m_Raw.reserve(static_cast<std::size_t>(layer.m_RawLoopList.GetCount()));
     ForEachLoop(layer.m_RawLoopList, [this](tagLoopTreeNode& loop) { TakeInSubtree(loop); });
-    m_Slots.resize(m_Records.size());
+    m_Standings.resize(m_Records.size());
 }
 
 NestingTree::Loop NestingTree::AddRecord(tagLoopTreeNode& loop, std::int32_t nDepth) {
     Record& record = m_Records.emplace_back();
-    record.box = KeyOf(loop.m_Box);
+    record.box = PlanBoxOf(loop.m_Box);
     record.bClosed = loop.m_bClosed != 0;
     record.nDepth = nDepth;
     record.pLoop = &loop;
@@ -84,7 +80,7 @@ NestingTree::Cursor NestingTree::Children(Loop parent, Loop loop) {
         for (Loop child = record.firstChild; child != kNone; child = At(child).next) {
             entries.push_back(EntryOf(child));
         }
-        record.pIndex = std::make_unique<BoxIndex>(m_Slots, std::move(entries));
+        record.pIndex = std::make_unique<BoxIndex>(m_Standings, std::move(entries));
     }
     auto pFound = std::make_unique<std::vector<Loop>>();
     BoxIndex::Search search(*record.pIndex, At(loop).box);
@@ -113,13 +109,9 @@ bool NestingTree::Holds(Loop a, Loop b) {
     if (!IsBoxInside(outer.box, inner.box)) return false;
     double const x = inner.dHeadX;
     double const y = inner.dHeadY;
-    bool const bInBox = outer.box[0] < x && x < outer.box[2] && outer.box[1] < y && y < outer.box[3];
-    if (!bInBox) return false;
-    if (!inner.bHasPoints) return false;
-    if (outer.pSlabs != nullptr) return outer.pSlabs->Parity(x, y) != 0;
-    if (!outer.bClosed || !outer.bHasPoints) return false;
-    if (++outer.nTests >= kFewTests) outer.pSlabs = std::make_unique<LoopSlabs>(*outer.pLoop);
-    return CrossingParity(FirstPoint(*outer.pLoop), x, y) != 0;
+    if (!HoldsStrictly(outer.box, x, y) || !inner.bHasPoints) return false;
+    if (outer.pSlabs == nullptr && (!outer.bClosed || !outer.bHasPoints)) return false;
+    return ParityAmongMany(*outer.pLoop, x, y, outer.pSlabs, outer.nTests) != 0;
 }
 
 void NestingTree::TakeOut(Loop parent, Cursor const& cursor) {
@@ -211,7 +203,7 @@ void NestingTree::Nest() {
         At(loop).nPlace = m_nNextPlace++;
         if (At(loop).bClosed) closed.push_back(EntryOf(loop));
     }
-    BoxIndex raw(m_Slots, std::move(closed));
+    BoxIndex raw(m_Standings, std::move(closed));
     for (Loop const loop : m_Raw) {
         if (At(loop).bClosed && At(loop).parent == kNone) NestBehind(loop, raw);
     }

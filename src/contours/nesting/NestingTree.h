@@ -45,7 +45,7 @@ private:
 
     // What a walk down the tree looks at fills the first cache line.
     struct alignas(64) Record {
-        BoxKey box;
+        PlanBox box;
         std::unique_ptr<LoopSlabs> pSlabs = {};
         Loop next = kNone;
         Loop firstChild = kNone;
@@ -85,7 +85,7 @@ private:
     CLayer& m_Layer;
     std::vector<Record> m_Records;
     std::vector<Loop> m_Raw;
-    std::vector<BoxIndex::Slot> m_Slots;
+    std::vector<BoxIndex::Standing> m_Standings;
     std::int32_t m_nNextPlace = 0;
 
     // Loops each of which is the only child of the one before and lies clearly inside it. So a loop that is

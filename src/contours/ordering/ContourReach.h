@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "contours/LoopWalk.h"
-#include "contours/nesting/BoxIndex.h"
+#include "foundation/CompleteTree.h"
+#include "foundation/PlanBox.h"
 
 namespace varnet {
 
@@ -28,22 +29,22 @@ public:
     Segment Find(CPoint2D const& point);
 
     /// No point outside this box finds a segment; it may be infinite.
-    BoxKey const& Box();
+    PlanBox const& Box();
 
 private:
     void Offer(CPoint2D const& point, PointNode* pEnd, Segment& best) const;
     Segment Walk(CPoint2D const& point) const;
     Segment Search(CPoint2D const& point) const;
-    BoxKey BoxOf(PointNode const* pEnd) const;
+    PlanBox BoxOf(PointNode const* pEnd) const;
     void BuildBoxes();
-    std::size_t RunBegin(std::size_t nRun) const { return m_Ends.size() * nRun / m_nRuns; }
+    std::size_t RunBegin(std::size_t nRun) const { return m_Shape.BeginOf(m_Ends.size(), nRun); }
 
     PointNode* m_pHead;
     double m_dLimit2;
     int m_nWalks = 0;
     std::vector<PointNode*> m_Ends;  // of the segments
-    std::vector<BoxKey> m_Boxes;     // of runs: children of box i are 2i + 1 and 2i + 2, single runs are last
-    std::size_t m_nRuns = 0;
+    CompleteTree m_Shape;            // a leaf is a run
+    std::vector<PlanBox> m_Boxes;    // by node
 };
 
 }  // namespace varnet

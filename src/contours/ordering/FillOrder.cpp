@@ -20,9 +20,6 @@ using namespace varnet;
 
 namespace {
 
-// A loop that has been tested so often gets slabs.
-constexpr int kFewTests = 8;
-
 // Millimetres that are left of a ring when its end is cut off.
 constexpr double kKeepOfRing = 1.0;
 
@@ -32,16 +29,14 @@ public:
     explicit LoopInside(tagLoopTreeNode& loop) : m_Loop(loop) {}
 
     bool Holds(CPoint2D& point) {
-        PointNode const* const pHead = FirstPoint(m_Loop);
-        if (m_Loop.m_bClosed == 0 || pHead == nullptr || m_Loop.m_Box.IsInBox(point) == 0) return false;
-        if (m_pSlabs != nullptr) return m_pSlabs->Parity(point.x, point.y) != 0;
-        if (++m_nTests >= kFewTests) m_pSlabs = std::make_unique<LoopSlabs>(m_Loop);
-        return CrossingParity(pHead, point.x, point.y) != 0;
+        if (m_Loop.m_bClosed == 0 || FirstPoint(m_Loop) == nullptr) return false;
+        if (m_Loop.m_Box.IsInBox(point) == 0) return false;
+        return ParityAmongMany(m_Loop, point.x, point.y, m_pSlabs, m_nTests) != 0;
     }
 
 private:
     tagLoopTreeNode& m_Loop;
-    int m_nTests = 0;
+    std::int32_t m_nTests = 0;
     std::unique_ptr<LoopSlabs> m_pSlabs;
 };
 
@@ -49,14 +44,14 @@ private:
 class OwnArea {
 public:
     explicit OwnArea(tagLoopTreeNode& loop)
-        : m_Outer(loop), m_Slots(static_cast<std::size_t>(loop.m_ChildList.GetCount())) {
+        : m_Outer(loop), m_Standings(static_cast<std::size_t>(loop.m_ChildList.GetCount())) {
         std::vector<BoxIndex::Entry> entries;
         ForEachLoop(loop.m_ChildList, [this, &entries](tagLoopTreeNode& child) {
             auto const n = static_cast<std::int32_t>(m_Children.size());
             m_Children.emplace_back(child);
-            entries.push_back({KeyOf(child.m_Box), n, n});
+            entries.push_back({PlanBoxOf(child.m_Box), n, n});
         });
-        m_pBoxes = std::make_unique<BoxIndex>(m_Slots, std::move(entries));
+        m_pBoxes = std::make_unique<BoxIndex>(m_Standings, std::move(entries));
     }
 
     bool Holds(CPoint2D& point) {
@@ -71,7 +66,7 @@ public:
 private:
     LoopInside m_Outer;
     std::vector<LoopInside> m_Children;
-    std::vector<BoxIndex::Slot> m_Slots;
+    std::vector<BoxIndex::Standing> m_Standings;
     std::unique_ptr<BoxIndex> m_pBoxes;
 };
 

@@ -109,8 +109,10 @@ private:
     tagHatchLink m_Link;
 };
 
-bool IsBounded(BoxKey const& box) {
-    return std::none_of(box.begin(), box.end(), [](double d) { return std::isinf(d); }) || box[0] > box[2];
+// A box that holds nothing is bounded too.
+bool IsBounded(PlanBox const& box) {
+    if (box.xMin > box.xMax) return true;
+    return !std::isinf(box.xMin) && !std::isinf(box.yMin) && !std::isinf(box.xMax) && !std::isinf(box.yMax);
 }
 
 }  // namespace
@@ -161,7 +163,7 @@ void LinkableHatchs::BuildTree() {
     m_pTree = std::make_unique<PointSearch>(std::move(points));
 }
 
-std::vector<std::int32_t> LinkableHatchs::VerticesIn(BoxKey const& box) const {
+std::vector<std::int32_t> LinkableHatchs::VerticesIn(PlanBox const& box) const {
     std::vector<std::int32_t> vertices;
     m_pTree->FindInBox(box, vertices);
     std::sort(vertices.begin(), vertices.end());

@@ -48,7 +48,7 @@ private:
     };
 
     void BuildTree();
-    std::vector<std::int32_t> VerticesIn(BoxKey const& box) const;
+    std::vector<std::int32_t> VerticesIn(PlanBox const& box) const;
 
     std::vector<CHatch*> m_Hatchs;
     int m_nSearches = 0;

@@ -27,9 +27,6 @@ constexpr std::int32_t kNever = std::numeric_limits<std::int32_t>::min();
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
-// More than the depth of any tree.
-constexpr std::size_t kStackSize = 64;
-
 double Squares(double dx, double dy) { return dx * dx + dy * dy; }
 
 // How far a range is from a coordinate, and how far its farther end.
@@ -102,18 +99,18 @@ void SortByKey(std::vector<Cell>& cells, std::uint32_t nKeyBits) {
     }
 }
 
-std::vector<Cell> CellsOf(std::vector<PointSearch::Point> const& points, BoxKey const& box,
+std::vector<Cell> CellsOf(std::vector<PointSearch::Point> const& points, PlanBox const& box,
                           std::uint32_t nBits) {
     double const dMost = (1u << nBits) - 1;
-    double const dPerX = dMost / (box[2] - box[0]);
-    double const dPerY = dMost / (box[3] - box[1]);
+    double const dPerX = dMost / (box.xMax - box.xMin);
+    double const dPerY = dMost / (box.yMax - box.yMin);
     auto const numberOf = [dMost](double d) {
         return d >= 0.0 && d <= dMost ? static_cast<std::uint32_t>(d) : 0u;  // not where there is no extent
     };
     std::vector<Cell> cells(points.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
-        cells[i] = {PlaceOnCurve(numberOf((points[i].x - box[0]) * dPerX),
-                                 numberOf((points[i].y - box[1]) * dPerY), nBits),
+        cells[i] = {PlaceOnCurve(numberOf((points[i].x - box.xMin) * dPerX),
+                                 numberOf((points[i].y - box.yMin) * dPerY), nBits),
                     static_cast<std::uint32_t>(i)};
     }
     return cells;
@@ -121,7 +118,7 @@ std::vector<Cell> CellsOf(std::vector<PointSearch::Point> const& points, BoxKey 
 
 // Puts points side by side that are near each other. The order decides how fast a search is, not what it
 // finds.
-void SortForLocality(std::vector<PointSearch::Point>& points, BoxKey const& box) {
+void SortForLocality(std::vector<PointSearch::Point>& points, PlanBox const& box) {
     if (points.size() <= kFewPoints) return SortAsTree(points);
     // Two or more cells for each point.
     auto const nBits =
@@ -152,7 +149,7 @@ struct PointSearch::NearestFirst {
 
     double Value(Point const& point) const { return Squares(point.x - x, point.y - y); }
     double Bound(Node const& node) const {
-        return Squares(Gap(node.box[0], node.box[2], x), Gap(node.box[1], node.box[3], y));
+        return Squares(Gap(node.box.xMin, node.box.xMax, x), Gap(node.box.yMin, node.box.yMax, y));
     }
     bool CanWin(double dValue, std::int32_t nRank) const {
         return dValue < dBest || (dValue == dBest && nRank < nBest);
@@ -169,7 +166,7 @@ struct PointSearch::FarthestFirst {
     double Value(Point const& point) const { return Squares(point.x - x, point.y - y); }
     double Bound(Node const& node) const {
         if (node.nFirstRank == kGone) return -kInfinite;
-        return Squares(Reach(node.box[0], node.box[2], x), Reach(node.box[1], node.box[3], y));
+        return Squares(Reach(node.box.xMin, node.box.xMax, x), Reach(node.box.yMin, node.box.yMax, y));
     }
     bool CanWin(double dValue, std::int32_t nRank) const {
         return dValue > dBest || (dValue == dBest && nRank < nBest);
@@ -182,31 +179,28 @@ PointSearch::PointSearch(std::vector<Point> points) : m_Points(std::move(points)
     for (Point const& point : m_Points) nMost = std::max(nMost, point.nRank);
     m_Places.assign(static_cast<std::size_t>(nMost) + 1, kNever);
     std::erase_if(m_Points, [](Point const& p) { return std::isnan(p.x) || std::isnan(p.y); });
-    m_nLeaves = std::max<std::size_t>(1, (m_Points.size() + kLeafSize - 1) / kLeafSize);
-    m_Nodes.resize(2 * m_nLeaves - 1);
-    m_nLeft.resize(m_nLeaves);
+    m_Shape.nLeaves = std::max<std::size_t>(1, (m_Points.size() + kLeafSize - 1) / kLeafSize);
+    m_Nodes.resize(m_Shape.NodeCount());
+    m_nLeft.resize(m_Shape.nLeaves);
     SortForLocality(m_Points, Around(0, m_Points.size()).box);
     Build();
 }
 
 PointSearch::Node PointSearch::Around(std::size_t nBegin, std::size_t nEnd) const {
-    Node node{{kInfinite, kInfinite, -kInfinite, -kInfinite}, kGone};
+    Node node{{}, kGone};
     for (std::size_t i = nBegin; i < nEnd; ++i) {
         Point const& point = m_Points[i];
-        node.box[0] = std::min(node.box[0], point.x);
-        node.box[1] = std::min(node.box[1], point.y);
-        node.box[2] = std::max(node.box[2], point.x);
-        node.box[3] = std::max(node.box[3], point.y);
+        node.box = Union(node.box, {point.x, point.y, point.x, point.y});
         node.nFirstRank = std::min(node.nFirstRank, point.nRank);
     }
     return node;
 }
 
 void PointSearch::Build() {
-    for (std::size_t nLeaf = 0; nLeaf < m_nLeaves; ++nLeaf) {
+    for (std::size_t nLeaf = 0; nLeaf < m_Shape.nLeaves; ++nLeaf) {
         std::size_t const nBegin = nLeaf * kLeafSize;
         std::size_t const nEnd = std::min(nBegin + kLeafSize, m_Points.size());
-        m_Nodes[NodeOfLeaf(nLeaf)] = Around(nBegin, nEnd);
+        m_Nodes[m_Shape.NodeOf(nLeaf)] = Around(nBegin, nEnd);
         m_nLeft[nLeaf] = static_cast<std::uint8_t>(nEnd - nBegin);
         for (std::size_t i = nBegin; i < nEnd; ++i) {
             std::int32_t& nPlace = m_Places[static_cast<std::size_t>(m_Points[i].nRank)];
@@ -214,15 +208,13 @@ void PointSearch::Build() {
             nPlace = static_cast<std::int32_t>(i);
         }
     }
-    for (std::size_t i = m_nLeaves - 1; i-- > 0;) m_Nodes[i] = AroundChildren(i);
+    for (std::size_t i = m_Shape.InnerCount(); i-- > 0;) m_Nodes[i] = AroundChildren(i);
 }
 
 PointSearch::Node PointSearch::AroundChildren(std::size_t nNode) const {
-    Node const& left = m_Nodes[2 * nNode + 1];
-    Node const& right = m_Nodes[2 * nNode + 2];
-    return {{std::min(left.box[0], right.box[0]), std::min(left.box[1], right.box[1]),
-             std::max(left.box[2], right.box[2]), std::max(left.box[3], right.box[3])},
-            std::min(left.nFirstRank, right.nFirstRank)};
+    Node const& left = m_Nodes[CompleteTree::Left(nNode)];
+    Node const& right = m_Nodes[CompleteTree::Right(nNode)];
+    return {Union(left.box, right.box), std::min(left.nFirstRank, right.nFirstRank)};
 }
 
 void PointSearch::Remove(std::int32_t nRank) {
@@ -237,19 +229,19 @@ void PointSearch::Remove(std::int32_t nRank) {
         m_Points[static_cast<std::size_t>(nPlace)] = m_Points[nLast];
         m_Places[static_cast<std::size_t>(m_Points[nLast].nRank)] = nPlace;
     }
-    std::size_t nNode = NodeOfLeaf(nLeaf);
+    std::size_t nNode = m_Shape.NodeOf(nLeaf);
     Node node = Around(nBegin, nLast);
     while (node.nFirstRank != m_Nodes[nNode].nFirstRank || node.box != m_Nodes[nNode].box) {
         m_Nodes[nNode] = node;
         if (nNode == 0) return;
-        nNode = (nNode - 1) / 2;
+        nNode = CompleteTree::Parent(nNode);
         node = AroundChildren(nNode);
     }
 }
 
 template <class Aim>
 void PointSearch::LookInLeaf(Aim& aim, std::size_t nNode) const {
-    std::size_t const nLeaf = nNode - (m_nLeaves - 1);
+    std::size_t const nLeaf = m_Shape.LeafOf(nNode);
     std::size_t const nBegin = nLeaf * kLeafSize;
     for (std::size_t i = nBegin; i < nBegin + m_nLeft[nLeaf]; ++i) {
         double const dValue = aim.Value(m_Points[i]);
@@ -266,14 +258,14 @@ void PointSearch::LookBelow(Aim& aim, std::size_t nTop) const {
         double dBound;
         std::size_t nNode;
     };
-    std::array<Item, kStackSize> stack;
+    std::array<Item, CompleteTree::kStackSize> stack;
     std::size_t nItems = 0;
     stack[nItems++] = {aim.Bound(m_Nodes[nTop]), nTop};
     while (nItems > 0) {
         Item item = stack[--nItems];
         if (!aim.CanWin(item.dBound, m_Nodes[item.nNode].nFirstRank)) continue;
-        while (!IsLeaf(item.nNode)) {
-            std::size_t const nLeft = 2 * item.nNode + 1;
+        while (!m_Shape.IsLeaf(item.nNode)) {
+            std::size_t const nLeft = CompleteTree::Left(item.nNode);
             double const dLeft = aim.Bound(m_Nodes[nLeft]);
             double const dRight = aim.Bound(m_Nodes[nLeft + 1]);
             bool const bRight =
@@ -304,10 +296,10 @@ std::int32_t PointSearch::Nearest(double x, double y, double dBelow2, std::int32
         LookBelow(aim, 0);
         return aim.nBest;
     }
-    std::size_t nNode = NodeOfLeaf(static_cast<std::size_t>(nPlace) / kLeafSize);
+    std::size_t nNode = m_Shape.NodeOf(static_cast<std::size_t>(nPlace) / kLeafSize);
     LookInLeaf(aim, nNode);
-    for (; nNode > 0; nNode = (nNode - 1) / 2) {
-        std::size_t const nSibling = ((nNode - 1) ^ 1) + 1;
+    for (; nNode > 0; nNode = CompleteTree::Parent(nNode)) {
+        std::size_t const nSibling = CompleteTree::Sibling(nNode);
         if (aim.CanWin(aim.Bound(m_Nodes[nSibling]), m_Nodes[nSibling].nFirstRank)) LookBelow(aim, nSibling);
     }
     return aim.nBest;
@@ -320,26 +312,23 @@ std::int32_t PointSearch::Farthest(double x, double y, double dAbove2) const {
     return aim.nBest;
 }
 
-void PointSearch::FindInBox(BoxKey const& box, std::vector<std::int32_t>& ranks) const {
-    auto const meets = [&box](BoxKey const& other) {
-        return box[0] <= other[2] && other[0] <= box[2] && box[1] <= other[3] && other[1] <= box[3];
-    };
-    std::array<std::size_t, kStackSize> stack;
+void PointSearch::FindInBox(PlanBox const& box, std::vector<std::int32_t>& ranks) const {
+    std::array<std::size_t, CompleteTree::kStackSize> stack;
     std::size_t nItems = 0;
     stack[nItems++] = 0;
     while (nItems > 0) {
         std::size_t const nNode = stack[--nItems];
-        if (m_Nodes[nNode].nFirstRank == kGone || !meets(m_Nodes[nNode].box)) continue;
-        if (!IsLeaf(nNode)) {
-            stack[nItems++] = 2 * nNode + 2;
-            stack[nItems++] = 2 * nNode + 1;
+        if (m_Nodes[nNode].nFirstRank == kGone || !Touch(box, m_Nodes[nNode].box)) continue;
+        if (!m_Shape.IsLeaf(nNode)) {
+            stack[nItems++] = CompleteTree::Right(nNode);
+            stack[nItems++] = CompleteTree::Left(nNode);
             continue;
         }
-        std::size_t const nLeaf = nNode - (m_nLeaves - 1);
+        std::size_t const nLeaf = m_Shape.LeafOf(nNode);
         std::size_t const nBegin = nLeaf * kLeafSize;
         for (std::size_t i = nBegin; i < nBegin + m_nLeft[nLeaf]; ++i) {
             Point const& point = m_Points[i];
-            if (meets({point.x, point.y, point.x, point.y})) ranks.push_back(point.nRank);
+            if (Holds(box, point.x, point.y)) ranks.push_back(point.nRank);
         }
     }
 }

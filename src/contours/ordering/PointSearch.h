@@ -5,7 +5,8 @@
 #include <limits>
 #include <vector>
 
-#include "contours/nesting/BoxIndex.h"
+#include "foundation/CompleteTree.h"
+#include "foundation/PlanBox.h"
 
 namespace varnet {
 
@@ -45,21 +46,19 @@ public:
     std::int32_t Farthest(double x, double y, double dAbove2) const;
 
     /// The ranks of all points in a box, its sides included, in no order.
-    void FindInBox(BoxKey const& box, std::vector<std::int32_t>& ranks) const;
+    void FindInBox(PlanBox const& box, std::vector<std::int32_t>& ranks) const;
 
 private:
     static constexpr std::int32_t kGone = std::numeric_limits<std::int32_t>::max();
 
     struct Node {
-        BoxKey box;
+        PlanBox box;
         std::int32_t nFirstRank;  // kGone where nothing is left
     };
 
     struct NearestFirst;
     struct FarthestFirst;
 
-    std::size_t NodeOfLeaf(std::size_t nLeaf) const { return nLeaf + m_nLeaves - 1; }
-    bool IsLeaf(std::size_t nNode) const { return nNode >= m_nLeaves - 1; }
     void Build();
     std::int32_t PlaceOf(std::int32_t nRank) const;
     Node Around(std::size_t nBegin, std::size_t nEnd) const;
@@ -72,8 +71,8 @@ private:
     std::vector<Point> m_Points;         // by leaf; those of a leaf that are left stand in front
     std::vector<std::uint8_t> m_nLeft;   // by leaf
     std::vector<std::int32_t> m_Places;  // by rank: where in m_Points
-    std::vector<Node> m_Nodes;           // children of node i are 2i + 1 and 2i + 2; the leaves are last
-    std::size_t m_nLeaves = 1;
+    std::vector<Node> m_Nodes;
+    CompleteTree m_Shape;
 };
 
 }  // namespace varnet

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 #include "foundation/memory/AddressSanitizer.h"
 
@@ -39,6 +40,33 @@ constexpr std::size_t SlotsEnd(std::size_t nSlotSize, std::size_t nAnnexSize) {
 }
 
 }  // namespace slot_layout
+
+// The operators new and delete of a class whose objects stand in slots. An object of a derived class is of
+// another size and comes from the heap.
+
+template <class Object, class Allocate>
+void* NewInSlot(std::size_t nSize, Allocate allocate) {
+    return nSize == sizeof(Object) ? allocate() : ::operator new(nSize);
+}
+
+/// Null where memory has run out.
+template <class Object>
+void* NewOrNull(std::size_t nSize) noexcept {
+    try {
+        return Object::operator new(nSize);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
+}
+
+template <class Object, class Free>
+void DeleteFromSlot(void* pObject, std::size_t nSize, Free free) noexcept {
+    if (nSize == sizeof(Object)) {
+        free(pObject);
+    } else {
+        ::operator delete(pObject);
+    }
+}
 
 /// More room that comes and goes with a slot for a vertex, apart from it, so that walks over the vertices do
 /// not load it. For an address that is no such slot, an address that must not be used.

@@ -1,6 +1,7 @@
 #include "contours/nesting/BoxIndex.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <map>
 
@@ -10,22 +11,23 @@ using namespace varnet;
 
 namespace {
 
-BoxKey RandomBox(Lattice& random, bool bOdd) {
+PlanBox RandomBox(Lattice& random, bool bOdd) {
     double const x = random.Step(20);
     double const y = random.Step(20);
-    BoxKey box = {x, y, x + random.Step(12), y + random.Step(12)};
-    if (bOdd && random.Below(10) == 0) std::swap(box[0], box[2]);
-    if (bOdd && random.Below(20) == 0) box[random.Below(4)] = std::numeric_limits<double>::quiet_NaN();
-    if (bOdd && random.Below(20) == 0) box[random.Below(4)] = std::numeric_limits<double>::infinity();
+    PlanBox box = {x, y, x + random.Step(12), y + random.Step(12)};
+    std::array const sides{&PlanBox::xMin, &PlanBox::yMin, &PlanBox::xMax, &PlanBox::yMax};
+    if (bOdd && random.Below(10) == 0) std::swap(box.xMin, box.xMax);
+    if (bOdd && random.Below(20) == 0) box.*sides[random.Below(4)] = std::numeric_limits<double>::quiet_NaN();
+    if (bOdd && random.Below(20) == 0) box.*sides[random.Below(4)] = std::numeric_limits<double>::infinity();
     return box;
 }
 
-CBoundBox2D BoxOf(BoxKey const& key) {
-    return CBoundBox2D(CPoint2D(key[0], key[1]), CPoint2D(key[2], key[3]));
+CBoundBox2D BoxOf(PlanBox const& box) {
+    return CBoundBox2D(CPoint2D(box.xMin, box.yMin), CPoint2D(box.xMax, box.yMax));
 }
 
 // All loops of the line that relate to the box, in order.
-std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& line, BoxKey const& box) {
+std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& line, PlanBox const& box) {
     std::vector<std::int32_t> loops;
     for (auto const& [nPlace, entry] : line) {
         int const nRelation = BoxRelation(BoxOf(box), BoxOf(entry.box));
@@ -34,7 +36,7 @@ std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& li
     return loops;
 }
 
-std::vector<std::int32_t> Find(BoxIndex const& index, BoxKey const& box) {
+std::vector<std::int32_t> Find(BoxIndex const& index, PlanBox const& box) {
     std::vector<std::int32_t> loops;
     BoxIndex::Search search(index, box);
     for (std::int32_t nLoop; search.Next(nLoop);) loops.push_back(nLoop);
@@ -46,8 +48,8 @@ std::vector<std::int32_t> Find(BoxIndex const& index, BoxKey const& box) {
 TEST(IsBoxInside, IsTheBoxRelation) {
     Lattice random(61);
     for (int i = 0; i < 20000; ++i) {
-        BoxKey const a = RandomBox(random, true);
-        BoxKey const b = RandomBox(random, true);
+        PlanBox const a = RandomBox(random, true);
+        PlanBox const b = RandomBox(random, true);
         int const nRelation = BoxRelation(BoxOf(a), BoxOf(b));
         EXPECT_EQ(IsBoxInside(a, b), nRelation == 0);
         EXPECT_EQ(IsBoxInside(b, a), nRelation == 1);
@@ -57,7 +59,7 @@ TEST(IsBoxInside, IsTheBoxRelation) {
 TEST(BoxIndex, FindsInOrderWhatAWalkFinds) {
     Lattice random(62);
     for (int nRun = 0; nRun < 60; ++nRun) {
-        std::vector<BoxIndex::Slot> slots(3000);
+        std::vector<BoxIndex::Standing> standings(3000);
         std::map<std::int32_t, BoxIndex::Entry> line;
         std::vector<BoxIndex::Entry> entries;
         std::int32_t nNext = 0;
@@ -68,7 +70,7 @@ TEST(BoxIndex, FindsInOrderWhatAWalkFinds) {
             return entry;
         };
         for (std::uint32_t n = random.Below(200); n > 0; --n) entries.push_back(make());
-        BoxIndex index(slots, entries);
+        BoxIndex index(standings, entries);
         for (int nStep = 0; nStep < 600; ++nStep) {
             std::uint32_t const nKind = random.Below(3);
             if (nKind == 0) {
@@ -79,7 +81,7 @@ TEST(BoxIndex, FindsInOrderWhatAWalkFinds) {
                 index.Remove(victim->second.nLoop);
                 line.erase(victim);
             } else {
-                BoxKey const box = RandomBox(random, true);
+                PlanBox const box = RandomBox(random, true);
                 ASSERT_EQ(Find(index, box), Walk(line, box));
             }
         }
@@ -87,13 +89,13 @@ TEST(BoxIndex, FindsInOrderWhatAWalkFinds) {
 }
 
 TEST(BoxIndex, ASearchGoesOnWhileBoxesFoundAreRemoved) {
-    std::vector<BoxIndex::Slot> slots(100);
+    std::vector<BoxIndex::Standing> standings(100);
     std::vector<BoxIndex::Entry> entries;
     for (std::int32_t i = 0; i < 100; ++i) {
         double const d = i;
         entries.push_back({{-d, -d, d, d}, 99 - i, i});
     }
-    BoxIndex index(slots, entries);
+    BoxIndex index(standings, entries);
     BoxIndex::Search search(index, {-50.5, -50.5, 50.5, 50.5});
     std::int32_t nExpected = 99;
     for (std::int32_t nLoop; search.Next(nLoop); --nExpected) {

@@ -29,9 +29,8 @@ void ExpectSame(tagLoopTreeNode const& loop, double dWidth, Lattice& random, dou
         EXPECT_EQ(found.pEnd, expected.pEnd) << i << ": " << point.x << ", " << point.y;
         EXPECT_EQ(std::bit_cast<std::uint64_t>(found.dDistance2),
                   std::bit_cast<std::uint64_t>(expected.dDistance2));
-        BoxKey const& box = reach.Box();
-        bool const bInBox = box[0] <= point.x && point.x <= box[2] && box[1] <= point.y && point.y <= box[3];
-        EXPECT_TRUE(bInBox || expected.pEnd == nullptr) << point.x << ", " << point.y;
+        PlanBox const& box = reach.Box();
+        EXPECT_TRUE(Holds(box, point.x, point.y) || expected.pEnd == nullptr) << point.x << ", " << point.y;
     }
 }
 
@@ -86,6 +85,6 @@ TEST(ContourReach, FindsNothingWithoutPoints) {
     tagLoopTreeNode const empty(0);
     ContourReach reach(empty, 1.0);
     for (int i = 0; i < 20; ++i) EXPECT_EQ(reach.Find(CPoint2D(0, 0)).pEnd, nullptr);
-    EXPECT_GT(reach.Box()[0], reach.Box()[2]);
+    EXPECT_GT(reach.Box().xMin, reach.Box().xMax);
     EXPECT_EQ(reach.Find(CPoint2D(0, 0)).pEnd, nullptr);
 }

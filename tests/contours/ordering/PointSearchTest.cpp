@@ -37,10 +37,11 @@ std::int32_t NaiveFarthest(Points const& points, double x, double y, double dBes
     return nBest;
 }
 
-std::vector<std::int32_t> NaiveInBox(Points const& points, BoxKey const& box) {
+std::vector<std::int32_t> NaiveInBox(Points const& points, PlanBox const& box) {
     std::vector<std::int32_t> ranks;
     for (PointSearch::Point const& p : points) {
-        if (box[0] <= p.x && p.x <= box[2] && box[1] <= p.y && p.y <= box[3]) ranks.push_back(p.nRank);
+        if (box.xMin <= p.x && p.x <= box.xMax && box.yMin <= p.y && p.y <= box.yMax)
+            ranks.push_back(p.nRank);
     }
     return ranks;
 }
@@ -53,7 +54,7 @@ void ExpectSameAnswers(PointSearch const& search, Points const& left, double x, 
     }
     EXPECT_EQ(search.Farthest(x, y, -1.0), NaiveFarthest(left, x, y, -1.0)) << x << ", " << y;
     EXPECT_EQ(search.Farthest(x, y, 2.0), NaiveFarthest(left, x, y, 2.0)) << x << ", " << y;
-    BoxKey const box{x - 1.0, y - 2.0, x + 1.0, y};
+    PlanBox const box{x - 1.0, y - 2.0, x + 1.0, y};
     std::vector<std::int32_t> ranks;
     search.FindInBox(box, ranks);
     std::sort(ranks.begin(), ranks.end());

@@ -11,7 +11,7 @@
 namespace varnet {
 
 /// A mesh in flat arrays.
-struct FlatMesh {
+struct FlatShape {
     std::vector<Point3> points;
     std::vector<Triangle> triangles;
 
@@ -21,8 +21,8 @@ struct FlatMesh {
 };
 
 /// Equal corners become one point.
-inline FlatMesh Flat(shapes::Mesh const& mesh) {
-    FlatMesh flat;
+inline FlatShape Flat(shapes::Mesh const& mesh) {
+    FlatShape flat;
     std::map<std::tuple<float, float, float>, std::int32_t> numbers;
     for (shapes::Triangle const& triangle : mesh) {
         Triangle corners{};
@@ -38,16 +38,16 @@ inline FlatMesh Flat(shapes::Mesh const& mesh) {
     return flat;
 }
 
-inline FlatMesh FlatBox(float x0, float y0, float z0, float x1, float y1, float z1) {
+inline FlatShape FlatBox(float x0, float y0, float z0, float x1, float y1, float z1) {
     return Flat(shapes::Box({x0, y0, z0}, {x1, y1, z1}));
 }
 
-inline FlatMesh Turned(FlatMesh mesh) {
+inline FlatShape Turned(FlatShape mesh) {
     for (Triangle& triangle : mesh.triangles) std::swap(triangle[1], triangle[2]);
     return mesh;
 }
 
-inline FlatMesh Scaled(FlatMesh mesh, double factor) {
+inline FlatShape Scaled(FlatShape mesh, double factor) {
     for (Point3& p : mesh.points) p = {p.x * factor, p.y * factor, p.z * factor};
     return mesh;
 }

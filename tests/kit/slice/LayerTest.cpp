@@ -79,7 +79,7 @@ TEST(ClassicLayer, GoesThereAndBack) {
 }
 
 TEST(ClassicLayer, NestsAsTheClassesDo) {
-    FlatMesh const gyroid = Flat(shapes::Gyroid(12));
+    FlatShape const gyroid = Flat(shapes::Gyroid(12));
     SliceSettings settings;
     settings.layer = 0.31;
     for (Layer const& layer : AllLayers({gyroid.Input()}, settings)) {

@@ -16,7 +16,7 @@ Layer OnlyLayer(std::vector<SlicerInput> const& inputs, SliceSettings const& set
 }
 
 TEST(Slicer, CubeGivesSquares) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     SliceReport report;
     std::vector<Layer> const layers = AllLayers({cube.Input()}, ContoursOnly(), &report);
     ASSERT_EQ(layers.size(), 10u);
@@ -45,7 +45,7 @@ TEST(Slicer, CubeGivesSquares) {
 
 TEST(Slicer, TheLastLayerIsCutWithinThePart) {
     for (double const height : {0.1, 0.9, 1.1, 1.4, 1.5, 1.6, 2.0}) {
-        FlatMesh cube = FlatBox(0, 0, 0, 10, 10, 1);
+        FlatShape cube = FlatBox(0, 0, 0, 10, 10, 1);
         for (Point3& p : cube.points) p.z *= height;
         SliceReport report;
         std::vector<Layer> const layers = AllLayers({cube.Input()}, ContoursOnly(), &report);
@@ -58,8 +58,8 @@ TEST(Slicer, TheLastLayerIsCutWithinThePart) {
 }
 
 TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
-    FlatMesh const outside = FlatBox(0, 0, 0, 10, 10, 4);
-    FlatMesh const hole = Turned(FlatBox(2, 2, -1, 5, 5, 5));
+    FlatShape const outside = FlatBox(0, 0, 0, 10, 10, 4);
+    FlatShape const hole = Turned(FlatBox(2, 2, -1, 5, 5, 5));
     // The hole's walls stick out of the part: there its winding is below 0, and nothing is solid.
     Layer const layer = OnlyLayer({outside.Input(), hole.Input()}, ContoursOnly(), 3);
     ASSERT_EQ(layer.ContourCount(), 2u);
@@ -72,8 +72,8 @@ TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
 }
 
 TEST(Slicer, OverlapsAreFilledByWindingAndHollowByOddCount) {
-    FlatMesh const a = FlatBox(0, 0, 0, 10, 10, 2);
-    FlatMesh const b = FlatBox(5, 5, 0, 15, 15, 2);
+    FlatShape const a = FlatBox(0, 0, 0, 10, 10, 2);
+    FlatShape const b = FlatBox(5, 5, 0, 15, 15, 2);
     SliceSettings settings = ContoursOnly();
     SliceReport report;
     std::vector<Layer> const layers = AllLayers({a.Input(), b.Input()}, settings, &report);
@@ -89,8 +89,8 @@ TEST(Slicer, OverlapsAreFilledByWindingAndHollowByOddCount) {
 }
 
 TEST(Slicer, NestedShellsFillAndCavitiesAreEmpty) {
-    FlatMesh const outer = FlatBox(0, 0, 0, 10, 10, 10);
-    FlatMesh const inner = FlatBox(3, 3, 3, 7, 7, 7);
+    FlatShape const outer = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const inner = FlatBox(3, 3, 3, 7, 7, 7);
     SliceSettings settings = ContoursOnly();
     Layer const filled = OnlyLayer({outer.Input(), inner.Input()}, settings, 5);
     EXPECT_EQ(filled.ContourCount(), 1u);
@@ -103,8 +103,8 @@ TEST(Slicer, NestedShellsFillAndCavitiesAreEmpty) {
 }
 
 TEST(Slicer, TouchingCubesBecomeOne) {
-    FlatMesh const a = FlatBox(0, 0, 0, 10, 10, 2);
-    FlatMesh const b = FlatBox(10, 0, 0, 20, 10, 2);
+    FlatShape const a = FlatBox(0, 0, 0, 10, 10, 2);
+    FlatShape const b = FlatBox(10, 0, 0, 20, 10, 2);
     Layer const layer = OnlyLayer({a.Input(), b.Input()}, ContoursOnly());
     ASSERT_EQ(layer.ContourCount(), 1u);
     EXPECT_EQ(layer.ContourPoints(0).size(), 4u);
@@ -112,7 +112,7 @@ TEST(Slicer, TouchingCubesBecomeOne) {
     // The same in one mesh, with the facets between them there in both windings.
     shapes::Mesh both = shapes::Box({0, 0, 0}, {10, 10, 2});
     shapes::Append(both, shapes::Box({10, 0, 0}, {20, 10, 2}));
-    FlatMesh const one = Flat(both);
+    FlatShape const one = Flat(both);
     Layer const merged = OnlyLayer({one.Input()}, ContoursOnly());
     EXPECT_EQ(merged.ContourCount(), 1u);
     EXPECT_DOUBLE_EQ(merged.Area(), 200.0);
@@ -129,7 +129,7 @@ TEST(Slicer, CubesThatShareAnEdgeComeApart) {
 }
 
 TEST(Slicer, AMeshInsideOutIsSolidWhenTurned) {
-    FlatMesh const cube = Turned(FlatBox(0, 0, 0, 10, 10, 10));
+    FlatShape const cube = Turned(FlatBox(0, 0, 0, 10, 10, 10));
     EXPECT_EQ(OnlyLayer({cube.Input()}, ContoursOnly()).ContourCount(), 0u);
     SliceReport report;
     std::vector<Layer> const layers = AllLayers({cube.Input(true)}, ContoursOnly(), &report);
@@ -138,15 +138,15 @@ TEST(Slicer, AMeshInsideOutIsSolidWhenTurned) {
 }
 
 TEST(Slicer, TurnedAndDoubledFacetsDoNotHurt) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     for (std::size_t i = 0; i < cube.triangles.size(); ++i) {
-        FlatMesh turned = cube;
+        FlatShape turned = cube;
         std::swap(turned.triangles[i][1], turned.triangles[i][2]);
-        FlatMesh doubled = cube;
+        FlatShape doubled = cube;
         doubled.triangles.push_back(cube.triangles[i]);
-        FlatMesh thrice = doubled;
+        FlatShape thrice = doubled;
         thrice.triangles.push_back(turned.triangles[i]);
-        for (FlatMesh const& mesh : {turned, doubled, thrice}) {
+        for (FlatShape const& mesh : {turned, doubled, thrice}) {
             SliceReport report;
             AllLayers({mesh.Input()}, ContoursOnly(), &report);
             EXPECT_NEAR(report.volume, 1000.0, 1e-9) << i;
@@ -156,8 +156,8 @@ TEST(Slicer, TurnedAndDoubledFacetsDoNotHurt) {
 }
 
 TEST(Slicer, AWholeMeshTwiceIsTheMeshOnce) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
-    FlatMesh twice = cube;
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape twice = cube;
     twice.triangles.insert(twice.triangles.end(), cube.triangles.begin(), cube.triangles.end());
     Layer const once = OnlyLayer({cube.Input()}, ContoursOnly());
     EXPECT_EQ(OnlyLayer({twice.Input()}, ContoursOnly()), once);
@@ -176,7 +176,7 @@ TEST(Slicer, VerticesAndLevelFacetsAtTheCutHeight) {
     EXPECT_DOUBLE_EQ(layers[2].Area(), 16.0);
     EXPECT_EQ(report.openPaths, 0);
     // An octahedron cut through its four middle vertices.
-    FlatMesh octahedron;
+    FlatShape octahedron;
     octahedron.points = {{1, 0, 1}, {0, 1, 1}, {-1, 0, 1}, {0, -1, 1}, {0, 0, 0}, {0, 0, 2}};
     for (int i = 0; i < 4; ++i) {
         octahedron.triangles.push_back({i, (i + 1) % 4, 5});
@@ -189,8 +189,8 @@ TEST(Slicer, VerticesAndLevelFacetsAtTheCutHeight) {
 }
 
 // A box without a strip of its wall at x = 0, as wide as the gap.
-FlatMesh BoxWithGap(double gap) {
-    FlatMesh mesh;
+FlatShape BoxWithGap(double gap) {
+    FlatShape mesh;
     std::vector<Point2> const ring{{0, 5 + gap}, {0, 10}, {10, 10}, {10, 0}, {0, 0}, {0, 5}};
     for (double z : {0.0, 2.0}) {
         for (Point2 const& p : ring) mesh.points.push_back({p.x, p.y, z});
@@ -235,10 +235,10 @@ TEST(Slicer, GapsAreClosedUpToTheSetting) {
 
 TEST(Slicer, LoosePatchesAreJoinedIntoTheContour) {
     // Every facet on its own, with corners that are a little off.
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     std::mt19937 random(7);
     std::uniform_real_distribution<double> off(-0.01, 0.01);
-    FlatMesh loose;
+    FlatShape loose;
     for (Triangle const& triangle : cube.triangles) {
         auto const first = static_cast<std::int32_t>(loose.points.size());
         for (std::int32_t corner : triangle) {
@@ -256,7 +256,7 @@ TEST(Slicer, LoosePatchesAreJoinedIntoTheContour) {
 
 TEST(Slicer, RoundShapesKeepTheirVolume) {
     struct Case {
-        FlatMesh mesh;
+        FlatShape mesh;
         double volume;
     };
     double const pi = std::acos(-1.0);
@@ -277,8 +277,8 @@ TEST(Slicer, RoundShapesKeepTheirVolume) {
 
 TEST(Slicer, ScaleDoesNotMatter) {
     for (double factor : {1e-6, 1e-3, 1.0, 1e3, 1e8}) {
-        FlatMesh const a = Scaled(FlatBox(0, 0, 0, 10, 10, 10), factor);
-        FlatMesh const b = Scaled(FlatBox(5, 5, 0, 15, 15, 10), factor);
+        FlatShape const a = Scaled(FlatBox(0, 0, 0, 10, 10, 10), factor);
+        FlatShape const b = Scaled(FlatBox(5, 5, 0, 15, 15, 10), factor);
         SliceSettings settings = ContoursOnly(std::max(factor, 1e-9));
         if (factor > 1e5) {
             EXPECT_THROW(Slicer({a.Input()}, ContoursOnly(1.0)), Error);
@@ -292,7 +292,7 @@ TEST(Slicer, ScaleDoesNotMatter) {
 }
 
 TEST(Slicer, CornersThatAreNoNumbersAreLeftOut) {
-    FlatMesh cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape cube = FlatBox(0, 0, 0, 10, 10, 10);
     double const bad[] = {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
                           1e300};
     for (double const value : bad) {
@@ -315,9 +315,9 @@ TEST(Slicer, CornersThatAreNoNumbersAreLeftOut) {
 }
 
 TEST(Slicer, NothingToSliceIsSaid) {
-    FlatMesh flat = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape flat = FlatBox(0, 0, 0, 10, 10, 10);
     for (Point3& p : flat.points) p.z = 1.0;
-    FlatMesh const support = FlatBox(0, 0, 0, 1, 1, 1);
+    FlatShape const support = FlatBox(0, 0, 0, 1, 1, 1);
     EXPECT_THROW(Slicer({}, SliceSettings()), Error);
     EXPECT_THROW(Slicer({SlicerInput()}, SliceSettings()), Error);
     EXPECT_THROW(Slicer({flat.Input()}, SliceSettings()), Error);
@@ -326,14 +326,14 @@ TEST(Slicer, NothingToSliceIsSaid) {
 
 TEST(Slicer, IndexesOutOfRangeAreRefused) {
     for (std::int32_t const bad : {-1, 8, INT32_MAX, INT32_MIN}) {
-        FlatMesh cube = FlatBox(0, 0, 0, 10, 10, 10);
+        FlatShape cube = FlatBox(0, 0, 0, 10, 10, 10);
         cube.triangles[5][1] = bad;
         EXPECT_THROW(Slicer({cube.Input()}), Error);
     }
 }
 
 TEST(Slicer, SettingsThatMakeNoSenseAreRefusedInOneShortLine) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     double const nan = std::numeric_limits<double>::quiet_NaN();
     double const infinity = std::numeric_limits<double>::infinity();
     auto const refused = [&](auto change) {
@@ -374,9 +374,9 @@ TEST(Slicer, SettingsThatMakeNoSenseAreRefusedInOneShortLine) {
 }
 
 TEST(Slicer, ThreadsRangesAndSingleLayersGiveTheSame) {
-    FlatMesh const gyroid = Flat(shapes::Gyroid(12));
-    FlatMesh const box = FlatBox(1, 1, 1, 5, 5, 5);
-    FlatMesh const support = FlatBox(0, 0, 0, 9, 9, 9);
+    FlatShape const gyroid = Flat(shapes::Gyroid(12));
+    FlatShape const box = FlatBox(1, 1, 1, 5, 5, 5);
+    FlatShape const support = FlatBox(0, 0, 0, 9, 9, 9);
     std::vector<SlicerInput> const inputs{gyroid.Input(), box.Input(), support.Input(false, true)};
     SliceSettings settings;
     settings.layer = 0.1;
@@ -409,7 +409,7 @@ TEST(Slicer, ThreadsRangesAndSingleLayersGiveTheSame) {
 }
 
 TEST(Slicer, LayersCanBeTakenOneByOne) {
-    FlatMesh const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
     for (int threads : {1, 2}) {
         SliceSettings settings = ContoursOnly();
         settings.threads = threads;
@@ -429,7 +429,7 @@ TEST(Slicer, LayersCanBeTakenOneByOne) {
 }
 
 TEST(Slicer, ACallbackCanCancelAndTheNextCallBeginsAnew) {
-    FlatMesh const gyroid = Flat(shapes::Gyroid(12));
+    FlatShape const gyroid = Flat(shapes::Gyroid(12));
     for (int threads : {1, 3}) {
         double last = 0.0;
         bool stop = false;
@@ -462,8 +462,8 @@ TEST(Slicer, ACallbackCanCancelAndTheNextCallBeginsAnew) {
 }
 
 TEST(Slicer, SupportsGetStrokesInEvenLayersWhereNoPartIs) {
-    FlatMesh const part = FlatBox(0, 0, 0, 10, 10, 4);
-    FlatMesh const support = FlatBox(5, 0, 0, 20, 10, 4);
+    FlatShape const part = FlatBox(0, 0, 0, 10, 10, 4);
+    FlatShape const support = FlatBox(5, 0, 0, 20, 10, 4);
     SliceSettings settings;
     settings.layer = 1.0;
     settings.angle = -90.0;  // even layers have lines along x
@@ -491,7 +491,7 @@ TEST(Slicer, SoupsOfTrianglesComeThrough) {
     std::mt19937 random(11);
     std::uniform_real_distribution<double> anywhere(0.0, 10.0);
     for (int round = 0; round < 20; ++round) {
-        FlatMesh soup;
+        FlatShape soup;
         int const points = round % 2 == 0 ? 12 : 600;
         for (int i = 0; i < points; ++i) {
             // Every second time on a coarse lattice, where much falls together.
@@ -510,6 +510,43 @@ TEST(Slicer, SoupsOfTrianglesComeThrough) {
             }
         }
     }
+}
+
+TEST(Slicer, ShardsAreAllLayersInTheirOrderAndOfOneSize) {
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    for (std::int32_t const shards : {1, 2, 3, 7, 9, 10}) {
+        std::int32_t next = 1;
+        for (std::int32_t shard = 1; shard <= shards; ++shard) {
+            SliceSettings settings = ContoursOnly();
+            settings.shards = shards;
+            settings.shard = shard;
+            Slicer const slicer({cube.Input()}, settings);
+            EXPECT_EQ(slicer.FirstLayer(), next);
+            std::int32_t const size = slicer.LastLayer() - slicer.FirstLayer() + 1;
+            EXPECT_GE(size, 10 / shards);
+            EXPECT_LE(size, (10 + shards - 1) / shards);
+            next = slicer.LastLayer() + 1;
+        }
+        EXPECT_EQ(next, 11);
+    }
+}
+
+TEST(Slicer, ShardsThatMakeNoSenseAreRefused) {
+    FlatShape const cube = FlatBox(0, 0, 0, 10, 10, 10);
+    auto const refused = [&](std::int32_t shard, std::int32_t shards, std::int32_t firstLayer = 1) {
+        SliceSettings settings = ContoursOnly();
+        settings.shards = shards;
+        settings.shard = shard;
+        settings.firstLayer = firstLayer;
+        EXPECT_THROW(Slicer({cube.Input()}, settings), Error) << shard << " of " << shards;
+    };
+    refused(0, 2);
+    refused(3, 2);
+    refused(1, 0);
+    refused(-1, -1);
+    refused(1, -1);
+    refused(1, 11);
+    refused(1, 2, 2);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "files/File.h"
+#include "slicefile/Lines.h"
 
 namespace varnet {
 namespace {
@@ -194,6 +195,25 @@ TEST_F(SliceFileTest, PassesOverWhatIsNoLayer) {
     EXPECT_EQ(file.Report().blankLines, 3);
     ASSERT_TRUE(file.Header().dimension.has_value());
     EXPECT_EQ(file.Header().dimension->max, (Point3{2, 2, 2}));
+}
+
+TEST_F(SliceFileTest, LinesBeyondALongestLengthComeInPieces) {
+    std::string const text = std::string(10'000'000, 'x');
+    Put("first\n" + text + "\nlast");
+    SeekableFile file(path);
+    LineReader lines(file, 0, 1, 1'000'000);
+    EXPECT_EQ(lines.Next()->text, "first");
+    std::string pieces;
+    std::optional<Line> line = lines.Next();
+    for (; line->number == 2; line = lines.Next()) {
+        EXPECT_EQ(line->place, 6 + pieces.size());
+        EXPECT_LT(line->text.size(), 2'000'000u);
+        pieces += line->text;
+    }
+    EXPECT_TRUE(pieces == text);
+    EXPECT_EQ(line->text, "last");
+    EXPECT_EQ(line->number, 3u);
+    EXPECT_FALSE(lines.Next().has_value());
 }
 
 TEST_F(SliceFileTest, ReadsALineOfAnyLength) {

@@ -4,6 +4,8 @@
 
 #include "Binding.h"
 
+// What the objects of the module hold, where several files of it take them.
+
 namespace varnet::python {
 
 /// A part as Python holds it. Work takes copies, which share what the part was at that time.
@@ -15,6 +17,14 @@ struct PartHolder {
 struct SupportsHolder {
     Part part;
     std::shared_ptr<Supports const> supports;
+};
+
+struct SurfacesHolder {
+    std::shared_ptr<Surfaces const> surfaces;
+};
+
+struct FileHolder {
+    std::shared_ptr<SliceFile const> file;
 };
 
 }  // namespace varnet::python
