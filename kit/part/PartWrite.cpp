@@ -138,9 +138,12 @@ std::string PaddedHeader(fs::path const& path) {
 
 // The writers of the classes do not look at write errors: what the system said last is still there.
 bool HasRefusedBytes(int error) {
-    constexpr std::array kReasons = {ENOSPC, EFBIG, EIO,
+    constexpr std::array kReasons = {
+        ENOSPC,
+        EFBIG,
+        EIO,
 #if defined(EDQUOT)
-                                     EDQUOT
+        EDQUOT
 #endif
     };
     return std::find(kReasons.begin(), kReasons.end(), error) != kReasons.end();
@@ -224,8 +227,9 @@ WriteReport Part::Write(fs::path const& path, MeshWriteSettings const& settings)
     OutputFile file(path);
     errno = 0;
     if (!WriteFormat(*this, *m_State, file.PathForWriter(), settings, pace) || HasRefusedBytes(errno)) {
-        throw Error(ErrorKind::kFile, path,
-                    std::string("cannot be written: ") + (errno != 0 ? ReasonOf(errno) : "is the disk full?"));
+        throw Error(
+            ErrorKind::kFile, path,
+            std::string("cannot be written: ") + (errno != 0 ? ReasonOf(errno) : "is the disk full?"));
     }
     // It is read back before it takes its place: whoever stops the work meanwhile finds no file.
     Progress const& progress = settings.progress;

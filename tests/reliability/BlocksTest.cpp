@@ -1,4 +1,5 @@
-// What is released gives all its memory back: as many blocks are there after a work as before, in every build.
+// What is released gives all its memory back: as many blocks are there after a work as before, in every
+// build.
 
 #include <gtest/gtest.h>
 
@@ -168,8 +169,8 @@ TEST(Blocks, WorkOnLayersGivesAllBack) {
         layer.MakeTopology(1);
         CLayer out;
         CPoint2D pos(0.0, 0.0);
-        layer.OptimizeLoopAndChildLoopHatch(static_cast<tagLoopTreeNode*>(layer.m_RawLoopList.GetHead()), &pos,
-                                            &out, 1.0, 1.0);
+        layer.OptimizeLoopAndChildLoopHatch(static_cast<tagLoopTreeNode*>(layer.m_RawLoopList.GetHead()),
+                                            &pos, &out, 1.0, 1.0);
         CLayer const copy(layer);
         layer.LimitInBox(CBoundBox2D(CPoint2D(1, 1), CPoint2D(12, 12)), 1, 1);
         layer.OptimizeLoops(pos, 0);

@@ -34,8 +34,8 @@ protected:
 }  // namespace
 
 TEST_F(ByteReaderTest, GivesEveryByteOfSeveralBlocksAndThenTheEndForEver) {
-    for (std::size_t const nSize : {std::size_t{0}, std::size_t{1}, kBlock - 1, kBlock, kBlock + 1, 2 * kBlock,
-                                    3 * kBlock + 7}) {
+    for (std::size_t const nSize :
+         {std::size_t{0}, std::size_t{1}, kBlock - 1, kBlock, kBlock + 1, 2 * kBlock, 3 * kBlock + 7}) {
         std::string const bytes = Bytes(nSize);
         File const file = Holding(bytes);
         ByteReader reader(file.get());
@@ -58,8 +58,8 @@ TEST_F(ByteReaderTest, BeginsWhereTheFileStands) {
 TEST_F(ByteReaderTest, PiecesGoOnAcrossBlocks) {
     std::string const bytes = Bytes(3 * kBlock + 100);
     for (std::size_t const nFirst : {kBlock - 5, kBlock - 1, kBlock, kBlock + 1}) {
-        for (std::size_t const nSecond : {std::size_t{0}, std::size_t{1}, std::size_t{5}, std::size_t{6}, kBlock,
-                                          kBlock + 6, 2 * kBlock}) {
+        for (std::size_t const nSecond : {std::size_t{0}, std::size_t{1}, std::size_t{5}, std::size_t{6},
+                                          kBlock, kBlock + 6, 2 * kBlock}) {
             File const file = Holding(bytes);
             ByteReader reader(file.get());
             std::string piece(nFirst, '?');

@@ -117,11 +117,19 @@ TEST(Path, TheFirstAndTheLastCharacterOfEachLengthInUtf8) {
 
 // A half of a pair is a character of three bytes, and takes nothing with it that is not its other half.
 TEST(Path, AHalfOfAPairBesideAnOrdinaryCharacterLeavesItAsItIs) {
-    EXPECT_EQ("\xED\xA0\xBE" "a", NameOfFile(u"\xD83E" u"a"));
+    EXPECT_EQ(
+        "\xED\xA0\xBE"
+        "a",
+        NameOfFile(u"\xD83E"
+                   u"a"));
     EXPECT_EQ("\xED\xA0\xBE\xEE\x80\x80", NameOfFile(u"\xD83E\xE000"));
     EXPECT_EQ("\xED\xA0\xBE\xED\x9F\xBF", NameOfFile(u"\xD83E\xD7FF"));
     EXPECT_EQ("\xED\xA0\xBE\xF0\x9F\x98\x80", NameOfFile(u"\xD83E\xD83D\xDE00"));
-    EXPECT_EQ("\xED\xB7\x8A" "a", NameOfFile(u"\xDDCA" u"a"));
+    EXPECT_EQ(
+        "\xED\xB7\x8A"
+        "a",
+        NameOfFile(u"\xDDCA"
+                   u"a"));
     EXPECT_EQ("\xED\x9F\xBF\xED\xB0\x80", NameOfFile(u"\xD7FF\xDC00"));
 }
 

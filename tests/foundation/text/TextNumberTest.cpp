@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -24,6 +25,12 @@ void ExpectAsRuntime(std::string const& text) {
     }
     EXPECT_EQ(dExpected, dValue) << text;
     EXPECT_EQ(std::signbit(dExpected), std::signbit(dValue)) << text;
+}
+
+std::string Joined(std::initializer_list<std::string> pieces) {
+    std::string text;
+    for (std::string const& piece : pieces) text.append(piece);
+    return text;
 }
 
 }  // namespace
@@ -110,8 +117,8 @@ TEST(TextNumber, EveryDigitCountsAndNoCharacterBesideThem) {
         std::string const digit(1, static_cast<char>('0' + n));
         EXPECT_EQ(n, TextToInt(digit));
         EXPECT_EQ(static_cast<double>(n), TextToDouble(digit));
-        EXPECT_EQ(10 * n + n, TextToInt(digit + digit + "/"));
-        EXPECT_EQ(-n, TextToInt("-" + digit + ":7"));
+        EXPECT_EQ(10 * n + n, TextToInt(Joined({digit, digit, "/"})));
+        EXPECT_EQ(-n, TextToInt(Joined({"-", digit, ":7"})));
     }
     EXPECT_EQ(0, TextToInt("/"));
     EXPECT_EQ(0, TextToInt(":"));
@@ -127,13 +134,13 @@ TEST(TextNumber, EveryDigitCountsAndNoCharacterBesideThem) {
 TEST(TextNumber, ALongNumberBeyondTheRangeIsToldByItsFirstDigitAndExponent) {
     auto const zeros = [](int n) { return std::string(static_cast<std::size_t>(n), '0'); };
     for (int const n : {300, 308, 309, 310, 400}) {
-        ExpectAsRuntime("1" + zeros(n));
-        ExpectAsRuntime("1" + zeros(n) + "e" + std::to_string(-n));
-        ExpectAsRuntime("1" + zeros(n) + "e" + std::to_string(-2 * n - 400));
-        ExpectAsRuntime("0." + zeros(n) + "1e" + std::to_string(n));
-        ExpectAsRuntime("0." + zeros(n) + "1e" + std::to_string(2 * n + 400));
-        ExpectAsRuntime("000" + zeros(n) + ".000" + zeros(n) + "9e-" + std::to_string(n));
-        ExpectAsRuntime("0x1" + zeros(n) + "p-" + std::to_string(8 * n));
-        ExpectAsRuntime("0x." + zeros(n) + "8p" + std::to_string(8 * n));
+        ExpectAsRuntime(Joined({"1", zeros(n)}));
+        ExpectAsRuntime(Joined({"1", zeros(n), "e", std::to_string(-n)}));
+        ExpectAsRuntime(Joined({"1", zeros(n), "e", std::to_string(-2 * n - 400)}));
+        ExpectAsRuntime(Joined({"0.", zeros(n), "1e", std::to_string(n)}));
+        ExpectAsRuntime(Joined({"0.", zeros(n), "1e", std::to_string(2 * n + 400)}));
+        ExpectAsRuntime(Joined({"000", zeros(n), ".000", zeros(n), "9e-", std::to_string(n)}));
+        ExpectAsRuntime(Joined({"0x1", zeros(n), "p-", std::to_string(8 * n)}));
+        ExpectAsRuntime(Joined({"0x.", zeros(n), "8p", std::to_string(8 * n)}));
     }
 }

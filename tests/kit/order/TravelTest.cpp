@@ -62,7 +62,7 @@ TEST(AddTravel, StrokesThatBeginNearlyWhereTheLastOneEndedGoOnInIt) {
     EXPECT_EQ(starts(0.0, -0.000101), 2);
 }
 
-TEST(PathOrder, TakesTheNearestPathAndGoesOnFromLayerToLayer) {
+TEST(OrderedTravel, TakesTheNearestPathAndGoesOnFromLayerToLayer) {
     OrderSettings settings;
     settings.start = {11, 12};
     PathOrder order(settings);
@@ -94,7 +94,7 @@ TEST(PathOrder, TakesTheNearestPathAndGoesOnFromLayerToLayer) {
 }
 
 // Beyond 1e14 no pass finds anything: such fill comes last, as it was.
-TEST(PathOrder, FillThatIsTooFarAwayComesLast) {
+TEST(OrderedTravel, FillThatIsTooFarAwayComesLast) {
     PathOrder order;
     Layer layer;
     layer.AddChain(std::vector<Stroke>{{{2e14, 0}, {1, 0}}}, kFillId);
@@ -109,7 +109,7 @@ TEST(PathOrder, FillThatIsTooFarAwayComesLast) {
     EXPECT_EQ(layer.ChainStrokes(3).size(), 2u);
 }
 
-TEST(PathOrder, OneSeedGivesOneOrder) {
+TEST(OrderedTravel, OneSeedGivesOneOrder) {
     auto const ordered = [](unsigned seed) {
         OrderSettings settings;
         settings.fill = settings.contours = NextPath::kRandom;
@@ -131,7 +131,7 @@ TEST(PathOrder, OneSeedGivesOneOrder) {
     for (std::int32_t i = 0; i < 40; ++i) EXPECT_EQ(ids[static_cast<std::size_t>(i)], i);
 }
 
-TEST(PathOrder, LengthsThatMakeNoSenseAreRefused) {
+TEST(OrderedTravel, LengthsThatMakeNoSenseAreRefused) {
     double const infinity = std::numeric_limits<double>::infinity();
     auto const refused = [](OrderSettings const& settings) {
         try {

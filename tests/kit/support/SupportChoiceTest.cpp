@@ -29,12 +29,13 @@ Supports OfMushroom(double minArea) {
 
 using Reasons = std::vector<std::string>;
 
-TEST(Supports, TheLeastAreaDropsWhatAWallHoldsAndKeepsAnEqualOne) {
+TEST(SupportChoice, TheLeastAreaDropsWhatAWallHoldsAndKeepsAnEqualOne) {
     Supports const kept = OfMushroom(72.0);
     EXPECT_EQ(ReasonsOf(kept), (Reasons{"+ faces down", "- rests on the plate"}));
     EXPECT_EQ(kept.Solids().size(), 1u);
     Supports const dropped = OfMushroom(72.001);
-    EXPECT_EQ(ReasonsOf(dropped), (Reasons{"- below the least area and held by a wall", "- rests on the plate"}));
+    EXPECT_EQ(ReasonsOf(dropped),
+              (Reasons{"- below the least area and held by a wall", "- rests on the plate"}));
     EXPECT_EQ(dropped.Solids().size(), 0u);
     for (Overhang const& overhang : kept.Overhangs()) {
         EXPECT_NEAR(overhang.projectedArea, overhang.supported ? 72.0 : 9.0, 1e-5);
@@ -45,13 +46,14 @@ TEST(Supports, TheLeastAreaDropsWhatAWallHoldsAndKeepsAnEqualOne) {
 }
 
 // A cube in the air is small, but nothing else holds it.
-TEST(Supports, TheLeastAreaKeepsWhatHangsFree) {
+TEST(SupportChoice, TheLeastAreaKeepsWhatHangsFree) {
     shapes::Mesh mesh = shapes::Cube(10.0f);
     shapes::Append(mesh, shapes::Moved(shapes::Cube(2.0f), 20, 0, 5));
     SupportSettings settings;
     settings.minArea = 1000.0;
     Supports const supports(PartOf(mesh), settings);
-    EXPECT_EQ(ReasonsOf(supports), (Reasons{"+ below the least area, but hangs free", "- rests on the plate"}));
+    EXPECT_EQ(ReasonsOf(supports),
+              (Reasons{"+ below the least area, but hangs free", "- rests on the plate"}));
     ASSERT_EQ(supports.Solids().size(), 1u);
     // A shaft from the cube's underside to the plate.
     Box3 box;
@@ -63,7 +65,7 @@ TEST(Supports, TheLeastAreaKeepsWhatHangsFree) {
 }
 
 // Up to a thousandth of a millimetre above the lowest point is on the plate.
-TEST(Supports, WhatIsAThousandthAboveThePlateRestsOnIt) {
+TEST(SupportChoice, WhatIsAThousandthAboveThePlateRestsOnIt) {
     auto const count = [](double above) {
         Soup soup = SoupOf(shapes::Cube(10.0f));
         Soup const raised = SoupOf(shapes::Moved(shapes::Cube(10.0f), 20, 0, 0));
@@ -80,7 +82,7 @@ TEST(Supports, WhatIsAThousandthAboveThePlateRestsOnIt) {
     EXPECT_EQ(count(0.00101), 1u);
 }
 
-TEST(Supports, AKeelThatLiesOnThePlateNeedsNothingAndOneAboveItDoes) {
+TEST(SupportChoice, AKeelThatLiesOnThePlateNeedsNothingAndOneAboveItDoes) {
     Supports const lying(PartOf(Keel()));
     EXPECT_EQ(lying.Edges().size(), 0u);
     EXPECT_EQ(lying.Solids().size(), 0u);
@@ -101,7 +103,7 @@ TEST(Supports, AKeelThatLiesOnThePlateNeedsNothingAndOneAboveItDoes) {
     }
 }
 
-TEST(Supports, RegionsNarrowerThanAStrokeAreCounted) {
+TEST(SupportChoice, RegionsNarrowerThanAStrokeAreCounted) {
     shapes::Mesh mesh = shapes::Cube(10.0f);
     shapes::Append(mesh, shapes::Moved(shapes::Cube(2.0f), 20, 0, 5));
     auto const small = [&mesh](double stroke) {
@@ -114,7 +116,7 @@ TEST(Supports, RegionsNarrowerThanAStrokeAreCounted) {
     EXPECT_EQ(small(1000.0), 1) << "what rests on the plate is not counted";
 }
 
-TEST(Supports, AnEmptyPartHasNoneAndWritesAFileOfNoFacets) {
+TEST(SupportChoice, AnEmptyPartHasNoneAndWritesAFileOfNoFacets) {
     TestFolder const folder;
     Supports const none{Part()};
     EXPECT_TRUE(none.Overhangs().empty() && none.Edges().empty() && none.Solids().empty());
@@ -124,7 +126,7 @@ TEST(Supports, AnEmptyPartHasNoneAndWritesAFileOfNoFacets) {
     EXPECT_GT(Part::Read(folder / "one.stl").Triangles().size(), 0u);
 }
 
-TEST(Supports, SettingsOutOfRangeAreRefused) {
+TEST(SupportChoice, SettingsOutOfRangeAreRefused) {
     Part const part = PartOf(shapes::Cube(1.0f));
     double const notANumber = std::numeric_limits<double>::quiet_NaN();
     auto const refused = [&part](double SupportSettings::*field, double value) {
@@ -137,7 +139,8 @@ TEST(Supports, SettingsOutOfRangeAreRefused) {
         }
         return false;
     };
-    for (auto const field : {&SupportSettings::angle, &SupportSettings::edgesUp, &SupportSettings::edgesDown}) {
+    for (auto const field :
+         {&SupportSettings::angle, &SupportSettings::edgesUp, &SupportSettings::edgesDown}) {
         EXPECT_FALSE(refused(field, 0.0));
         EXPECT_FALSE(refused(field, 90.0));
         for (double const wrong : {-0.001, 90.001, notANumber}) EXPECT_TRUE(refused(field, wrong)) << wrong;
