@@ -16,6 +16,25 @@ if(VARNET_LIBCXX)
     add_link_options(-stdlib=libc++)
 endif()
 
+# What the standard library lacks of C++20 comes from cmake/compat, ahead of all sources.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_FLAGS "-std=c++20")
+if(VARNET_LIBCXX)
+    string(APPEND CMAKE_REQUIRED_FLAGS " -stdlib=libc++")
+endif()
+check_cxx_source_compiles("#include <atomic>
+#include <charconv>
+#include <memory>
+int main(int argc, char** text) {
+    double value = 0;
+    return std::from_chars(text[0], text[0] + 1, value).ptr == text[0] && std::atomic_ref<int>(argc).load() == 2 &&
+           std::make_unique_for_overwrite<int[]>(3)[0] == 0;
+}" VARNET_HAS_WHOLE_LIBRARY)
+unset(CMAKE_REQUIRED_FLAGS)
+if(NOT VARNET_HAS_WHOLE_LIBRARY)
+    add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${PROJECT_SOURCE_DIR}/cmake/compat/Missing.h>")
+endif()
+
 if(WIN32)
     # Windows looks for libraries beside the program: all programs of a build lie in one folder with them.
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)

@@ -148,7 +148,9 @@ def run(
             measure_or_say_why, str(path), job, key=f"measure-{path}", resources={"memory": needed}, pure=False
         )
         futures[future] = path
-    done = len(rows)
+    total = len(rows) + len(futures)
+    for done, row in enumerate(rows, 1):
+        told(row, done, total)
     for future in as_completed(list(futures), raise_errors=False):
         path = futures[future]
         error = future.exception()
@@ -161,8 +163,7 @@ def run(
         else:
             row = failed(str(path), f"{type(error).__name__}: {error}")
         rows.append(row)
-        done += 1
-        told(row, done, len(futures) + len(rows) - done)
+        told(row, len(rows), total)
         future.release()
     by_name = lambda row: row["file"]  # noqa: E731
     return sorted(rows, key=by_name), sorted(times, key=by_name)

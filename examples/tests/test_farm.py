@@ -101,8 +101,16 @@ def test_a_file_that_fails_is_a_row_with_its_error(models: Path, client: Any) ->
 
 def test_a_file_that_needs_more_memory_than_a_worker_has_is_a_row(models: Path, client: Any) -> None:
     least = farm.bytes_needed(models / "cube.stl", farm.Job())
-    rows, _ = farm.run(client, [models / "cube.stl", models / "empty.stl"], farm.Job(), least - 1)
+    told: list[tuple[str, int, int]] = []
+    rows, _ = farm.run(
+        client,
+        [models / "cube.stl", models / "empty.stl"],
+        farm.Job(),
+        least - 1,
+        lambda row, done, of: told.append((row["file"], done, of)),
+    )
     found = by_file(rows)
+    assert told == [("cube.stl", 1, 2), ("empty.stl", 2, 2)]
     assert found["cube.stl"]["error"] == f"needs {least:,} bytes of memory, and a worker has {least - 1:,}"
     assert found["empty.stl"]["error"] == "empty.stl: is empty"
     # Each file asks for twelve or sixteen times its bytes.
@@ -254,7 +262,7 @@ def test_slabs_joined_are_the_bytes_of_one_run(
     models: Path, tmp_path: Path, client: Any, mode: Any, order: bool
 ) -> None:
     model = models / "table.STL"
-    settings = {"layer": 0.5, "hatch": 1.0}
+    settings: dict[str, Any] = {"layer": 0.5, "hatch": 1.0}
     seed = 5 if mode == "disguised" else None
     whole = tmp_path / "whole.cli"
     varnet.write_slices(whole, varnet.slice(varnet.read(model), **settings), mode=mode, seed=seed)

@@ -32,7 +32,9 @@ struct OrderSettings {
 /// The way of the head with the material off.
 struct Travel {
     double length = 0.0;      ///< millimetres
-    std::int64_t starts = 0;  ///< how often the material is switched on
+    /// How often the material is switched on: once for each contour and each chain, and in a chain for each
+    /// stroke that does not begin where the last one ended.
+    std::int64_t starts = 0;
 };
 
 /// Adds what the head travels in a layer, as it stands; the head moves from where it is to where the layer

@@ -59,7 +59,10 @@ void AddLoop(tagLoopTreeNode const& loop, std::int32_t parent, Layer& layer) {
     Contour contour;
     contour.closed = closed;
     contour.parent = parent;
-    contour.level = parent < 0 ? 0 : layer.contours[static_cast<std::size_t>(parent)].level + 1;
+    // One that has left its parent, as when it was ordered, keeps its level: it tells a hole.
+    contour.level = parent >= 0 ? layer.contours[static_cast<std::size_t>(parent)].level + 1
+                    : closed    ? loop.m_nLevel
+                                : 0;
     contour.id = loop.m_nID;
     layer.contours.push_back(contour);
 }

@@ -106,7 +106,7 @@ void CutSweep::DropDeadEdges() {
 }
 
 void CutSweep::TakeUp(int from, int number, Pulse& pulse) {
-    pulse.Beat(static_cast<std::size_t>(number - from + 1));
+    pulse.Beat(Index(number) - Index(from) + 1);
     m_Source->Deliver(from, number, [&](FacetBatch const& batch) {
         TakeUp(batch, number);
         pulse.Beat(batch.facets.size());

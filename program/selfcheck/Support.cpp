@@ -76,9 +76,10 @@ double VolumeOf(XR_CList<void*, void*>& solids) {
     return volume;
 }
 
+// One after the other: each call leaves marks that the next one may see.
 void AddSupports(Record& record, CSTLModel& model) {
-    record.AddApart("FindSupportSurface",
-                    model.FindSupportSurface(65.0, 1) + 100 * model.FindSupportSurface(80.0, 0));
+    record.AddApart("FindSupportSurface, by vertices", model.FindSupportSurface(80.0, 0));
+    record.AddApart("FindSupportSurface, by edges", model.FindSupportSurface(45.0, 1));
     record.AddApart("FilterUnSuspendSupport", model.FilterUnSuspendSupport(4.0));
     model.GenSupportSTL(0.0);
     record.AddApart("GenSupportSTL", VolumeOf(model.m_SupportModelList));
@@ -86,9 +87,16 @@ void AddSupports(Record& record, CSTLModel& model) {
     XR_CList<void*, void*> hanging;
     model.m_VertexTree.FindSuspendPoint(hanging, 1);
     record.AddApart("FindSuspendPoint", hanging.GetCount());
-    record.AddApart("FindSuspendEdge", model.FindSuspendEdge(-1, 50.0, 50.0, 1.0) +
-                                           1000 * model.FindSuspendEdge(1, 50.0, 50.0, 1.0));
-    model.GenSuspendSTL(3.0);
+    for (int const mode : {1, -1}) {
+        record.AddApart(mode == 1 ? "FindSuspendEdge, up" : "FindSuspendEdge, down",
+                        model.FindSuspendEdge(mode, 20.0, 20.0, 1.0));
+        auto const& chains = model.m_SuspendEdgeArray;
+        for (int i = 0; i < chains.GetSize(); ++i) {
+            chains[i]->m_dHalfWidth = 0.5;
+            chains[i]->m_dRise = 0.25;
+        }
+        model.GenSuspendSTL(3.0);
+    }
     record.AddApart("GenSuspendSTL", VolumeOf(model.m_SupportModelList));
     model.FindSupportSurface(80.0, 1);
     model.ZCompensate(0.5);
@@ -112,6 +120,10 @@ void CheckSupport(Record& record) {
     AddBar(record, chance);
     CSTLModel part;
     FillWithBall(part, 24, 30.0);
+    // Flatter, so that its lower flanks are overhangs and its keels hang.
+    double flatter[4][4] = {
+        {1.0, 0.0, 0.0, 0.0}, {0.0, 1.0, 0.0, 0.0}, {0.0, 0.0, 0.5, 0.0}, {0.0, 0.0, 0.0, 1.0}};
+    part.Transform(flatter);
     AddSupports(record, part);
 }
 

@@ -49,7 +49,11 @@ inline FloatLanes Cross(FloatLanes const& a, FloatLanes const& b) {
     return {Turned(zxy)};
 }
 
+}  // namespace varnet
+
 #else
+
+namespace varnet {
 
 using FloatLanes = Float3;
 
@@ -58,6 +62,6 @@ FloatLanes ToFloatLanes(Point const& point) {
     return ToFloat3(point);
 }
 
-#endif
-
 }  // namespace varnet
+
+#endif

@@ -2,6 +2,8 @@
 // what went wrong.
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -51,8 +53,23 @@ bool UseOnce(char const* pPath) {
     std::thread thread([&] { bGood = UseModel(pLibrary) && bGood; });
     thread.join();
     bGood = UseModel(pLibrary) && bGood;
+    // A child has the library and its pages, too, and unloads it by itself.
+    pid_t const child = fork();
+    if (child == 0) _exit(UseModel(pLibrary) && dlclose(pLibrary) == 0 ? 0 : 1);
+    int nStatus = -1;
+    if (waitpid(child, &nStatus, 0) != child || nStatus != 0) return Fail("a child process cannot use it");
     if (dlclose(pLibrary) != 0) return Fail(dlerror());
     return bGood || Fail("not the library");
+}
+
+// Pages of memory that the process has; 0 where the system does not tell.
+long PagesOfMemory() {
+    FILE* const pFile = std::fopen("/proc/self/statm", "r");
+    if (pFile == nullptr) return 0;
+    long nPages = 0;
+    bool const bRead = std::fscanf(pFile, "%ld", &nPages) == 1;
+    std::fclose(pFile);
+    return bRead ? nPages : 0;
 }
 
 bool IsHandledByDefault(int nSignal) {
@@ -64,9 +81,13 @@ bool IsHandledByDefault(int nSignal) {
 
 int main(int nArguments, char** ppArguments) {
     if (nArguments != 2) return 2;
+    long nBefore = 0;
     for (int i = 0; i < 3; ++i) {
+        nBefore = PagesOfMemory();
         if (!UseOnce(ppArguments[1])) return 1;
     }
+    // After the first times, the next one leaves no memory behind: a large page would be 512 of these.
+    if (PagesOfMemory() - nBefore >= 512) return Fail("pages are kept when it is unloaded") ? 0 : 1;
     for (int const nSignal : {SIGINT, SIGTERM, SIGSEGV, SIGFPE, SIGABRT, SIGPIPE}) {
         if (!IsHandledByDefault(nSignal)) return Fail("a signal is handled") ? 0 : 1;
     }

@@ -19,7 +19,7 @@
 /// m_nMaxSize counts the elements that fit without growing. Behind a large one there may be room to spare, so
 /// that growth in steps of 1024 does not copy the array each time; nothing can see that room.
 template <class TYPE, class ARG_TYPE>
-class VARNET_API XR_CArray {
+class VARNET_TEMPLATE_API XR_CArray {
     static_assert(std::is_trivially_copyable_v<TYPE>, "elements are moved as bytes");
 
 public:

@@ -13,3 +13,11 @@
 #else
 #define VARNET_API __attribute__((visibility("default")))
 #endif
+
+/// Marks a class template, which each program makes from the header for the types that it wants. On Windows
+/// it is taken from nowhere else; elsewhere the copies of all programs become one.
+#if defined(_WIN32)
+#define VARNET_TEMPLATE_API
+#else
+#define VARNET_TEMPLATE_API VARNET_API
+#endif

@@ -17,7 +17,7 @@ struct XR__POSITION;
 /// before are dead. Copy construction and assignment are shallow: both lists then share their nodes and
 /// blocks, only one of them may be changed or destroyed, and assignment does not free what the target held.
 template <class TYPE, class ARG_TYPE>
-class VARNET_API XR_CList {
+class VARNET_TEMPLATE_API XR_CList {
 public:
     struct XR_CNode {
         XR_CNode* pNext;

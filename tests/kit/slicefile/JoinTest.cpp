@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+
+#include "TestFiles.h"
+#include "varnet/SliceFile.h"
+
+namespace varnet {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Layer n of a build: a square that grows with the height, and a stroke.
+Layer LayerOf(std::int32_t number, double height = 0.25) {
+    Layer layer;
+    layer.number = number;
+    layer.z = height * number;
+    double const s = 10.0 + number;
+    layer.AddContour(std::vector<Point2>{{0, 0}, {s, 0}, {s, s}, {0, s}}, {});
+    Stroke const stroke{{1, 0.5 * number}, {s - 1, 0.5 * number}};
+    layer.AddChain(std::span(&stroke, 1), kFillId);
+    return layer;
+}
+
+class JoinTest : public ::testing::TestWithParam<SliceMode> {
+protected:
+    // Layers first to last of a build of so many, or a whole file where there is no range.
+    fs::path Shard(std::string const& name, int first, int last, std::optional<int> whole,
+                   SliceMode mode = SliceMode::kBinary) const {
+        SliceWriteSettings settings;
+        settings.mode = mode;
+        settings.seed = 7;
+        if (whole.has_value()) settings.range = LayerRange{first, last, *whole};
+        SliceWriter writer(folder / name, last - first + 1, settings);
+        for (int n = first; n <= last; ++n) writer.Write(LayerOf(n));
+        writer.Finish();
+        return folder / name;
+    }
+    static std::string BytesOf(fs::path const& path) {
+        std::ifstream stream(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    // What a person reads where files are not joined; nothing is left of the output then.
+    std::string RefusalOf(std::vector<fs::path> const& inputs, ErrorKind kind = ErrorKind::kContent,
+                          Progress const& progress = {}) const {
+        fs::path const output = folder / "joined.cli";
+        try {
+            JoinSliceFiles(inputs, output, progress);
+        } catch (Error const& error) {
+            EXPECT_EQ(kind, error.Kind()) << error.what();
+            EXPECT_FALSE(fs::exists(output));
+            return error.what();
+        }
+        return "joined";
+    }
+
+    TestFolder folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, JoinTest,
+                         ::testing::Values(SliceMode::kText, SliceMode::kBinary, SliceMode::kDisguised));
+
+TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
+    int const layers = 12;
+    fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
+    for (int const shards : {1, 2, 3, 5, 12}) {
+        std::vector<fs::path> inputs;
+        for (int i = 0; i < shards; ++i) {
+            int const first = layers * i / shards + 1;
+            int const last = layers * (i + 1) / shards;
+            inputs.push_back(Shard(std::to_string(i) + ".cli", first, last, layers, GetParam()));
+        }
+        EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli"));
+        EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli")) << shards;
+    }
+}
+
+TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
+    std::vector<fs::path> const inputs{Shard("a.cli", 1, 4, std::nullopt, GetParam()),
+                                       Shard("b.cli", 5, 9, std::nullopt, GetParam())};
+    EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli"));
+    SliceFile const joined(folder / "joined.cli");
+    for (int n = 1; n <= 9; ++n) EXPECT_NEAR(0.25 * n, joined.LayerAt(n).z, 0.006) << n;
+    std::vector<fs::path> const turned{inputs[1], inputs[0]};
+    fs::remove(folder / "joined.cli");
+    EXPECT_NE(std::string::npos, RefusalOf(turned).find("begin at or below"));
+    std::vector<fs::path> const gap{inputs[0], Shard("c.cli", 7, 9, std::nullopt, GetParam())};
+    EXPECT_NE(std::string::npos, RefusalOf(gap).find("gap"));
+}
+
+using JoinRefusals = JoinTest;
+
+TEST_F(JoinRefusals, OverlapsGapsAndOtherBuildsAreNamed) {
+    fs::path const a = Shard("a.cli", 1, 4, 12);
+    fs::path const b = Shard("b.cli", 4, 8, 12);
+    fs::path const c = Shard("c.cli", 9, 12, 12);
+    fs::path const other = Shard("other.cli", 5, 8, 13);
+    std::string const overlap = RefusalOf({a, b});
+    EXPECT_NE(std::string::npos, overlap.find("b.cli"));
+    EXPECT_NE(std::string::npos, overlap.find("4:8"));
+    EXPECT_NE(std::string::npos, RefusalOf({a, c}).find("layers 5 to 8 are missing"));
+    EXPECT_NE(std::string::npos, RefusalOf({a, other}).find("13 layers, not of 12"));
+    EXPECT_NE("joined", RefusalOf({c, a}));
+}
+
+TEST_F(JoinRefusals, OtherModesAndUnitsAreNamed) {
+    fs::path const a = Shard("a.cli", 1, 4, 8);
+    fs::path const text = Shard("t.cli", 5, 8, 8, SliceMode::kText);
+    EXPECT_NE(std::string::npos, RefusalOf({a, text}).find("another mode"));
+    std::string bytes = BytesOf(Shard("t1.cli", 1, 4, 8, SliceMode::kText));
+    std::size_t const at = bytes.find("$$UNITS/");
+    ASSERT_NE(std::string::npos, at);
+    std::size_t const end = bytes.find('\n', at);
+    bytes.replace(at, end - at, "$$UNITS/00000000.500000");
+    fs::path const half = folder.Write("half.cli", bytes);
+    EXPECT_NE(std::string::npos, RefusalOf({half, text}).find("other units"));
+}
+
+TEST_F(JoinRefusals, BrokenFilesMissingOnesAndNoneAtAll) {
+    fs::path const a = Shard("a.cli", 1, 4, 8);
+    std::string const bytes = BytesOf(Shard("b.cli", 5, 8, 8));
+    fs::path const cut = folder.Write("cut.cli", bytes.substr(0, bytes.size() - 3));
+    EXPECT_NE(std::string::npos, RefusalOf({a, cut}).find("cut.cli"));
+    EXPECT_NE(std::string::npos,
+              RefusalOf({a, folder / "missing.cli"}, ErrorKind::kFile).find("no such file"));
+    RefusalOf({}, ErrorKind::kArgument);
+    RefusalOf({a, Shard("b.cli", 5, 8, 8)}, ErrorKind::kCancelled, [](double) { return false; });
+}
+
+}  // namespace
+}  // namespace varnet
