@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-
-#include "varnet/Error.h"
+#include <vector>
 
 namespace varnet {
 namespace {
@@ -62,37 +60,6 @@ TEST(AddTravel, StrokesThatBeginNearlyWhereTheLastOneEndedGoOnInIt) {
     EXPECT_EQ(starts(0.0, -0.000101), 2);
 }
 
-TEST(OrderedTravel, TakesTheNearestPathAndGoesOnFromLayerToLayer) {
-    OrderSettings settings;
-    settings.start = {11, 12};
-    PathOrder order(settings);
-    Layer layer = WithSquare();
-    layer.AddChain(std::vector<Stroke>{{{1, 1}, {2, 1}}}, kFillId);
-    layer.AddChain(std::vector<Stroke>{{{8, 9}, {9, 9}}}, kFillId);
-    order.Order(layer);
-    EXPECT_EQ(layer.number, 7);
-    EXPECT_EQ(layer.z, 1.25);
-    EXPECT_EQ(layer.cutHeight, 1.125);
-    ASSERT_EQ(layer.ContourCount(), 1u);
-    EXPECT_EQ(layer.ContourPoints(0).front(), (Point2{10, 10}));
-    ASSERT_EQ(layer.ChainCount(), 2u);
-    EXPECT_EQ(layer.ChainStrokes(0)[0], (Stroke{{9, 9}, {8, 9}}));
-    EXPECT_EQ(layer.ChainStrokes(1)[0], (Stroke{{2, 1}, {1, 1}}));
-    EXPECT_EQ(order.Head(), (Point2{1, 1}));
-    double const after = std::sqrt(5.0) + std::sqrt(2.0) + 10.0;
-    EXPECT_NEAR(order.After().length, after, 1e-12);
-    EXPECT_EQ(order.After().starts, 3);
-    // As it came: to (0, 0), to (1, 1), from (2, 1) to (8, 9).
-    double const before = std::sqrt(121.0 + 144.0) + std::sqrt(2.0) + 10.0;
-    EXPECT_NEAR(order.Before().length, before, 1e-12);
-    EXPECT_EQ(order.Before().starts, 3);
-    Layer next = WithSquare();
-    order.Order(next);
-    EXPECT_EQ(next.ContourPoints(0).front(), (Point2{0, 0}));
-    EXPECT_NEAR(order.After().length, after + std::sqrt(2.0), 1e-12);
-    EXPECT_NEAR(order.Before().length, before + std::sqrt(162.0), 1e-12);  // it ended at (9, 9)
-}
-
 // Beyond 1e14 no pass finds anything: such fill comes last, as it was.
 TEST(OrderedTravel, FillThatIsTooFarAwayComesLast) {
     PathOrder order;
@@ -129,35 +96,6 @@ TEST(OrderedTravel, OneSeedGivesOneOrder) {
     std::sort(ids.begin(), ids.end());
     ASSERT_EQ(ids.size(), 40u);
     for (std::int32_t i = 0; i < 40; ++i) EXPECT_EQ(ids[static_cast<std::size_t>(i)], i);
-}
-
-TEST(OrderedTravel, LengthsThatMakeNoSenseAreRefused) {
-    double const infinity = std::numeric_limits<double>::infinity();
-    auto const refused = [](OrderSettings const& settings) {
-        try {
-            PathOrder const order(settings);
-        } catch (Error const& error) {
-            return error.Kind() == ErrorKind::kArgument;
-        }
-        return false;
-    };
-    OrderSettings settings;
-    settings.width = settings.cut = 0.0;
-    EXPECT_FALSE(refused(settings));
-    for (double const wrong : {-0.001, infinity, std::nan("")}) {
-        for (double OrderSettings::*const field : {&OrderSettings::width, &OrderSettings::cut}) {
-            settings = {};
-            settings.*field = wrong;
-            EXPECT_TRUE(refused(settings)) << wrong;
-        }
-    }
-    for (double const wrong : {infinity, std::nan("")}) {
-        for (double Point2::*const axis : {&Point2::x, &Point2::y}) {
-            settings = {};
-            settings.start.*axis = wrong;
-            EXPECT_TRUE(refused(settings)) << wrong;
-        }
-    }
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
+#include <string>
+#include <vector>
 
-#include "TestFiles.h"
 #include "kit/part/PartChecks.h"
 #include "support/Mushroom.h"
 
@@ -100,56 +100,6 @@ TEST(SupportChoice, AKeelThatLiesOnThePlateNeedsNothingAndOneAboveItDoes) {
         settings.edgeLength = 4.0;
         EXPECT_EQ(Supports(PartOf(mesh), settings).Edges().size(), 0u) << "not longer than that";
         EXPECT_EQ(Supports(PartOf(mesh), settings).Solids().size(), 0u) << down;
-    }
-}
-
-TEST(SupportChoice, RegionsNarrowerThanAStrokeAreCounted) {
-    shapes::Mesh mesh = shapes::Cube(10.0f);
-    shapes::Append(mesh, shapes::Moved(shapes::Cube(2.0f), 20, 0, 5));
-    auto const small = [&mesh](double stroke) {
-        SupportSettings settings;
-        settings.stroke = stroke;
-        return Supports(PartOf(mesh), settings).SmallRegions();
-    };
-    EXPECT_EQ(small(2.0), 0);
-    EXPECT_EQ(small(2.001), 1);
-    EXPECT_EQ(small(1000.0), 1) << "what rests on the plate is not counted";
-}
-
-TEST(SupportChoice, AnEmptyPartHasNoneAndWritesAFileOfNoFacets) {
-    TestFolder const folder;
-    Supports const none{Part()};
-    EXPECT_TRUE(none.Overhangs().empty() && none.Edges().empty() && none.Solids().empty());
-    none.Write(folder / "none.stl");
-    EXPECT_EQ(std::filesystem::file_size(folder / "none.stl"), 84u);
-    OfMushroom(1.0).Write(folder / "one.stl");
-    EXPECT_GT(Part::Read(folder / "one.stl").Triangles().size(), 0u);
-}
-
-TEST(SupportChoice, SettingsOutOfRangeAreRefused) {
-    Part const part = PartOf(shapes::Cube(1.0f));
-    double const notANumber = std::numeric_limits<double>::quiet_NaN();
-    auto const refused = [&part](double SupportSettings::*field, double value) {
-        SupportSettings settings;
-        settings.*field = value;
-        try {
-            Supports const supports(part, settings);
-        } catch (Error const& error) {
-            return error.Kind() == ErrorKind::kArgument;
-        }
-        return false;
-    };
-    for (auto const field :
-         {&SupportSettings::angle, &SupportSettings::edgesUp, &SupportSettings::edgesDown}) {
-        EXPECT_FALSE(refused(field, 0.0));
-        EXPECT_FALSE(refused(field, 90.0));
-        for (double const wrong : {-0.001, 90.001, notANumber}) EXPECT_TRUE(refused(field, wrong)) << wrong;
-    }
-    for (auto const field : {&SupportSettings::minArea, &SupportSettings::down, &SupportSettings::edgeLength,
-                             &SupportSettings::stroke}) {
-        EXPECT_FALSE(refused(field, 0.0));
-        for (double const wrong : {-0.001, std::numeric_limits<double>::infinity(), notANumber})
-            EXPECT_TRUE(refused(field, wrong)) << wrong;
     }
 }
 
