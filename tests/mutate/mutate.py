@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Changes single lines of the code, and says which changes no test notices.
 
-usage: mutate.py [N] [--seed S] [--all | --changed REV] [--lines] [--only TEXT] [--seconds T] [--jobs J] [--list]
+usage: mutate.py [N] [--seed S] [--all | --changed REV | --from FILE] [--lines] [--only TEXT] [--seconds T] [--jobs J]
+                 [--list]
 
 N mutants are drawn by the seed, one kind as often as the other: comparisons and their strictness, plus and minus,
 constants, statements and guards that go, returns that come early, arguments that change places. Each is put into a copy
@@ -192,6 +193,20 @@ def drawn(found, seed):
             del kinds[kind]
 
 
+def listed(path):
+    """Mutants by hand: of each the file, the line (the nth that reads so), and what it becomes."""
+    found = []
+    for entry in json.loads(pathlib.Path(path).read_text(encoding="utf-8")):
+        lines = (ROOT / entry["file"]).read_text(encoding="utf-8").split("\n")
+        numbers = [i + 1 for i, line in enumerate(lines) if line.strip() == entry["line"]]
+        nth = entry.get("nth", 1)
+        if len(numbers) < nth:
+            print(f"no such line: {entry['file']}: {entry['line']}", flush=True)
+            continue
+        found.append(Mutant(entry["file"], numbers[nth - 1], "chosen", lines[numbers[nth - 1] - 1], entry["becomes"]))
+    return found
+
+
 def known_equivalent(mutant):
     for entry in json.loads(EQUIVALENTS.read_text(encoding="utf-8")):
         same = entry["file"] == mutant.file and entry["kind"] == mutant.kind and entry["line"] == mutant.line.strip()
@@ -347,7 +362,7 @@ class Session:
                 self.counted += 1
             if outcome == "survived":
                 self.survivors.append(mutant)
-            if outcome != "refused":
+            if outcome != "refused" or self.options.listed:
                 print(f"{outcome:10} {mutant}" + (f"  [{by}]" if by else ""), flush=True)
 
     def work(self, number):
@@ -369,6 +384,7 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     which = parser.add_mutually_exclusive_group()
     which.add_argument("--all", action="store_true", help="all files of src, kit and program")
+    which.add_argument("--from", dest="listed", metavar="FILE", help="those of a list, such as chosen.json")
     which.add_argument("--changed", metavar="REV", help="files that differ from REV (the branch's base, or HEAD~1)")
     parser.add_argument("--lines", action="store_true", help="only the lines that differ")
     parser.add_argument("--only", metavar="TEXT", help="only files whose path holds TEXT")
@@ -376,8 +392,12 @@ def main():
     parser.add_argument("--jobs", type=int, default=1, metavar="J", help="copies of the tree that work at a time")
     parser.add_argument("--list", action="store_true", help="print the mutants, and try none")
     options = parser.parse_args()
-    found = sites(options)
-    order = list(drawn(found, options.seed))
+    if options.listed:
+        found = order = [m for m in listed(options.listed) if (options.only or "") in m.file]
+        options.number = len(order)
+    else:
+        found = sites(options)
+        order = list(drawn(found, options.seed))
     if options.list:
         for mutant in order[: options.number]:
             print(mutant)
@@ -389,7 +409,7 @@ def main():
         for done in [pool.submit(session.work, i + 1) for i in range(options.jobs)]:
             done.result()
     counts = session.counts
-    print(f"of {len(found)} possible mutants {session.counted} were tried: {counts.get('noticed', 0)} noticed, "
+    print(f"of {len(found)} mutants {session.counted} were tried: {counts.get('noticed', 0)} noticed, "
           f"{counts.get('survived', 0)} survived; {counts.get('same', 0)} left the programs as they were, "
           f"{counts.get('equivalent', 0)} are known to change nothing, the compiler refused {counts.get('refused', 0)}")
     for mutant in session.survivors:

@@ -168,7 +168,7 @@ TEST(SupportDetection, ANeighbourThatFallsByMoreThanAHundredthIsAWall) {
     auto const isSuspended = [](double dFall) {
         CSTLModel model;
         AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(0, 4, 0), CPoint3D(4, 0, 0));        // faces down
-        AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(0, -1, -dFall), CPoint3D(4, 0, 0));  // faces up
+        AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(4, -1, -dFall), CPoint3D(4, 0, 0));  // faces up
         EXPECT_GT(FacetAt(model, 1).m_fNormal[2], 0.0f);
         EXPECT_EQ(1, model.FindSupportSurface(45.0, 1));
         return SupportAt(model, 0).IsSuspendSupport();
