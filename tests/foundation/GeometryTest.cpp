@@ -181,6 +181,16 @@ TEST(Geometry, TheEndsOfAShortSegmentAreAtNoDistance) {
     EXPECT_EQ(16.0, CalMinD2ofPtoLine(CPoint2D(0.0, 4.0), CPoint2D(0.0, 0.0), CPoint2D(4.0, 0.0)));
 }
 
+// So far from the end that both squares are rounded to 65536: the point counts as beside the start, at the
+// distance from it, and not at that from the line, which is 2^-44.
+TEST(Geometry, APointThatRoundingPutsBesideTheStartIsAsFarAsThat) {
+    CPoint2D p(std::ldexp(1.0, -46), std::ldexp(1.0, -22));
+    CPoint2D a(0.0, 0.0);
+    CPoint2D b(256.0, 0.0);
+    EXPECT_EQ(std::ldexp(1.0, -44), D2ofPtoLine(p, a, b));
+    EXPECT_EQ(std::ldexp(1.0, -44) + std::ldexp(1.0, -92), CalMinD2ofPtoLine(p, a, b));
+}
+
 TEST(Geometry, DistanceFromALineInSpace) {
     CPoint3D p(0.0, 3.0, 4.0);
     CPoint3D a(0.0, 0.0, 0.0);

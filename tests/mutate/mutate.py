@@ -295,34 +295,35 @@ def targets_for(file):
     return targets + (["varnet"] if room in SEEN_BY_PROGRAM else [])
 
 
-def prepare(copy, targets, checked):
-    """Builds what has not been built, and sees it pass; False where it does not."""
-    fresh = [t for t in targets if t not in copy.hashes]
-    if fresh and copy.make(fresh).returncode != 0:
+def prepare(copy, target, checked):
+    """Builds a program of unchanged code, and sees it pass; False where it does not."""
+    if target in copy.hashes:
+        return True
+    if copy.make([target]).returncode != 0:
+        print(f"the unchanged code does not build: {target}", flush=True)
         return False
-    for target in fresh:
-        if target not in checked:
-            checked[target] = copy.failing(target) or copy.failing(target, are_slow=True)
-        if checked[target] is not None:
-            print(f"the unchanged code fails: {checked[target]}", flush=True)
-            return False
-        copy.hashes[target] = copy.hash_of(target)
+    if target not in checked:
+        checked[target] = copy.failing(target) or copy.failing(target, are_slow=True)
+    if checked[target] is not None:
+        print(f"the unchanged code fails: {checked[target]}", flush=True)
+        return False
+    copy.hashes[target] = copy.hash_of(target)
     return True
 
 
 def tried(copy, mutant, checked):
-    """noticed, survived, same or refused, and by what."""
-    targets = targets_for(mutant.file)
+    """noticed, survived, same, refused or broken, and by what."""
     path = copy.root / mutant.file
     whole = path.read_text(encoding="utf-8")
-    if not prepare(copy, targets, checked):
-        return "broken", "the unchanged code"
     lines = whole.split("\n")
     lines[mutant.number - 1] = mutant.becomes
+    changed = []
     try:
-        path.write_text("\n".join(lines), encoding="utf-8")
-        changed = []
-        for target in targets:
+        for target in targets_for(mutant.file):
+            path.write_text(whole, encoding="utf-8")
+            if not prepare(copy, target, checked):
+                return "broken", "the unchanged code"
+            path.write_text("\n".join(lines), encoding="utf-8")
             if copy.make([target]).returncode != 0:
                 return "refused", "the compiler"
             if copy.hash_of(target) == copy.hashes[target]:

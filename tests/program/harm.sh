@@ -30,6 +30,14 @@ wait $!
 cmp through plain.cli || fail "slices through a pipe"
 [ -p pipe ] || fail "the pipe is a file now"
 
+if [ -w /dev/full ]; then
+    for job in 'slice part.stl -o -' 'repair part.stl -'; do
+        # shellcheck disable=SC2086
+        ! "$varnet" $job >/dev/full 2>err || fail "$job into a full device"
+        says 'could not be written whole: the disk is full'
+    done
+fi
+
 # Links keep pointing, modes stay.
 mkdir elsewhere
 printf 'old' >elsewhere/target.cli
