@@ -5,6 +5,8 @@
 #include <limits>
 #include <new>
 
+#include "foundation/memory/SlotPool.h"
+
 namespace {
 
 constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
@@ -23,6 +25,12 @@ bool Fails() {
 }
 
 std::atomic<std::int64_t> s_nLive{0};
+
+// Chunks of slots are not counted: how many there are depends on where in one the last work has ended. They
+// are aligned to their size, and no other block to so much.
+bool IsChunk(void const* pMemory) {
+    return reinterpret_cast<std::uintptr_t>(pMemory) % varnet::slot_layout::kChunkSize == 0;
+}
 
 void* Counted(void* pMemory) {
     if (pMemory != nullptr) s_nLive.fetch_add(1, std::memory_order_relaxed);
@@ -56,10 +64,10 @@ void* __wrap_realloc(void* pMemory, std::size_t nSize) {
     return pMemory == nullptr ? Counted(pMoved) : pMoved;
 }
 void* __wrap_aligned_alloc(std::size_t nAlignment, std::size_t nSize) {
-    return Fails() ? nullptr : Counted(__real_aligned_alloc(nAlignment, nSize));
+    return Fails() ? nullptr : __real_aligned_alloc(nAlignment, nSize);
 }
 void __wrap_free(void* pMemory) {
-    if (pMemory != nullptr) s_nLive.fetch_sub(1, std::memory_order_relaxed);
+    if (pMemory != nullptr && !IsChunk(pMemory)) s_nLive.fetch_sub(1, std::memory_order_relaxed);
     __real_free(pMemory);
 }
 }

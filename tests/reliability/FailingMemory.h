@@ -17,5 +17,6 @@ public:
     bool HasFailed() const;
 };
 
-/// How many blocks of memory are there that the library and this program have asked for, and not given back.
+/// How many blocks of memory, chunks of slots left out, are there that the library and this program have
+/// asked for, and not given back.
 std::int64_t LiveBlocks();
