@@ -2,7 +2,7 @@
 """Changes single lines of the code, and says which changes no test notices.
 
 usage: mutate.py [N] [--seed S] [--all | --changed REV | --from FILE] [--lines] [--only TEXT] [--seconds T] [--jobs J]
-                 [--list]
+                 [--copy K] [--list]
 
 N mutants are drawn by the seed, one kind as often as the other: comparisons and their strictness, plus and minus,
 constants, statements and guards that go, returns that come early, arguments that change places. Each is put into a copy
@@ -391,6 +391,7 @@ def main():
     parser.add_argument("--only", metavar="TEXT", help="only files whose path holds TEXT")
     parser.add_argument("--seconds", type=float, metavar="T", help="begin no mutant after so many")
     parser.add_argument("--jobs", type=int, default=1, metavar="J", help="copies of the tree that work at a time")
+    parser.add_argument("--copy", type=int, default=1, metavar="K", help="the first copy's number, beside another run")
     parser.add_argument("--list", action="store_true", help="print the mutants, and try none")
     options = parser.parse_args()
     if options.listed:
@@ -407,7 +408,7 @@ def main():
     for mutant in order:
         session.left.put(mutant)
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for done in [pool.submit(session.work, i + 1) for i in range(options.jobs)]:
+        for done in [pool.submit(session.work, options.copy + i) for i in range(options.jobs)]:
             done.result()
     counts = session.counts
     print(f"of {len(found)} mutants {session.counted} were tried: {counts.get('noticed', 0)} noticed, "
