@@ -136,6 +136,19 @@ std::string PaddedHeader(fs::path const& path) {
     return header;
 }
 
+// The writers of the classes do not look at write errors: what the system said last is still there.
+bool HasRefusedBytes(int error) {
+    constexpr std::array kReasons = {
+        ENOSPC,
+        EFBIG,
+        EIO,
+#if defined(EDQUOT)
+        EDQUOT
+#endif
+    };
+    return std::find(kReasons.begin(), kReasons.end(), error) != kReasons.end();
+}
+
 bool WriteStrips(Part const& part, fs::path const& path, MeshWriteSettings const& settings) {
     std::string header;
     if (!settings.header.empty()) header = PaddedHeader(settings.header);
@@ -213,10 +226,10 @@ WriteReport Part::Write(fs::path const& path, MeshWriteSettings const& settings)
     Pace const pace = Pace(watch).Between(0.0, 0.5);
     OutputFile file(path);
     errno = 0;
-    if (!WriteFormat(*this, *m_State, file.PathForWriter(), settings, pace)) {
+    if (!WriteFormat(*this, *m_State, file.PathForWriter(), settings, pace) || HasRefusedBytes(errno)) {
         throw Error(
             ErrorKind::kFile, path,
-            std::string("cannot be written: ") + (errno != 0 ? std::strerror(errno) : "is the disk full?"));
+            std::string("cannot be written: ") + (errno != 0 ? ReasonOf(errno) : "is the disk full?"));
     }
     // It is read back before it takes its place: whoever stops the work meanwhile finds no file.
     Progress const& progress = settings.progress;

@@ -195,6 +195,51 @@ TEST(Optimize, DoesNotThinAcrossTheSeamOfDirections) {
     EXPECT_EQ(pEast->m_pPointList->GetCount(), 2);
 }
 
+namespace {
+
+// A height above (1, 0) whose direction from (0, 0) is 10 degrees to the bit, and the next one above.
+std::pair<double, double> TenDegreesAndAbove() {
+    auto const degrees = [](double y) { return CalAngleDeg(CPoint2D(0, 0), CPoint2D(1, y)); };
+    double y = std::tan(10.0 * 3.14159265358979323846 / 180.0);
+    while (degrees(y) >= 10.0) y = std::nextafter(y, 0.0);
+    while (degrees(y) < 10.0) y = std::nextafter(y, 1.0);
+    double dAbove = y;
+    while (degrees(dAbove) <= 10.0) dAbove = std::nextafter(dAbove, 1.0);
+    return {y, dAbove};
+}
+
+}  // namespace
+
+TEST(Optimize, ATurnOfTenDegreesIsThinnedAndTheNextOneIsNot) {
+    auto const [dTen, dAbove] = TenDegreesAndAbove();
+    if (CalAngleDeg(CPoint2D(0, 0), CPoint2D(1, dTen)) != 10.0) GTEST_SKIP() << "no point has that direction";
+    LoopPtr const pTen = OpenPath({{-1, 0}, {0, 0}, {1, dTen}});
+    pTen->m_dTolerance = 1.0;
+    pTen->Optimize();
+    EXPECT_EQ(PlacesOf(*pTen), (Places{{-1, 0}, {1, dTen}}));
+    LoopPtr const pAbove = OpenPath({{-1, 0}, {0, 0}, {1, dAbove}});
+    pAbove->m_dTolerance = 1.0;
+    pAbove->Optimize();
+    EXPECT_EQ(PlacesOf(*pAbove), (Places{{-1, 0}, {0, 0}, {1, dAbove}}));
+    LoopPtr const pLine = OpenPath({{-1, 0}, {0, 0}, {1, dTen}});
+    pLine->OptimizeLine(10.0);
+    EXPECT_EQ(PlacesOf(*pLine), (Places{{-1, 0}, {1, dTen}}));
+}
+
+TEST(Optimize, AHeadWithATurnOfTenDegreesStaysAndOneWithLessGoes) {
+    auto const [dTen, dAbove] = TenDegreesAndAbove();
+    if (CalAngleDeg(CPoint2D(0, 0), CPoint2D(1, dTen)) != 10.0) GTEST_SKIP() << "no point has that direction";
+    LoopPtr const pTen = ClosedLoop({{0, 0}, {1, dTen}, {0, 5}, {-1, 0}});
+    pTen->m_dTolerance = 1.0;
+    pTen->Optimize();
+    EXPECT_EQ(PlacesOf(*pTen), (Places{{0, 0}, {1, dTen}, {0, 5}, {-1, 0}, {0, 0}}));
+    LoopPtr const pLess = ClosedLoop({{0, 0}, {1, 0.17}, {0, 5}, {-1, 0}});
+    pLess->m_dTolerance = 1.0;
+    pLess->Optimize();
+    EXPECT_EQ(PlacesOf(*pLess), (Places{{1, 0.17}, {0, 5}, {-1, 0}, {1, 0.17}}));
+    EXPECT_LT(dTen, dAbove);
+}
+
 TEST(Optimize, FewerThanThreePointsOrNoListAreLeftAlone) {
     LoopPtr const pLoop = ClosedLoop({{0, 0}});
     pLoop->Optimize();

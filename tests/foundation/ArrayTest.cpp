@@ -6,6 +6,10 @@
 #include <utility>
 #include <vector>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include "foundation/Array.h"
 
 namespace {
@@ -343,4 +347,48 @@ TYPED_TEST(ArrayTest, CapacityFollowsTheRuleThroughALongRunOfAdds) {
         ASSERT_EQ(nCapacity, array.m_nMaxSize);
     }
     for (int i = 0; i < 60000; ++i) ASSERT_EQ(Element(i + 1), array[i]);
+}
+
+// Up to 8192 elements the storage is what the capacity says; above, the next power of two.
+TYPED_TEST(ArrayTest, StorageHoldsTheCapacityAtEverySize) {
+    for (auto const& [nCapacity, nStorage] : std::vector<std::pair<int, int>>{{1, 1},
+                                                                              {8191, 8191},
+                                                                              {8192, 8192},
+                                                                              {8193, 16384},
+                                                                              {16384, 16384},
+                                                                              {16385, 32768},
+                                                                              {2147483647, -1}}) {
+        std::int64_t const nExpected = nStorage > 0 ? nStorage : std::int64_t{1} << 31;
+        EXPECT_EQ(nExpected, TypeParam::StorageFor(nCapacity)) << nCapacity;
+    }
+    TypeParam array;
+    std::vector<int> const sizes = {1,     8192, 8193,  8192, 16384, 16385, 40000, 16384,
+                                    16383, 3,    70000, 8193, 8192,  8191,  1};
+    for (int const nSize : sizes) {
+        array.SetSize(nSize);
+        array.m_pData[0] = Element(5);
+        array.m_pData[nSize - 1] = Element(nSize);
+        array.FreeExtra();
+        EXPECT_EQ(nSize, array.m_nMaxSize);
+        EXPECT_EQ(Element(nSize), array[nSize - 1]);
+#if defined(__GLIBC__)
+        EXPECT_GE(::malloc_usable_size(array.m_pData),
+                  static_cast<std::size_t>(TypeParam::StorageFor(nSize)) * sizeof(void*))
+            << nSize;
+#endif
+    }
+}
+
+// From 8193 elements on, seven steps of 1024 stay below 16384: nothing has to move.
+TYPED_TEST(ArrayTest, ElementsStayWhereTheyAreWhileTheStorageHoldsThem) {
+    TypeParam array;
+    array.SetSize(8193);
+    void* const* const pData = array.m_pData;
+    // Something behind it, so that a larger block would have to be elsewhere.
+    std::vector<std::vector<char>> others;
+    while (array.GetSize() < 15361) {
+        if (array.GetSize() % 512 == 0) others.emplace_back(100000);
+        array.Add(Element(1));
+        ASSERT_EQ(pData, array.m_pData) << array.GetSize();
+    }
 }

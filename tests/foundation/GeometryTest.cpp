@@ -167,6 +167,30 @@ TEST(Geometry, SegmentWithoutLengthIsAsFarAsItsPoint) {
     EXPECT_EQ(25.0, CalMinD2ofPtoLine(CPoint2D(3.0, 4.0), CPoint2D(0.0, 0.0), CPoint2D(0.0, 0.0)));
 }
 
+// Too short to have a direction: the distance from the line is that from its start, also at the end.
+TEST(Geometry, TheEndsOfAShortSegmentAreAtNoDistance) {
+    for (double const dLength : {1e-5, 5e-5, 1e-3, 1.0}) {
+        CPoint2D const a(0.0, 0.0);
+        CPoint2D const b(dLength, 0.0);
+        EXPECT_EQ(0.0, CalMinD2ofPtoLine(a, a, b));
+        EXPECT_EQ(0.0, CalMinD2ofPtoLine(b, a, b));
+    }
+    // Beside the ends at a right angle.
+    EXPECT_EQ(16.0, CalMinD2ofPtoLine(CPoint2D(1e-5, 4.0), CPoint2D(0.0, 0.0), CPoint2D(1e-5, 0.0)));
+    EXPECT_EQ(16.0, CalMinD2ofPtoLine(CPoint2D(4.0, 4.0), CPoint2D(0.0, 0.0), CPoint2D(4.0, 0.0)));
+    EXPECT_EQ(16.0, CalMinD2ofPtoLine(CPoint2D(0.0, 4.0), CPoint2D(0.0, 0.0), CPoint2D(4.0, 0.0)));
+}
+
+// So far from the end that both squares are rounded to 65536: the point counts as beside the start, at the
+// distance from it, and not at that from the line, which is 2^-44.
+TEST(Geometry, APointThatRoundingPutsBesideTheStartIsAsFarAsThat) {
+    CPoint2D p(std::ldexp(1.0, -46), std::ldexp(1.0, -22));
+    CPoint2D a(0.0, 0.0);
+    CPoint2D b(256.0, 0.0);
+    EXPECT_EQ(std::ldexp(1.0, -44), D2ofPtoLine(p, a, b));
+    EXPECT_EQ(std::ldexp(1.0, -44) + std::ldexp(1.0, -92), CalMinD2ofPtoLine(p, a, b));
+}
+
 TEST(Geometry, DistanceFromALineInSpace) {
     CPoint3D p(0.0, 3.0, 4.0);
     CPoint3D a(0.0, 0.0, 0.0);

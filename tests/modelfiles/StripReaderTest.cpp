@@ -245,6 +245,21 @@ TEST(StripReader, ReferencesToVerticesThatAreNotThereAreRefusedAndFacetsBeforeSt
     EXPECT_EQ(0, first.GetFacetsNum());
 }
 
+// A record's number counts for the way back before it is refused, and the 1 of a good file is not added; a
+// head's number that is refused does not count.
+TEST(StripReader, NumberZeroOfARecordIsTheLongestWayBackAndThatOfAHeadIsNone) {
+    FileBytes const start = Start(9).Raw(Head());
+    CSTLModel record;
+    EXPECT_EQ(0, Read(record, FileBytes(start).Number(0 << 3 | 3, 3).Byte(0)));
+    EXPECT_EQ(3, record.m_nMaxBackRef);
+    CSTLModel later;
+    EXPECT_EQ(0, Read(later, FileBytes(start).Number(2 << 3 | 3, 3).Number(4 << 3 | 3, 3)));
+    EXPECT_EQ(1, later.m_nMaxBackRef);
+    CSTLModel head;
+    EXPECT_EQ(0, Read(head, FileBytes(start).Byte(0).Byte(0).Numbers({3, 0, 1}, 3).Byte(0)));
+    EXPECT_EQ(0, head.m_nMaxBackRef);
+}
+
 TEST(StripReader, MoreVerticesThanAnnouncedAreRefusedAndFacetsBeforeStay) {
     for (std::uint32_t const n : {0u, 1u, 2u}) {
         CSTLModel model;
@@ -319,6 +334,31 @@ TEST(StripReader, FileThatEndsInsideAPointUsesWhatIsThere) {
     ASSERT_EQ(2, steps.GetFacetsNum());  // 8, 4 and 0 steps: (3, 3, 3)
     EXPECT_EQ(3.0, steps.m_VertexTree.m_BoundBox.m_ptMax.x);
     EXPECT_EQ(3.5, steps.m_VertexTree.m_BoundBox.m_ptMax.z);
+}
+
+// The bytes of the point that are there, in front of those that the point before has in these places. All
+// twelve change the point by more than the tolerance.
+TEST(StripReader, FileThatEndsInsideAFloatPointTakesTheOtherBytesFromThePointBefore) {
+    CPoint3D const p1(100.0, 200.0, 300.0), p2(1100.25, 210.5, 310.75);
+    std::array<float, 3> const before = {1000.1234f, 1500.4321f, 1900.777f};
+    std::array<float, 3> const next = {-3051.9871f, -2771.6159f, -2393.7523f};
+    FileBytes const head = FloatStart(4).Byte(7).Floats({100.0f, 200.0f, 300.0f, 1100.25f, 210.5f, 310.75f});
+    for (std::size_t nCut = 1; nCut <= sizeof next; ++nCut) {
+        std::array<unsigned char, sizeof next> bytes;
+        std::memcpy(bytes.data(), next.data(), sizeof next);
+        FileBytes file = FileBytes(head).Floats({before[0], before[1], before[2]}).Byte(5);
+        for (std::size_t i = 0; i < nCut; ++i) file.Byte(bytes[i]);
+        std::array<float, 3> mixed = before;
+        std::memcpy(mixed.data(), bytes.data(), nCut);
+        CSTLModel model;
+        EXPECT_EQ(1, Read(model, file)) << nCut;
+        CSTLModel expected;
+        CPoint3D const p3(before[0], before[1], before[2]);
+        AddTriangle(expected, p1, p2, p3);
+        AddTriangle(expected, CPoint3D(mixed[0], mixed[1], mixed[2]), p1, p3);
+        ASSERT_EQ(2, expected.GetFacetsNum()) << nCut;
+        ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model)) << nCut;
+    }
 }
 
 TEST(StripReader, FileThatEndsInsideAReferenceUsesWhatIsThere) {

@@ -30,6 +30,14 @@ wait $!
 cmp through plain.cli || fail "slices through a pipe"
 [ -p pipe ] || fail "the pipe is a file now"
 
+if [ -w /dev/full ]; then
+    for job in 'slice part.stl -o -' 'repair part.stl -'; do
+        # shellcheck disable=SC2086
+        ! "$varnet" $job >/dev/full 2>err || fail "$job into a full device"
+        says 'could not be written whole: the disk is full'
+    done
+fi
+
 # Links keep pointing, modes stay.
 mkdir elsewhere
 printf 'old' >elsewhere/target.cli
@@ -53,6 +61,42 @@ cmp 'łódź 中文 🙂/część.cli' plain.cli || fail "a name in other letter
 )
 [ ! -e large.cli ] || fail "a file beyond the limit"
 nothing_left
+
+# Nor does a rewrite that finds no room: what was there stays, and it is said why.
+cubes=()
+for n in $(seq 0 30); do cubes+=("$((20 * n))" 0 0 10); done
+cube many.stl "${cubes[@]}"
+rewrite() {
+    local target=$1
+    shift
+    cp "$target" before
+    (
+        ulimit -f 1
+        expect 1 "$varnet" "$@"
+        says "$target: (could not be written whole|cannot be written): "
+    ) || fail "a rewrite of $target without room"
+    cmp "$target" before || fail "$target has changed"
+    nothing_left
+}
+cp plain.cli again.cli
+rewrite again.cli order again.cli again.cli
+rewrite many.stl repair many.stl many.stl
+for kind in --floats --ring --plain; do
+    printf 'old' >again.csm
+    rewrite again.csm convert many.stl again.csm $kind
+done
+if [ -w /dev/full ]; then
+    ln -s /dev/full full.csm
+    for kind in --floats --ring --plain; do
+        expect 1 "$varnet" convert part.stl full.csm $kind
+        says 'full.csm: cannot be written: the disk is full'
+    done
+    # A name that is taken, were it by a link to a full device, is another's.
+    expect 0 bash -c 'ln -s /dev/full taken.cli.$$.part; exec "$0" "$@"' "$varnet" order plain.cli taken.cli
+    [ "$(find . -name 'taken.cli.*.part' -type l | wc -l)" -eq 1 ] || fail "the link of another"
+    [ -s taken.cli ] && [ ! -L taken.cli ] || fail "a file beside a name that is taken"
+    find . -name 'taken.cli.*.part' -delete
+fi
 
 # Signals, while the file is under way: the job is seen to write before it is stopped.
 begun() { find . -name 'long.cli.*.part' | grep -q .; }

@@ -54,6 +54,12 @@ head -c 100 /dev/zero >cut.stl
 printf '\377\377\377\177' | dd of=cut.stl bs=1 seek=80 conv=notrunc 2>/dev/null
 expect 1 "$varnet" info cut.stl
 says 'cut.stl'
+head -c 83 /dev/zero | tr '\0' '\1' >short.stl
+expect 1 "$varnet" info short.stl
+says 'short.stl: is too short for a model'
+head -c 84 /dev/zero | tr '\0' '\1' >header.stl
+expect 1 "$varnet" info header.stl
+says 'header.stl: announces 16843009 facets, and holds 0: it is cut short'
 
 expect 0 "$varnet"
 row 'slice'

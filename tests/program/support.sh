@@ -28,6 +28,9 @@ expect 0 "$varnet" support $part -o plate.stl --to-plate --json
 row '"supported": true'
 row '"solids": 3'
 row '"length": 15.0'
+# The least area drops what a wall holds.
+expect 0 "$varnet" support $part -o large.stl --down 3 --min-area 1000000
+row 'dropped: below the least area and held by a wall'
 # A chamfer of 45 degrees needs none at the threshold that holds when none is given.
 expect 0 "$varnet" support $part -o none.stl --angle 0 --edge-length 1000
 row 'solids +0, 0 facets$'

@@ -1,8 +1,11 @@
 #include "reliability/FailingMemory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
+
+#include "foundation/memory/SlotPool.h"
 
 namespace {
 
@@ -21,7 +24,22 @@ bool Fails() {
     return true;
 }
 
+std::atomic<std::int64_t> s_nLive{0};
+
+// Chunks of slots are not counted: how many there are depends on where in one the last work has ended. They
+// are aligned to their size, and no other block to so much.
+bool IsChunk(void const* pMemory) {
+    return reinterpret_cast<std::uintptr_t>(pMemory) % varnet::slot_layout::kChunkSize == 0;
+}
+
+void* Counted(void* pMemory) {
+    if (pMemory != nullptr) s_nLive.fetch_add(1, std::memory_order_relaxed);
+    return pMemory;
+}
+
 }  // namespace
+
+std::int64_t LiveBlocks() { return s_nLive.load(std::memory_order_relaxed); }
 
 FailingMemory::FailingMemory(std::size_t nFailing) {
     t_bFailed = false;
@@ -37,23 +55,30 @@ extern "C" {
 void* __real_malloc(std::size_t nSize);
 void* __real_realloc(void* pMemory, std::size_t nSize);
 void* __real_aligned_alloc(std::size_t nAlignment, std::size_t nSize);
+void __real_free(void* pMemory);
 
-void* __wrap_malloc(std::size_t nSize) { return Fails() ? nullptr : __real_malloc(nSize); }
+void* __wrap_malloc(std::size_t nSize) { return Fails() ? nullptr : Counted(__real_malloc(nSize)); }
 void* __wrap_realloc(void* pMemory, std::size_t nSize) {
-    return Fails() ? nullptr : __real_realloc(pMemory, nSize);
+    if (Fails()) return nullptr;
+    void* const pMoved = __real_realloc(pMemory, nSize);
+    return pMemory == nullptr ? Counted(pMoved) : pMoved;
 }
 void* __wrap_aligned_alloc(std::size_t nAlignment, std::size_t nSize) {
     return Fails() ? nullptr : __real_aligned_alloc(nAlignment, nSize);
 }
+void __wrap_free(void* pMemory) {
+    if (pMemory != nullptr && !IsChunk(pMemory)) s_nLive.fetch_sub(1, std::memory_order_relaxed);
+    __real_free(pMemory);
+}
 }
 
 void* operator new(std::size_t nSize) {
-    void* const pMemory = Fails() ? nullptr : __real_malloc(nSize);
+    void* const pMemory = Fails() ? nullptr : Counted(__real_malloc(nSize));
     if (pMemory == nullptr) throw std::bad_alloc();
     return pMemory;
 }
 void* operator new[](std::size_t nSize) { return operator new(nSize); }
-void operator delete(void* pMemory) noexcept { std::free(pMemory); }
-void operator delete[](void* pMemory) noexcept { std::free(pMemory); }
-void operator delete(void* pMemory, std::size_t) noexcept { std::free(pMemory); }
-void operator delete[](void* pMemory, std::size_t) noexcept { std::free(pMemory); }
+void operator delete(void* pMemory) noexcept { __wrap_free(pMemory); }
+void operator delete[](void* pMemory) noexcept { __wrap_free(pMemory); }
+void operator delete(void* pMemory, std::size_t) noexcept { __wrap_free(pMemory); }
+void operator delete[](void* pMemory, std::size_t) noexcept { __wrap_free(pMemory); }

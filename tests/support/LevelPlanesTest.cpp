@@ -87,11 +87,36 @@ TEST(LevelPlanes, ToleranceIsHeldAgainstTheFloatDifference) {
     EXPECT_EQ(1, found.array.m_aSurface.GetSize());
 }
 
+// Slopes of 3 in 4 and of 4 in 3: normals of 0.8 and 0.6, 0.2 and 0.4 off level; a steep one of 12 in 5 is
+// 1 - 5/13 = 0.615 off, and an upright facet 1.
+TEST(LevelPlanes, EveryToleranceUpToOneDividesSlopesBySteepness) {
+    auto const count = [](double dTolerance) {
+        CSTLModel model;
+        double const heights[] = {3.0 / 4.0, 4.0 / 3.0, 12.0 / 5.0};
+        for (int i = 0; i < 3; ++i)
+            AddTriangle(model, CPoint3D(10 * i, 0, 0), CPoint3D(10 * i + 1, 0, heights[i]),
+                        CPoint3D(10 * i, 1, 0));
+        AddTriangle(model, CPoint3D(30, 0, 0), CPoint3D(31, 0, 0), CPoint3D(30, 0, 1));
+        BorrowedSurfaces found;
+        model.ExtractHorizonPlane(dTolerance, &found.array);
+        return found.array.m_aSurface.GetSize();
+    };
+    EXPECT_EQ(0, count(0.19));
+    EXPECT_EQ(1, count(0.21));
+    EXPECT_EQ(1, count(0.39));
+    EXPECT_EQ(2, count(0.41));
+    EXPECT_EQ(2, count(0.61));
+    EXPECT_EQ(3, count(0.62));
+    EXPECT_EQ(3, count(0.99));
+    EXPECT_EQ(3, count(1.0));
+    EXPECT_EQ(4, count(1.01));
+}
+
 TEST(LevelPlanes, AgreesWithTheLiteralSearchOnRandomMeshes) {
     for (std::uint32_t nSeed = 0; nSeed < 210; ++nSeed) {
         SCOPED_TRACE(nSeed);
         NumberedModel m(RandomParts(nSeed).Make(nSeed));
-        for (double const dTolerance : {0.001, 0.1, 0.4, 2.0}) {
+        for (double const dTolerance : {0.001, 0.1, 0.4, 0.6, 0.9, 2.0}) {
             BorrowedSurfaces found;
             m.model.ExtractHorizonPlane(dTolerance, &found.array);
             ASSERT_EQ(m.Numbers(literal::LevelPlanes(m.facets, dTolerance)), m.Numbers(found.array));

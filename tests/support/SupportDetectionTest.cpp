@@ -3,33 +3,10 @@
 #include <limits>
 
 #include "LiteralSupport.h"
+#include "Mushroom.h"
 #include "RandomParts.h"
 
 namespace {
-
-// A table top from z = 5 to 6 over a post that stands in its middle.
-shapes::Mesh Mushroom() {
-    shapes::Mesh mesh;
-    auto const quad = [&mesh](shapes::Corner a, shapes::Corner b, shapes::Corner c, shapes::Corner d) {
-        mesh.push_back({a, b, c});
-        mesh.push_back({a, c, d});
-    };
-    float const o[4][2] = {{0, 0}, {9, 0}, {9, 9}, {0, 9}};
-    float const i[4][2] = {{3, 3}, {6, 3}, {6, 6}, {3, 6}};
-    for (int k = 0; k < 4; ++k) {
-        int const n = (k + 1) % 4;
-        shapes::Corner const o0{o[k][0], o[k][1], 5}, o1{o[n][0], o[n][1], 5};
-        shapes::Corner const t0{o[k][0], o[k][1], 6}, t1{o[n][0], o[n][1], 6};
-        shapes::Corner const i0{i[k][0], i[k][1], 5}, i1{i[n][0], i[n][1], 5};
-        shapes::Corner const b0{i[k][0], i[k][1], 0}, b1{i[n][0], i[n][1], 0};
-        quad(o0, o1, t1, t0);  // the top's side
-        quad(o1, o0, i0, i1);  // its underside, facing down
-        quad(b0, b1, i1, i0);  // the post's side
-    }
-    quad({0, 0, 6}, {9, 0, 6}, {9, 9, 6}, {0, 9, 6});
-    quad({3, 3, 0}, {3, 6, 0}, {6, 6, 0}, {6, 3, 0});
-    return mesh;
-}
 
 CFeatureSurface& SupportAt(CSTLModel& model, int nIndex) { return *model.m_SupportArray.m_aSurface[nIndex]; }
 
@@ -169,6 +146,38 @@ TEST(SupportDetection, AngleIsMeasuredFromStraightDownAndNotChecked) {
     EXPECT_EQ(0, model.FindSupportSurface(std::nan(""), 1));
     EXPECT_EQ(0, model.FindSupportSurface(std::numeric_limits<double>::infinity(), 1));
     EXPECT_EQ(1, model.FindSupportSurface(-50.0, 1));
+}
+
+// The facet's normal is a float; the threshold is not narrowed to one.
+TEST(SupportDetection, ThresholdsNextToANormalThatOneFloatHoldsAreTold) {
+    CSTLModel model;
+    AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(0, 1, 1), CPoint3D(1, 0, 0));
+    double const nz = FacetAt(model, 0).m_fNormal[2];
+    for (double const dBeside : {1e-9, -1e-9}) {
+        double const dAngle = std::acos(-(nz + dBeside)) * 180.0 / 3.14159265358979323846;
+        double const t = -std::cos(dAngle * 3.14159265358979323846 / 180.0);
+        ASSERT_NE(nz, t);
+        ASSERT_EQ(dBeside > 0.0, t > nz);
+        ASSERT_EQ(static_cast<float>(nz), static_cast<float>(t));
+        EXPECT_EQ(dBeside > 0.0 ? 1 : 0, model.FindSupportSurface(dAngle, 1)) << dBeside;
+    }
+}
+
+// A neighbour that falls off across a level edge by this much on a millimetre.
+TEST(SupportDetection, ANeighbourThatFallsByMoreThanAHundredthIsAWall) {
+    auto const isSuspended = [](double dFall) {
+        CSTLModel model;
+        AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(0, 4, 0), CPoint3D(4, 0, 0));        // faces down
+        AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(4, -1, -dFall), CPoint3D(4, 0, 0));  // faces up
+        EXPECT_GT(FacetAt(model, 1).m_fNormal[2], 0.0f);
+        EXPECT_EQ(1, model.FindSupportSurface(45.0, 1));
+        return SupportAt(model, 0).IsSuspendSupport();
+    };
+    EXPECT_EQ(1, isSuspended(0.0));
+    EXPECT_EQ(1, isSuspended(0.0099));
+    EXPECT_EQ(0, isSuspended(0.0101));
+    EXPECT_EQ(0, isSuspended(0.0149));
+    EXPECT_EQ(1, isSuspended(-0.5));
 }
 
 TEST(SupportDetection, SuspendedSurfaceIsHeldByANeighbourThatGoesOutward) {

@@ -247,6 +247,37 @@ TEST(VertexCache, ZeroesOfBothSignsAreOneVertexAndTheHeightIsTheVertexs) {
     EXPECT_EQ(1u, tree.m_nCount);
 }
 
+// Tags of vertices are odd, and an empty place has 0: beside the tag 1 it looks as if it had that tag too.
+TEST(VertexCache, EmptyPlacesBesideAVertexWithTheLowestTagHoldNone) {
+    CachedAndPlain trees;
+    std::vector<CPoint3D> points;
+    for (double x = 0.0; points.size() < 3; x += 1.0) {
+        CPoint3D const point(x, 1.0, 2.0);
+        std::size_t const nHash = VertexCache::HashOf(point);
+        if (VertexCache::TagOf(nHash) != 1) continue;
+        if (points.empty() || (nHash ^ VertexCache::HashOf(points[0])) % 64 == 0) points.push_back(point);
+    }
+    for (CPoint3D const& point : points) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+    for (CPoint3D const& point : points) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+    trees.ExpectSame();
+    EXPECT_EQ(3u, trees.m_Cached.m_nCount);
+}
+
+// All vertices of one line, and of the line beside it, and more than both hold.
+TEST(VertexCache, MoreVerticesThanTwoLinesHoldAreFoundOrAskedForInTheTree) {
+    CachedAndPlain trees;
+    std::vector<CPoint3D> points;
+    for (double x = 0.0; points.size() < 16; x += 1.0) {
+        CPoint3D const point(x, 1.0, 2.0);
+        if (VertexCache::HashOf(point) / 2 % 32 == 5) points.push_back(point);
+    }
+    for (int nRound = 0; nRound < 3; ++nRound) {
+        for (CPoint3D const& point : points) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+    }
+    trees.ExpectSame();
+    EXPECT_EQ(16u, trees.m_Cached.m_nCount);
+}
+
 TEST(VertexCache, TreeThatIsNotEmptyIsAskedItself) {
     CVertexTree tree;
     CPoint3D first(0.0, 0.0, 0.0);

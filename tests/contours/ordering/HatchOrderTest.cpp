@@ -47,6 +47,26 @@ TEST(OptimizeHatchs, ReplacesAHatchThatIsEnteredAtItsEnd) {
     EXPECT_EQ(Exact(pos), Exact(Marked(20, 0, 0)));
 }
 
+// The turned hatch is a new one, with a new one's blocks for what comes.
+TEST(OptimizeHatchs, ATurnedHatchHasBlocksOfTenWhateverItHadBefore) {
+    CLayer layer;
+    HatchPtr pHatch = Hatch({{{20, 0}, {15, 0}}, {{15, 0}, {11, 0}}});
+    pHatch->m_EdgeList.m_nBlockSize = 3;
+    Give(layer, std::move(pHatch));
+    CPoint2D pos(0, 0);
+    layer.OptimizeHatchs(pos, 0);
+    CHatch& turned = *HatchesOf(layer)[0];
+    EXPECT_EQ(SegmentsOf(turned), (Segments{{{11, 0}, {15, 0}}, {{15, 0}, {20, 0}}}));
+    EXPECT_EQ(turned.m_EdgeList.m_nBlockSize, 10);
+    HatchPtr pKept = Hatch({{{11, 0}, {20, 0}}});
+    pKept->m_EdgeList.m_nBlockSize = 3;
+    CLayer other;
+    Give(other, std::move(pKept));
+    pos = CPoint2D(0, 0);
+    other.OptimizeHatchs(pos, 0);
+    EXPECT_EQ(HatchesOf(other)[0]->m_EdgeList.m_nBlockSize, 3);
+}
+
 TEST(OptimizeHatchs, LeavesAHatchUnturnedWhoseEndsAreEquallyFar) {
     CLayer layer;
     Give(layer, Hatch({{{1, 5}, {1, -5}}}));

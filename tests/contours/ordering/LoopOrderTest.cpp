@@ -35,6 +35,22 @@ TEST(OptimizeLoops, AnOpenPathIsLeftAtItsHead) {
     EXPECT_EQ(PlaceOf(pos), (Place{9, 0}));
 }
 
+// A loop that is entered at its first or last point is left alone, though the two differ.
+TEST(OptimizeLoops, ALoopEnteredAtItsLastPointKeepsIt) {
+    for (auto const& [x, y] : Places{{-3, -4}, {0, 0}}) {
+        for (CPoint2D const& from : {CPoint2D(-4, -4), CPoint2D(0.5, 0.25)}) {
+            CLayer layer;
+            tagLoopTreeNode* const pLoop = Give(layer, Square(0, 0, 10));
+            pLoop->m_pPointList->GetTail() = Marked(x, y, 42);
+            auto const points = ExactPoints(*pLoop);
+            CPoint2D pos(from);
+            layer.OptimizeLoops(pos, 0);
+            EXPECT_EQ(ExactPoints(*pLoop), points);
+            EXPECT_EQ(Exact(pos), Exact(pLoop->m_pPointList->GetHead()));
+        }
+    }
+}
+
 TEST(OptimizeLoops, TheFarthestVertexComesFirstInModeOne) {
     CLayer layer;
     tagLoopTreeNode* const pNear = Give(layer, Square(0, 0, 1));

@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -24,6 +25,12 @@ void ExpectAsRuntime(std::string const& text) {
     }
     EXPECT_EQ(dExpected, dValue) << text;
     EXPECT_EQ(std::signbit(dExpected), std::signbit(dValue)) << text;
+}
+
+std::string Joined(std::initializer_list<std::string> pieces) {
+    std::string text;
+    for (std::string const& piece : pieces) text.append(piece);
+    return text;
 }
 
 }  // namespace
@@ -103,4 +110,37 @@ TEST(TextNumber, IntegersStopAtTheirLimits) {
     EXPECT_EQ(2147483647, TextToInt("4294967296"));
     EXPECT_EQ(2147483647, TextToInt("99999999999999999999999999"));
     EXPECT_EQ(-2147483647 - 1, TextToInt("-99999999999999999999999999"));
+}
+
+TEST(TextNumber, EveryDigitCountsAndNoCharacterBesideThem) {
+    for (int n = 0; n < 10; ++n) {
+        std::string const digit(1, static_cast<char>('0' + n));
+        EXPECT_EQ(n, TextToInt(digit));
+        EXPECT_EQ(static_cast<double>(n), TextToDouble(digit));
+        EXPECT_EQ(10 * n + n, TextToInt(Joined({digit, digit, "/"})));
+        EXPECT_EQ(-n, TextToInt(Joined({"-", digit, ":7"})));
+    }
+    EXPECT_EQ(0, TextToInt("/"));
+    EXPECT_EQ(0, TextToInt(":"));
+    EXPECT_EQ(2147483647, TextToInt("2147483647x"));
+    EXPECT_EQ(2147483647, TextToInt("2147483648"));
+    EXPECT_EQ(2147483646, TextToInt("2147483646"));
+    EXPECT_EQ(-2147483647, TextToInt("-2147483647"));
+    EXPECT_EQ(-2147483647 - 1, TextToInt("-2147483648"));
+    EXPECT_EQ(-2147483647 - 1, TextToInt("-2147483649"));
+}
+
+// A range error says that a number is too large or too small, and not which: the digits tell.
+TEST(TextNumber, ALongNumberBeyondTheRangeIsToldByItsFirstDigitAndExponent) {
+    auto const zeros = [](int n) { return std::string(static_cast<std::size_t>(n), '0'); };
+    for (int const n : {300, 308, 309, 310, 400}) {
+        ExpectAsRuntime(Joined({"1", zeros(n)}));
+        ExpectAsRuntime(Joined({"1", zeros(n), "e", std::to_string(-n)}));
+        ExpectAsRuntime(Joined({"1", zeros(n), "e", std::to_string(-2 * n - 400)}));
+        ExpectAsRuntime(Joined({"0.", zeros(n), "1e", std::to_string(n)}));
+        ExpectAsRuntime(Joined({"0.", zeros(n), "1e", std::to_string(2 * n + 400)}));
+        ExpectAsRuntime(Joined({"000", zeros(n), ".000", zeros(n), "9e-", std::to_string(n)}));
+        ExpectAsRuntime(Joined({"0x1", zeros(n), "p-", std::to_string(8 * n)}));
+        ExpectAsRuntime(Joined({"0x.", zeros(n), "8p", std::to_string(8 * n)}));
+    }
 }

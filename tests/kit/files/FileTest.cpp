@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -10,6 +11,7 @@
 #include "varnet/Error.h"
 
 #if !defined(_WIN32)
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -124,6 +126,49 @@ TEST_F(OutputFileTest, WritesToADeviceAndLeavesItOne) {
         EXPECT_NE(std::string(error.what()).find("the disk is full"), std::string::npos) << error.what();
     }
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+// Another's file of the name that is tried first, be it a link to a device, is not touched.
+TEST_F(OutputFileTest, PassesOverNamesThatAreTaken) {
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no full device here";
+    fs::path const target = folder / "a";
+    std::string const part = "a." + std::to_string(getpid());
+    fs::create_symlink("/dev/full", folder / (part + ".part"));
+    WriteWhole(folder / (part + "-1.part"), "another's");
+    WriteWhole(target, "whole");
+    EXPECT_EQ(BytesOf(target), "whole");
+    EXPECT_TRUE(fs::is_symlink(folder / (part + ".part")));
+    EXPECT_EQ(BytesOf(folder / (part + "-1.part")), "another's");
+    EXPECT_EQ(FilesInFolder(), 3u);
+}
+
+// A file that may not grow is a full disk: what was there stays, and nothing else is left.
+TEST_F(OutputFileTest, LeavesTheOldFileWhereTheNewOneFindsNoRoom) {
+    fs::path const target = folder / "old.bin";
+    WriteWhole(target, "old");
+    struct rlimit before {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    auto const handler = signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = before;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::string message;
+    for (std::size_t const size : {4097u, 100000u}) {
+        try {
+            WriteWhole(target, std::string(size, 'x'));
+            ADD_FAILURE() << size;
+        } catch (Error const& error) {
+            message = error.what();
+            EXPECT_EQ(error.Kind(), ErrorKind::kFile);
+        }
+    }
+    WriteWhole(folder / "fits", std::string(4096, 'x'));
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, handler);
+    EXPECT_NE(message.find("could not be written whole"), std::string::npos) << message;
+    EXPECT_EQ(BytesOf(target), "old");
+    EXPECT_EQ(fs::file_size(folder / "fits"), 4096u);
+    EXPECT_EQ(FilesInFolder(), 2u);
 }
 
 TEST_F(OutputFileTest, GivesItsPlaceToAWriterThatOpensByName) {

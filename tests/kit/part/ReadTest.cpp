@@ -117,6 +117,27 @@ TEST(ReadPart, FilesThatAreNoModelSaySo) {
     EXPECT_TRUE(Holds(MessageOf(folder.Path()), "folder"));
 }
 
+// Up to 83 bytes no number of facets is there; from 84 on there is one, and none of them.
+TEST(ReadPart, ABrokenFileOfAHeadersSizeSaysWhatItLacks) {
+    TestFolder const folder;
+    auto const message = [&](std::size_t size, std::string const& count) {
+        std::string bytes(size, '\x01');
+        bytes.replace(std::min<std::size_t>(80, size), count.size(), count);
+        bytes.resize(size);
+        return MessageOf(folder.Write("x.stl", bytes));
+    };
+    std::string const three("\x03\0\0\0", 4);
+    for (std::size_t const size : {1u, 50u, 79u, 80u, 81u, 83u})
+        EXPECT_TRUE(Holds(message(size, ""), "too short for a model")) << size;
+    for (std::size_t const size : {84u, 85u, 133u})
+        EXPECT_TRUE(Holds(message(size, three), "announces 3 facets, and holds 0: it is cut short")) << size;
+    EXPECT_TRUE(Holds(message(134, three), "announces 3 facets, and holds 1: it is cut short"));
+    EXPECT_TRUE(Holds(message(84, std::string(4, '\0')), "holds no facets"));
+    EXPECT_TRUE(Holds(message(133, std::string(4, '\0')), "holds no facets"));
+    EXPECT_TRUE(Holds(message(134, std::string(4, '\0')), "announces 0 facets, and is long enough for 1"));
+    EXPECT_TRUE(Holds(message(284, three), "announces 3 facets, and is long enough for 4"));
+}
+
 TEST(ReadPart, ABinaryFileWhoseSizeAgreesIsBinaryWhateverItsBytes) {
     TestFolder const folder;
     for (char const* const header :

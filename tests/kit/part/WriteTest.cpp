@@ -2,6 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
 
 #include "PartChecks.h"
 #include "TestFiles.h"
@@ -73,6 +78,50 @@ TEST(WritePart, FormatsThatAreNotWrittenAreRefused) {
     }
     EXPECT_THROW(PartOf(shapes::Cube(1.0f)).Write(folder / "no" / "such.stl"), Error);
 }
+
+#if !defined(_WIN32)
+
+// The writers of the classes do not look at write errors: a file cut short is no part with fewer facets.
+TEST(WritePart, AFullDiskIsAnErrorInEveryFormatAndLeavesTheOldFile) {
+    TestFolder const folder;
+    Part const part = PartOf(shapes::IcoSphere(10.0, 4));
+    struct rlimit before {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    auto const handler = signal(SIGXFSZ, SIG_IGN);
+    for (MeshFormat const format :
+         {MeshFormat::kBinaryStl, MeshFormat::kPlainCsm, MeshFormat::kStripCsm, MeshFormat::kRingCsm}) {
+        for (bool const floats : {false, true}) {
+            SCOPED_TRACE(NameOf(format));
+            MeshWriteSettings settings;
+            settings.format = format;
+            settings.floats = floats;
+            folder.Write("a", "old");
+            part.Write(folder / "whole", settings);
+            auto const size = std::filesystem::file_size(folder / "whole");
+            std::filesystem::remove(folder / "whole");
+            for (auto const room : {size - 1, size / 2, decltype(size){100}}) {
+                struct rlimit small = before;
+                small.rlim_cur = room;
+                ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+                try {
+                    part.Write(folder / "a", settings);
+                    ADD_FAILURE() << room << " of " << size << " bytes";
+                } catch (Error const& error) {
+                    EXPECT_EQ(error.Kind(), ErrorKind::kFile);
+                    EXPECT_EQ(error.File(), folder / "a") << error.what();
+                }
+                setrlimit(RLIMIT_FSIZE, &before);
+                EXPECT_EQ(ReadBytes(folder / "a"), "old");
+                EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
+            }
+            if (!std::filesystem::exists("/dev/full")) continue;
+            EXPECT_THROW(part.Write("/dev/full", settings), Error);
+        }
+    }
+    signal(SIGXFSZ, handler);
+}
+
+#endif
 
 TEST(TransformPart, MovesAndMirrorsAndKeepsTheOutsideOutside) {
     Part part = PartOf(shapes::Cube(10.0f));

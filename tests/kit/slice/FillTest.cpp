@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -59,6 +60,58 @@ TEST(Fill, ShortStrokesAndUnseenGaps) {
     EXPECT_EQ(Filled(narrow, {1.0, 0.0, kFillId}).strokes.size(), 1u);
     std::vector<std::vector<Point2>> const wide{Rectangle(0, 0, 10, 1), Rectangle(5, 0, 5.06, 1)};
     EXPECT_EQ(Filled(wide, {1.0, 0.0, kFillId}).strokes.size(), 2u);
+}
+
+// The strokes of each chain, as (line, from, to) with from below to.
+using Strokes = std::vector<std::array<double, 3>>;
+std::vector<Strokes> ChainsOf(Layer const& layer) {
+    std::vector<Strokes> chains;
+    for (std::size_t i = 0; i < layer.ChainCount(); ++i) {
+        Strokes strokes;
+        for (Stroke const& s : layer.ChainStrokes(i))
+            strokes.push_back({s.from.y, std::min(s.from.x, s.to.x), std::max(s.from.x, s.to.x)});
+        chains.push_back(strokes);
+    }
+    return chains;
+}
+
+// Strokes of two lines that meet above each other in a point alone do not overlap: each case has the strokes
+// of the line at 0.5, then those of the line at 1.5, as they come out, half a millimetre shorter at each end.
+TEST(Fill, AStrokeThatEndsWhereOneOfTheNextLineBeginsIsNotBelowIt) {
+    auto const chains = [](std::vector<std::array<double, 2>> const& lower,
+                           std::vector<std::array<double, 2>> const& upper) {
+        std::vector<std::vector<Point2>> contours;
+        for (auto const& [from, to] : lower) contours.push_back(Rectangle(from - 0.5, 0, to + 0.5, 1));
+        for (auto const& [from, to] : upper) contours.push_back(Rectangle(from - 0.5, 1, to + 0.5, 2));
+        return ChainsOf(Filled(contours, {1.0, 0.0, kFillId}));
+    };
+    using Chains = std::vector<Strokes>;
+    EXPECT_EQ(chains({{1, 5}}, {{5, 7}}), (Chains{{{0.5, 1, 5}}, {{1.5, 5, 7}}}));
+    EXPECT_EQ(chains({{5, 7}}, {{1, 5}}), (Chains{{{0.5, 5, 7}}, {{1.5, 1, 5}}}));
+    // The one before it ends there, and the next one goes on in it.
+    EXPECT_EQ(chains({{1, 5}, {7, 9}}, {{5, 9}}), (Chains{{{0.5, 1, 5}}, {{0.5, 7, 9}, {1.5, 5, 9}}}));
+    // The one behind it begins there.
+    EXPECT_EQ(chains({{1, 4}, {6, 9}}, {{2, 6}}), (Chains{{{0.5, 1, 4}, {1.5, 2, 6}}, {{0.5, 6, 9}}}));
+    // Of two strokes above it, one begins or ends where it ends or begins.
+    EXPECT_EQ(chains({{1, 6}}, {{1, 4}, {6, 8}}), (Chains{{{0.5, 1, 6}, {1.5, 1, 4}}, {{1.5, 6, 8}}}));
+    EXPECT_EQ(chains({{4, 8}}, {{1, 4}, {6, 8}}), (Chains{{{0.5, 4, 8}, {1.5, 6, 8}}, {{1.5, 1, 4}}}));
+}
+
+TEST(Fill, AChainGoesOnOverThreeSpacingsAndNoMore) {
+    for (auto const& [to, count] : std::vector<std::pair<double, std::size_t>>{{7.0, 1}, {7.001, 2}}) {
+        Layer const layer = Filled({Rectangle(0, 0, 4, 1), Rectangle(0, 1, to, 2)}, {1.0, 0.0, kFillId});
+        EXPECT_EQ(layer.ChainCount(), count) << to;
+    }
+}
+
+TEST(Fill, StrokesOfJustTheLeastLengthAndGapsOfJustTheLeastWidthStay) {
+    EXPECT_EQ(Filled({Rectangle(0, 0, 2, 1)}, {1.0, 0.0, kFillId}).strokes.size(), 1u);
+    std::vector<std::vector<Point2>> const gap{Rectangle(0, 0, 10, 16), Rectangle(4, 0, 4.8, 16)};
+    EXPECT_EQ(Filled(gap, {16.0, 0.0, kFillId}).strokes.size(), 0u) << "too short for this spacing";
+    std::vector<std::vector<Point2>> const wide{Rectangle(0, 0, 80, 16), Rectangle(36, 0, 36.8125, 16)};
+    EXPECT_EQ(Filled(wide, {16.0, 0.0, kFillId}).strokes.size(), 2u);
+    std::vector<std::vector<Point2>> const narrow{Rectangle(0, 0, 80, 16), Rectangle(36, 0, 36.75, 16)};
+    EXPECT_EQ(Filled(narrow, {16.0, 0.0, kFillId}).strokes.size(), 1u);
 }
 
 TEST(Fill, ChainsHaveAtMost200Strokes) {

@@ -57,6 +57,24 @@ TEST(Slicer, TheLastLayerIsCutWithinThePart) {
     }
 }
 
+// A part that rounding puts above its last whole layer gets no other; one that is higher does.
+TEST(Slicer, RoundingAddsNoLayer) {
+    ASSERT_GT(2.1 / 0.3, 7.0);
+    auto const count = [](double height, double layer) {
+        FlatShape cube = FlatBox(0, 0, 0, 10, 10, 1);
+        for (Point3& p : cube.points) p.z *= height;
+        return Slicer({cube.Input()}, ContoursOnly(layer)).LayerCount();
+    };
+    EXPECT_EQ(count(2.1, 0.3), 7);
+    for (int layers : {1, 7, 100}) {
+        EXPECT_EQ(count(layers, 1.0), layers);
+        EXPECT_EQ(count(layers + 0.9e-6, 1.0), layers);
+        EXPECT_EQ(count(layers + 1.1e-6, 1.0), layers + 1);
+        EXPECT_EQ(count(layers - 0.5, 1.0), layers);
+    }
+    EXPECT_EQ(count(1e-7, 1.0), 1) << "a part has a layer at least";
+}
+
 TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
     FlatShape const outside = FlatBox(0, 0, 0, 10, 10, 4);
     FlatShape const hole = Turned(FlatBox(2, 2, -1, 5, 5, 5));
