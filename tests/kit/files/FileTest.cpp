@@ -173,6 +173,27 @@ TEST_F(OutputFileTest, LeavesTheOldFileWhereTheNewOneFindsNoRoom) {
     EXPECT_EQ(FilesInFolder(), 2u);
 }
 
+TEST_F(OutputFileTest, StandardOutputThatTakesNothingIsAnError) {
+    int const full = open("/dev/full", O_WRONLY);
+    if (full < 0) GTEST_SKIP() << "no full device here";
+    std::fflush(stdout);
+    int const before = dup(STDOUT_FILENO);
+    dup2(full, STDOUT_FILENO);
+    bool failed = false;
+    try {
+        OutputFile file("-");
+        file.Write("\n");
+        file.Commit();
+    } catch (Error const& error) {
+        failed = error.Kind() == ErrorKind::kFile;
+    }
+    dup2(before, STDOUT_FILENO);
+    std::clearerr(stdout);
+    close(before);
+    close(full);
+    EXPECT_TRUE(failed);
+}
+
 // Somebody who reads from a pipe sees no end before the writer that opens it by its name has come and gone.
 TEST_F(OutputFileTest, KeepsAPipeOpenForAWriterThatOpensByName) {
     fs::path const pipe = folder / "pipe";
