@@ -165,7 +165,8 @@ fs::path const& OutputFile::PathForWriter() {
         m_Owned = CreateBeside(fs::temp_directory_path(error) / "varnet", m_Partial);
         if (m_Owned == nullptr) Fail(errno);
     }
-    m_Owned.reset();
+    // A pipe stays open: whoever reads from it would take the first close for the end.
+    if (m_Replacing || m_File == stdout) m_Owned.reset();
     if (m_File == stdout) return m_Partial;
     m_File = nullptr;
     return m_Replacing ? m_Partial : m_Target;

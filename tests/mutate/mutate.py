@@ -219,12 +219,12 @@ def known_equivalent(mutant):
 
 
 class Copy:
-    def __init__(self, number, seconds):
+    def __init__(self, number, known):
         self.root = WORK / str(number)
         self.build = self.root / "build" / "release"
         self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.root), CCACHE_SLOPPINESS="pch_defines,time_macros",
                                 CMAKE_CXX_COMPILER_LAUNCHER="ccache" if shutil.which("ccache") else "")
-        self.seconds = seconds  # what each test takes on unchanged code
+        self.known = known
         self.hashes = {}
 
     def take_over(self):
@@ -265,28 +265,54 @@ class Copy:
         """Pairs of a name and a command: those that take under a second, or the others."""
         if target == "varnet":
             scripts = sorted((self.root / "tests" / "program").glob("*.sh"))
-            return [(s.stem, [str(s), str(self.binary(target))]) for s in scripts
-                    if s.stem != "program" and (s.stem in ("stream", "harm")) == are_slow]
+            return [(s.stem, [str(s), str(self.binary(target))]) for s in scripts if s.stem not in self.known.failing
+                    and s.stem != "program" and (s.stem in ("stream", "harm")) == are_slow]
         slow = re.findall(r"^    ([\w./]+\.[\w./]+)\)?$", (self.root / "tests" / "slow.cmake").read_text(), re.M)
-        run = [str(self.binary(target)), "--gtest_brief=1", "--gtest_fail_fast"]
-        if not are_slow:
-            return [(target, run + ["--gtest_filter=-" + ":".join(slow)])]
-        return [(target + ", slow", run + ["--gtest_filter=" + ":".join(slow)])]
+        left_out = sorted(self.known.failing) + ([] if are_slow else slow)
+        which = (":".join(slow) if are_slow else "") + "-" + ":".join(left_out)
+        run = [str(self.binary(target)), "--gtest_fail_fast", "--gtest_filter=" + which]
+        return [(target + ", slow" if are_slow else target, run)]
 
     def failing(self, target, are_slow=False):
-        """What the first test that fails says, or None; the time that it took is noted for unchanged code."""
+        """What test fails first, as a pair of the program and the test, or None."""
         for name, command in self.tests_of(target, are_slow):
             start = time.monotonic()
-            limit = 10.0 + 6.0 * self.seconds[name] if name in self.seconds else None
+            limit = 10.0 + 6.0 * self.known.seconds[name] if name in self.known.seconds else None
             try:
                 done = self.run(command, limit)
             except subprocess.TimeoutExpired:
-                return f"{name}: no end"
-            self.seconds.setdefault(name, time.monotonic() - start)
-            if done.returncode not in (0, 77):
-                failed = re.search(r"\[  FAILED  \] (\S+)|^FAILED: (.*)", done.stdout, re.M)
-                return f"{name}: " + ((failed.group(1) or failed.group(2)) if failed else f"ends by {done.returncode}")
+                return name, "no end"
+            if done.returncode in (0, 77):
+                self.known.seconds.setdefault(name, time.monotonic() - start)
+                continue
+            if target == "varnet":
+                failed = re.search(r"^FAILED: (.*)", done.stdout, re.M)
+                return name, failed.group(1) if failed else f"ends by {done.returncode}"
+            failed = re.search(r"^\[  FAILED  \] (\S+)", done.stdout, re.M)
+            begun = re.findall(r"^\[ RUN      \] (\S+)", done.stdout, re.M)
+            return name, failed.group(1).rstrip(",") if failed else begun[-1] if begun else f"ends by {done.returncode}"
         return None
+
+
+class Known:
+    """What the unchanged programs have done, for all copies: how long tests take, and those that fail anyway."""
+
+    def __init__(self):
+        self.lock = threading.Lock()
+        self.seconds = {}
+        self.failing = set()
+        self.tried = set()
+
+    def look_at(self, copy, target):
+        with self.lock:
+            for are_slow in (False, True):
+                while target not in self.tried and len(self.failing) < 20:
+                    by = copy.failing(target, are_slow)
+                    if by is None:
+                        break
+                    print(f"left out, since it fails on unchanged code: {by[0]}: {by[1]}", flush=True)
+                    self.failing.add(by[0] if target == "varnet" else by[1])
+            self.tried.add(target)
 
 
 def targets_for(file):
@@ -295,23 +321,19 @@ def targets_for(file):
     return targets + (["varnet"] if room in SEEN_BY_PROGRAM else [])
 
 
-def prepare(copy, target, checked):
-    """Builds a program of unchanged code, and sees it pass; False where it does not."""
+def prepare(copy, target):
+    """Builds a program of unchanged code, and looks at what it does; False where it does not build."""
     if target in copy.hashes:
         return True
     if copy.make([target]).returncode != 0:
         print(f"the unchanged code does not build: {target}", flush=True)
         return False
-    if target not in checked:
-        checked[target] = copy.failing(target) or copy.failing(target, are_slow=True)
-    if checked[target] is not None:
-        print(f"the unchanged code fails: {checked[target]}", flush=True)
-        return False
+    copy.known.look_at(copy, target)
     copy.hashes[target] = copy.hash_of(target)
     return True
 
 
-def tried(copy, mutant, checked):
+def tried(copy, mutant):
     """noticed, survived, same, refused or broken, and by what."""
     path = copy.root / mutant.file
     whole = path.read_text(encoding="utf-8")
@@ -321,7 +343,7 @@ def tried(copy, mutant, checked):
     try:
         for target in targets_for(mutant.file):
             path.write_text(whole, encoding="utf-8")
-            if not prepare(copy, target, checked):
+            if not prepare(copy, target):
                 return "broken", "the unchanged code"
             path.write_text("\n".join(lines), encoding="utf-8")
             if copy.make([target]).returncode != 0:
@@ -331,11 +353,11 @@ def tried(copy, mutant, checked):
             changed.append(target)
             by = copy.failing(target)
             if by is not None:
-                return "noticed", by
+                return "noticed", ": ".join(by)
         for target in changed:
             by = copy.failing(target, are_slow=True)
             if by is not None:
-                return "noticed", by
+                return "noticed", ": ".join(by)
         return ("survived", "") if changed else ("same", "the programs are the same")
     finally:
         path.write_text(whole, encoding="utf-8")
@@ -350,8 +372,7 @@ class Session:
         self.survivors = []
         self.left = queue.Queue()
         self.counted = 0
-        self.seconds = {}
-        self.checked = {}  # what the unchanged programs have said, once for all copies
+        self.known = Known()
 
     def wants_more(self):
         return self.counted < self.options.number and (self.end is None or time.monotonic() < self.end)
@@ -367,7 +388,7 @@ class Session:
                 print(f"{outcome:10} {mutant}" + (f"  [{by}]" if by else ""), flush=True)
 
     def work(self, number):
-        copy = Copy(number, self.seconds)
+        copy = Copy(number, self.known)
         copy.take_over()
         copy.configure()
         while self.wants_more():
@@ -376,7 +397,7 @@ class Session:
             except queue.Empty:
                 return
             why = known_equivalent(mutant)
-            self.note(mutant, *(("equivalent", why) if why else tried(copy, mutant, self.checked)))
+            self.note(mutant, *(("equivalent", why) if why else tried(copy, mutant)))
 
 
 def main():

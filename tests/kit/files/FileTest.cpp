@@ -11,6 +11,8 @@
 #include "varnet/Error.h"
 
 #if !defined(_WIN32)
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,6 +171,52 @@ TEST_F(OutputFileTest, LeavesTheOldFileWhereTheNewOneFindsNoRoom) {
     EXPECT_EQ(BytesOf(target), "old");
     EXPECT_EQ(fs::file_size(folder / "fits"), 4096u);
     EXPECT_EQ(FilesInFolder(), 2u);
+}
+
+TEST_F(OutputFileTest, StandardOutputThatTakesNothingIsAnError) {
+    int const full = open("/dev/full", O_WRONLY);
+    if (full < 0) GTEST_SKIP() << "no full device here";
+    std::fflush(stdout);
+    int const before = dup(STDOUT_FILENO);
+    dup2(full, STDOUT_FILENO);
+    bool failed = false;
+    try {
+        OutputFile file("-");
+        file.Write("\n");
+        file.Commit();
+    } catch (Error const& error) {
+        failed = error.Kind() == ErrorKind::kFile;
+    }
+    dup2(before, STDOUT_FILENO);
+    std::clearerr(stdout);
+    close(before);
+    close(full);
+    EXPECT_TRUE(failed);
+}
+
+// Somebody who reads from a pipe sees no end before the writer that opens it by its name has come and gone.
+TEST_F(OutputFileTest, KeepsAPipeOpenForAWriterThatOpensByName) {
+    fs::path const pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    int const reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    auto const isOver = [reader] {
+        pollfd state{reader, POLLIN, 0};
+        poll(&state, 1, 0);
+        return (state.revents & POLLHUP) != 0;
+    };
+    OutputFile file(pipe);
+    fs::path const place = file.PathForWriter();
+    EXPECT_EQ(place, pipe);
+    EXPECT_FALSE(isOver());
+    std::ofstream(place, std::ios::binary) << "written elsewhere";
+    EXPECT_FALSE(isOver());
+    file.Commit();
+    EXPECT_TRUE(isOver());
+    std::string bytes(100, '?');
+    bytes.resize(static_cast<std::size_t>(read(reader, bytes.data(), bytes.size())));
+    EXPECT_EQ(bytes, "written elsewhere");
+    close(reader);
 }
 
 TEST_F(OutputFileTest, GivesItsPlaceToAWriterThatOpensByName) {

@@ -1,0 +1,103 @@
+#include "part/Slivers.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "part/Edges.h"
+
+namespace varnet {
+namespace {
+
+// A square on its corner, with (0, 0) and (10, 0) on its left and right, divided along the line between them. Points on
+// that line, and facets whose corners all lie on it, come on top.
+class Divided {
+public:
+    Divided() { m_Mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 5, 0}, {5, -5, 0}}; }
+    std::int32_t On(double x) {
+        m_Mesh.points.push_back({x, 0, 0});
+        return static_cast<std::int32_t>(m_Mesh.points.size() - 1);
+    }
+    void Add(std::int32_t a, std::int32_t b, std::int32_t c) { m_Mesh.triangles.push_back({a, b, c}); }
+    static constexpr std::int32_t kLeft = 0;
+    static constexpr std::int32_t kRight = 1;
+    static constexpr std::int32_t kTop = 2;
+    static constexpr std::int32_t kBottom = 3;
+
+    // Takes the slivers out; the square is as it was then, and closed along the line.
+    SliverCounts TakeOut() {
+        Progress const none;
+        Watch watch(none);
+        Pace const pace(watch);
+        EdgeTable edges = FindEdges(m_Mesh.triangles, m_Mesh.points.size(), pace);
+        SliverCounts const counts = TakeOutSlivers(m_Mesh, edges, pace);
+        double area2 = 0.0;
+        for (Triangle const& t : m_Mesh.triangles) {
+            auto const at = [&](std::size_t k) { return m_Mesh.points[static_cast<std::size_t>(t[k])]; };
+            double const doubled = DoubledArea(at(0), at(1), at(2));
+            EXPECT_GT(doubled, kCollinear);
+            area2 += doubled;
+        }
+        EXPECT_DOUBLE_EQ(area2, 100.0);
+        return counts;
+    }
+    std::size_t Facets() const { return m_Mesh.triangles.size(); }
+
+private:
+    FlatMesh m_Mesh;
+};
+
+TEST(Slivers, ASliverIsTurnedToItsNeighbourAndCountsOnce) {
+    Divided square;
+    std::int32_t const m = square.On(4);
+    square.Add(square.kLeft, square.kBottom, square.kRight);
+    square.Add(square.kLeft, square.kRight, m);
+    square.Add(square.kLeft, m, square.kTop);
+    square.Add(m, square.kRight, square.kTop);
+    SliverCounts const counts = square.TakeOut();
+    EXPECT_EQ(counts.turned, 1);
+    EXPECT_EQ(counts.stuck, 0);
+    EXPECT_EQ(counts.small, 0);
+    EXPECT_EQ(square.Facets(), 4u);
+}
+
+// The two share the whole line: turning one to the other gives two shorter ones, which are still there, and
+// count when they go.
+TEST(Slivers, SliversThatBecomeShorterOnesCountWhenTheyGo) {
+    Divided square;
+    std::int32_t const m = square.On(5);
+    std::int32_t const n = square.On(5.5);
+    square.Add(square.kLeft, square.kRight, m);
+    square.Add(square.kRight, square.kLeft, n);
+    square.Add(square.kLeft, m, square.kTop);
+    square.Add(m, square.kRight, square.kTop);
+    square.Add(square.kLeft, square.kBottom, n);
+    square.Add(n, square.kBottom, square.kRight);
+    SliverCounts const counts = square.TakeOut();
+    EXPECT_EQ(counts.turned, 2);
+    EXPECT_EQ(counts.stuck, 0);
+    EXPECT_EQ(square.Facets(), 6u);
+}
+
+// A fan of slivers from one end, each between two points of the line.
+TEST(Slivers, AFanOfSliversIsTakenOutOneByOne) {
+    for (std::int32_t const points : {2, 3, 9}) {
+        Divided square;
+        std::vector<std::int32_t> line;
+        for (std::int32_t i = 1; i <= points; ++i) line.push_back(square.On(10.0 * i / (points + 1)));
+        line.push_back(square.kRight);
+        square.Add(square.kLeft, square.kBottom, square.kRight);
+        square.Add(square.kLeft, line[0], square.kTop);
+        for (std::size_t i = 0; i + 1 < line.size(); ++i) {
+            square.Add(square.kLeft, line[i + 1], line[i]);
+            square.Add(line[i], line[i + 1], square.kTop);
+        }
+        SliverCounts const counts = square.TakeOut();
+        EXPECT_EQ(counts.turned, points);
+        EXPECT_EQ(counts.stuck, 0);
+        EXPECT_EQ(square.Facets(), static_cast<std::size_t>(2 * points + 2));
+    }
+}
+
+}  // namespace
+}  // namespace varnet
