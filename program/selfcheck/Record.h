@@ -33,6 +33,7 @@ public:
     void Add(CPoint2D const& p);
     void Add(CPoint3D const& p);
     void Add(std::string_view bytes);
+    /// Values that do not rest on each other: which one is computed first is the compiler's choice.
     void AddAll(auto const&... values) { (Add(values), ...); }
 
     /// A number that may differ in its last digits from system to system.
