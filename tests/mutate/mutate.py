@@ -419,7 +419,10 @@ def main():
         found = order = [m for m in listed(options.listed) if (options.only or "") in m.file]
         options.number = len(order)
     else:
-        found = sites(options)
+        try:
+            found = sites(options)
+        except subprocess.CalledProcessError as error:
+            sys.exit("nothing to compare with: " + error.stderr.strip())
         order = list(drawn(found, options.seed))
     if options.list:
         for mutant in order[: options.number]:
