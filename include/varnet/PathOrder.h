@@ -31,7 +31,7 @@ struct OrderSettings {
 
 /// The way of the head with the material off.
 struct Travel {
-    double length = 0.0;      ///< millimetres
+    double length = 0.0;  ///< millimetres
     /// How often the material is switched on: once for each contour and each chain, and in a chain for each
     /// stroke that does not begin where the last one ended.
     std::int64_t starts = 0;

@@ -32,7 +32,7 @@ VARNET_KIT_API std::string PictureOf(std::span<PicturedMesh const> meshes, std::
 /// One part of a picture of layers: a layer, and what is written above it.
 struct PicturePanel {
     std::string title;
-    Layer const* layer = nullptr;
+    Layer const* layer = nullptr;  ///< none: a panel without paths
 };
 
 /// Layers side by side as an SVG document, all in one scale that shows the box, with a scale bar: solid

@@ -49,7 +49,7 @@ struct SliceSettings {
     /// those before, as many as another or one more; and this one is made, from 1 on. 0 for no shards.
     std::int32_t shards = 0;
     std::int32_t shard = 0;
-    Progress progress;            ///< of making the layers of the range, and of the preparation before
+    Progress progress;  ///< of making the layers of the range, and of the preparation before
 };
 
 /// What came of slicing. Lengths in millimetres, of the layers counted in `layers`.

@@ -131,6 +131,7 @@ std::string PictureOf(std::span<PicturePanel const> panels, Box2 const& box) {
     Box2 shown = box;
     for (PicturePanel const& panel : panels) {
         if (!box.IsEmpty()) break;
+        if (panel.layer == nullptr) continue;
         Box2 const around = panel.layer->Box();
         if (around.IsEmpty()) continue;
         shown.Add(around.min);
@@ -145,11 +146,13 @@ std::string PictureOf(std::span<PicturePanel const> panels, Box2 const& box) {
                       Text(height) + "\" font-family=\"sans-serif\" font-size=\"13\">\n" +
                       "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
     Pen const pen(frame);
+    Layer const nothing;
     double x = kMargin;
     for (PicturePanel const& panel : panels) {
         svg += TextAt(x, kTitle - 8.0, panel.title);
+        Layer const& layer = panel.layer != nullptr ? *panel.layer : nothing;
         svg += "<g transform=\"translate(" + Text(x) + " " + Text(kTitle + panelHeight) + ")\">\n" +
-               Solid(*panel.layer, pen) + Paths(*panel.layer, pen) + "</g>\n";
+               Solid(layer, pen) + Paths(layer, pen) + "</g>\n";
         x += panelWidth + kMargin;
     }
     return svg + ScaleBar(frame, kMargin, kTitle + panelHeight + kMargin) + "</svg>\n";

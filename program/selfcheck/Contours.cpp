@@ -97,8 +97,8 @@ void AddLoops(Record& record, Chance& chance) {
         loop->AdjustHeadToNearPoint(inside);
         XR__POSITION* const fifth = loop->m_pPointList->FindIndex(5);
         CPoint2D const corner = loop->m_pPointList->GetAt(fifth);
-        record.AddAll(loop->AdjutstHeadToPoint(corner),
-                      loop->AdjutstHeadToPointAtPos(loop->m_pPointList->FindIndex(3)));
+        record.Add(loop->AdjutstHeadToPoint(corner));
+        record.Add(loop->AdjutstHeadToPointAtPos(loop->m_pPointList->FindIndex(3)));
         AddLoop(record, *loop);
         tagLoopTreeNode copy(0);
         copy.CopyOtherLoop(loop.get());
@@ -187,7 +187,9 @@ void AddHatches(Record& record, Chance& chance) {
     for (int i = 0; i < 50; ++i) {
         CHatch hatch;
         for (int k = 0; k < 5; ++k) {
-            CEdge2D edge(chance.Point2(), chance.Point2());
+            CPoint2D const from = chance.Point2();
+            CPoint2D const to = chance.Point2();
+            CEdge2D edge(from, to);
             CBoundBox2D box(CPoint2D(-50.0, -50.0), CPoint2D(60.0, 40.0));
             CEdge2D clipped;
             record.Add(ClipEdgeToBox(edge, box, clipped));

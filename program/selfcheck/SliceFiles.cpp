@@ -49,7 +49,8 @@ void AddFile(Record& record, CLayerModel& stack, int mode, std::filesystem::path
     if (mode != kDisguised) record.Add(std::string_view(bytes));
     CLayerModel back;
     back.m_pFile = file;
-    record.AddAll(back.ReadCLIHead(), back.GetFileMode(), back.m_dUnits, back.m_nVersion, g_nCLILayers);
+    record.Add(back.ReadCLIHead());
+    record.AddAll(back.GetFileMode(), back.m_dUnits, back.m_nVersion, g_nCLILayers);
     while (true) {
         auto* const layer = new CLayer;
         long const place = std::ftell(file);

