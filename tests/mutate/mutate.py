@@ -222,7 +222,7 @@ class Copy:
     def __init__(self, number, known):
         self.root = WORK / str(number)
         self.build = self.root / "build" / "release"
-        self.environment = dict(os.environ, CCACHE_BASEDIR=str(self.root), CCACHE_SLOPPINESS="pch_defines,time_macros",
+        self.environment = dict(os.environ, TMPDIR=str(self.root / "build" / "tmp"), CCACHE_BASEDIR=str(self.root), CCACHE_SLOPPINESS="pch_defines,time_macros",
                                 CMAKE_CXX_COMPILER_LAUNCHER="ccache" if shutil.which("ccache") else "")
         self.known = known
         self.hashes = {}
@@ -247,6 +247,7 @@ class Copy:
                               stderr=subprocess.STDOUT, timeout=limit, errors="replace")
 
     def configure(self):
+        (self.root / "build" / "tmp").mkdir(parents=True, exist_ok=True)
         if not (self.build / "build.ninja").exists():
             done = self.run(["cmake", "--preset", "release", "-DVARNET_BUILD_BENCH=OFF"])
             if done.returncode != 0:
@@ -419,7 +420,10 @@ def main():
         found = order = [m for m in listed(options.listed) if (options.only or "") in m.file]
         options.number = len(order)
     else:
-        found = sites(options)
+        try:
+            found = sites(options)
+        except subprocess.CalledProcessError as error:
+            sys.exit("nothing to compare with: " + error.stderr.strip())
         order = list(drawn(found, options.seed))
     if options.list:
         for mutant in order[: options.number]:

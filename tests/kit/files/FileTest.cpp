@@ -30,21 +30,13 @@ std::string BytesOf(fs::path const& path) {
 
 class OutputFileTest : public ::testing::Test {
 protected:
-    OutputFileTest()
-        : folder(fs::temp_directory_path() / fs::path(u8"varnet_\u0142\u4e2d\U0001F600_" + Unique())) {
-        fs::create_directories(folder);
-    }
-    ~OutputFileTest() override { fs::remove_all(folder); }
-    static std::u8string Unique() {
-        std::string const text = std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        return {text.begin(), text.end()};
-    }
+    OutputFileTest() { fs::create_directory(folder); }
     std::size_t FilesInFolder() const {
         return static_cast<std::size_t>(
             std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
     }
-    fs::path folder;
+    TestFolder const own;
+    fs::path const folder = own.Path() / fs::path(u8"varnet_\u0142\u4e2d\U0001F600");
 };
 
 TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenItIsCommitted) {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "TestFiles.h"
 #include "page/PageText.h"
 #include "page/Viewer.h"
 
@@ -41,15 +42,7 @@ ErrorKind KindOf(std::function<void()> const& action) {
 
 class PageFile : public testing::Test {
 protected:
-    void SetUp() override {
-        m_Folder =
-            fs::temp_directory_path() /
-            ("varnet_page_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(m_Folder);
-        fs::create_directory(m_Folder);
-    }
-    void TearDown() override { fs::remove_all(m_Folder); }
-    fs::path m_Folder;
+    TestFolder const m_Folder;
 };
 
 TEST(Page, WithNothingOnItIsAnError) {
@@ -137,7 +130,7 @@ TEST_F(PageFile, AStoppedOneLeavesNoFile) {
     EXPECT_EQ(KindOf([&] { page.Write(m_Folder / "p.html"); }), ErrorKind::kCancelled);
     EXPECT_EQ(KindOf([&] { page.AddPart(Tetrahedron()); }), ErrorKind::kCancelled);
     EXPECT_EQ(page.PartCount(), 1u);
-    EXPECT_TRUE(fs::is_empty(m_Folder));
+    EXPECT_TRUE(fs::is_empty(m_Folder.Path()));
 }
 
 TEST_F(PageFile, ShowsTheLayersOfASliceFile) {

@@ -9,8 +9,8 @@
 namespace varnet {
 namespace {
 
-// A square on its corner, with (0, 0) and (10, 0) on its left and right, divided along the line between them. Points on
-// that line, and facets whose corners all lie on it, come on top.
+// A square on its corner, with (0, 0) and (10, 0) on its left and right, divided along the line between them.
+// Points on that line, and facets whose corners all lie on it, come on top.
 class Divided {
 public:
     Divided() { m_Mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 5, 0}, {5, -5, 0}}; }

@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 
+#include "TestFiles.h"
 #include "files/File.h"
 #include "slicefile/Lines.h"
 
@@ -19,11 +20,6 @@ namespace fs = std::filesystem;
 
 class SliceFileTest : public ::testing::Test {
 protected:
-    SliceFileTest()
-        : path(fs::temp_directory_path() /
-               ("varnet_slices_" +
-                std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + ".cli")) {}
-    ~SliceFileTest() override { fs::remove(path); }
     void Put(std::string const& bytes) const { WriteWhole(path, bytes); }
     std::string Bytes() const {
         std::ifstream stream(path, std::ios::binary);
@@ -43,7 +39,8 @@ protected:
         for (Layer const& layer : layers) writer.Write(layer);
         writer.Finish();
     }
-    fs::path path;
+    TestFolder const folder;
+    fs::path const path = folder / "slices.cli";
 };
 
 // Coordinates that floats and three decimals hold.
