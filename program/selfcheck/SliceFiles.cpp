@@ -1,6 +1,7 @@
 // Stacks of layers, and their files.
 
 #include <cstdlib>
+#include <memory>
 
 #include "selfcheck/Contours.h"
 #include "selfcheck/Record.h"
@@ -36,33 +37,45 @@ void AddStack(Record& record, CLayerModel& stack) {
     }
 }
 
-// Header and layers as they are written, and what comes back, in other units. What is disguised is so by the
-// C library's rand: its bytes differ from system to system, what they say does not.
+// The layers of a file from where it stands, in other units.
+void ReadLayers(CLayerModel& stack, FILE* file) {
+    while (true) {
+        auto layer = std::make_unique<CLayer>();
+        layer->m_dUnits = 0.1;
+        if (stack.ReadLayer(layer.get(), static_cast<unsigned long>(std::ftell(file))) == 0) return;
+        stack.AddTailLayer(layer.release());
+    }
+}
+
+void AddCounts(Record& record, CLayerModel& stack) {
+    for (int i = 1; i <= stack.GetLayerCount(); ++i) {
+        CLayer const& layer = *stack.GetLayerAt(i);
+        record.AddAll(layer.m_RawLoopList.GetCount(), layer.m_HatchList.GetCount());
+    }
+}
+
+// Header and layers as they are written, and what comes back. What is disguised is so by the C library's
+// rand, and rounded in the disguise.
 void AddFile(Record& record, CLayerModel& stack, int mode, std::filesystem::path const& folder) {
     OpenFile file(folder / "layers");
     std::srand(1);
     record.Add(stack.SaveCLIHead(file, mode, 0));
-    for (int i = 0; i < stack.GetLayerCount(); ++i)
+    for (int i = 1; i <= stack.GetLayerCount(); ++i)
         record.Add(stack.SaveLayer(stack.GetLayerAt(i), file, mode));
     if (mode == kText) std::fputs("$$GEOMETRYEND\n", file);
     std::string const bytes = file.Bytes();
-    if (mode != kDisguised) record.Add(std::string_view(bytes));
     CLayerModel back;
     back.m_pFile = file;
     record.Add(back.ReadCLIHead());
     record.AddAll(back.GetFileMode(), back.m_dUnits, back.m_nVersion, g_nCLILayers);
-    while (true) {
-        auto* const layer = new CLayer;
-        long const place = std::ftell(file);
-        if (back.ReadLayer(layer, static_cast<unsigned long>(place)) == 0) {
-            delete layer;
-            break;
-        }
-        layer->m_dUnits = 0.1;
-        back.AddTailLayer(layer);
-        if (mode != kDisguised) record.Add(std::ftell(file));
+    ReadLayers(back, file);
+    record.Add(back.GetLayerCount());
+    if (mode == kDisguised) {
+        AddCounts(record, back);
+    } else {
+        record.Add(std::string_view(bytes));
+        AddStack(record, back);
     }
-    AddStack(record, back);
     back.m_pFile = nullptr;
     WidePath path(folder / "check.cli");
     record.Add(stack.SaveCLIFile(path, mode));

@@ -20,7 +20,8 @@ void AddSurface(Record& record, CFeatureSurface& surface) {
     record.AddAll(surface.m_VergeList.GetCount(), surface.IsSuspendSupport(), surface.IsSuspendSurface());
 }
 
-// Solids on a surface: walls, and the shell at a distance along the normals of the vertices.
+// Solids on a surface: walls, and the shell at a distance along the normals of the vertices, which are
+// weighed by the angles of their corners.
 void AddSolids(Record& record, CFeatureSurface& surface) {
     surface.FindSurfaceEdge();
     CSTLModel walls;
@@ -31,7 +32,8 @@ void AddSolids(Record& record, CFeatureSurface& surface) {
     surface.ExtrudeSurface(&shell, 0.75);
     surface.ExtrudeSurfaceVerge(&shell, 0.75);
     surface.ClearUsedPoint();
-    AddModel(record, shell);
+    record.Add(shell.GetFacetsNum());
+    record.AddApart("ExtrudeSurface", shell.CalArea());
 }
 
 void AddClasses(Record& record, CSTLModel& model) {
