@@ -301,6 +301,21 @@ TEST(STLBinary, ARecordCutAtAnyByteGivesTheVectorsThatAreWhole) {
     }
 }
 
+TEST(STLBinary, AHeaderMayFillTheFieldForItAndNoMore) {
+    TestFolder const folder;
+    std::string const body = BinaryFile(Fan(3)).substr(80);
+    CSTLModel model;
+    auto const nMost = static_cast<int>(sizeof model.m_Status.m_szHeader);
+    WidePath full(folder.Write("full", std::string(static_cast<std::size_t>(nMost), 'h') + body));
+    EXPECT_EQ(1, model.ReadSTLBINARY(full, 0, nMost));
+    EXPECT_EQ(3, model.GetFacetsNum());
+    EXPECT_EQ('h', model.m_Status.m_szHeader[nMost - 1]);
+    CSTLModel other;
+    WidePath longer(folder.Write("longer", std::string(static_cast<std::size_t>(nMost) + 1, 'h') + body));
+    EXPECT_EQ(0, other.ReadSTLBINARY(longer, 0, nMost + 1));
+    EXPECT_EQ(0, other.GetFacetsNum());
+}
+
 TEST(STLBinary, StopBeforeTheReadLetsNoFacetIn) {
     TestFolder const folder;
     WidePath path(folder.Write("part.stl", BinaryFile(Fan(3))));
