@@ -187,9 +187,7 @@ void AddHatches(Record& record, Chance& chance) {
     for (int i = 0; i < 50; ++i) {
         CHatch hatch;
         for (int k = 0; k < 5; ++k) {
-            CPoint2D const from = chance.Point2();
-            CPoint2D const to = chance.Point2();
-            CEdge2D edge(from, to);
+            CEdge2D edge{chance.Point2(), chance.Point2()};
             CBoundBox2D box(CPoint2D(-50.0, -50.0), CPoint2D(60.0, 40.0));
             CEdge2D clipped;
             record.Add(ClipEdgeToBox(edge, box, clipped));

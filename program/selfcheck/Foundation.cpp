@@ -107,7 +107,8 @@ void AddExactGeometry(Record& record, Chance& chance) {
     for (int i = 0; i < 300; ++i) {
         std::array<CPoint2D, 4> p;
         std::array<CPoint3D, 4> q;
-        for (CPoint2D& point : p) point = i % 4 == 0 ? chance.PointOnLattice() : chance.Point2();
+        for (CPoint2D& point : p)
+            point = i % 4 == 0 ? CPoint2D{chance.OnLattice(), chance.OnLattice()} : chance.Point2();
         for (CPoint3D& point : q) point = chance.Point3();
         record.AddAll(Cross(p[0], p[1]), D2ofPtoP(p[0], p[1]), D2ofPtoP(q[0], q[1]),
                       SideofLine(p[0], p[1], p[2]));

@@ -33,7 +33,7 @@ public:
     void Add(CPoint2D const& p);
     void Add(CPoint3D const& p);
     void Add(std::string_view bytes);
-    /// The values may be computed in any order: none of them may depend on what another one changes.
+    /// Values that do not rest on each other: which one is computed first is the compiler's choice.
     void AddAll(auto const&... values) { (Add(values), ...); }
 
     /// A number that may differ in its last digits from system to system.
@@ -62,14 +62,8 @@ public:
     double operator()() { return (static_cast<double>(m_Engine()) - 2147483648.0) / 16777216.0; }
     /// One of 41 places from 0 to 20.
     double OnLattice() { return static_cast<double>(m_Engine() % 41) * 0.5; }
-    // One after the other: the order in which arguments are evaluated is the compiler's choice. So never call
-    // two of these in one list of arguments.
-    CPoint2D PointOnLattice() {
-        double const x = OnLattice();
-        double const y = OnLattice();
-        return {x, y};
-    }
     CPoint2D Point2() {
+        // One after the other: the order in which arguments are evaluated is the compiler's choice.
         double const x = (*this)();
         double const y = (*this)();
         return {x, y};

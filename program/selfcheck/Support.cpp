@@ -17,8 +17,7 @@ void AddSurface(Record& record, CFeatureSurface& surface) {
         record.AddAll(edge.m_ptStart, edge.m_ptEnd);
     }
     surface.FindSurfaceVerge();
-    record.AddAll(surface.m_VergeList.GetCount(), surface.IsSuspendSupport());
-    record.Add(surface.IsSuspendSurface());
+    record.AddAll(surface.m_VergeList.GetCount(), surface.IsSuspendSupport(), surface.IsSuspendSurface());
 }
 
 // Solids on a surface: walls, and the shell at a distance along the normals of the vertices.

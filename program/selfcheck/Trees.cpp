@@ -37,10 +37,7 @@ void CheckTrees(Record& record, std::filesystem::path const& folder) {
     CVertexTree tree;
     for (int i = 0; i < 3000; ++i) {
         CPoint3D point = chance.Point3();
-        if (i % 3 == 0) {
-            CPoint2D const place = chance.PointOnLattice();
-            point = CPoint3D(place.x, place.y, point.z);
-        }
+        if (i % 3 == 0) point = CPoint3D{chance.OnLattice(), chance.OnLattice(), point.z};
         if (i % 5 == 0) point.z = static_cast<double>(i % 50);
         record.Add(tree.AddNode(point)->m_nIndex);
     }

@@ -147,7 +147,7 @@ const tests = {
   async 'Layers are gone through by mouse and by keys'() {
     const page = await openPage(view('layers', plate()));
     const layer = () => textOf(page, '#layer-text');
-    const shows = line => page.waitForFunction(l => document.getElementById('layer-text').textContent === l, {timeout: 5000}, line);
+    const shows = line => page.waitForFunction(l => document.getElementById('layer-text').textContent === l, {timeout: 60000}, line);
     await shows('3 of 3, z\u00a0=\u00a01.5 mm');
     const slider = await (await page.$('#layer')).boundingBox();
     await page.mouse.click(slider.x + 4, slider.y + slider.height / 2);
