@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "FileBytes.h"
 #include "MeshChecks.h"
 #include "TestFiles.h"
 #include "trees/PointSoup.h"
@@ -273,6 +274,46 @@ TEST(STLBinary, FacetReaderTakesOneRecord) {
     EXPECT_EQ(0, model.ReadSTLFacetBINARY(pFile, &facet));  // one attribute byte is missing
     EXPECT_EQ(0, model.ReadSTLFacetBINARY(pFile, &facet));
     std::fclose(pFile);
+}
+
+// A vector counts when its last byte is there; the others stay as they were.
+TEST(STLBinary, ARecordCutAtAnyByteGivesTheVectorsThatAreWhole) {
+    TestFolder const folder;
+    CSTLModel model;
+    FileBytes const record = FileBytes().Floats({1, 2, 3, 11, 12, 13, 21, 22, 23, 31, 32, 33}).Number(0, 2);
+    for (std::size_t nLength = 0; nLength <= 50; ++nLength) {
+        std::filesystem::path const path = folder.Write("record", record.Get().substr(0, nLength));
+        FILE* const pFile = std::fopen(path.string().c_str(), "rb");
+        ASSERT_NE(nullptr, pFile);
+        tagFACET facet;
+        for (float& f : facet.m_fNormal) f = -1.0f;
+        for (CPoint3D& corner : facet.m_ptVertex) corner = CPoint3D(-1.0, -1.0, -1.0);
+        EXPECT_EQ(nLength == 50 ? 1 : 0, model.ReadSTLFacetBINARY(pFile, &facet)) << nLength;
+        std::fclose(pFile);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_EQ(nLength >= 12 ? static_cast<float>(k + 1) : -1.0f, facet.m_fNormal[k]) << nLength;
+            CPoint3D const& corner = facet.m_ptVertex[k];
+            bool const bWhole = nLength >= static_cast<std::size_t>(24 + 12 * k);
+            EXPECT_EQ(bWhole ? 10.0 * (k + 1) + 1.0 : -1.0, corner.x) << nLength;
+            EXPECT_EQ(bWhole ? 10.0 * (k + 1) + 2.0 : -1.0, corner.y) << nLength;
+            EXPECT_EQ(bWhole ? 10.0 * (k + 1) + 3.0 : -1.0, corner.z) << nLength;
+        }
+    }
+}
+
+TEST(STLBinary, AHeaderMayFillTheFieldForItAndNoMore) {
+    TestFolder const folder;
+    std::string const body = BinaryFile(Fan(3)).substr(80);
+    CSTLModel model;
+    auto const nMost = static_cast<int>(sizeof model.m_Status.m_szHeader);
+    WidePath full(folder.Write("full", std::string(static_cast<std::size_t>(nMost), 'h') + body));
+    EXPECT_EQ(1, model.ReadSTLBINARY(full, 0, nMost));
+    EXPECT_EQ(3, model.GetFacetsNum());
+    EXPECT_EQ('h', model.m_Status.m_szHeader[nMost - 1]);
+    CSTLModel other;
+    WidePath longer(folder.Write("longer", std::string(static_cast<std::size_t>(nMost) + 1, 'h') + body));
+    EXPECT_EQ(0, other.ReadSTLBINARY(longer, 0, nMost + 1));
+    EXPECT_EQ(0, other.GetFacetsNum());
 }
 
 TEST(STLBinary, StopBeforeTheReadLetsNoFacetIn) {

@@ -278,7 +278,7 @@ class Copy:
         """What test fails first, as a pair of the program and the test, or None."""
         for name, command in self.tests_of(target, are_slow):
             start = time.monotonic()
-            limit = 10.0 + 6.0 * self.known.seconds[name] if name in self.known.seconds else None
+            limit = 60.0 + 10.0 * self.known.seconds[name] if name in self.known.seconds else None
             try:
                 done = self.run(command, limit)
             except subprocess.TimeoutExpired:

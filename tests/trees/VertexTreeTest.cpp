@@ -35,6 +35,23 @@ void ExpectPoint(CPoint3D const& p, double x, double y, double z) {
 
 }  // namespace
 
+TEST(VertexTree, InsertingSaysWhetherTheTreeIsOneLevelDeeper) {
+    CVertexTree tree;
+    int nTaller = 7;
+    CPoint3D root(0.0, 0.0, 0.0);
+    tree.InsertToTree(tree.m_pRoot, root, nTaller);
+    EXPECT_EQ(1, nTaller);
+    CPoint3D same(0.0, 0.0, 0.0);
+    tree.InsertToTree(tree.m_pRoot, same, nTaller);
+    EXPECT_EQ(0, nTaller);
+    CPoint3D below(5.0, 0.0, 0.0);
+    tree.InsertToTree(tree.m_pRoot, below, nTaller);
+    EXPECT_EQ(1, nTaller);
+    CPoint3D beside(-5.0, 0.0, 0.0);
+    tree.InsertToTree(tree.m_pRoot, beside, nTaller);
+    EXPECT_EQ(0, nTaller);
+}
+
 TEST(VertexTree, FieldsStandInOrder) {
     CVertexTree const tree;
     FieldWalk(tree, FieldWalk::kVirtual)

@@ -219,6 +219,17 @@ TEST(Resolve, HolesThatTouchTheirContourAtAPoint) {
     EXPECT_EQ(ring.parents, std::vector<int>({-1, -1, -1, -1}));
 }
 
+// A box 1000 wide has steps of 2^-20 millimetres.
+TEST(Resolve, AContourOneGridStepWideGoesAndOneOfTwoStays) {
+    for (int const steps : {1, 2, 3}) {
+        double const top = 600.0 + std::ldexp(steps, -20);
+        Paths const paths = MakePaths(
+            {Square(0, 0, 500), {{0, 600}, {500, 600}, {500, top}, {0, top}}, Square(990, 990, 10)});
+        ASSERT_EQ(Grid(BoxOf(paths)).Unit(), std::ldexp(1.0, -20));
+        EXPECT_EQ(Resolve(paths, SolidRule::kWinding).parents.size(), steps > 1 ? 3u : 2u) << steps;
+    }
+}
+
 TEST(Resolve, PointsKeepTheirCoordinates) {
     double const third = 1.0 / 3.0;
     std::vector<Point2> const a{
