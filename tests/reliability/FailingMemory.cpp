@@ -27,14 +27,20 @@ bool Fails() {
 std::atomic<std::int64_t> s_nLive{0};
 
 // Chunks of slots are not counted: how many there are depends on where in one the last work has ended. They
-// are aligned to their size, and no other block to so much.
-bool IsChunk(void const* pMemory) {
-    return reinterpret_cast<std::uintptr_t>(pMemory) % varnet::slot_layout::kChunkSize == 0;
+// are aligned to their size. Another block may be so by chance; it is not counted either, when it comes and
+// when it goes.
+bool IsCounted(void const* pMemory) {
+    return pMemory != nullptr &&
+           reinterpret_cast<std::uintptr_t>(pMemory) % varnet::slot_layout::kChunkSize != 0;
 }
 
-void* Counted(void* pMemory) {
-    if (pMemory != nullptr) s_nLive.fetch_add(1, std::memory_order_relaxed);
+void* Taken(void* pMemory) {
+    if (IsCounted(pMemory)) s_nLive.fetch_add(1, std::memory_order_relaxed);
     return pMemory;
+}
+
+void Given(void const* pMemory) {
+    if (IsCounted(pMemory)) s_nLive.fetch_sub(1, std::memory_order_relaxed);
 }
 
 }  // namespace
@@ -57,23 +63,26 @@ void* __real_realloc(void* pMemory, std::size_t nSize);
 void* __real_aligned_alloc(std::size_t nAlignment, std::size_t nSize);
 void __real_free(void* pMemory);
 
-void* __wrap_malloc(std::size_t nSize) { return Fails() ? nullptr : Counted(__real_malloc(nSize)); }
+void* __wrap_malloc(std::size_t nSize) { return Fails() ? nullptr : Taken(__real_malloc(nSize)); }
 void* __wrap_realloc(void* pMemory, std::size_t nSize) {
     if (Fails()) return nullptr;
+    bool const bCounted = IsCounted(pMemory);
     void* const pMoved = __real_realloc(pMemory, nSize);
-    return pMemory == nullptr ? Counted(pMoved) : pMoved;
+    if (pMoved == nullptr) return nullptr;
+    if (bCounted) s_nLive.fetch_sub(1, std::memory_order_relaxed);
+    return Taken(pMoved);
 }
 void* __wrap_aligned_alloc(std::size_t nAlignment, std::size_t nSize) {
-    return Fails() ? nullptr : __real_aligned_alloc(nAlignment, nSize);
+    return Fails() ? nullptr : Taken(__real_aligned_alloc(nAlignment, nSize));
 }
 void __wrap_free(void* pMemory) {
-    if (pMemory != nullptr && !IsChunk(pMemory)) s_nLive.fetch_sub(1, std::memory_order_relaxed);
+    Given(pMemory);
     __real_free(pMemory);
 }
 }
 
 void* operator new(std::size_t nSize) {
-    void* const pMemory = Fails() ? nullptr : Counted(__real_malloc(nSize));
+    void* const pMemory = Fails() ? nullptr : Taken(__real_malloc(nSize));
     if (pMemory == nullptr) throw std::bad_alloc();
     return pMemory;
 }
