@@ -1,5 +1,6 @@
 #include "foundation/text/FixedDecimal.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstdint>
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1023;
+constexpr int kNotFinite = 0x7FF;
 constexpr std::uint64_t kImplicitBit = std::uint64_t{1} << kMantissaBits;
 
 // Of nNumerator over two to the power of nShift, from 1 to 63, the nearest whole number, ties to even.
@@ -25,13 +27,18 @@ std::uint64_t ShiftedToNearest(std::uint64_t nNumerator, int nShift) {
 
 }  // namespace
 
-// A number below 2^52 is a mantissa of 53 bits over a power of two. A thousand times the mantissa fits in 64
-// bits, so that whole-number arithmetic rounds it exactly.
+// Standard libraries name what is no number each in a way of its own. A number below 2^52 is a mantissa of 53
+// bits over a power of two. A thousand times the mantissa fits in 64 bits, so that whole-number arithmetic
+// rounds it exactly.
 char* WriteFixed(char* pTo, double dValue, int nDigits) {
     VARNET_REQUIRE(nDigits == 2 || nDigits == 3);
     std::uint64_t const nBits = std::bit_cast<std::uint64_t>(dValue);
-    int const nExponent = static_cast<int>(nBits >> kMantissaBits & 0x7FF);
+    int const nExponent = static_cast<int>(nBits >> kMantissaBits & kNotFinite);
     int const nShift = kMantissaBits + kExponentBias - nExponent;
+    if (nExponent == kNotFinite) {
+        if (nBits >> 63 != 0) *pTo++ = '-';
+        return std::copy_n((nBits & (kImplicitBit - 1)) == 0 ? "inf" : "nan", 3, pTo);
+    }
     if (nShift <= 0)
         return std::to_chars(pTo, pTo + kLongestFixed, dValue, std::chars_format::fixed, nDigits).ptr;
 
