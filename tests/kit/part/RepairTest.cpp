@@ -85,6 +85,19 @@ TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
     EXPECT_LT(other.Measures().volume, 0.0);
 }
 
+TEST(Repair, OfTwoSidesOfAsManyFacetsTheLargerOneWins) {
+    for (double const below : {0.5, 3.0}) {
+        Soup soup;
+        soup.points = {{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -below}};
+        // Those above face outward, those below inward.
+        for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 4});
+        for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 5});
+        Part part(soup.points, soup.triangles);
+        EXPECT_EQ(part.Repair().turned, 4);
+        EXPECT_EQ(part.Measures().volume > 0.0, below < 1.0) << below;
+    }
+}
+
 TEST(Repair, ASurfaceWithoutAnOutsideIsLeftWithNoMoreOpenEdges) {
     // A band of n squares with half a twist.
     for (int n : {5, 8, 30}) {
