@@ -91,6 +91,15 @@ TEST(PictureOfMeshes, ADiagonalOfAFlatSideIsNotDrawn) {
     EXPECT_EQ(std::vector<std::size_t>(6, 2), DrawnSides(PictureOf(std::span(&pictured, 1), "cube")));
 }
 
+// What cannot be seen takes no room: neither a facet without area nor one that is seen from its edge.
+TEST(PictureOfMeshes, AFacetWithoutAreaDoesNotMakeThePictureLarger) {
+    shapes::Mesh mesh = shapes::Cube(10);
+    std::string const cube = MeshPicture(mesh);
+    mesh.push_back({{{99, 99, 99}, {99, 99, 99}, {99, 99, 99}}});
+    mesh.push_back({{{50, 0, 0}, {60, 0, 0}, {70, 0, 0}}});
+    EXPECT_EQ(cube, MeshPicture(mesh));
+}
+
 TEST(PictureOfMeshes, TitlesAreText) {
     std::string const svg = MeshPicture(shapes::Cube(1), "</title><script>x</script>");
     ExpectSoundSvg(svg);
