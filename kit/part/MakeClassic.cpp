@@ -157,13 +157,13 @@ private:
                                                 m_Vertices[static_cast<std::size_t>(t[1])],
                                                 m_Vertices[static_cast<std::size_t>(t[2])]});
             std::array<float, 3> normal{};
-            auto facet = std::make_unique<CFacet>(a, b, c, normal.data());
-            facet->CalculateNormal();
+            auto owned = std::make_unique<CFacet>(a, b, c, normal.data());
+            owned->CalculateNormal();
             // A unit vector is nowhere as long: this normal says that the facet is degenerate.
-            if (facet->m_fNormal[0] == 1.0f && facet->m_fNormal[1] == 1.0f) continue;
+            if (owned->m_fNormal[0] == 1.0f && owned->m_fNormal[1] == 1.0f) continue;
+            facets.Add(owned.get());
+            CFacet* const facet = owned.release();
             facet->m_nFlag = c->z < b->z ? FACET_SLOPE_LOW : FACET_SLOPE_HIGH;
-            facets.Add(facet.get());
-            facet.release();
             m_Mesh.triangles.push_back(static_cast<std::int32_t>(i));
             for (std::int32_t const corner : t) ++m_Uses[static_cast<std::size_t>(corner)];
         }
