@@ -48,5 +48,5 @@ TEST_F(RequireDeathTest, ALineIsNoLongerThanTheBufferAllows) {
         ByteReader lines(stdin);
         static_cast<void>(lines.NextLine(ByteReader::kLongestLine + 1));
     };
-    EXPECT_DEATH(readTooMuch(), "kLongestPiece");
+    EXPECT_DEATH(readTooMuch(), "kLongestLine");
 }
