@@ -53,12 +53,12 @@ std::int32_t GreedyOrder::OtherEnd(std::int32_t nPath, std::int32_t nPoint) cons
 }
 
 std::int32_t GreedyOrder::NextByDistance(CPoint2D const& from) {
-    if (!m_Grid && m_pSearch == nullptr) {
-        if (m_nMode == kNearest) m_Grid = PointGrid::Of(m_Points);
-        if (!m_Grid) m_pSearch = std::make_unique<PointSearch>(std::move(m_Points));
+    if (!m_Cells && m_pSearch == nullptr) {
+        if (m_nMode == kNearest) m_Cells = CellSearch::Of(m_Points);
+        if (!m_Cells) m_pSearch = std::make_unique<PointSearch>(std::move(m_Points));
         m_Points = {};
     }
-    if (m_Grid) return m_Grid->Nearest(from.x, from.y, m_dStart);
+    if (m_Cells) return m_Cells->Nearest(from.x, from.y, m_dStart);
     return m_nMode == kNearest ? m_pSearch->Nearest(from.x, from.y, m_dStart, m_nNearPoint)
                                : m_pSearch->Farthest(from.x, from.y, m_dStart);
 }
@@ -86,14 +86,14 @@ std::int32_t GreedyOrder::NextRandom() {
 }
 
 void GreedyOrder::Remove(std::int32_t nPath) {
-    if (!m_Grid && m_pSearch == nullptr) {
+    if (!m_Cells && m_pSearch == nullptr) {
         m_Left.erase(std::lower_bound(m_Left.begin(), m_Left.end(), nPath));
         return;
     }
     std::int32_t const nEnd = PointsEnd(nPath);
     for (std::int32_t i = PointsBegin(nPath); i < nEnd; ++i) {
-        if (m_Grid) {
-            m_Grid->Remove(i);
+        if (m_Cells) {
+            m_Cells->Remove(i);
         } else {
             m_pSearch->Remove(i);
         }

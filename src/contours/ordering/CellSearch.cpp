@@ -1,4 +1,4 @@
-#include "contours/ordering/PointGrid.h"
+#include "contours/ordering/CellSearch.h"
 
 #include <algorithm>
 #include <bit>
@@ -37,38 +37,38 @@ unsigned BitOf(std::size_t nColumn, std::size_t nRow) {
 
 }  // namespace
 
-PointGrid::Axis::Axis(double dFrom, double dTo, std::size_t nCells)
+CellSearch::Axis::Axis(double dFrom, double dTo, std::size_t nCells)
     : dLow(dFrom),
       dPerUnit(static_cast<double>(nCells) / (dTo - dFrom)),
       dMost(static_cast<double>(nCells - 1)),
       leastFrom(nCells + 1, kInfinite),
       greatestTo(nCells + 1, -kInfinite) {}
 
-std::size_t PointGrid::Axis::CellOf(double d) const {
+std::size_t CellSearch::Axis::CellOf(double d) const {
     double const dCell = (d - dLow) * dPerUnit;
     // Not a number where there is no extent: all is in the first cell.
     return dCell >= 0.0 ? static_cast<std::size_t>(std::min(dCell, dMost)) : 0;
 }
 
-void PointGrid::Axis::Take(std::size_t nCell, double d) {
+void CellSearch::Axis::Take(std::size_t nCell, double d) {
     leastFrom[nCell] = std::min(leastFrom[nCell], d);
     greatestTo[nCell + 1] = std::max(greatestTo[nCell + 1], d);
 }
 
 // From the least and greatest coordinate of each cell to those of all from there on, and up to there.
-void PointGrid::Axis::Close() {
+void CellSearch::Axis::Close() {
     for (std::size_t i = Cells(); i-- > 0;) leastFrom[i] = std::min(leastFrom[i], leastFrom[i + 1]);
     for (std::size_t i = 0; i < Cells(); ++i) greatestTo[i + 1] = std::max(greatestTo[i + 1], greatestTo[i]);
 }
 
 // How far the points of some cells are at least from a coordinate; those of the cell that holds it may be
 // anywhere.
-double PointGrid::Axis::Gap(std::size_t nBegin, std::size_t nEnd, double d) const {
+double CellSearch::Axis::Gap(std::size_t nBegin, std::size_t nEnd, double d) const {
     return std::max(std::max(leastFrom[nBegin] - d, d - greatestTo[nEnd]), 0.0);
 }
 
 // Where a search begins, and the best point so far.
-struct PointGrid::Aim {
+struct CellSearch::Aim {
     double x;
     double y;
     double dBest;
@@ -77,7 +77,7 @@ struct PointGrid::Aim {
     std::size_t nRow;
 };
 
-std::optional<PointGrid> PointGrid::Of(std::vector<Point> const& points) {
+std::optional<CellSearch> CellSearch::Of(std::vector<Point> const& points) {
     if (points.size() < kFewPoints) return std::nullopt;
     PlanBox box;
     for (Point const& p : points) {
@@ -91,17 +91,17 @@ std::optional<PointGrid> PointGrid::Of(std::vector<Point> const& points) {
     if (!(dColumns >= 1.0 && dColumns <= dCells)) return std::nullopt;
     auto const nColumns = static_cast<std::size_t>(dColumns);
     auto const nRows = static_cast<std::size_t>(dCells / dColumns);
-    PointGrid grid(Axis(box.xMin, box.xMax, nColumns),
-                   Axis(box.yMin, box.yMax, std::max<std::size_t>(1, nRows)));
+    CellSearch grid(Axis(box.xMin, box.xMax, nColumns),
+                    Axis(box.yMin, box.yMax, std::max<std::size_t>(1, nRows)));
     if (!grid.Fill(points)) return std::nullopt;
     return grid;
 }
 
-PointGrid::PointGrid(Axis columns, Axis rows) : m_Columns(std::move(columns)), m_Rows(std::move(rows)) {}
+CellSearch::CellSearch(Axis columns, Axis rows) : m_Columns(std::move(columns)), m_Rows(std::move(rows)) {}
 
 // The cell of each point, one behind the last for those that are left out. Each number in m_Begins becomes
 // how many points lie in the cell before.
-std::vector<std::uint32_t> PointGrid::CountInCells(std::vector<Point> const& points) {
+std::vector<std::uint32_t> CellSearch::CountInCells(std::vector<Point> const& points) {
     std::size_t const nCells = m_Columns.Cells() * m_Rows.Cells();
     std::vector<std::uint32_t> cells(points.size(), static_cast<std::uint32_t>(nCells));
     m_Begins.resize(nCells + 1);
@@ -121,7 +121,7 @@ std::vector<std::uint32_t> PointGrid::CountInCells(std::vector<Point> const& poi
 }
 
 // False where a cell is crowded.
-bool PointGrid::Fill(std::vector<Point> const& points) {
+bool CellSearch::Fill(std::vector<Point> const& points) {
     std::vector<std::uint32_t> const cells = CountInCells(points);
     if (std::any_of(m_Begins.begin(), m_Begins.end(), [](std::uint32_t n) { return n > kCrowded; }))
         return false;
@@ -142,7 +142,7 @@ bool PointGrid::Fill(std::vector<Point> const& points) {
     return true;
 }
 
-void PointGrid::AddLevels() {
+void CellSearch::AddLevels() {
     m_Levels.push_back({m_Columns.Cells(), m_Rows.Cells(), {}});
     while (m_Levels.back().nColumns > 1 || m_Levels.back().nRows > 1) {
         Level const& below = m_Levels.back();
@@ -161,7 +161,7 @@ void PointGrid::AddLevels() {
     }
 }
 
-void PointGrid::Remove(std::int32_t nRank) {
+void CellSearch::Remove(std::int32_t nRank) {
     if (nRank < 0 || static_cast<std::size_t>(nRank) >= m_Places.size()) return;
     std::int32_t const nPlace = std::exchange(m_Places[static_cast<std::size_t>(nRank)], kNone);
     if (nPlace == kNone) return;
@@ -187,7 +187,7 @@ void PointGrid::Remove(std::int32_t nRank) {
 }
 
 // Cells side by side in a row.
-void PointGrid::LookInRow(Aim& aim, std::size_t nRow, std::size_t nBegin, std::size_t nEnd) const {
+void CellSearch::LookInRow(Aim& aim, std::size_t nRow, std::size_t nBegin, std::size_t nEnd) const {
     std::size_t const nFirst = nRow * m_Columns.Cells();
     for (std::size_t nCell = nFirst + nBegin; nCell < nFirst + nEnd; ++nCell) {
         Point const* const pBegin = m_Points.data() + m_Begins[nCell];
@@ -202,7 +202,7 @@ void PointGrid::LookInRow(Aim& aim, std::size_t nRow, std::size_t nBegin, std::s
 }
 
 // A block, or a cell on the lowest level, where it could hold a better point.
-void PointGrid::LookInBlock(Aim& aim, std::size_t nLevel, std::size_t nColumn, std::size_t nRow) const {
+void CellSearch::LookInBlock(Aim& aim, std::size_t nLevel, std::size_t nColumn, std::size_t nRow) const {
     std::size_t const nShift = kBlockBits * nLevel;
     double const dx =
         m_Columns.Gap(nColumn << nShift, std::min((nColumn + 1) << nShift, m_Columns.Cells()), aim.x);
@@ -218,7 +218,7 @@ void PointGrid::LookInBlock(Aim& aim, std::size_t nLevel, std::size_t nColumn, s
 }
 
 // The rings of one level around the place. True when nothing beyond them could be better.
-bool PointGrid::LookInRings(Aim& aim, std::size_t nLevel) const {
+bool CellSearch::LookInRings(Aim& aim, std::size_t nLevel) const {
     Level const& level = m_Levels[nLevel];
     std::size_t const nShift = kBlockBits * nLevel;
     std::size_t const nColumn = aim.nColumn >> nShift;
@@ -250,7 +250,7 @@ bool PointGrid::LookInRings(Aim& aim, std::size_t nLevel) const {
     return false;
 }
 
-std::int32_t PointGrid::Nearest(double x, double y, double dBelow2) const {
+std::int32_t CellSearch::Nearest(double x, double y, double dBelow2) const {
     // From there, nothing is at a finite distance.
     if (!std::isfinite(x) || !std::isfinite(y)) return kNone;
     Aim aim{x, y, dBelow2, kNone, m_Columns.CellOf(x), m_Rows.CellOf(y)};

@@ -19,14 +19,14 @@ namespace varnet {
 /// point beyond could count. That is safe against rounding: which column a point is in grows with its x, of
 /// each column the least x of it and those beyond is known, and differences, squares and sums are rounded
 /// monotonically.
-class PointGrid {
+class CellSearch {
 public:
     using Point = PointSearch::Point;
     static constexpr std::int32_t kNone = PointSearch::kNone;
 
     /// A grid of the points; nothing where they are few, or where many of them lie in one cell. Points with a
     /// coordinate that is not finite are left out.
-    static std::optional<PointGrid> Of(std::vector<Point> const& points);
+    static std::optional<CellSearch> Of(std::vector<Point> const& points);
 
     /// A rank that is not in the set, or not any more, is passed over.
     void Remove(std::int32_t nRank);
@@ -62,7 +62,7 @@ private:
 
     struct Aim;
 
-    PointGrid(Axis columns, Axis rows);
+    CellSearch(Axis columns, Axis rows);
     bool Fill(std::vector<Point> const& points);
     std::vector<std::uint32_t> CountInCells(std::vector<Point> const& points);
     void AddLevels();
