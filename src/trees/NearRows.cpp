@@ -32,22 +32,6 @@ bool SetBit(std::uint64_t* pBits, std::size_t n) {
     return bNew;
 }
 
-// The vertices at the height next to a clean row that is alone in its clan, above or below it in the tree's
-// order, lie farther from it than so much. The order agrees with the comparison: all clans do.
-bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance) {
-    for (bool const bAbove : {true, false}) {
-        tagVertexNode const* pNext = nullptr;
-        for (tagVertexNode const* p = tree.m_pRoot; p != nullptr;) {
-            double const d = p->z != dHeight ? p->z - dHeight : p->y - y;
-            bool const bBeyond = bAbove ? d > 0.0 : d < 0.0;
-            if (bBeyond) pNext = p;
-            p = bBeyond == bAbove ? p->m_pRight : p->m_pLeft;
-        }
-        if (pNext != nullptr && pNext->z == dHeight && std::fabs(pNext->y - y) <= dDistance) return false;
-    }
-    return true;
-}
-
 }  // namespace
 
 NearRows::NearRows(double dTolerance)
@@ -56,20 +40,6 @@ NearRows::NearRows(double dTolerance)
       m_dAlone(kAlone * dTolerance),
       m_dReach(kReach * dTolerance),
       m_dBandsPerUnit(1.0 / (kTolerancesPerBand * dTolerance)) {}
-
-bool NearRows::Enter(CVertexTree const& tree, double y, double dHeight, RowsMet const& met) {
-    if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return MarkAround(y, dHeight);
-    double dAnchor = 0.0;
-    if (FindClan(y, dHeight, dAnchor)) {
-        return std::fabs(y - dAnchor) > m_dJoin && MarkAround(y, dHeight);
-    }
-    if (!met.bNear) return false;
-    bool const bClean =
-        !met.bSeveral && std::fabs(y - met.y) <= m_dJoin && IsAlone(tree, met.y, dHeight, m_dAlone);
-    if (!bClean) return MarkAround(y, dHeight);
-    AddClan({dHeight, met.y});
-    return false;
-}
 
 std::uint64_t NearRows::HashOf(double y, double dHeight) const {
     // Two bands about 0 count as one, since the conversion truncates.

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
-
-#include "trees/VertexTree.h"
 
 namespace varnet {
 
@@ -54,7 +53,23 @@ public:
 
     /// A vertex is about to enter the tree, at a height that the tree has or one far from all of them, after
     /// a descent that has met this. Returns true when a row has got a mark that had none.
-    bool Enter(CVertexTree const& tree, double y, double dHeight, RowsMet const& met);
+    ///
+    /// isAlone(y, height, distance) tells of a clean row that is alone in its clan whether all other vertices
+    /// at its height lie farther from it in y than the distance.
+    template <class IsAlone>
+    bool Enter(double y, double dHeight, RowsMet const& met, IsAlone const& isAlone) {
+        if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return MarkAround(y, dHeight);
+        double dAnchor = 0.0;
+        if (FindClan(y, dHeight, dAnchor)) {
+            return std::fabs(y - dAnchor) > m_dJoin && MarkAround(y, dHeight);
+        }
+        if (!met.bNear) return false;
+        bool const bClean =
+            !met.bSeveral && std::fabs(y - met.y) <= m_dJoin && isAlone(met.y, dHeight, m_dAlone);
+        if (!bClean) return MarkAround(y, dHeight);
+        AddClan({dHeight, met.y});
+        return false;
+    }
 
 private:
     // A clean clan.

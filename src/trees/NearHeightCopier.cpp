@@ -1,0 +1,259 @@
+#include "trees/NearHeightCopier.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "foundation/LookAhead.h"
+#include "foundation/Require.h"
+#include "trees/VertexInsertion.h"
+
+namespace varnet {
+
+using parent_avl::kLeft;
+using parent_avl::kRight;
+using parent_avl::kTop;
+using parent_avl::Link;
+using vertex_insertion::CompareAxis;
+
+NearHeightCopier::NearHeightCopier(std::span<tagVertexNode* const> sources)
+    : m_dTolerance(CVertexTree().m_dTolerance),
+      m_nSources(sources.size()),
+      m_Records(sources.size() + 1),
+      m_nRecords(sources.size() + 1),
+      m_Heights(sources.size() + 1),
+      m_Rows(m_dTolerance) {
+    VARNET_REQUIRE(sources.size() <= kMostVertices);
+    std::uint32_t nOwnHeight = kNone;
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+        if (i + look_ahead::kRankedVertex < sources.size())
+            Prefetch(&sources[i + look_ahead::kRankedVertex]->x);
+        CPoint3D const& point = *sources[i];
+        if (nOwnHeight == kNone || point.z != m_Records[nOwnHeight].z)
+            nOwnHeight = static_cast<std::uint32_t>(i + 1);
+        Record& record = m_Records[i + 1];
+        record.x = point.x;
+        record.y = point.y;
+        record.z = point.z;
+        record.nOwnHeight = nOwnHeight;
+    }
+}
+
+NearHeightCopier::Target::Target(NearHeightCopier& copier, CVertexTree& tree) : m_Copier(copier) {
+    VARNET_REQUIRE(tree.m_pRoot == nullptr && tree.m_dTolerance == copier.m_dTolerance);
+    VARNET_REQUIRE(copier.m_pTarget == nullptr);
+    copier.m_pTarget = &tree;
+}
+
+tagVertexNode* NearHeightCopier::AddNode(std::uint32_t nRank) {
+    Record const& record = m_Records[nRank + 1];
+    NextHeights const next = FindNext(record);
+    std::uint32_t const nHeight = FindNear(record, next);
+    if (nHeight == kNone) return AddHeight(nRank + 1, next);
+    Record const& last = m_Records[record.nLast];
+    if (last.nHeight == nHeight && !m_Rows.IsMarked(record.y, m_Records[nHeight].z)) return last.pVertex;
+    return AddAtHeight(nRank + 1, nHeight);
+}
+
+NearHeightCopier::NextHeights NearHeightCopier::FindNext(Record const& record) const {
+    if (m_Heights.Has(record.nOwnHeight)) return {record.nOwnHeight, record.nOwnHeight};
+    return {RecordOf(m_Heights.Below(record.nOwnHeight)), RecordOf(m_Heights.Above(record.nOwnHeight))};
+}
+
+bool NearHeightCopier::IsNear(std::uint32_t nHeight, double z) const {
+    return nHeight != kNone && CompareAxis(m_Records[nHeight].z, z, m_dTolerance) == COMPARE_EQUAL;
+}
+
+std::uint32_t NearHeightCopier::FindNear(Record const& record, NextHeights const& next) const {
+    bool const bLower = IsNear(next.nLower, record.z);
+    bool const bUpper = IsNear(next.nUpper, record.z);
+    if (bLower && bUpper) return m_Records[next.nLower].bUpperFirst ? next.nUpper : next.nLower;
+    return bLower ? next.nLower : bUpper ? next.nUpper : kNone;
+}
+
+tagVertexNode* NearHeightCopier::AddAtHeight(std::uint32_t nRecord, std::uint32_t nHeight) {
+    RowsMet met;
+    End end = FindEnd(m_Records[nRecord], nHeight, met);
+    if (end.nNode == kNone) {
+        end.nNode = Make(nRecord, nHeight, met);
+        PutIn(end.nNode, end.link);
+    }
+    Remember(nRecord, end.nNode);
+    return m_Records[end.nNode].pVertex;
+}
+
+tagVertexNode* NearHeightCopier::AddHeight(std::uint32_t nRecord, NextHeights const& next) {
+    std::uint32_t const nHeight = m_Records[nRecord].nOwnHeight;
+    bool const bBelowUpper =
+        next.nUpper != kNone && (next.nLower == kNone || !m_Records[next.nLower].bUpperFirst);
+    std::uint32_t const nFrom = bBelowUpper ? next.nUpper : next.nLower;
+    Link link = {kTop, kLeft};
+    for (std::uint32_t n = m_Records[nFrom].nTop; n != kNone; n = parent_avl::At(m_Records, link))
+        link = {n, m_Records[n].nHeight < nHeight ? kLeft : kRight};
+    std::uint32_t const nNode = Make(nRecord, nHeight, {});
+    m_Heights.Add(nHeight);
+    m_Records[nHeight].nTop = nNode;
+    m_Records[nHeight].bUpperFirst = next.nUpper != kNone;
+    if (next.nLower != kNone) m_Records[next.nLower].bUpperFirst = false;
+    PutIn(nNode, link);
+    Remember(nRecord, nNode);
+    return m_Records[nNode].pVertex;
+}
+
+// As the way of a descent from the uppermost node of the height on.
+NearHeightCopier::End NearHeightCopier::FindEnd(Record const& record, std::uint32_t nHeight,
+                                                RowsMet& met) const {
+    Link link = {kTop, kLeft};
+    for (std::uint32_t n = m_Records[nHeight].nTop; n != kNone;) {
+        Record const& node = m_Records[n];
+        bool bGreater = node.nHeight > nHeight;
+        if (node.nHeight == nHeight) {
+            COMPARE order = CompareAxis(node.y, record.y, m_dTolerance);
+            if (order == COMPARE_EQUAL) {
+                if (node.y != record.y) met.Meet(node.y);
+                order = CompareAxis(node.x, record.x, m_dTolerance);
+                if (order == COMPARE_EQUAL) return {n, link};
+            }
+            bGreater = order == COMPARE_GREATER;
+        }
+        link = {n, bGreater ? kRight : kLeft};
+        n = node.nChildren[link.nSide];
+    }
+    return {kNone, link};
+}
+
+// The vertices at the height next to a clean row that is alone in its clan lie farther from it than so much.
+bool NearHeightCopier::IsAlone(std::uint32_t nHeight, double y, double dDistance) const {
+    for (bool const bAbove : {true, false}) {
+        std::uint32_t nNext = kNone;
+        for (std::uint32_t n = m_Records[nHeight].nTop; n != kNone;) {
+            Record const& node = m_Records[n];
+            double const dLevel = node.nHeight > nHeight ? 1.0 : -1.0;
+            double const d = node.nHeight != nHeight ? dLevel : node.y - y;
+            bool const bBeyond = bAbove ? d > 0.0 : d < 0.0;
+            if (bBeyond && node.nHeight == nHeight) nNext = n;
+            n = node.nChildren[bBeyond == bAbove ? kRight : kLeft];
+        }
+        if (nNext != kNone && std::fabs(m_Records[nNext].y - y) <= dDistance) return false;
+    }
+    return true;
+}
+
+void NearHeightCopier::Grow() {
+    if (m_nRecords > 2 * kMostVertices) throw std::bad_alloc();
+    ZeroedTable<Record> records(m_nRecords + std::min(m_nRecords, kMostVertices) / 2 + 1);
+    std::copy(m_Records.begin(), m_Records.end(), records.begin());
+    m_Records = std::move(records);
+}
+
+// A node that stands nowhere yet. Nothing is changed where memory has run out, but rows may have got marks,
+// which do no harm.
+std::uint32_t NearHeightCopier::Make(std::uint32_t nRecord, std::uint32_t nHeight, RowsMet const& met) {
+    std::uint32_t nNode = nRecord;
+    if (m_Records[nRecord].pVertex != nullptr) {
+        if (m_nRecords == m_Records.size()) Grow();
+        nNode = static_cast<std::uint32_t>(m_nRecords);
+    }
+    if (m_Touched.capacity() - m_Touched.size() < 2) m_Touched.reserve(2 * m_Touched.size() + 64);
+    Record const& record = m_Records[nRecord];
+    auto vertex = std::make_unique<tagVertexNode>(CPoint3D(record.x, record.y, m_Records[nHeight].z));
+    m_Rows.Enter(record.y, vertex->z, met, [this, nHeight](double y, double, double dDistance) {
+        return IsAlone(nHeight, y, dDistance);
+    });
+    vertex_insertion::CountVertex(*m_pTarget, *vertex);
+    Record& node = m_Records[nNode];
+    if (nNode != nRecord) {
+        ++m_nRecords;
+        node = Record{};
+        node.x = record.x;
+        node.y = record.y;
+    }
+    node.pVertex = vertex.release();
+    node.nHeight = nHeight;
+    m_Touched.push_back(nNode);
+    return nNode;
+}
+
+void NearHeightCopier::PutIn(std::uint32_t nNode, Link const& link) {
+    parent_avl::PutIn(m_Records, nNode, link, [this](std::uint32_t nRotated, std::uint32_t nChild) {
+        BeforeRotation(nRotated, nChild);
+    });
+}
+
+void NearHeightCopier::BeforeRotation(std::uint32_t nNode, std::uint32_t nChild) {
+    std::uint32_t const nHeight = m_Records[nNode].nHeight;
+    std::uint32_t const nOther = m_Records[nChild].nHeight;
+    if (m_Records[nHeight].nTop != nNode) return;
+    if (nOther == nHeight) {
+        m_Records[nHeight].nTop = nChild;
+    } else if (nHeight < nOther) {
+        if (m_Heights.Above(nHeight) == nOther) m_Records[nHeight].bUpperFirst = true;
+    } else if (m_Heights.Above(nOther) == nHeight) {
+        m_Records[nOther].bUpperFirst = false;
+    }
+}
+
+// Where x or y differ, the same may not come true again.
+void NearHeightCopier::Remember(std::uint32_t nRecord, std::uint32_t nNode) {
+    Record& record = m_Records[nRecord];
+    if (m_Records[nNode].x != record.x || m_Records[nNode].y != record.y) return;
+    if (record.nLast == kNone && record.pVertex == nullptr) m_Touched.push_back(nRecord);
+    record.nLast = nNode;
+}
+
+void NearHeightCopier::Finish() noexcept {
+    SetLinks();
+    Clear();
+    m_pTarget = nullptr;
+}
+
+// In the order of the records, where children are mostly at hand. A few of many are sorted.
+void NearHeightCopier::SetLinks() {
+    constexpr std::size_t kFew = 8;
+    auto const vertexOf = [this](std::uint32_t n) { return m_Records[n].pVertex; };
+    auto const link = [this, &vertexOf](std::uint32_t n) {
+        Record const& node = m_Records[n];
+        if (node.pVertex == nullptr) return;
+        node.pVertex->m_pLeft = vertexOf(node.nChildren[kLeft]);
+        node.pVertex->m_pRight = vertexOf(node.nChildren[kRight]);
+        node.pVertex->m_nBalance = node.nBalance;
+    };
+    if (m_Touched.size() < m_nSources / kFew) {
+        std::sort(m_Touched.begin(), m_Touched.end());
+        std::for_each(m_Touched.begin(), m_Touched.end(), link);
+    } else {
+        constexpr std::size_t kAhead = look_ahead::kLinkedVertex;
+        for (std::size_t n = 1; n < m_nRecords; ++n) {
+            if (tagVertexNode const* const p =
+                    n + kAhead < m_nRecords ? m_Records[n + kAhead].pVertex : nullptr) {
+                Prefetch(&p->m_pLeft);
+                Prefetch(&p->m_nBalance);
+            }
+            link(static_cast<std::uint32_t>(n));
+        }
+    }
+    m_pTarget->m_pRoot = vertexOf(m_Records[kTop].nChildren[kLeft]);
+}
+
+void NearHeightCopier::Clear() {
+    auto const clear = [](Record& record) {
+        record.pVertex = nullptr;
+        record.nLast = kNone;
+        record.nChildren[kLeft] = kNone;
+        record.nChildren[kRight] = kNone;
+        record.nHeight = kNone;
+        record.nBalance = 0;
+    };
+    for (std::uint32_t const n : m_Touched) {
+        if (m_Records[n].nHeight != kNone) m_Heights.Forget(m_Records[n].nHeight);
+    }
+    for (std::uint32_t const n : m_Touched) clear(m_Records[n]);
+    clear(m_Records[kTop]);
+    m_nRecords = m_nSources + 1;
+    m_Rows = NearRows(m_dTolerance);
+    m_Touched.clear();
+}
+
+}  // namespace varnet

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "foundation/Prefetch.h"
+#include "foundation/memory/LargePages.h"
+#include "trees/NearRows.h"
+#include "trees/ParentAvl.h"
+#include "trees/RankSet.h"
+#include "trees/VertexTree.h"
+
+namespace varnet {
+
+/// Copies vertices of one tree to other trees, empty ones, in any order, where heights of the source may lie
+/// within the tolerance of the target: what was read with a smaller tolerance. The result is that of
+/// CVertexTree::AddNode for each, node for node.
+///
+/// Why that is exact. Heights of the target are heights of the source, so their order is known: the heights
+/// next to a vertex's own are found in a set of ranks. VertexCache.h says why a point takes the one height
+/// that is near, or of two the one of the uppermost vertex of both. From there on:
+///
+/// 1. All vertices of a height stand below the uppermost one of it. A point's way meets that one before it
+///    can meet any other vertex near its height, so the search for its place may begin there; that of a new
+///    height may begin at the uppermost vertex of the height next to it on either side, the one that stands
+///    lower: one of the two vertices between which the place is stands below the other, and the place below
+///    it.
+/// 2. Which vertex is the uppermost of a height, or of two heights that are next to each other, changes only
+///    when it is rotated and the vertex that takes its place is one of theirs: the vertices of such heights
+///    stand together in the order. A new height comes below both its neighbours.
+/// 3. A vertex that has come to a copy of the same x and y comes to it again whenever it takes that height,
+///    unless the rows around are entangled (NearRows.h, and VertexCache.h for the reason).
+class NearHeightCopier {
+public:
+    /// The source's vertices by rank, heights ascending. Zeros of one height have one sign. They must outlive
+    /// this and stay as they are.
+    explicit NearHeightCopier(std::span<tagVertexNode* const> sources);
+
+    static constexpr std::size_t kMostVertices = std::size_t{1} << 30;
+
+    /// Copies vertices to this tree, which is empty, as long as this lives. Its destructor links them, until
+    /// when the tree does not know them.
+    class Target {
+    public:
+        Target(NearHeightCopier& copier, CVertexTree& tree);
+        Target(Target const&) = delete;
+        Target& operator=(Target const&) = delete;
+        ~Target() { m_Copier.Finish(); }
+
+        /// As CVertexTree::AddNode for the point of the source's vertex of that rank. Throws std::bad_alloc.
+        tagVertexNode* AddNode(std::uint32_t nRank) { return m_Copier.AddNode(nRank); }
+
+    private:
+        NearHeightCopier& m_Copier;
+    };
+
+    /// Brings what AddNode looks at into the processor's cache, in two steps.
+    void PrefetchRecord(std::uint32_t nRank) const { Prefetch(&m_Records[nRank + 1]); }
+    tagVertexNode const* PrefetchHeight(std::uint32_t nRank) const {
+        Record const& last = m_Records[m_Records[nRank + 1].nLast];
+        Prefetch(&m_Records[last.nHeight]);
+        return last.pVertex;
+    }
+
+private:
+    // Of a vertex of the source, of the node that was made of it first, and of its height. Nodes that are
+    // made of a vertex once more have records of their own behind those. Records are known by their places;
+    // the first stands above the root.
+    struct alignas(64) Record {
+        double x;
+        double y;
+        double z;                  // of the vertex
+        tagVertexNode* pVertex;    // of the node, null when there is none
+        std::uint32_t nOwnHeight;  // the first of the vertices of the same z
+        std::uint32_t nLast;       // the node of the same x and y to which the vertex came last
+        std::uint32_t nChildren[2];
+        std::uint32_t nParent;
+        std::uint32_t nHeight;  // of the node: the vertex of which the height is
+        std::uint32_t nTop;     // the uppermost node of the height
+        std::int8_t nBalance;
+        bool bUpperFirst;  // of this height and the next one above, that one has the uppermost node
+    };
+    static_assert(sizeof(Record) == 64);
+
+    static constexpr std::uint32_t kNone = parent_avl::kNothing;
+
+    // The heights of the target next to a point's: itself, where it is there.
+    struct NextHeights {
+        std::uint32_t nLower;
+        std::uint32_t nUpper;
+    };
+    // Where a way down ends: at a node, or at an empty link.
+    struct End {
+        std::uint32_t nNode;
+        parent_avl::Link link;
+    };
+
+    tagVertexNode* AddNode(std::uint32_t nRank);
+    tagVertexNode* AddAtHeight(std::uint32_t nRecord, std::uint32_t nHeight);
+    tagVertexNode* AddHeight(std::uint32_t nRecord, NextHeights const& next);
+    NextHeights FindNext(Record const& record) const;
+    std::uint32_t FindNear(Record const& record, NextHeights const& next) const;
+    bool IsNear(std::uint32_t nHeight, double z) const;
+    End FindEnd(Record const& record, std::uint32_t nHeight, RowsMet& met) const;
+    bool IsAlone(std::uint32_t nHeight, double y, double dDistance) const;
+    std::uint32_t Make(std::uint32_t nRecord, std::uint32_t nHeight, RowsMet const& met);
+    void Grow();
+    void PutIn(std::uint32_t nNode, parent_avl::Link const& link);
+    void BeforeRotation(std::uint32_t nNode, std::uint32_t nChild);
+    void Remember(std::uint32_t nRecord, std::uint32_t nNode);
+    std::uint32_t RecordOf(std::uint32_t nInSet) const { return nInSet == RankSet::kNone ? kNone : nInSet; }
+    void Finish() noexcept;
+    void SetLinks();
+    void Clear();
+
+    double m_dTolerance;
+    std::size_t m_nSources;
+    ZeroedTable<Record> m_Records;
+    std::size_t m_nRecords;
+    RankSet m_Heights;  // of the target, by records
+    NearRows m_Rows;
+    CVertexTree* m_pTarget = nullptr;
+    std::vector<std::uint32_t> m_Touched;  // records that are not as they were
+};
+
+}  // namespace varnet
