@@ -50,6 +50,10 @@ std::vector<CFacet*> FacetsOf(CSTLModel const& model) {
     return facets;
 }
 
+// Facets whose vertices are brought near at once.
+constexpr std::size_t kGroup = 32;
+static_assert(3 * kGroup <= NearHeightCopier::kLargestGroup);
+
 // The corners of a facet, by the ranks of their vertices.
 using Ranks = std::array<std::uint32_t, 3>;
 using RankGraph = FacetGraph<Ranks>;
@@ -200,27 +204,28 @@ private:
     void CopyByHeights(CSTLModel& shell) {
         NearHeightCopier::Target target(*m_NearHeights, shell.m_VertexTree);
         for (std::size_t i = 0; i < m_Shell.size(); ++i) {
-            PrefetchByHeights(i);
+            if (i % kGroup == 0) PrefetchGroup(i);
             std::array<tagVertexNode*, 3> corners;
             for (std::size_t k = 0; k < 3; ++k) corners[k] = target.AddNode(m_Graph.NoteOf(m_Shell[i])[k]);
             EnterTriangle(shell, corners);
         }
     }
 
-    void PrefetchByHeights(std::size_t i) const {
-        using namespace look_ahead;
-        if (i + kEnteredRecord < m_Shell.size()) m_Graph.PrefetchRecord(m_Shell[i + kEnteredRecord]);
-        if (i + kEnteredRanks < m_Shell.size()) {
-            for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredRanks]))
-                m_NearHeights->PrefetchRecord(nRank);
+    // The ways of the vertices of the group of facets that begins at the i-th, and what leads to those of the
+    // next ones.
+    void PrefetchGroup(std::size_t i) const {
+        auto const groupAt = [this](std::size_t nFirst) {
+            std::size_t const nBegin = std::min(nFirst, m_Shell.size());
+            return std::span(m_Shell).subspan(nBegin, std::min(kGroup, m_Shell.size() - nBegin));
+        };
+        for (std::uint32_t const n : groupAt(i + 2 * kGroup)) m_Graph.PrefetchRecord(n);
+        for (std::uint32_t const n : groupAt(i + kGroup)) m_NearHeights->PrefetchRecords(m_Graph.NoteOf(n));
+        std::array<std::uint32_t, 3 * kGroup> ranks;
+        std::size_t nRanks = 0;
+        for (std::uint32_t const n : groupAt(i)) {
+            for (std::uint32_t const nRank : m_Graph.NoteOf(n)) ranks[nRanks++] = nRank;
         }
-        if (i + kEnteredVertices >= m_Shell.size()) return;
-        for (std::uint32_t const nRank : m_Graph.NoteOf(m_Shell[i + kEnteredVertices])) {
-            if (tagVertexNode const* const p = m_NearHeights->PrefetchHeight(nRank)) {
-                Prefetch(&p->x);
-                Prefetch(&p->m_ppFacet);
-            }
-        }
+        m_NearHeights->PrefetchWays({ranks.data(), nRanks});
     }
 
     // Where the order of the vertices does not tell their places in the new tree.

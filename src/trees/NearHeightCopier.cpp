@@ -1,6 +1,7 @@
 #include "trees/NearHeightCopier.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <new>
@@ -8,6 +9,7 @@
 
 #include "foundation/LookAhead.h"
 #include "foundation/Require.h"
+#include "foundation/memory/SlotPool.h"
 #include "trees/VertexInsertion.h"
 
 namespace varnet {
@@ -45,6 +47,58 @@ NearHeightCopier::Target::Target(NearHeightCopier& copier, CVertexTree& tree) : 
     VARNET_REQUIRE(tree.m_pRoot == nullptr && tree.m_dTolerance == copier.m_dTolerance);
     VARNET_REQUIRE(copier.m_pTarget == nullptr);
     copier.m_pTarget = &tree;
+}
+
+void NearHeightCopier::PrefetchRecords(std::span<std::uint32_t const> ranks) const {
+    for (std::uint32_t const nRank : ranks) Prefetch(&m_Records[nRank + 1]);
+}
+
+// The ways go down a level at a time, so that the memory of many is under way at once, and without branches,
+// since no turn can be foreseen. A point that has come to its vertex goes on.
+void NearHeightCopier::PrefetchWays(std::span<std::uint32_t const> ranks) const {
+    struct Way {
+        std::uint32_t nRecord;
+        std::uint32_t nHeight;
+        std::uint32_t nNode;
+    };
+    VARNET_REQUIRE(ranks.size() <= kLargestGroup);
+    std::array<Way, kLargestGroup> ways;
+    std::size_t nWays = 0;
+    // A new vertex comes several times before it is there.
+    std::array<std::uint32_t, 256> asked{};
+    for (std::uint32_t const nRank : ranks) {
+        Record const& record = m_Records[nRank + 1];
+        if (record.nLast != kNone) {
+            Record const& last = m_Records[record.nLast];
+            Prefetch(&m_Records[last.nHeight]);
+            Prefetch(&last.pVertex->x);
+            Prefetch(&last.pVertex->m_ppFacet);
+            Prefetch(AnnexOf(last.pVertex));
+            continue;
+        }
+        if (std::exchange(asked[nRank % asked.size()], nRank + 1) == nRank + 1) continue;
+        NextHeights const next = FindNext(record);
+        std::uint32_t const nHeight = FindNear(record, next);
+        ways[nWays++] = {nRank + 1, nHeight != kNone ? nHeight : record.nOwnHeight, TopFor(nHeight, next)};
+        Prefetch(&m_Records[ways[nWays - 1].nNode]);
+    }
+    while (nWays > 0) {
+        std::size_t nStill = 0;
+        for (std::size_t i = 0; i < nWays; ++i) {
+            auto const [nRecord, nHeight, nAt] = ways[i];
+            Record const& record = m_Records[nRecord];
+            Record const& node = m_Records[nAt];
+            double const dRow = node.y - record.y;
+            double const dInRow = std::fabs(dRow) > m_dTolerance ? dRow : node.x - record.x;
+            double const dHeight = static_cast<double>(node.nHeight) - static_cast<double>(nHeight);
+            double const d = node.nHeight != nHeight ? dHeight : dInRow;
+            std::uint32_t const nNext = node.nChildren[d < 0.0 ? kLeft : kRight];
+            Prefetch(&m_Records[nNext]);
+            ways[nStill] = {nRecord, nHeight, nNext};
+            nStill += nNext != kNone ? 1 : 0;
+        }
+        nWays = nStill;
+    }
 }
 
 tagVertexNode* NearHeightCopier::AddNode(std::uint32_t nRank) {
@@ -86,11 +140,8 @@ tagVertexNode* NearHeightCopier::AddAtHeight(std::uint32_t nRecord, std::uint32_
 
 tagVertexNode* NearHeightCopier::AddHeight(std::uint32_t nRecord, NextHeights const& next) {
     std::uint32_t const nHeight = m_Records[nRecord].nOwnHeight;
-    bool const bBelowUpper =
-        next.nUpper != kNone && (next.nLower == kNone || !m_Records[next.nLower].bUpperFirst);
-    std::uint32_t const nFrom = bBelowUpper ? next.nUpper : next.nLower;
     Link link = {kTop, kLeft};
-    for (std::uint32_t n = m_Records[nFrom].nTop; n != kNone; n = parent_avl::At(m_Records, link))
+    for (std::uint32_t n = TopFor(kNone, next); n != kNone; n = parent_avl::At(m_Records, link))
         link = {n, m_Records[n].nHeight < nHeight ? kLeft : kRight};
     std::uint32_t const nNode = Make(nRecord, nHeight, {});
     m_Heights.Add(nHeight);
@@ -100,6 +151,14 @@ tagVertexNode* NearHeightCopier::AddHeight(std::uint32_t nRecord, NextHeights co
     PutIn(nNode, link);
     Remember(nRecord, nNode);
     return m_Records[nNode].pVertex;
+}
+
+// Where the way down begins for a point that takes the height, or none.
+std::uint32_t NearHeightCopier::TopFor(std::uint32_t nHeight, NextHeights const& next) const {
+    if (nHeight != kNone) return m_Records[nHeight].nTop;
+    bool const bBelowUpper =
+        next.nUpper != kNone && (next.nLower == kNone || !m_Records[next.nLower].bUpperFirst);
+    return m_Records[bBelowUpper ? next.nUpper : next.nLower].nTop;
 }
 
 // As the way of a descent from the uppermost node of the height on.

@@ -56,13 +56,12 @@ public:
         NearHeightCopier& m_Copier;
     };
 
-    /// Brings what AddNode looks at into the processor's cache, in two steps.
-    void PrefetchRecord(std::uint32_t nRank) const { Prefetch(&m_Records[nRank + 1]); }
-    tagVertexNode const* PrefetchHeight(std::uint32_t nRank) const {
-        Record const& last = m_Records[m_Records[nRank + 1].nLast];
-        Prefetch(&m_Records[last.nHeight]);
-        return last.pVertex;
-    }
+    static constexpr std::size_t kLargestGroup = 96;
+
+    /// Brings what AddNode looks at for all ranks of a group into the processor's cache, in two steps: the
+    /// first one early, the second just before.
+    void PrefetchRecords(std::span<std::uint32_t const> ranks) const;
+    void PrefetchWays(std::span<std::uint32_t const> ranks) const;
 
 private:
     // Of a vertex of the source, of the node that was made of it first, and of its height. Nodes that are
@@ -101,6 +100,7 @@ private:
     tagVertexNode* AddAtHeight(std::uint32_t nRecord, std::uint32_t nHeight);
     tagVertexNode* AddHeight(std::uint32_t nRecord, NextHeights const& next);
     NextHeights FindNext(Record const& record) const;
+    std::uint32_t TopFor(std::uint32_t nHeight, NextHeights const& next) const;
     std::uint32_t FindNear(Record const& record, NextHeights const& next) const;
     bool IsNear(std::uint32_t nHeight, double z) const;
     End FindEnd(Record const& record, std::uint32_t nHeight, RowsMet& met) const;
