@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -13,6 +14,12 @@
 #include "trees/VertexInsertion.h"
 
 namespace varnet {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+}  // namespace
 
 using parent_avl::kLeft;
 using parent_avl::kRight;
@@ -25,22 +32,22 @@ NearHeightCopier::NearHeightCopier(std::span<tagVertexNode* const> sources)
       m_nSources(sources.size()),
       m_Records(sources.size() + 1),
       m_nRecords(sources.size() + 1),
-      m_Heights(sources.size() + 1),
+      m_Heights(1),
+      m_Taken(0),
       m_Rows(m_dTolerance) {
     VARNET_REQUIRE(sources.size() <= kMostVertices);
-    std::uint32_t nOwnHeight = kNone;
     for (std::size_t i = 0; i < sources.size(); ++i) {
         if (i + look_ahead::kRankedVertex < sources.size())
             Prefetch(&sources[i + look_ahead::kRankedVertex]->x);
         CPoint3D const& point = *sources[i];
-        if (nOwnHeight == kNone || point.z != m_Records[nOwnHeight].z)
-            nOwnHeight = static_cast<std::uint32_t>(i + 1);
+        if (i == 0 || point.z != m_Heights.back().z)
+            m_Heights.push_back({point.z, -kInfinity, kInfinity, kNone, false, false});
         Record& record = m_Records[i + 1];
         record.x = point.x;
         record.y = point.y;
-        record.z = point.z;
-        record.nOwnHeight = nOwnHeight;
+        record.nOwnHeight = static_cast<std::uint32_t>(m_Heights.size() - 1);
     }
+    m_Taken = RankSet(m_Heights.size());
 }
 
 NearHeightCopier::Target::Target(NearHeightCopier& copier, CVertexTree& tree) : m_Copier(copier) {
@@ -70,15 +77,15 @@ void NearHeightCopier::PrefetchWays(std::span<std::uint32_t const> ranks) const 
         Record const& record = m_Records[nRank + 1];
         if (record.nLast != kNone) {
             Record const& last = m_Records[record.nLast];
-            Prefetch(&m_Records[last.nHeight]);
+            Prefetch(&m_Heights[last.nHeight]);
             Prefetch(&last.pVertex->x);
             Prefetch(&last.pVertex->m_ppFacet);
             Prefetch(AnnexOf(last.pVertex));
             continue;
         }
         if (std::exchange(asked[nRank % asked.size()], nRank + 1) == nRank + 1) continue;
-        NextHeights const next = FindNext(record);
-        std::uint32_t const nHeight = FindNear(record, next);
+        NextHeights const next = FindNext(record.nOwnHeight);
+        std::uint32_t const nHeight = FindNear(record.nOwnHeight, next);
         ways[nWays++] = {nRank + 1, nHeight != kNone ? nHeight : record.nOwnHeight, TopFor(nHeight, next)};
         Prefetch(&m_Records[ways[nWays - 1].nNode]);
     }
@@ -103,27 +110,46 @@ void NearHeightCopier::PrefetchWays(std::span<std::uint32_t const> ranks) const 
 
 tagVertexNode* NearHeightCopier::AddNode(std::uint32_t nRank) {
     Record const& record = m_Records[nRank + 1];
-    NextHeights const next = FindNext(record);
-    std::uint32_t const nHeight = FindNear(record, next);
-    if (nHeight == kNone) return AddHeight(nRank + 1, next);
+    if (record.nLast != kNone) {
+        Record const& last = m_Records[record.nLast];
+        if (IsStillTaken(last.nHeight, record.nOwnHeight)) return AddAgain(nRank + 1);
+    }
+    NextHeights const next = FindNext(record.nOwnHeight);
+    std::uint32_t const nHeight = FindNear(record.nOwnHeight, next);
+    return nHeight != kNone ? AddAtHeight(nRank + 1, nHeight) : AddHeight(nRank + 1, next);
+}
+
+// Whether a height that a vertex has taken is the one that it would take again.
+bool NearHeightCopier::IsStillTaken(std::uint32_t nHeight, std::uint32_t nOwnHeight) const {
+    if (nHeight == nOwnHeight) return true;
+    Height const& height = m_Heights[nHeight];
+    double const z = m_Heights[nOwnHeight].z;
+    return nHeight < nOwnHeight ? !height.bAboveFirst || !IsNear(height.dAbove, z)
+                                : !height.bBelowFirst || !IsNear(height.dBelow, z);
+}
+
+// At the height where the vertex came to a node of its x and y.
+tagVertexNode* NearHeightCopier::AddAgain(std::uint32_t nRecord) {
+    Record const& record = m_Records[nRecord];
     Record const& last = m_Records[record.nLast];
-    if (last.nHeight == nHeight && !m_Rows.IsMarked(record.y, m_Records[nHeight].z)) return last.pVertex;
-    return AddAtHeight(nRank + 1, nHeight);
+    if (!m_Rows.IsMarked(record.y, m_Heights[last.nHeight].z)) return last.pVertex;
+    return AddAtHeight(nRecord, last.nHeight);
 }
 
-NearHeightCopier::NextHeights NearHeightCopier::FindNext(Record const& record) const {
-    if (m_Heights.Has(record.nOwnHeight)) return {record.nOwnHeight, record.nOwnHeight};
-    return {RecordOf(m_Heights.Below(record.nOwnHeight)), RecordOf(m_Heights.Above(record.nOwnHeight))};
+NearHeightCopier::NextHeights NearHeightCopier::FindNext(std::uint32_t nOwnHeight) const {
+    if (m_Taken.Has(nOwnHeight)) return {nOwnHeight, nOwnHeight};
+    return {RecordOf(m_Taken.Below(nOwnHeight)), RecordOf(m_Taken.Above(nOwnHeight))};
 }
 
-bool NearHeightCopier::IsNear(std::uint32_t nHeight, double z) const {
-    return nHeight != kNone && CompareAxis(m_Records[nHeight].z, z, m_dTolerance) == COMPARE_EQUAL;
+bool NearHeightCopier::IsNear(double dHeight, double z) const {
+    return CompareAxis(dHeight, z, m_dTolerance) == COMPARE_EQUAL;
 }
 
-std::uint32_t NearHeightCopier::FindNear(Record const& record, NextHeights const& next) const {
-    bool const bLower = IsNear(next.nLower, record.z);
-    bool const bUpper = IsNear(next.nUpper, record.z);
-    if (bLower && bUpper) return m_Records[next.nLower].bUpperFirst ? next.nUpper : next.nLower;
+std::uint32_t NearHeightCopier::FindNear(std::uint32_t nOwnHeight, NextHeights const& next) const {
+    double const z = m_Heights[nOwnHeight].z;
+    bool const bLower = next.nLower != kNone && IsNear(m_Heights[next.nLower].z, z);
+    bool const bUpper = next.nUpper != kNone && IsNear(m_Heights[next.nUpper].z, z);
+    if (bLower && bUpper) return m_Heights[next.nLower].bAboveFirst ? next.nUpper : next.nLower;
     return bLower ? next.nLower : bUpper ? next.nUpper : kNone;
 }
 
@@ -144,28 +170,42 @@ tagVertexNode* NearHeightCopier::AddHeight(std::uint32_t nRecord, NextHeights co
     for (std::uint32_t n = TopFor(kNone, next); n != kNone; n = parent_avl::At(m_Records, link))
         link = {n, m_Records[n].nHeight < nHeight ? kLeft : kRight};
     std::uint32_t const nNode = Make(nRecord, nHeight, {});
-    m_Heights.Add(nHeight);
-    m_Records[nHeight].nTop = nNode;
-    m_Records[nHeight].bUpperFirst = next.nUpper != kNone;
-    if (next.nLower != kNone) m_Records[next.nLower].bUpperFirst = false;
+    m_Taken.Add(nHeight);
+    Height& height = m_Heights[nHeight];
+    height = {height.z, -kInfinity, kInfinity, nNode, false, false};
+    if (next.nLower != kNone) SetNext(next.nLower, nHeight, false);
+    if (next.nUpper != kNone) SetNext(nHeight, next.nUpper, true);
     PutIn(nNode, link);
     Remember(nRecord, nNode);
     return m_Records[nNode].pVertex;
 }
 
+// The heights are next to each other now.
+void NearHeightCopier::SetNext(std::uint32_t nLower, std::uint32_t nUpper, bool bUpperFirst) {
+    m_Heights[nLower].dAbove = m_Heights[nUpper].z;
+    m_Heights[nUpper].dBelow = m_Heights[nLower].z;
+    SetFirst(nLower, nUpper, bUpperFirst);
+}
+
+// Which of two heights next to each other has the uppermost node.
+void NearHeightCopier::SetFirst(std::uint32_t nLower, std::uint32_t nUpper, bool bUpper) {
+    m_Heights[nLower].bAboveFirst = bUpper;
+    m_Heights[nUpper].bBelowFirst = !bUpper;
+}
+
 // Where the way down begins for a point that takes the height, or none.
 std::uint32_t NearHeightCopier::TopFor(std::uint32_t nHeight, NextHeights const& next) const {
-    if (nHeight != kNone) return m_Records[nHeight].nTop;
+    if (nHeight != kNone) return m_Heights[nHeight].nTop;
     bool const bBelowUpper =
-        next.nUpper != kNone && (next.nLower == kNone || !m_Records[next.nLower].bUpperFirst);
-    return m_Records[bBelowUpper ? next.nUpper : next.nLower].nTop;
+        next.nUpper != kNone && (next.nLower == kNone || m_Heights[next.nUpper].bBelowFirst);
+    return m_Heights[bBelowUpper ? next.nUpper : next.nLower].nTop;
 }
 
 // As the way of a descent from the uppermost node of the height on.
 NearHeightCopier::End NearHeightCopier::FindEnd(Record const& record, std::uint32_t nHeight,
                                                 RowsMet& met) const {
     Link link = {kTop, kLeft};
-    for (std::uint32_t n = m_Records[nHeight].nTop; n != kNone;) {
+    for (std::uint32_t n = m_Heights[nHeight].nTop; n != kNone;) {
         Record const& node = m_Records[n];
         bool bGreater = node.nHeight > nHeight;
         if (node.nHeight == nHeight) {
@@ -187,7 +227,7 @@ NearHeightCopier::End NearHeightCopier::FindEnd(Record const& record, std::uint3
 bool NearHeightCopier::IsAlone(std::uint32_t nHeight, double y, double dDistance) const {
     for (bool const bAbove : {true, false}) {
         std::uint32_t nNext = kNone;
-        for (std::uint32_t n = m_Records[nHeight].nTop; n != kNone;) {
+        for (std::uint32_t n = m_Heights[nHeight].nTop; n != kNone;) {
             Record const& node = m_Records[n];
             double const dLevel = node.nHeight > nHeight ? 1.0 : -1.0;
             double const d = node.nHeight != nHeight ? dLevel : node.y - y;
@@ -217,7 +257,7 @@ std::uint32_t NearHeightCopier::Make(std::uint32_t nRecord, std::uint32_t nHeigh
     }
     if (m_Touched.capacity() - m_Touched.size() < 2) m_Touched.reserve(2 * m_Touched.size() + 64);
     Record const& record = m_Records[nRecord];
-    auto vertex = std::make_unique<tagVertexNode>(CPoint3D(record.x, record.y, m_Records[nHeight].z));
+    auto vertex = std::make_unique<tagVertexNode>(CPoint3D(record.x, record.y, m_Heights[nHeight].z));
     m_Rows.Enter(record.y, vertex->z, met, [this, nHeight](double y, double, double dDistance) {
         return IsAlone(nHeight, y, dDistance);
     });
@@ -244,13 +284,13 @@ void NearHeightCopier::PutIn(std::uint32_t nNode, Link const& link) {
 void NearHeightCopier::BeforeRotation(std::uint32_t nNode, std::uint32_t nChild) {
     std::uint32_t const nHeight = m_Records[nNode].nHeight;
     std::uint32_t const nOther = m_Records[nChild].nHeight;
-    if (m_Records[nHeight].nTop != nNode) return;
+    if (m_Heights[nHeight].nTop != nNode) return;
     if (nOther == nHeight) {
-        m_Records[nHeight].nTop = nChild;
-    } else if (nHeight < nOther) {
-        if (m_Heights.Above(nHeight) == nOther) m_Records[nHeight].bUpperFirst = true;
-    } else if (m_Heights.Above(nOther) == nHeight) {
-        m_Records[nOther].bUpperFirst = false;
+        m_Heights[nHeight].nTop = nChild;
+    } else if (m_Heights[nHeight].dAbove == m_Heights[nOther].z) {
+        SetFirst(nHeight, nOther, true);
+    } else if (m_Heights[nHeight].dBelow == m_Heights[nOther].z) {
+        SetFirst(nOther, nHeight, false);
     }
 }
 
@@ -306,7 +346,7 @@ void NearHeightCopier::Clear() {
         record.nBalance = 0;
     };
     for (std::uint32_t const n : m_Touched) {
-        if (m_Records[n].nHeight != kNone) m_Heights.Forget(m_Records[n].nHeight);
+        if (m_Records[n].nHeight != kNone) m_Taken.Forget(m_Records[n].nHeight);
     }
     for (std::uint32_t const n : m_Touched) clear(m_Records[n]);
     clear(m_Records[kTop]);

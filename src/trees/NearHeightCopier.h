@@ -64,24 +64,33 @@ public:
     void PrefetchWays(std::span<std::uint32_t const> ranks) const;
 
 private:
-    // Of a vertex of the source, of the node that was made of it first, and of its height. Nodes that are
-    // made of a vertex once more have records of their own behind those. Records are known by their places;
-    // the first stands above the root.
+    // Of a vertex of the source and of the node that was made of it first. Nodes that are made of a vertex
+    // once more have records of their own behind those. Records are known by their places; the first stands
+    // above the root.
     struct alignas(64) Record {
         double x;
         double y;
-        double z;                  // of the vertex
         tagVertexNode* pVertex;    // of the node, null when there is none
-        std::uint32_t nOwnHeight;  // the first of the vertices of the same z
+        std::uint32_t nOwnHeight;  // of the vertex
         std::uint32_t nLast;       // the node of the same x and y to which the vertex came last
         std::uint32_t nChildren[2];
         std::uint32_t nParent;
-        std::uint32_t nHeight;  // of the node: the vertex of which the height is
-        std::uint32_t nTop;     // the uppermost node of the height
+        std::uint32_t nHeight;  // of the node
         std::int8_t nBalance;
-        bool bUpperFirst;  // of this height and the next one above, that one has the uppermost node
     };
     static_assert(sizeof(Record) == 64);
+
+    // A height of the source. All but z is of the target, where it has the height. Heights are known by
+    // their places too, from 1 on.
+    struct Height {
+        double z;
+        double dBelow;  // the next heights of the target, or infinity
+        double dAbove;
+        std::uint32_t nTop;  // the uppermost node
+        bool bBelowFirst;    // of this height and the next one, that one has the uppermost node of both
+        bool bAboveFirst;
+    };
+    static_assert(sizeof(Height) == 32);
 
     static constexpr std::uint32_t kNone = parent_avl::kNothing;
 
@@ -97,18 +106,22 @@ private:
     };
 
     tagVertexNode* AddNode(std::uint32_t nRank);
+    tagVertexNode* AddAgain(std::uint32_t nRecord);
     tagVertexNode* AddAtHeight(std::uint32_t nRecord, std::uint32_t nHeight);
     tagVertexNode* AddHeight(std::uint32_t nRecord, NextHeights const& next);
-    NextHeights FindNext(Record const& record) const;
+    NextHeights FindNext(std::uint32_t nOwnHeight) const;
     std::uint32_t TopFor(std::uint32_t nHeight, NextHeights const& next) const;
-    std::uint32_t FindNear(Record const& record, NextHeights const& next) const;
-    bool IsNear(std::uint32_t nHeight, double z) const;
+    std::uint32_t FindNear(std::uint32_t nOwnHeight, NextHeights const& next) const;
+    bool IsNear(double dHeight, double z) const;
+    bool IsStillTaken(std::uint32_t nHeight, std::uint32_t nOwnHeight) const;
     End FindEnd(Record const& record, std::uint32_t nHeight, RowsMet& met) const;
     bool IsAlone(std::uint32_t nHeight, double y, double dDistance) const;
     std::uint32_t Make(std::uint32_t nRecord, std::uint32_t nHeight, RowsMet const& met);
     void Grow();
     void PutIn(std::uint32_t nNode, parent_avl::Link const& link);
     void BeforeRotation(std::uint32_t nNode, std::uint32_t nChild);
+    void SetNext(std::uint32_t nLower, std::uint32_t nUpper, bool bUpperFirst);
+    void SetFirst(std::uint32_t nLower, std::uint32_t nUpper, bool bUpper);
     void Remember(std::uint32_t nRecord, std::uint32_t nNode);
     std::uint32_t RecordOf(std::uint32_t nInSet) const { return nInSet == RankSet::kNone ? kNone : nInSet; }
     void Finish() noexcept;
@@ -119,7 +132,8 @@ private:
     std::size_t m_nSources;
     ZeroedTable<Record> m_Records;
     std::size_t m_nRecords;
-    RankSet m_Heights;  // of the target, by records
+    std::vector<Height> m_Heights;
+    RankSet m_Taken;  // the heights of the target
     NearRows m_Rows;
     CVertexTree* m_pTarget = nullptr;
     std::vector<std::uint32_t> m_Touched;  // records that are not as they were
