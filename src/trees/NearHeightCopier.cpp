@@ -317,7 +317,7 @@ void NearHeightCopier::SetLinks() {
         if (node.pVertex == nullptr) return;
         node.pVertex->m_pLeft = vertexOf(node.nChildren[kLeft]);
         node.pVertex->m_pRight = vertexOf(node.nChildren[kRight]);
-        node.pVertex->m_nBalance = node.nBalance;
+        node.pVertex->m_nBalance = BalanceAt(n);
     };
     if (m_Touched.size() < m_nSources / kFew) {
         std::sort(m_Touched.begin(), m_Touched.end());

@@ -124,6 +124,7 @@ private:
     void SetFirst(std::uint32_t nLower, std::uint32_t nUpper, bool bUpper);
     void Remember(std::uint32_t nRecord, std::uint32_t nNode);
     std::uint32_t RecordOf(std::uint32_t nInSet) const { return nInSet == RankSet::kNone ? kNone : nInSet; }
+    int BalanceAt(std::uint32_t nNode) const { return m_Records[nNode].nBalance; }
     void Finish() noexcept;
     void SetLinks();
     void Clear();
