@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "trees/CoordinateHash.h"
+#include "trees/VertexTree.h"
 
 namespace varnet {
 
@@ -34,12 +35,43 @@ bool SetBit(std::uint64_t* pBits, std::size_t n) {
 
 }  // namespace
 
+bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance) {
+    for (bool const bAbove : {true, false}) {
+        tagVertexNode const* pNext = nullptr;
+        for (tagVertexNode const* p = tree.m_pRoot; p != nullptr;) {
+            double const d = p->z != dHeight ? p->z - dHeight : p->y - y;
+            bool const bBeyond = bAbove ? d > 0.0 : d < 0.0;
+            if (bBeyond) pNext = p;
+            p = bBeyond == bAbove ? p->m_pRight : p->m_pLeft;
+        }
+        if (pNext != nullptr && pNext->z == dHeight && std::fabs(pNext->y - y) <= dDistance) return false;
+    }
+    return true;
+}
+
 NearRows::NearRows(double dTolerance)
     : m_dJoin(kJoin * dTolerance),
       m_dApart(kApart * dTolerance),
       m_dAlone(kAlone * dTolerance),
       m_dReach(kReach * dTolerance),
       m_dBandsPerUnit(1.0 / (kTolerancesPerBand * dTolerance)) {}
+
+NearRows::Entry NearRows::TryEnter(double y, double dHeight, RowsMet const& met) {
+    auto const marked = [this, y, dHeight] {
+        return MarkAround(y, dHeight) ? Entry::kMarked : Entry::kUnmarked;
+    };
+    if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return marked();
+    double dAnchor = 0.0;
+    if (FindClan(y, dHeight, dAnchor)) return std::fabs(y - dAnchor) > m_dJoin ? marked() : Entry::kUnmarked;
+    if (!met.bNear) return Entry::kUnmarked;
+    return met.bSeveral || std::fabs(y - met.y) > m_dJoin ? marked() : Entry::kMayFound;
+}
+
+bool NearRows::FoundClan(double y, double dHeight, double dMet, bool bAlone) {
+    if (!bAlone) return MarkAround(y, dHeight);
+    AddClan({dHeight, dMet});
+    return false;
+}
 
 std::uint64_t NearRows::HashOf(double y, double dHeight) const {
     // Two bands about 0 count as one, since the conversion truncates.

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
+
+class CVertexTree;
 
 namespace varnet {
 
@@ -21,6 +22,10 @@ struct RowsMet {
         y = dRow;
     }
 };
+
+/// For NearRows::Enter: whether the vertices next to the row at its height lie farther from it in y than the
+/// distance. The tree's order agrees with the comparison there: all clans do.
+bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance);
 
 /// Rows of a vertex tree that are near each other, which decide whether the tree's order can be relied on.
 ///
@@ -58,17 +63,9 @@ public:
     /// at its height lie farther from it in y than the distance.
     template <class IsAlone>
     bool Enter(double y, double dHeight, RowsMet const& met, IsAlone const& isAlone) {
-        if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return MarkAround(y, dHeight);
-        double dAnchor = 0.0;
-        if (FindClan(y, dHeight, dAnchor)) {
-            return std::fabs(y - dAnchor) > m_dJoin && MarkAround(y, dHeight);
-        }
-        if (!met.bNear) return false;
-        bool const bClean =
-            !met.bSeveral && std::fabs(y - met.y) <= m_dJoin && isAlone(met.y, dHeight, m_dAlone);
-        if (!bClean) return MarkAround(y, dHeight);
-        AddClan({dHeight, met.y});
-        return false;
+        Entry const entry = TryEnter(y, dHeight, met);
+        if (entry != Entry::kMayFound) return entry == Entry::kMarked;
+        return FoundClan(y, dHeight, met.y, isAlone(met.y, dHeight, m_dAlone));
     }
 
 private:
@@ -77,6 +74,11 @@ private:
         double dHeight = std::numeric_limits<double>::quiet_NaN();  // of an empty place
         double dAnchor = 0.0;
     };
+
+    // What comes of a row, or that it founds a clan if the row that it has met is alone.
+    enum class Entry { kUnmarked, kMarked, kMayFound };
+    Entry TryEnter(double y, double dHeight, RowsMet const& met);
+    bool FoundClan(double y, double dHeight, double dMet, bool bAlone);
 
     // Marks stand for bands of y at a height, a bit each in a table of hashes: a mark too many costs a
     // descent. Clans are found by the bands of their anchors.

@@ -22,22 +22,6 @@ constexpr double kLeastTolerance = 1e-7;
 // So many vertices a pair of lines, which have room for twelve: few find their line full.
 constexpr std::size_t kMostPerTwoLines = 9;
 
-// The vertices at the height next to a clean row that is alone in its clan, above or below it in the tree's
-// order, lie farther from it than so much. The order agrees with the comparison: all clans do.
-bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance) {
-    for (bool const bAbove : {true, false}) {
-        tagVertexNode const* pNext = nullptr;
-        for (tagVertexNode const* p = tree.m_pRoot; p != nullptr;) {
-            double const d = p->z != dHeight ? p->z - dHeight : p->y - y;
-            bool const bBeyond = bAbove ? d > 0.0 : d < 0.0;
-            if (bBeyond) pNext = p;
-            p = bBeyond == bAbove ? p->m_pRight : p->m_pLeft;
-        }
-        if (pNext != nullptr && pNext->z == dHeight && std::fabs(pNext->y - y) <= dDistance) return false;
-    }
-    return true;
-}
-
 // Tells what a descent meets, and which rows come.
 struct RowWatch {
     CVertexTree const& tree;
@@ -51,7 +35,7 @@ struct RowWatch {
     }
     void BeforeNew(double y, double z) {
         bEntangled = rows.Enter(y, z, met, [this](double dMet, double dHeight, double dDistance) {
-            return IsAlone(tree, dMet, dHeight, dDistance);
+            return varnet::IsAlone(tree, dMet, dHeight, dDistance);
         });
     }
     void BeforeRotation(tagVertexNode const& top) { firstHeights.ForgetRotated(top); }
