@@ -17,9 +17,9 @@ struct HoleCounts {
 };
 
 /// Closes plain rims up to the length with facets behind the others, of the least area of all that have the
-/// rim's corners alone, by dynamic programming (Barequet and Sharir, Filling gaps in the boundary of a
-/// polyhedron, 1995). Where possible, they have no edge that the mesh already has. A loose facet gets no
-/// back. The table fits the mesh before, not afterwards.
+/// rim's corners alone, the first that is found of several, by dynamic programming (Barequet and Sharir,
+/// Filling gaps in the boundary of a polyhedron, 1995). Where possible, they have no edge that the mesh
+/// already has. A loose facet gets no back. The table fits the mesh before, not afterwards.
 HoleCounts FillHoles(FlatMesh& mesh, EdgeTable const& edges, double longest, Pace const& pace);
 
 }  // namespace varnet

@@ -142,6 +142,16 @@ TEST(FileWindow, APipeIsReadNoFurtherThanAskedFor) {
     EXPECT_TRUE(window.CanHold(1000000));
 }
 
+TEST(FileWindow, APipeTakesBackWhatWasReadLastAndNoMore) {
+    for (std::int64_t const nPosition : {3, 4, 5}) {
+        Pipe const pipe("abcdefgh");
+        FileWindow window(pipe);
+        EXPECT_EQ(*window.Take(5), 'a');
+        window.Leave(nPosition);
+        EXPECT_EQ(std::getc(pipe), "abcdefgh"[nPosition]) << nPosition;
+    }
+}
+
 TEST(FileWindow, LayersAreReadFromAPipeOneAfterTheOther) {
     for (int const nMode : {1, 2, 3}) {
         CLayer layer;

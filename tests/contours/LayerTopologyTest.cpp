@@ -384,6 +384,27 @@ TEST(MakeTopology, AgreesOnDeepStacksWithIslandsAndCrossings) {
     }
 }
 
+// Far down in a stack, a loop with a notch comes between two that were known to lie in each other: what lies
+// in the notch is in the inner one of the two, and yet beside the new loop.
+TEST(MakeTopology, WhatLiesInTheNotchOfALoopThatTookTheInnerOneOverIsBesideIt) {
+    constexpr int kSquares = 40;
+    CLayer layer;
+    std::vector<tagLoopTreeNode*> squares;
+    for (int i = 0; i < kSquares; ++i) {
+        double const d = 2.0 * (kSquares - i);
+        squares.push_back(Give(layer, Square(-d, -d, 2 * d)));
+    }
+    // Between the squares of 28 and of 26; the notch goes in from the right, nearly to the middle.
+    tagLoopTreeNode* const notched = Give(
+        layer, ClosedLoop({{-27, -27}, {27, -27}, {27, 1}, {1, 1}, {1, 3}, {27, 3}, {27, 27}, {-27, 27}}));
+    tagLoopTreeNode* const speck = Give(layer, Square(24.5, 1.5, 1));
+    layer.MakeTopology(1);
+    EXPECT_EQ(LoopsOf(layer.m_RawLoopList), Loops{squares[0]});
+    tagLoopTreeNode* const around = squares[kSquares - 14];
+    EXPECT_EQ(LoopsOf(around->m_ChildList), (Loops{notched, speck}));
+    EXPECT_EQ(LoopsOf(notched->m_ChildList), Loops{squares[kSquares - 13]});
+}
+
 TEST(MakeTopology, AgreesOnAPlateWithManyHolesAndIslands) {
     ExpectSameAsLiteralInAnyOrder(1200, [](int i) {
         if (i == 0) return Square(-100, -100, 1000);

@@ -351,6 +351,32 @@ TEST(RingDecoder, StepsWithoutMeaningAreRefused) {
               ErrorOf(FileBytes().Text("Quarnell Ziped Model", 80).Doubles({0, 0, 0, 1})));
 }
 
+// Positions are signed bytes: 127 is the last one ahead, and 128 stands for 128 places back.
+TEST(RingDecoder, PositionsOfARingOfFourGoAheadUpTo127AndBackFrom128On) {
+    auto const thirdFacet = [](unsigned nPosition) {
+        FileBytes bytes = Start(0, 0, 0, 1);
+        bytes.Number(3, 4).Numbers({0, 0, 0, 4, 0, 0, 0, 4, 0}, 3);
+        // The ring is then, from its head, (0 0) (4 4) (4 0) (0 4), and round.
+        bytes.Byte(1).Byte(1).Numbers({4, 4, 0}, 3);
+        bytes.Byte(nPosition).Byte(1).Numbers({9, 9, 9}, 3).Byte(0).Byte(5);
+        RingStream const stream = DecodeRingStream(bytes.Get());
+        EXPECT_EQ(3u, stream.facets.size());
+        varnet::Point3 const& end = stream.facets[2][0];
+        varnet::Point3 const& start = stream.facets[2][1];
+        return std::array{start.x, start.y, end.x, end.y};
+    };
+    std::array const first{0.0, 0.0, 4.0, 4.0};
+    std::array const second{4.0, 4.0, 4.0, 0.0};
+    std::array const third{4.0, 0.0, 0.0, 4.0};
+    std::array const fourth{0.0, 4.0, 0.0, 0.0};
+    EXPECT_EQ(first, thirdFacet(1));
+    EXPECT_EQ(second, thirdFacet(2));
+    EXPECT_EQ(third, thirdFacet(127));   // 126 ahead
+    EXPECT_EQ(first, thirdFacet(128));   // 128 back
+    EXPECT_EQ(second, thirdFacet(129));  // 127 back
+    EXPECT_EQ(fourth, thirdFacet(255));  // 1 back
+}
+
 TEST(RingDecoder, RepeatedFacetsAreLeftOut) {
     FileBytes bytes = Start(0, 0, 0, 1);
     bytes.Number(2, 4).Numbers({0, 0, 0, 1, 0, 0, 0, 1, 0}, 3);

@@ -6,8 +6,8 @@ usage: mutate.py [N] [--seed S] [--all | --changed REV | --from FILE] [--lines] 
 
 N mutants are drawn by the seed, one kind as often as the other: comparisons and their strictness, plus and minus,
 constants, statements and guards that go, returns that come early, arguments that change places. Each is put into a copy
-of the tree below build/mutate; what holds its room is built again and run, the room's own tests first, then all that use
-it. A mutant that does not compile is noticed by the compiler, and another is drawn; one that leaves the programs as they
+of the tree below build/mutate; what holds its room is built again and run, its own tests first, then the room's, then all
+that use it. A mutant that does not compile is noticed by the compiler, and another is drawn; one that leaves the programs as they
 were, byte for byte, changes nothing. equivalents.json beside this file lists those that change the code and nothing that
 can be seen, by file, line and kind, with the reason.
 """
@@ -22,8 +22,10 @@ import queue
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 
@@ -45,6 +47,9 @@ SEEN_BY = {
     "program": [],
 }
 SEEN_BY_PROGRAM = ("kit", "program")  # and by the scripts of tests/program
+
+# Seconds on the wall, far beyond what any test takes on a busy machine.
+WAITS_FOR_EVER = 1200.0
 
 
 # ---- what a line can become
@@ -246,6 +251,26 @@ class Copy:
         return subprocess.run(command, cwd=self.root, env=self.environment, stdout=subprocess.PIPE, text=True,
                               stderr=subprocess.STDOUT, timeout=limit, errors="replace")
 
+    def run_test(self, name, command, most):
+        """What a test ends with, what it prints, and the seconds of a processor that it takes: a clock on the wall
+        would run on while others work. `most` are those that it took before, or None."""
+        limit = None if most is None else int(20.0 + 5.0 * most)
+        if limit is not None:
+            command = ["prlimit", f"--cpu={limit}:{limit + 5}", *command]
+        with tempfile.TemporaryFile() as output:
+            child = subprocess.Popen(command, cwd=self.root, env=self.environment, stdin=subprocess.DEVNULL,
+                                     stdout=output, stderr=subprocess.STDOUT, start_new_session=True)
+            # What waits for ever takes no processor.
+            watch = threading.Timer(WAITS_FOR_EVER, lambda: os.killpg(child.pid, signal.SIGKILL))
+            watch.start()
+            _, status, usage = os.wait4(child.pid, 0)
+            watch.cancel()
+            child.returncode = os.waitstatus_to_exitcode(status)
+            output.seek(0)
+            text = output.read().decode("utf-8", "replace")
+        no_end = child.returncode in (-signal.SIGXCPU, -signal.SIGKILL)
+        return child.returncode, text, usage.ru_utime + usage.ru_stime, no_end
+
     def configure(self):
         (self.root / "build" / "tmp").mkdir(parents=True, exist_ok=True)
         if not (self.build / "build.ninja").exists():
@@ -262,8 +287,25 @@ class Copy:
     def hash_of(self, target):
         return hashlib.sha256(self.binary(target).read_bytes()).hexdigest()
 
-    def tests_of(self, target, are_slow):
-        """Pairs of a name and a command: those that take under a second, or the others."""
+    def suites_of(self, files):
+        """The patterns of the tests in some files."""
+        suites = set()
+        for file in files:
+            for kind, suite in re.findall(r"^(?:TYPED_)?TEST(|_F|_P)\((\w+),", file.read_text(encoding="utf-8"), re.M):
+                suites.add(f"*/{suite}.*" if kind == "_P" else f"{suite}.*")
+        return sorted(suites)
+
+    def near(self, target, file):
+        """The files of tests of the file itself, or else those of its folder, where the program holds them."""
+        folder = self.root / "tests" / (pathlib.Path(file).parent.relative_to("src") if file.startswith("src/") else
+                                        pathlib.Path(file).parent)
+        if not folder.is_dir() or folder.relative_to(self.root / "tests").parts[0] != target.removeprefix("test_"):
+            return []
+        own = [t for t in folder.glob("*.cpp") if t.stem == pathlib.Path(file).stem + "Test"]
+        return own or sorted(folder.glob("*.cpp"))
+
+    def tests_of(self, target, are_slow, file=None):
+        """Pairs of a name and a command: those that take under a second, or the others. Those near the file first."""
         if target == "varnet":
             scripts = sorted((self.root / "tests" / "program").glob("*.sh"))
             return [(s.stem, [str(s), str(self.binary(target))]) for s in scripts if s.stem not in self.known.failing
@@ -271,27 +313,30 @@ class Copy:
         slow = re.findall(r"^    ([\w./]+\.[\w./]+)\)?$", (self.root / "tests" / "slow.cmake").read_text(), re.M)
         left_out = sorted(self.known.failing) + ([] if are_slow else slow)
         which = (":".join(slow) if are_slow else "") + "-" + ":".join(left_out)
-        run = [str(self.binary(target)), "--gtest_fail_fast", "--gtest_filter=" + which]
-        return [(target + ", slow" if are_slow else target, run)]
+        command = lambda wanted: [str(self.binary(target)), "--gtest_fail_fast", "--gtest_filter=" + wanted]
+        tests = [(target + ", slow" if are_slow else target, command(which))]
+        if file is not None and not are_slow:
+            suites = self.suites_of(self.near(target, file))
+            if suites:
+                tests.insert(0, (target, command(":".join(suites) + which)))
+        return tests
 
-    def failing(self, target, are_slow=False):
+    def failing(self, target, are_slow=False, file=None):
         """What test fails first, as a pair of the program and the test, or None."""
-        for name, command in self.tests_of(target, are_slow):
-            start = time.monotonic()
-            limit = 60.0 + 10.0 * self.known.seconds[name] if name in self.known.seconds else None
-            try:
-                done = self.run(command, limit)
-            except subprocess.TimeoutExpired:
-                return name, "no end"
-            if done.returncode in (0, 77):
-                self.known.seconds.setdefault(name, time.monotonic() - start)
+        for name, command in self.tests_of(target, are_slow, file):
+            code, text, seconds, no_end = self.run_test(name, command, self.known.seconds.get(name))
+            if code in (0, 77):
+                self.known.seconds.setdefault(name, seconds)
                 continue
+            ends = "no end" if no_end else f"ends by {code}"
             if target == "varnet":
-                failed = re.search(r"^FAILED: (.*)", done.stdout, re.M)
-                return name, failed.group(1) if failed else f"ends by {done.returncode}"
-            failed = re.search(r"^\[  FAILED  \] (\S+)", done.stdout, re.M)
-            begun = re.findall(r"^\[ RUN      \] (\S+)", done.stdout, re.M)
-            return name, failed.group(1).rstrip(",") if failed else begun[-1] if begun else f"ends by {done.returncode}"
+                failed = re.search(r"^FAILED: (.*)", text, re.M)
+                return name, failed.group(1) if failed else ends
+            failed = re.search(r"^\[  FAILED  \] (\S+)", text, re.M)
+            begun = re.findall(r"^\[ RUN      \] (\S+)", text, re.M)
+            if failed:
+                return name, failed.group(1).rstrip(",")
+            return name, f"{begun[-1]}, {ends}" if begun else ends
         return None
 
 
@@ -352,7 +397,7 @@ def tried(copy, mutant):
             if copy.hash_of(target) == copy.hashes[target]:
                 continue
             changed.append(target)
-            by = copy.failing(target)
+            by = copy.failing(target, file=mutant.file)
             if by is not None:
                 return "noticed", ": ".join(by)
         for target in changed:

@@ -19,6 +19,8 @@ row '"schema": 1'
 row '"bodies": 2'
 row '"open_edges": 0'
 row '"kind": "solid"'
+# shellcheck disable=SC2086
+keys files file $intake_keys $measure_keys bodies body_list kind
 
 # Other units.
 cube small.stl 0 0 0 0.5

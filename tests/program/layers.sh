@@ -38,6 +38,17 @@ if command -v xmllint >/dev/null; then xmllint --noout pictures/*.svg || fail "p
 expect 0 "$varnet" layers part.cli --svg one --layer 3
 [ "$(ls one)" = layer_00003.svg ] || fail "one picture"
 
+# Of more than twenty layers, the first ten and the last ten.
+{
+    printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$HEADEREND\n$$GEOMETRYSTART\n'
+    for z in $(seq 20); do printf '$$LAYER/%s\n' "$z"; done
+} >twenty.cli
+expect 0 "$varnet" layers twenty.cli
+[ "$(grep -cE '^ +[0-9]+ +[0-9]+ +0' out)" -eq 20 ] && ! grep -q '\.\.\.' out || fail "twenty layers"
+printf '$$LAYER/21\n$$LAYER/22\n' >>twenty.cli
+expect 0 "$varnet" layers twenty.cli
+[ "$(grep -oE '^ +([0-9]+|\.\.\.)' out | tr -d ' \n')" = "12345678910...13141516171819202122" ] || fail "the layers between"
+
 for mode in binary coc ascii; do
     expect 0 "$varnet" convert part.cli "to_$mode.cli" --mode "$mode"
     row 'layers +3, read back 3$'

@@ -28,7 +28,7 @@ for seed in 1 2 1; do
     [ "$seed" = 2 ] || { [ -e first ] || cp random_1.cli first; cmp random_1.cli first || fail "one seed, two orders"; }
 done
 expect 0 "$varnet" order fill.cli far.cli --hatches far --loops far --json
-row '"travel"'
+keys layers travel starts
 expect 2 "$varnet" order fill.cli x.cli --splice --width 1
 expect 2 "$varnet" order fill.cli x.cli --width 1 --cut 1
 expect 2 "$varnet" order fill.cli x.cli --hatches nearest

@@ -15,6 +15,19 @@ expect() {
 }
 # row PATTERN: a row of the table that the last command printed
 row() { grep -qE "$1" out || { cat out; fail "no row $1"; }; }
+# keys NAMES...: the names in the JSON that the last command printed, at any depth, are these and no others
+keys() {
+    local found wanted
+    found=$(grep -oE '"[a-z0-9_]+":' out | tr -d '":' | sort -u | tr '\n' ' ')
+    wanted=$(printf '%s\n' schema "$@" | sort -u | tr '\n' ' ')
+    [ "$found" = "$wanted" ] || { cat out; fail "the names are $found, and not $wanted"; }
+}
+# Of the facts that several commands tell: how a part was read, and what it measures.
+intake_keys="type facets_in_file open_edges_in_file facets_lost not_finite degenerate doubled collinear_turned split
+    welded weld_tolerance many_facet_edges notes"
+measure_keys="facets vertices open_edges box area volume"
+layer_keys="layers contours open_paths layers_with_open_paths gaps_closed longest_gap_closed longest_gap points
+    contour_length mesh_volume layer_volume cut_volume strokes support_strokes support_solids travel starts bytes"
 # says PATTERN: the message of the last command
 says() { grep -qE -- "$1" err || { cat err; fail "no message $1"; }; }
 # nothing_left: no half-written file stands anywhere in the folder

@@ -33,6 +33,9 @@ says 'inside out: --outward'
 row 'volume, mm3 +-1000$'
 expect 0 "$varnet" repair inside.stl turned.stl --outward --json
 row '"bodies_turned": 1'
+# shellcheck disable=SC2086
+keys $intake_keys $measure_keys bodies body_list kind turned repair_doubled bodies_turned holes_filled facets_added \
+    open_edges_before open_edges_after
 row '"volume": 1000.0'
 
 # What cannot be written leaves no file, and leaves an older one as it was.
@@ -52,7 +55,9 @@ expect 0 "$varnet" split two.stl -o bodies
 row 'two_1.STL +12 facets, volume 1000$'
 expect 1 "$varnet" split two.stl -o bodies
 says 'is there already: --force'
-expect 0 "$varnet" split two.stl -o bodies --force
+expect 0 "$varnet" split two.stl -o bodies --force --json
+row '"bodies": 2'
+keys bodies files file facets open_edges volume
 expect 1 "$varnet" split missing.stl -o nowhere
 [ ! -e nowhere ] || fail "a folder for a file that is not there"
 expect 1 "$varnet" split two.stl -o two.stl

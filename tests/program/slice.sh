@@ -96,6 +96,11 @@ expect 1 "$varnet" slice open.stl -o open.cli --layer 1 --strict
 expect 0 "$varnet" slice open.stl -o open.cli --layer 1 --close 11 --json
 row '"gaps_closed": 10'
 row '"open_paths": 0'
+row '"longest_gap_closed": 10\.0'
+row '"longest_gap": 0\.0'
+row '"cut_volume": 1000\.0'
+# shellcheck disable=SC2086
+keys $layer_keys
 
 # What cannot be sliced leaves no file, and leaves an older one as it was.
 cp a.cli kept.cli

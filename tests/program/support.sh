@@ -12,6 +12,11 @@ head -n 4 surfaces.ply | grep -aq 'element vertex 520' || fail "the vertices of 
 grep -aq 'element face 1060' surfaces.ply || fail "the faces of the PLY file"
 expect 0 "$varnet" surfaces $part --judge winding
 row 'surfaces +1$'
+# All facets of a closed part that agree are one surface, which has no rim.
+expect 0 "$varnet" surfaces $part --judge winding --json
+keys surfaces area rim surface_list facets
+row '"rim": 0\.0'
+[ ! -e .ply ] || fail "a picture that nobody asked for"
 expect 0 "$varnet" surfaces $part --judge eight
 expect 2 "$varnet" surfaces $part --judge none
 expect 1 "$varnet" surfaces $part -o nofolder/surfaces.ply
@@ -27,6 +32,8 @@ row 'open edges +0$'
 expect 0 "$varnet" support $part -o plate.stl --to-plate --json
 row '"supported": true'
 row '"solids": 3'
+keys region_count regions facets area projected_area box supported why small_regions edge_count edges vertices length \
+    lowest solids
 row '"length": 15.0'
 # The least area drops what a wall holds.
 expect 0 "$varnet" support $part -o large.stl --down 3 --min-area 1000000

@@ -5,7 +5,19 @@
 
 expect 0 "$varnet" demo made
 tail -n 1 out | grep -qE '^[0-9]+ checks passed in [0-9.]+ seconds' || fail "the demo's last line"
+[ "$(grep -E '^[^ ]' out | head -n 5 | tr '\n' ';')" = "bracket.stl, as read;bracket_repaired.stl;bracket_surfaces.ply;bracket_support.stl;slices;" ] ||
+    fail "the demo's tables"
+cp out tables
+grep -q '<style>' made/index.html && grep -q '</html>' made/index.html || fail "the demo's page"
 test -s made/index.html && test -s made/bracket.cli || fail "the files of the demo"
+# What the tables say of the files is what the files hold.
+of() { sed -nE "s/^ +$1 +(.*)$/\1/p" tables | tail -n 1; }
+expect 0 "$varnet" info made/bracket_support.stl
+row "volume, mm3 +$(of 'volume, mm3')$"
+expect 0 "$varnet" layers made/bracket.cli
+row "layers +$(of layers | sed 's/ of .*//')( |$)"
+awk -v a="$(of 'volume of the part, mm3')" -v b="$(of 'volume of the layers, mm3')" \
+    'BEGIN { exit !(a > 100000 && b > 0.999 * a && b < 1.001 * a) }' || fail "the volume of the demo's layers"
 mkdir -p parts/deep
 cube parts/cube.stl 0 0 0 10
 cube parts/deep/two.STL 0 0 0 10 10 0 0 10

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -276,6 +277,40 @@ TEST(VertexCache, MoreVerticesThanTwoLinesHoldAreFoundOrAskedForInTheTree) {
     }
     trees.ExpectSame();
     EXPECT_EQ(16u, trees.m_Cached.m_nCount);
+}
+
+// Vertices are found as they are and where a point is drawn to their height; of new points there are none.
+TEST(VertexCache, BringingAGroupNearFindsItsVerticesAndChangesNothing) {
+    CachedAndPlain trees;
+    auto const place = [](int i) { return CPoint3D(i % 17 * 1.5, i % 13 * 1.25, i % 7 * 2.0); };
+    constexpr int kVertices = 17 * 13 * 7;
+    for (int i = 0; i < kVertices; ++i) ASSERT_NO_FATAL_FAILURE(trees.Add(place(i)));
+    for (int nFirst = 0; nFirst + 30 <= kVertices; nFirst += 30) {
+        std::vector<CPoint3D> points;
+        std::vector<tagVertexNode const*> expected;
+        for (int i = 0; i < 30; ++i) {
+            CPoint3D known = place(nFirst + i);
+            expected.push_back(trees.m_Cache.AddNode(known));  // is there already
+            known.z += i % 2 == 0 ? 0.0 : 0.00005;
+            points.push_back(known);
+            points.emplace_back(known.x + 0.5, known.y, known.z);
+            points.emplace_back(known.x, known.y, known.z + 1.0);
+        }
+        std::vector<CPoint3D const*> group;
+        std::vector<std::size_t> hashes;
+        for (CPoint3D const& point : points) {
+            group.push_back(&point);
+            hashes.push_back(VertexCache::HashOf(point));
+        }
+        std::vector<tagVertexNode const*> found(points.size());
+        found.resize(trees.m_Cache.PrefetchGroup(group, hashes, found));
+        // A vertex that came to a full line of the table is not remembered; most are.
+        EXPECT_GE(found.size(), 20u);
+        std::sort(expected.begin(), expected.end());
+        std::sort(found.begin(), found.end());
+        EXPECT_TRUE(std::includes(expected.begin(), expected.end(), found.begin(), found.end()));
+    }
+    trees.ExpectSame();
 }
 
 TEST(VertexCache, TreeThatIsNotEmptyIsAskedItself) {

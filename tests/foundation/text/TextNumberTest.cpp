@@ -142,5 +142,10 @@ TEST(TextNumber, ALongNumberBeyondTheRangeIsToldByItsFirstDigitAndExponent) {
         ExpectAsRuntime(Joined({"000", zeros(n), ".000", zeros(n), "9e-", std::to_string(n)}));
         ExpectAsRuntime(Joined({"0x1", zeros(n), "p-", std::to_string(8 * n)}));
         ExpectAsRuntime(Joined({"0x.", zeros(n), "8p", std::to_string(8 * n)}));
+        // A hexadecimal digit counts four places of the exponent: the digits outweigh it, and one alone would
+        // not.
+        ExpectAsRuntime(Joined({"0x1", zeros(n), "p-", std::to_string(2 * n)}));
+        ExpectAsRuntime(Joined({"0x1", zeros(2 * n), "p-", std::to_string(3 * n)}));
+        ExpectAsRuntime(Joined({"0x.", zeros(2 * n), "8p", std::to_string(3 * n)}));
     }
 }

@@ -229,6 +229,17 @@ TEST(ReadPart, TextIsReadByItsWords) {
     EXPECT_EQ(part.Points()[2], (Point3{0, 1, 0}));
 }
 
+// Two lines are text enough, however short the second is; blanks and line ends behind the last word are none.
+TEST(ReadPart, TextOnOneLineIsRefusedAndOnTwoItIsNot) {
+    TestFolder const folder;
+    std::string const facet =
+        "facet normal 0 0 1 outer loop vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 endloop endfacet";
+    for (std::string const end : {"\ne", "\re", "\nend", "\r\n\r\ne"})
+        EXPECT_EQ(Part::Read(folder.Write("a.stl", facet + end)).Triangles().size(), 1u);
+    for (std::string const end : {"", "\n", "\r\n \t\n"})
+        EXPECT_TRUE(Holds(MessageOf(folder.Write("a.stl", facet + end)), "on one line"));
+}
+
 TEST(ReadPart, FacetsThatTheTextLosesAreCountedAndTheFirstIsNamed) {
     TestFolder const folder;
     std::string const facet =

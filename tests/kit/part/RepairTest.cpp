@@ -85,6 +85,19 @@ TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
     EXPECT_LT(other.Measures().volume, 0.0);
 }
 
+TEST(Repair, OfTwoSidesOfAsManyFacetsTheLargerOneWins) {
+    for (double const below : {0.5, 3.0}) {
+        Soup soup;
+        soup.points = {{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -below}};
+        // Those above face outward, those below inward.
+        for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 4});
+        for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 5});
+        Part part(soup.points, soup.triangles);
+        EXPECT_EQ(part.Repair().turned, 4);
+        EXPECT_EQ(part.Measures().volume > 0.0, below < 1.0) << below;
+    }
+}
+
 TEST(Repair, ASurfaceWithoutAnOutsideIsLeftWithNoMoreOpenEdges) {
     // A band of n squares with half a twist.
     for (int n : {5, 8, 30}) {
@@ -141,6 +154,25 @@ TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {
     EXPECT_NEAR(part.Measures().area, 600.0, 1e-9);
     std::vector<Corners> const facets = FacetsOf(part);
     EXPECT_TRUE(std::equal(facets.begin(), facets.end() - 2, FacetsOf(mesh).begin()));
+}
+
+// Both diagonals of a square give the same area: the one that is tried first stays, so that each run gives
+// it.
+TEST(Repair, OfFillingsOfOneAreaTheFirstStays) {
+    Soup soup;
+    soup.points = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}, {5, 5, -10}};
+    for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({(i + 1) % 4, i, 4});
+    Part part(soup.points, soup.triangles);
+    EXPECT_EQ(part.Repair(Filling(100.0)).facetsAdded, 2);
+    // The rim begins with the first open edge, from (10, 0) to (0, 0), and is closed against its direction:
+    // from (10, 10) over (0, 10) and (0, 0) to (10, 0). The second corner is the first that may stand in the
+    // middle.
+    std::vector<Corners> facets = FacetsOf(part);
+    ASSERT_EQ(facets.size(), 6u);
+    facets.erase(facets.begin(), facets.begin() + 4);
+    std::vector<Corners> const expected{{{{0, 10, 0}, {10, 0, 0}, {10, 10, 0}}},
+                                        {{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}}}};
+    EXPECT_EQ(Sorted(facets), Sorted(expected));
 }
 
 // All triangulations of a polygon from i to j, the cheapest.

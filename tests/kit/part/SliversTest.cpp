@@ -79,6 +79,32 @@ TEST(Slivers, SliversThatBecomeShorterOnesCountWhenTheyGo) {
     EXPECT_EQ(square.Facets(), 6u);
 }
 
+// A sliver whose longest edge is open closes two others: without it they would be open.
+TEST(Slivers, ASliverOnTheRimStaysWhereTakingItOutOpensEdges) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    FlatMesh mesh;
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {4, 0, 0}, {5, 5, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {2, 1, 3}};
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    ASSERT_EQ(edges.open, 3);
+    SliverCounts counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 0);
+    EXPECT_EQ(counts.stuck, 1);
+    EXPECT_EQ(edges.open, 3);
+    EXPECT_EQ(mesh.triangles.size(), 3u);
+    // With one neighbour less, it leaves as many open edges as it has.
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
+    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    ASSERT_EQ(edges.open, 4);
+    counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 1);
+    EXPECT_EQ(counts.stuck, 0);
+    EXPECT_EQ(edges.open, 3);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
 // A fan of slivers from one end, each between two points of the line.
 TEST(Slivers, AFanOfSliversIsTakenOutOneByOne) {
     for (std::int32_t const points : {2, 3, 9}) {

@@ -62,6 +62,35 @@ TEST(PictureOfMeshes, ShowsTheThreeSidesOfACubeThatCanBeSeen) {
     EXPECT_NE(svg, PictureOf(std::span(&colored, 1), "part"));
 }
 
+// Which sides are drawn: those of the paths of class e, each an M and an L.
+std::vector<std::size_t> DrawnSides(std::string const& svg) {
+    std::string const start = "<path class=\"e\" d=\"";
+    std::vector<std::size_t> sides;
+    for (std::size_t at = svg.find(start); at != std::string::npos; at = svg.find(start, at + 1)) {
+        std::size_t const begin = at + start.size();
+        sides.push_back(CountOf(svg.substr(begin, svg.find('"', begin) - begin), "M"));
+    }
+    return sides;
+}
+
+// A square of two facets that meet at its diagonal, whatever hangs from the edge that is numbered next.
+TEST(PictureOfMeshes, ADiagonalOfAFlatSideIsNotDrawn) {
+    std::vector<Point3> const points{{0, 0, 0}, {1, 1, 0}, {1, 0, 0}, {0, 1, 0}, {0.5, 0, -1}};
+    std::vector<Triangle> const triangles{{0, 2, 4}, {0, 2, 1}, {0, 1, 3}};
+    PicturedMesh pictured;
+    pictured.points = points;
+    pictured.triangles = triangles;
+    std::string const svg = PictureOf(std::span(&pictured, 1), "flat");
+    // The facet that hangs down looks away.
+    EXPECT_EQ((std::vector<std::size_t>{2, 2}), DrawnSides(svg));
+    // Of a cube each of the six facets that are seen has two sides that are edges of the cube.
+    Soup const soup = SoupOf(shapes::Cube(10));
+    Part const cube(soup.points, soup.triangles);
+    pictured.points = cube.Points();
+    pictured.triangles = cube.Triangles();
+    EXPECT_EQ(std::vector<std::size_t>(6, 2), DrawnSides(PictureOf(std::span(&pictured, 1), "cube")));
+}
+
 TEST(PictureOfMeshes, TitlesAreText) {
     std::string const svg = MeshPicture(shapes::Cube(1), "</title><script>x</script>");
     ExpectSoundSvg(svg);

@@ -92,6 +92,20 @@ TEST(Thin, TinyStepsForthAndBackStay) {
     for (Point2 const& p : path) EXPECT_LE(DistanceOf(p, thinned.paths.points, true), 0.01);
 }
 
+// However far the path has gone straight on: its own step turns, not the way from where the stretch began.
+TEST(Thin, APointAtWhichThePathTurnsByMoreThanTenDegreesStays) {
+    auto const thinned = [](double rise) {
+        Paths paths;
+        paths.Add(std::vector<Point2>{{0, 0}, {1, 0}, {5, 0}, {10, 0}, {10.1, rise}}, false);
+        Paths thin;
+        ThinPaths(paths, 0.1, thin);
+        return thin.points;
+    };
+    // tan 10 degrees is 0.1763.
+    EXPECT_EQ(thinned(0.0177), (std::vector<Point2>{{0, 0}, {10, 0}, {10.1, 0.0177}}));
+    EXPECT_EQ(thinned(0.0175), (std::vector<Point2>{{0, 0}, {10.1, 0.0175}}));
+}
+
 TEST(Thin, WhatIsTooThinGoesWithAllInIt) {
     SolidContours contours;
     contours.Add(std::vector<Point2>{{0, 0}, {10, 0}, {20, 0.001}, {10, 0.002}}, -1);

@@ -264,6 +264,34 @@ TEST_F(SliceFileTest, LineEndsBehindHeaderAndLastLayerAreStray) {
     EXPECT_EQ(file.Report().strayBytes, 4);
 }
 
+TEST_F(SliceFileTest, WhereNoStartGivesALayerTheStatedOneIsMeant) {
+    std::string const head = "$$HEADERSTART\n$$BINARY\n$$HEADEREND";
+    std::string const place = path.string() + ", byte " + std::to_string(head.size());
+    Put(head + "\nno command");
+    EXPECT_EQ(ErrorOf(), place + ": there is no command here");
+    Put(head + "\r\nno command");
+    EXPECT_EQ(ErrorOf(), place + ": there is no command here");
+}
+
+TEST_F(SliceFileTest, APathWithoutPointsMayEndTheFile) {
+    std::string bytes = "$$HEADERSTART\n$$BINARY\n$$HEADEREND";
+    auto const word = [&bytes](std::uint16_t n) { bytes.append(reinterpret_cast<char const*>(&n), 2); };
+    auto const whole = [&bytes](std::int32_t n) { bytes.append(reinterpret_cast<char const*>(&n), 4); };
+    word(128);
+    word(5);
+    word(130);
+    for (std::int32_t const n : {1, 1, 0}) whole(n);
+    Put(bytes);
+    EXPECT_EQ(ErrorOf(), "");
+    SliceFile const file(path);
+    ASSERT_EQ(file.LayerCount(), 1);
+    EXPECT_EQ(file.LayerAt(1).z, 5.0);
+    EXPECT_TRUE(file.LayerAt(1).points.empty());
+    // One byte of the count is missing.
+    Put(bytes.substr(0, bytes.size() - 1));
+    EXPECT_NE(ErrorOf().find("the file ends within a command"), std::string::npos);
+}
+
 TEST_F(SliceFileTest, ReadsAlignedCommands) {
     std::string bytes = "$$HEADERSTART\n$$BINARY\n$$ALIGN\n$$UNITS/0.01\n$$HEADEREND";
     auto const word = [&bytes](std::uint16_t n) { bytes.append(reinterpret_cast<char const*>(&n), 2); };

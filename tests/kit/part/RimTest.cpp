@@ -1,0 +1,96 @@
+#include "part/Rim.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "part/Edges.h"
+
+namespace varnet {
+namespace {
+
+class RimTest : public ::testing::Test {
+protected:
+    Rim::Plan Try(double tolerance) {
+        edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+        return Rim(mesh, edges, pace).Try(tolerance, pace);
+    }
+    Progress const none;
+    Watch watch{none};
+    Pace const pace{watch};
+    FlatMesh mesh;
+    EdgeTable edges;
+};
+
+// A facet above the line from 0 to 10, and one below it from a point on the line to the end.
+class PointOnEdge : public RimTest {
+protected:
+    Rim::Plan FromPointToEnd(double x, double tolerance = 0.0) {
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {x, 0, 0}, {5, -10, 0}};
+        mesh.triangles = {{0, 1, 2}, {1, 3, 4}};
+        return Try(tolerance);
+    }
+    Rim::Plan FromStartToPoint(double x) {
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {x, 0, 0}, {5, -10, 0}};
+        mesh.triangles = {{0, 1, 2}, {3, 0, 4}};
+        return Try(0.0);
+    }
+};
+
+TEST_F(PointOnEdge, DividesItAndThePiecesMeet) {
+    for (double const x : {1e-5, 0.1, 3.0, 9.99}) {
+        Rim::Plan const plan = FromPointToEnd(x);
+        EXPECT_TRUE(plan.joined.empty());
+        ASSERT_EQ(plan.divisions.size(), 1u) << x;
+        EXPECT_EQ(plan.divisions[0].edge, 0);
+        EXPECT_EQ(plan.divisions[0].points, std::vector<std::int32_t>{3});
+        // Of the six edges, those that meet are gone, and the piece ahead of the point is open.
+        EXPECT_EQ(plan.open, 5);
+        EXPECT_EQ(FromStartToPoint(10.0 - x).divisions.size(), 1u) << x;
+    }
+}
+
+// Within the rounding of coordinates of 10, about 5e-6, it is at the end.
+TEST_F(PointOnEdge, AsNearToAnEndItIsToBeJoinedWithThat) {
+    for (Rim::Plan const& plan : {FromPointToEnd(2e-6), FromStartToPoint(10.0 - 2e-6)}) {
+        EXPECT_TRUE(plan.divisions.empty());
+        EXPECT_EQ(plan.open, 6);
+    }
+    // With a tolerance it is, and the facets share the edge.
+    Rim::Plan const plan = FromPointToEnd(2e-6, 1e-5);
+    EXPECT_EQ(plan.joined, (std::vector<std::pair<std::int32_t, std::int32_t>>{{3, 0}}));
+    EXPECT_TRUE(plan.divisions.empty());
+    EXPECT_EQ(plan.open, 4);
+}
+
+TEST_F(PointOnEdge, BesideItCountsUpToTheTolerance) {
+    auto const beside = [this](double y, double tolerance) {
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {4, y, 0}, {5, -10, 0}};
+        mesh.triangles = {{0, 1, 2}, {1, 3, 4}};
+        return Try(tolerance).divisions.size();
+    };
+    EXPECT_EQ(beside(-0.0625, 0.0625), 1u);
+    EXPECT_EQ(beside(-0.0626, 0.0625), 0u);
+    EXPECT_EQ(beside(-1e-4, 0.0), 0u);
+}
+
+TEST_F(RimTest, PointsThatWouldTakeACornerFromAFacetAreNotJoined) {
+    // A facet whose short side is within the tolerance, and another whose corner is near both its ends.
+    mesh.points = {{0, 0, 0}, {0.01, 0, 0}, {0, 5, 0}, {0.005, -0.001, 0}, {5, -5, 0}, {-5, -5, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 5, 4}};
+    EXPECT_TRUE(Try(0.1).joined.empty());
+    EXPECT_EQ(Try(0.1).open, 6);
+}
+
+TEST_F(RimTest, FacetsThatRunTheSameWayLeaveNoGap) {
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {5, -10, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 1, 3}};
+    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    EXPECT_EQ(Rim(mesh, edges, pace).Count(), 4);
+    mesh.triangles = {{0, 1, 2}, {1, 0, 3}};
+    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    EXPECT_EQ(Rim(mesh, edges, pace).Count(), 4);
+}
+
+}  // namespace
+}  // namespace varnet
