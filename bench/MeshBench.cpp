@@ -38,6 +38,29 @@ void AddFacet(benchmark::State& state) {
     ReportFacets(state, static_cast<double>(facets.size()));
 }
 
+// Splitting what was read with the tolerance. Shells have the default one.
+void SplitShapeRead(benchmark::State& state, double dTolerance) {
+    WidePath path(ShapeFile(static_cast<std::size_t>(state.range(1)), state.range(2) != 0,
+                            static_cast<std::size_t>(state.range(0))));
+    CSTLModel model;
+    model.m_VertexTree.m_dTolerance = dTolerance;
+    model.ReadSTLFile(path.Get(), 0);
+    for (auto _ : state) {
+        XR_CList<void*, void*> shells;
+        model.Disjoin(shells);
+        state.PauseTiming();
+        for (XR__POSITION* p = shells.GetHeadPosition(); p != nullptr;)
+            delete static_cast<CSTLModel*>(shells.GetNext(p));
+        shells.RemoveAll();
+        state.ResumeTiming();
+    }
+    ReportFacets(state, model.GetFacetsNum());
+}
+
+void SplitShape(benchmark::State& state) { SplitShapeRead(state, 0.0001); }
+void SplitShapeFinely(benchmark::State& state) { SplitShapeRead(state, 0.000001); }
+void SplitShapeExactly(benchmark::State& state) { SplitShapeRead(state, 0.0); }
+
 void FixNormal(benchmark::State& state) {
     double dFacets = 0.0;
     for (auto _ : state) {
@@ -107,6 +130,9 @@ void PeakBytesPerFacet(benchmark::State& state) {
 BENCHMARK(PeakBytesPerFacet)->Arg(1000000)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(AddFacet)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(FixNormal)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(SplitShape)->Apply(OfShapes);
+BENCHMARK(SplitShapeFinely)->Apply(OfShapes);
+BENCHMARK(SplitShapeExactly)->Apply(OfShapes);
 BENCHMARK(CalAreaAndCalVolume)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReBuildTree)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReleaseAllFacet)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);

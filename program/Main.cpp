@@ -1,9 +1,12 @@
 // varnet: from a part to a slice file, on the command line.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Commands.h"
@@ -17,26 +20,35 @@ constexpr int kUsage = 2;
 
 constexpr char const* kVersion = "varnet " VARNET_VERSION " (" VARNET_COMPILER ")";
 
+struct Command {
+    std::string_view name;
+    void (*add)(CLI::App& app);
+};
+
+constexpr Command kCommands[] = {
+    {"info", AddInfo},         {"repair", AddRepair},       {"convert", AddConvert}, {"split", AddSplit},
+    {"surfaces", AddSurfaces}, {"support", AddSupport},     {"slice", AddSlice},     {"layers", AddLayers},
+    {"order", AddOrder},       {"join", AddJoin},           {"whole", AddWhole},     {"view", AddView},
+    {"demo", AddDemo},         {"selfcheck", AddSelfCheck}, {"manual", AddManual},
+};
+
+// All options of all commands take longer to set up than a small part to read: where the first argument names
+// a command, that one alone is added.
+void AddCommands(CLI::App& app, std::vector<char const*> const& arguments) {
+    std::string_view const first = arguments.size() > 1 ? arguments[1] : "";
+    auto const* const named = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                           [first](Command const& c) { return c.name == first; });
+    // The manual is about all of them.
+    if (named != std::end(kCommands) && named->add != AddManual) return named->add(app);
+    for (Command const& command : kCommands) command.add(app);
+}
+
 // The arguments are UTF-8, the program's name first.
 int Run(std::vector<char const*> const& arguments) {
     CLI::App app("Varnet64: reads, repairs, supports, slices and orders the parts of 3D printing.", "varnet");
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", kVersion, "Print the version, and what it was built with");
-    AddInfo(app);
-    AddRepair(app);
-    AddConvert(app);
-    AddSplit(app);
-    AddSurfaces(app);
-    AddSupport(app);
-    AddSlice(app);
-    AddLayers(app);
-    AddOrder(app);
-    AddJoin(app);
-    AddWhole(app);
-    AddView(app);
-    AddDemo(app);
-    AddSelfCheck(app);
-    AddManual(app);
+    AddCommands(app, arguments);
     CatchSignals();
     try {
         app.parse(static_cast<int>(arguments.size()), arguments.data());

@@ -13,10 +13,10 @@ namespace varnet {
 
 // One door to the file system: names in any alphabet, positions in 64 bits.
 
-struct FileCloser {
+struct StreamCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
-using FilePointer = std::unique_ptr<std::FILE, FileCloser>;
+using FilePointer = std::unique_ptr<std::FILE, StreamCloser>;
 
 /// As std::fopen, with a path in any alphabet. Null on failure, with errno.
 FilePointer OpenFile(std::filesystem::path const& path, char const* mode);

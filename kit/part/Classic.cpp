@@ -9,73 +9,6 @@
 
 namespace varnet {
 
-namespace {
-
-// Which facets the model takes: all, but of those on the same three corners one, or none.
-class Choice {
-public:
-    explicit Choice(std::span<Triangle const> triangles) : m_Kept(triangles.size(), true) {
-        std::vector<std::size_t> order(triangles.size());
-        std::vector<std::uint64_t> keys(triangles.size());
-        for (std::size_t i = 0; i < order.size(); ++i) {
-            order[i] = i;
-            keys[i] = KeyOf(triangles[i]);
-        }
-        std::sort(order.begin(), order.end(), [&keys](std::size_t a, std::size_t b) {
-            return keys[a] != keys[b] ? keys[a] < keys[b] : a < b;
-        });
-        for (std::size_t i = 0; i < order.size();) {
-            std::size_t end = i + 1;
-            while (end < order.size() && keys[order[end]] == keys[order[i]]) ++end;
-            if (end - i > 1) Decide(triangles, std::span(order).subspan(i, end - i));
-            i = end;
-        }
-    }
-    bool Keeps(std::size_t facet) const { return m_Kept[facet]; }
-
-private:
-    static Triangle Sorted(Triangle t) {
-        std::sort(t.begin(), t.end());
-        return t;
-    }
-    // Facets on the same corners have the same key; others seldom.
-    static std::uint64_t KeyOf(Triangle const& triangle) {
-        Triangle const t = Sorted(triangle);
-        std::uint64_t key = static_cast<std::uint64_t>(t[0]) << 32 | static_cast<std::uint32_t>(t[1]);
-        key = (key ^ static_cast<std::uint64_t>(t[2]) * 0x9E3779B97F4A7C15u) * 0xBF58476D1CE4E5B9u;
-        return key ^ key >> 31;
-    }
-    static bool IsEven(Triangle const& t) {
-        return (t[0] < t[1] && t[1] < t[2]) || (t[1] < t[2] && t[2] < t[0]) || (t[2] < t[0] && t[0] < t[1]);
-    }
-
-    void Decide(std::span<Triangle const> triangles, std::span<std::size_t> facets) {
-        std::sort(facets.begin(), facets.end(), [&](std::size_t a, std::size_t b) {
-            Triangle const s = Sorted(triangles[a]);
-            Triangle const t = Sorted(triangles[b]);
-            return s != t ? s < t : a < b;
-        });
-        for (std::size_t i = 0; i < facets.size();) {
-            std::size_t end = i;
-            int balance = 0;
-            for (; end < facets.size() && Sorted(triangles[facets[end]]) == Sorted(triangles[facets[i]]);
-                 ++end) {
-                balance += IsEven(triangles[facets[end]]) ? 1 : -1;
-            }
-            bool wanted = balance != 0;
-            for (; i < end; ++i) {
-                bool const keep = wanted && IsEven(triangles[facets[i]]) == (balance > 0);
-                m_Kept[facets[i]] = keep;
-                if (keep) wanted = false;
-            }
-        }
-    }
-
-    std::vector<bool> m_Kept;
-};
-
-}  // namespace
-
 ClassicPath::ClassicPath(std::filesystem::path const& path) {
     try {
         m_Text = path.u16string();
@@ -84,41 +17,60 @@ ClassicPath::ClassicPath(std::filesystem::path const& path) {
     }
 }
 
-std::unique_ptr<CSTLModel> MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
-                                       std::int64_t& refused) {
-    auto model = std::make_unique<CSTLModel>();
-    model->m_VertexTree.m_dTolerance = 0.0;
-    Choice const choice(triangles);
-    for (std::size_t i = 0; i < triangles.size(); ++i) {
-        if (!choice.Keeps(i)) continue;
-        tagFACET facet;
-        for (std::size_t k = 0; k < 3; ++k) {
-            Point3 const& p = points[static_cast<std::size_t>(triangles[i][k])];
-            facet.m_ptVertex[k] = CPoint3D(p.x, p.y, p.z);
-        }
-        model->AddFacet(facet);
+namespace {
+
+// Numbers the vertices of a model in the order in which they are asked for. Each vertex of a tree holds a
+// number of its own, unless a host has put trees together.
+class VertexNumbers {
+public:
+    explicit VertexNumbers(std::size_t vertices) : m_Known(vertices) {}
+
+    std::int32_t Of(tagVertexNode const* vertex, LargeVector<Point3>& points) {
+        auto const index = static_cast<std::size_t>(vertex->m_nIndex);
+        if (vertex->m_nIndex < 0 || index >= m_Known.size()) return Else(vertex, points);
+        Known& known = m_Known[index];
+        if (known.vertex == nullptr) known = {vertex, Add(*vertex, points)};
+        return known.vertex == vertex ? known.number : Else(vertex, points);
     }
-    refused = static_cast<std::int64_t>(triangles.size()) - model->GetFacetsNum();
-    return model;
+
+private:
+    struct Known {
+        tagVertexNode const* vertex = nullptr;
+        std::int32_t number = 0;
+    };
+    static std::int32_t Add(tagVertexNode const& vertex, LargeVector<Point3>& points) {
+        points.push_back({vertex.x, vertex.y, vertex.z});
+        return static_cast<std::int32_t>(points.size() - 1);
+    }
+    std::int32_t Else(tagVertexNode const* vertex, LargeVector<Point3>& points) {
+        auto const [place, isNew] = m_Others.try_emplace(vertex, 0);
+        if (isNew) place->second = Add(*vertex, points);
+        return place->second;
+    }
+
+    std::vector<Known> m_Known;
+    std::unordered_map<tagVertexNode const*, std::int32_t> m_Others;
+};
+
+std::size_t CountFacets(CSTLModel const& model) {
+    std::size_t count = 0;
+    for (int s = 0; s < model.m_SurfaceArray.m_aSurface.GetSize(); ++s)
+        count += static_cast<std::size_t>(model.m_SurfaceArray.m_aSurface[s]->m_aFacet.GetSize());
+    return count;
 }
+
+}  // namespace
 
 FlatMesh Flatten(CSTLModel const& model) {
     FlatMesh mesh;
-    std::unordered_map<tagVertexNode const*, std::int32_t> numbers;
-    numbers.reserve(model.m_VertexTree.m_nCount);
+    VertexNumbers numbers(std::min<std::size_t>(model.m_VertexTree.m_nCount, 3 * CountFacets(model)));
     for (int s = 0; s < model.m_SurfaceArray.m_aSurface.GetSize(); ++s) {
         auto const& facets = model.m_SurfaceArray.m_aSurface[s]->m_aFacet;
         for (int i = 0; i < facets.GetSize(); ++i) {
             CFacet const& facet = *facets[i];
-            Triangle& triangle = mesh.triangles.emplace_back();
-            std::array<tagVertexNode const*, 3> const corners = {facet.m_pVertex1, facet.m_pVertex2,
-                                                                 facet.m_pVertex3};
-            for (std::size_t k = 0; k < 3; ++k) {
-                auto const [place, isNew] =
-                    numbers.try_emplace(corners[k], static_cast<std::int32_t>(mesh.points.size()));
-                if (isNew) mesh.points.push_back({corners[k]->x, corners[k]->y, corners[k]->z});
-                triangle[k] = place->second;
-            }
+            mesh.triangles.push_back({numbers.Of(facet.m_pVertex1, mesh.points),
+                                      numbers.Of(facet.m_pVertex2, mesh.points),
+                                      numbers.Of(facet.m_pVertex3, mesh.points)});
         }
     }
     return mesh;

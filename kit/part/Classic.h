@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "part/FlatMesh.h"
 
@@ -23,11 +24,17 @@ private:
     std::u16string m_Text;
 };
 
-/// A classic model of these facets, in their order, in which equal corners alone are one. Of facets on the
-/// same three corners it holds one, or none where as many face each way: these close each other. Facets whose
-/// doubled area is not above kCollinear are refused. How many did not come in goes to `refused`.
-std::unique_ptr<CSTLModel> MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
-                                       std::int64_t& refused);
+/// A classic model, and which triangles it was made of.
+struct ClassicMesh {
+    std::unique_ptr<CSTLModel> model;
+    std::vector<std::int32_t> triangles;  ///< of each facet of the model's surface, in its order; ascending
+};
+
+/// A classic model of these facets, in their order, in which equal corners alone are one: bit for bit what
+/// CSTLModel::AddFacet makes of them with a tolerance of 0. Of facets on the same three corners it holds one,
+/// or none where as many face each way: these close each other. Facets whose doubled area is not above
+/// kCollinear are refused.
+ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles);
 
 /// The model's facets, in the order of its surfaces.
 FlatMesh Flatten(CSTLModel const& model);

@@ -20,16 +20,24 @@ char const* NameOf(MeshFormat format) {
     return kNames.at(static_cast<std::size_t>(format));
 }
 
+namespace {
+
+std::unique_ptr<CSTLModel> ModelOf(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                                   std::int64_t* refused) {
+    ClassicMesh mesh = MakeClassic(points, triangles);
+    if (refused != nullptr) *refused = static_cast<std::int64_t>(triangles.size() - mesh.triangles.size());
+    return std::move(mesh.model);
+}
+
+}  // namespace
+
 Body::Body() = default;
 Body::Body(Body&& other) noexcept = default;
 Body& Body::operator=(Body&& other) noexcept = default;
 Body::~Body() = default;
 
 std::unique_ptr<CSTLModel> Body::Model(std::int64_t* refused) const {
-    std::int64_t count = 0;
-    std::unique_ptr<CSTLModel> model = MakeClassic(m_Points, m_Triangles, count);
-    if (refused != nullptr) *refused = count;
-    return model;
+    return ModelOf(m_Points, m_Triangles, refused);
 }
 
 namespace {
@@ -94,10 +102,7 @@ std::span<Body const> Part::Bodies() const {
 }
 
 std::unique_ptr<CSTLModel> Part::Model(std::int64_t* refused) const {
-    std::int64_t count = 0;
-    std::unique_ptr<CSTLModel> model = MakeClassic(Points(), Triangles(), count);
-    if (refused != nullptr) *refused = count;
-    return model;
+    return ModelOf(Points(), Triangles(), refused);
 }
 
 // Facets of each body, and its points in the order in which they come.

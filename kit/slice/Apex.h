@@ -7,6 +7,8 @@ namespace varnet {
 /// The point over which the volumes of facets are measured: the first corner of all.
 class Apex {
 public:
+    Apex() = default;
+    explicit Apex(Point3 const& point) : m_Point(point), m_IsSet(true) {}
     /// Six times the signed volume of the tetrahedron between a facet and the point.
     double VolumeBelow(Point3 a, Point3 b, Point3 c) {
         if (!m_IsSet) m_Point = a;

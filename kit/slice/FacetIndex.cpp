@@ -2,14 +2,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "slice/FacetSource.h"
+#include "slice/Together.h"
 
 namespace varnet {
 
 namespace {
 
 constexpr double kFarthest = 1e10;
+
+// Fewer facets are not worth a thread.
+constexpr std::size_t kShortestRun = 1 << 16;
 
 std::size_t Index(int n) { return static_cast<std::size_t>(n); }
 
@@ -42,7 +47,7 @@ bool IsUsable(SlicerInput const& input, Triangle const& triangle) {
 
 int LayerHeights::FirstAbove(double z) const {
     // Nearly always right; it only has to be near, as heights are compared as they are.
-    double const guess = std::floor((z - bottom) / layer + 0.5);
+    double const guess = (z - bottom) / layer + 0.5;
     int number = guess >= count ? count + 1 : guess >= 0.0 ? static_cast<int>(guess) + 1 : 1;
     constexpr int kSteps = 4;
     int steps = 0;
@@ -62,31 +67,69 @@ int LayerHeights::FirstAbove(double z) const {
     return low;
 }
 
-FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, Pulse& pulse)
+// Calls visit(facet, first layer, highest point) for the facets that a layer cuts.
+template <class Visit>
+void FacetIndex::ForEachCut(std::size_t begin, std::size_t end, Pulse& pulse, Visit const& visit) const {
+    for (std::size_t i = begin; i < end; ++i) {
+        pulse.Beat();
+        Triangle const& triangle = m_Input.triangles[i];
+        if (HasEqualCorners(triangle) || !(m_AllUsable || IsUsable(m_Input, triangle))) continue;
+        Range const range = RangeOf(m_Input, triangle);
+        int const first = m_Heights.FirstAbove(range.lowest);
+        if (first <= m_Heights.count && m_Heights.CutHeight(first) <= range.highest)
+            visit(static_cast<std::uint32_t>(i), first, range.highest);
+    }
+}
+
+// A sort by counting. Each thread has a run of facets, and within each layer a place for those of its run, so
+// that the facets of a layer stay in their order.
+FacetIndex::FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, int threads,
+                       Pulse& pulse)
     : m_Input(input),
+      m_AllUsable(allUsable),
       m_Heights(heights),
       m_First(Index(heights.count) + 2, 0),
       m_Reach(Index(heights.count) + 1, 0) {
-    auto const forEach = [&](auto const& visit) {
-        for (std::size_t i = 0; i < input.triangles.size(); ++i) {
-            pulse.Beat();
-            Triangle const& triangle = input.triangles[i];
-            if (HasEqualCorners(triangle) || !(allUsable || IsUsable(input, triangle))) continue;
-            Range const range = RangeOf(input, triangle);
-            int const first = heights.FirstAbove(range.lowest);
-            if (first <= heights.count && heights.CutHeight(first) <= range.highest) {
-                visit(static_cast<std::uint32_t>(i), first, range.highest);
-            }
-        }
+    std::size_t const facets = input.triangles.size();
+    std::size_t const layers = Index(heights.count) + 1;
+    // Tables by layer are no larger than the index.
+    auto const runs =
+        static_cast<int>(std::clamp<std::size_t>(facets / std::max(layers, kShortestRun), 1, Index(threads)));
+    struct Run {
+        std::vector<std::uint32_t> next;  // by layer: how many facets, then where the next one goes
+        std::vector<std::int32_t> reach;
     };
-    forEach([this](std::uint32_t, int first, double) { ++m_First[Index(first) + 1]; });
-    for (std::size_t i = 1; i < m_First.size(); ++i) m_First[i] += m_First[i - 1];
-    m_Order.resize(m_First.back());
-    std::vector<std::uint32_t> next = m_First;
-    forEach([&](std::uint32_t facet, int first, double highest) {
-        m_Order[next[Index(first)]++] = facet;
-        m_Reach[Index(first)] = std::max(m_Reach[Index(first)], heights.FirstAbove(highest) - 1);
+    std::vector<Run> table(Index(runs));
+    auto const begin = [&](int run) { return facets * Index(run) / Index(runs); };
+    RunTogether(runs, pulse, [&](int run, Pulse& own) {
+        std::vector<std::uint32_t>& next = table[Index(run)].next;
+        next.assign(layers, 0);
+        ForEachCut(begin(run), begin(run + 1), own,
+                   [&next](std::uint32_t, int first, double) { ++next[Index(first)]; });
     });
+    std::uint32_t place = 0;
+    for (std::size_t layer = 0; layer < layers; ++layer) {
+        m_First[layer] = place;
+        for (Run& run : table) place += std::exchange(run.next[layer], place);
+    }
+    m_First[layers] = place;
+    m_Order.resize(place);
+    RunTogether(runs, pulse, [&](int number, Pulse& own) {
+        Run& run = table[Index(number)];
+        run.reach.assign(layers, 0);
+        ForEachCut(begin(number), begin(number + 1), own,
+                   [&](std::uint32_t facet, int first, double highest) {
+                       m_Order[run.next[Index(first)]++] = facet;
+                       std::int32_t& reach = run.reach[Index(first)];
+                       reach = std::max(reach, first);
+                       if (reach < heights.count && heights.CutHeight(reach + 1) <= highest)
+                           reach = heights.FirstAbove(highest) - 1;
+                   });
+    });
+    for (Run const& run : table) {
+        for (std::size_t layer = 0; layer < layers; ++layer)
+            m_Reach[layer] = std::max(m_Reach[layer], run.reach[layer]);
+    }
 }
 
 namespace {

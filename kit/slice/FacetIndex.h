@@ -38,8 +38,9 @@ struct LayerHeights {
 class FacetIndex {
 public:
     /// The triangles' indexes are in range. The spans must stay as they are. Where all corners are known to
-    /// be usable they are not looked at again.
-    FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, Pulse& pulse);
+    /// be usable they are not looked at again. The index is the same for any number of threads.
+    FacetIndex(SlicerInput const& input, LayerHeights const& heights, bool allUsable, int threads,
+               Pulse& pulse);
 
     SlicerInput const& Input() const { return m_Input; }
     LayerHeights const& Heights() const { return m_Heights; }
@@ -49,7 +50,11 @@ public:
     int ReachOf(int number) const { return m_Reach[static_cast<std::size_t>(number)]; }
 
 private:
+    template <class Visit>
+    void ForEachCut(std::size_t begin, std::size_t end, Pulse& pulse, Visit const& visit) const;
+
     SlicerInput m_Input;
+    bool m_AllUsable;
     LayerHeights m_Heights;
     std::vector<std::uint32_t> m_Order;
     std::vector<std::uint32_t> m_First;  // by layer, and one more: where its facets begin

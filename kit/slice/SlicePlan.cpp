@@ -8,6 +8,7 @@
 #include "slice/Apex.h"
 #include "slice/FillLines.h"
 #include "slice/LayerMaker.h"
+#include "slice/Together.h"
 
 namespace varnet {
 
@@ -52,37 +53,80 @@ void CheckSettings(SliceSettings const& settings) {
 namespace {
 
 // Checks all inputs, and measures what of them can be sliced: in one go, as memory is what this waits for.
+// Sums are taken block by block, so that they are the same for any number of threads.
 class Measures {
 public:
-    Measures(std::vector<SlicerInput> const& inputs, Pulse& pulse) : m_Pulse(pulse) {
+    Measures(std::vector<SlicerInput> const& inputs, int threads, Pulse& pulse)
+        : m_Threads(threads), m_Pulse(pulse) {
         for (std::size_t i = 0; i < inputs.size(); ++i) TakeIn(inputs[i], i);
     }
     PlanMeasures const& Found() const { return m_Measures; }
 
 private:
+    struct Block {
+        Box3 box;
+        double volume = 0.0;
+        std::int64_t skipped = 0;
+    };
+
     void TakeIn(SlicerInput const& input, std::size_t number) {
         if (input.triangles.size() >= UINT32_MAX) Refuse("a mesh can have at most 4294967294 facets");
-        auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
+        if (!m_HasApex && !input.support) FindApex(input, number);
+        std::vector<Block> blocks((input.triangles.size() + kBlockSize - 1) / kBlockSize);
+        auto const threads = std::clamp<std::size_t>(blocks.size(), 1, static_cast<std::size_t>(m_Threads));
+        RunTogether(static_cast<int>(threads), m_Pulse, [&](int thread, Pulse& pulse) {
+            auto const begin = [&](int i) { return blocks.size() * static_cast<std::size_t>(i) / threads; };
+            for (std::size_t i = begin(thread); i < begin(thread + 1); ++i)
+                blocks[i] = BlockOf(input, number, i * kBlockSize, pulse);
+        });
         Box3& box = input.support ? m_Measures.supports : m_Measures.parts;
         double volume = 0.0;
-        for (std::size_t i = 0; i < input.triangles.size(); ++i) {
-            m_Pulse.Beat();
-            Triangle const& triangle = input.triangles[i];
-            for (std::int32_t const corner : triangle) {
-                if (corner < 0 || corner >= count) RefuseIndex(i, number, corner);
+        for (Block const& block : blocks) {
+            if (!block.box.IsEmpty()) {
+                box.Add(block.box.min);
+                box.Add(block.box.max);
             }
+            volume += block.volume;
+            m_Measures.skipped += block.skipped;
+        }
+        m_Measures.volume += (input.turned ? -volume : volume) / 6.0;
+    }
+
+    static void CheckIndexes(SlicerInput const& input, std::size_t number, std::size_t facet) {
+        auto const count = static_cast<std::int64_t>(std::min(input.points.size(), kMostPoints));
+        for (std::int32_t const corner : input.triangles[facet]) {
+            if (corner < 0 || corner >= count) RefuseIndex(facet, number, corner);
+        }
+    }
+
+    // The first corner of all.
+    void FindApex(SlicerInput const& input, std::size_t number) {
+        for (std::size_t i = 0; i < input.triangles.size() && !m_HasApex; ++i) {
+            CheckIndexes(input, number, i);
+            m_HasApex = IsUsable(input, input.triangles[i]);
+            if (m_HasApex) m_Apex = Apex(input.points[static_cast<std::size_t>(input.triangles[i][0])]);
+        }
+    }
+
+    Block BlockOf(SlicerInput const& input, std::size_t number, std::size_t first, Pulse& pulse) const {
+        Block block;
+        Apex apex = m_Apex;
+        std::size_t const end = std::min(first + kBlockSize, input.triangles.size());
+        for (std::size_t i = first; i < end; ++i) {
+            pulse.Beat();
+            CheckIndexes(input, number, i);
+            Triangle const& triangle = input.triangles[i];
             if (!IsUsable(input, triangle)) {
-                ++m_Measures.skipped;
+                ++block.skipped;
                 continue;
             }
-            for (std::int32_t const corner : triangle)
-                box.Add(input.points[static_cast<std::size_t>(corner)]);
             auto const corner = [&](std::size_t k) {
                 return input.points[static_cast<std::size_t>(triangle[k])];
             };
-            if (!input.support) volume += m_Apex.VolumeBelow(corner(0), corner(1), corner(2));
+            for (std::size_t k = 0; k < 3; ++k) block.box.Add(corner(k));
+            if (!input.support) block.volume += apex.VolumeBelow(corner(0), corner(1), corner(2));
         }
-        m_Measures.volume += (input.turned ? -volume : volume) / 6.0;
+        return block;
     }
 
     [[noreturn]] static void RefuseIndex(std::size_t facet, std::size_t number, std::int32_t corner) {
@@ -91,9 +135,12 @@ private:
     }
 
     static constexpr std::size_t kMostPoints = std::size_t{1} << 31;
+    static constexpr std::size_t kBlockSize = std::size_t{1} << 16;
+    int m_Threads;
     Pulse& m_Pulse;
     PlanMeasures m_Measures;
     Apex m_Apex;
+    bool m_HasApex = false;
 };
 
 Box2 Flat(Box3 const& box) { return {{box.min.x, box.min.y}, {box.max.x, box.max.y}}; }
@@ -173,11 +220,11 @@ SlicePlan PlanFor(PlanMeasures const& measures, SliceSettings const& settings) {
 
 SlicePlan PlanSlices(std::vector<SlicerInput> const& inputs, SliceSettings const& settings, Pulse& pulse) {
     CheckSettings(settings);
-    PlanMeasures const measures = Measures(inputs, pulse).Found();
+    PlanMeasures const measures = Measures(inputs, settings.threads, pulse).Found();
     SlicePlan plan = PlanFor(measures, settings);
     for (SlicerInput const& input : inputs) {
         (input.support ? plan.supports : plan.parts)
-            .emplace_back(input, plan.heights, measures.skipped == 0, pulse);
+            .emplace_back(input, plan.heights, measures.skipped == 0, settings.threads, pulse);
     }
     return plan;
 }

@@ -21,22 +21,22 @@ Number Load(char const* bytes) {
     return number;
 }
 
-std::optional<BinaryCommand> CommandOf(std::uint16_t word, BinaryForm const& form) {
+std::optional<BinaryWord> CommandOf(std::uint16_t word, BinaryForm const& form) {
     return form.isDisguised ? DisguisedCommandOf(word) : PlainCommandOf(word);
 }
 
-std::int64_t WholeAt(char const* bytes, BinaryCommand const& command) {
+std::int64_t WholeAt(char const* bytes, BinaryWord const& command) {
     return command.isShort ? Load<std::uint16_t>(bytes) : Load<std::int32_t>(bytes);
 }
 
-double RealAt(char const* bytes, BinaryCommand const& command, double units) {
+double RealAt(char const* bytes, BinaryWord const& command, double units) {
     double const stored =
         command.isShort ? Load<std::uint16_t>(bytes) : static_cast<double>(Load<float>(bytes));
     return stored * units - command.offset;
 }
 
 // Long commands of an aligned file have two bytes behind their word.
-std::size_t WordSize(BinaryCommand const& command, BinaryForm const& form) {
+std::size_t WordSize(BinaryWord const& command, BinaryForm const& form) {
     return form.isAligned && !command.isShort ? 4 : 2;
 }
 
@@ -46,7 +46,7 @@ std::uint64_t Padding(std::uint64_t place, BinaryForm const& form) {
 }
 
 // The bytes of what follows the whole numbers.
-std::uint64_t ItemBytes(BinaryCommand const& command, std::int64_t items) {
+std::uint64_t ItemBytes(BinaryWord const& command, std::int64_t items) {
     if (command.command == SliceCommand::kLayer) {
         return command.NumberSize() + static_cast<std::uint64_t>(command.offset);
     }
@@ -91,7 +91,7 @@ BinaryIndex IndexBinary(SeekableFile& file, BinaryForm const& form, Progress con
             throw Error(ErrorKind::kCancelled, file.Path(), "reading was stopped");
         }
         std::span<char const> const bytes = window.At(index.end, kMostAhead);
-        std::optional<BinaryCommand> const command =
+        std::optional<BinaryWord> const command =
             bytes.size() < 2 ? std::nullopt : CommandOf(Load<std::uint16_t>(bytes.data()), form);
         if (!command) {
             index.broken = "there is no command here";
@@ -130,7 +130,7 @@ Layer ParseBinaryLayer(std::span<char const> bytes, BinaryForm const& form, std:
     auto const fail = [&](char const* why) { throw Error::AtByte(file, place + at, why); };
     while (at < bytes.size()) {
         if (bytes.size() - at < 2) fail("there is no command here");
-        std::optional<BinaryCommand> const command = CommandOf(Load<std::uint16_t>(bytes.data() + at), form);
+        std::optional<BinaryWord> const command = CommandOf(Load<std::uint16_t>(bytes.data() + at), form);
         if (!command) fail("there is no command here");
         std::size_t const size = command->NumberSize();
         std::size_t const first = at + WordSize(*command, form);

@@ -11,7 +11,7 @@ namespace varnet {
 enum class SliceCommand { kLayer, kPolyline, kHatches };
 
 /// A binary command as its word tells it.
-struct BinaryCommand {
+struct BinaryWord {
     SliceCommand command;
     bool isShort;         ///< parameters are unsigned 16-bit numbers; else 32-bit integers and floats
     std::int32_t offset;  ///< by which every coordinate of a disguised command was raised
@@ -30,26 +30,26 @@ inline constexpr std::int32_t kDisguiseStep = 245;
 /// The offsets that are written lie below this.
 inline constexpr std::int32_t kDisguiseOffsets = 111;
 
-inline std::optional<BinaryCommand> PlainCommandOf(std::uint16_t word) {
+inline std::optional<BinaryWord> PlainCommandOf(std::uint16_t word) {
     switch (word) {
         case 127:
         case 128:
-            return BinaryCommand{SliceCommand::kLayer, word == 128, 0};
+            return BinaryWord{SliceCommand::kLayer, word == 128, 0};
         case 129:
         case 130:
-            return BinaryCommand{SliceCommand::kPolyline, word == 129, 0};
+            return BinaryWord{SliceCommand::kPolyline, word == 129, 0};
         case 131:
         case 132:
-            return BinaryCommand{SliceCommand::kHatches, word == 131, 0};
+            return BinaryWord{SliceCommand::kHatches, word == 131, 0};
         default:
             return std::nullopt;
     }
 }
 
-inline std::optional<BinaryCommand> DisguisedCommandOf(std::uint16_t word) {
+inline std::optional<BinaryWord> DisguisedCommandOf(std::uint16_t word) {
     std::int32_t const command = word % kDisguiseStep;
     if (command < 1 || command > 3) return std::nullopt;
-    return BinaryCommand{static_cast<SliceCommand>(command - 1), false, word / kDisguiseStep};
+    return BinaryWord{static_cast<SliceCommand>(command - 1), false, word / kDisguiseStep};
 }
 
 inline constexpr std::string_view kHeaderStartWord = "$$HEADERSTART";

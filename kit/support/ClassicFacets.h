@@ -4,8 +4,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
+#include <vector>
 
+#include "part/Classic.h"
 #include "varnet/Part.h"
 
 namespace varnet {
@@ -15,13 +16,19 @@ class ClassicFacets {
 public:
     explicit ClassicFacets(Part const& part);
 
-    CSTLModel& Model() { return *m_Model; }
-    /// The triangle of a facet of the model; -1 for one that is not of the part.
+    CSTLModel& Model() { return *m_Mesh.model; }
+    /// The triangle of a facet of the model.
     std::int32_t TriangleOf(CFacet const* facet) const;
 
 private:
-    std::unique_ptr<CSTLModel> m_Model;
-    std::unordered_map<CFacet const*, std::int32_t> m_Triangles;
+    // Facets that lie one behind the other in memory.
+    struct Run {
+        CFacet const* first;
+        std::int32_t number;  // of the first one, in the order of the model
+    };
+
+    ClassicMesh m_Mesh;
+    std::vector<Run> m_Runs;  // by address
 };
 
 }  // namespace varnet

@@ -65,6 +65,9 @@ public:
     }
 
     std::int32_t LayerCount() const { return m_Slicer->LayerCount(); }
+    auto Range() const {
+        return std::tuple(m_Slicer->FirstLayer(), m_Slicer->LastLayer(), m_Slicer->LayerCount());
+    }
     SliceReport const& Report() const { return m_Report; }
     std::int32_t Left() const { return m_Left; }
 
@@ -102,6 +105,7 @@ void ForEach(py::object const& given, Take&& take) {
 std::unique_ptr<Slices> Slice(py::object const& parts, double layer, double hatch, double angle,
                               double tolerance, std::string const& rule, double close,
                               std::optional<std::pair<std::int32_t, std::int32_t>> const& layers,
+                              std::optional<std::pair<std::int32_t, std::int32_t>> const& shard,
                               py::object const& supports, int threads, py::object const& progress) {
     SliceSettings settings;
     settings.layer = layer;
@@ -116,6 +120,12 @@ std::unique_ptr<Slices> Slice(py::object const& parts, double layer, double hatc
             ThrowArgument("layers are a first and a last number, counted from 1");
         settings.firstLayer = layers->first;
         settings.lastLayer = layers->second;
+    }
+    if (shard.has_value()) {
+        if (shard->first < 1 || shard->second < shard->first)
+            ThrowArgument("a shard is its number, from 1 on, and the number of shards");
+        settings.shard = shard->first;
+        settings.shards = shard->second;
     }
     Sliced sliced;
     ForEach<PartHolder>(parts, [&](PartHolder const& holder) { sliced.parts.push_back(holder.part); });
@@ -204,6 +214,7 @@ void AddSlices(py::module_& module) {
     AddSliceReport(module);
     NewClass<Slices>(module, "Slices")
         .def_property_readonly("layer_count", &Slices::LayerCount, Doc("Slices.layer_count"))
+        .def_property_readonly("range", &Slices::Range, Doc("Slices.range"))
         .def_property_readonly(
             "report", [](Slices const& slices) { return slices.Report(); }, Doc("Slices.report"))
         .def("at", &Slices::At, Doc("Slices.at"), arg("number"))
@@ -212,8 +223,8 @@ void AddSlices(py::module_& module) {
         .def("__len__", &Slices::Left, Doc("Slices.__len__"));
     module.def("slice", &Slice, Doc("slice"), arg("parts"), py::kw_only(), arg("layer") = 0.2,
                arg("hatch") = 0.5, arg("angle") = 45.0, arg("tolerance") = 0.01, arg("rule") = "winding",
-               arg("close") = 0.05, arg("layers") = py::none(), arg("supports") = py::tuple(),
-               arg("threads") = 1, arg("progress") = py::none());
+               arg("close") = 0.05, arg("layers") = py::none(), arg("shard") = py::none(),
+               arg("supports") = py::tuple(), arg("threads") = 1, arg("progress") = py::none());
 
     auto const pairOf = [](Travel const& travel) { return std::pair(travel.length, travel.starts); };
     NewClass<Ordered>(module, "Ordered")

@@ -5,7 +5,7 @@ import signal
 import sys
 import threading
 import types
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
 from pathlib import Path
 from typing import Any
 
@@ -45,6 +45,15 @@ LONG: dict[str, Callable[[varnet.Part, Path], object]] = {
 }
 
 
+@pytest.fixture
+def ctrl_c_raises() -> Iterator[None]:
+    # A shell that starts the tests in the background has the signal ignored.
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    yield
+    signal.signal(signal.SIGINT, before)
+
+
+@pytest.mark.usefixtures("ctrl_c_raises")
 @pytest.mark.parametrize("work", LONG)
 def test_ctrl_c_ends_it(part: varnet.Part, stl: Path, work: str) -> None:
     # The other thread gets to run because the lock was let go.

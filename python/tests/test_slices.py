@@ -210,6 +210,28 @@ def test_ranges_join_to_the_whole(tmp_path: Path) -> None:
     assert not (tmp_path / "wrong").exists()
 
 
+@pytest.mark.parametrize("shards", [1, 3, 7])
+def test_shards_join_to_the_whole(tmp_path: Path, shards: int) -> None:
+    part = varnet.Part(*shapes.cube())
+    varnet.write_slices(tmp_path / "whole", varnet.slice(part))
+    for number in range(1, shards + 1):
+        slices = varnet.slice(part, shard=(number, shards))
+        first, last, count = slices.range
+        assert count == slices.layer_count == 50 and last - first + 1 == len(slices) in (50 // shards, 50 // shards + 1)
+        varnet.write_slices(tmp_path / str(number), slices, range=slices.range)
+    varnet.join_slices([tmp_path / str(number) for number in range(1, shards + 1)], tmp_path / "joined")
+    assert (tmp_path / "joined").read_bytes() == (tmp_path / "whole").read_bytes()
+
+
+@pytest.mark.parametrize("shard", [(0, 3), (4, 3), (-1, -1), (1, 51)])
+def test_shards_that_there_are_not_are_refused(shard: tuple[int, int]) -> None:
+    part = varnet.Part(*shapes.cube())
+    with pytest.raises(varnet.ArgumentError):
+        varnet.slice(part, shard=shard)
+    with pytest.raises(varnet.ArgumentError):
+        varnet.slice(part, shard=(1, 3), layers=(1, 2))
+
+
 def test_layers_are_made_from_arrays(tmp_path: Path) -> None:
     square = [[0, 0], [10, 0], [10, 10], [0, 10]]
     hole = [[2, 2], [2, 4], [4, 4], [4, 2]]

@@ -599,6 +599,9 @@ class Slices:
     def layer_count(self) -> int:
         """Of the whole, whatever the range."""
     @property
+    def range(self) -> tuple[int, int, int]:
+        """The first and the last layer that are made, by number, and layer_count: what write_slices() asks for."""
+    @property
     def report(self) -> SliceReport:
         """Of the layers made so far."""
     def at(self, number: int) -> Layer:
@@ -732,6 +735,7 @@ def slice(
     rule: Literal["winding", "odd"] = "winding",
     close: float = 0.05,
     layers: tuple[int, int] | None = None,
+    shard: tuple[int, int] | None = None,
     supports: Supports | Iterable[Supports] = (),
     threads: int = 1,
     progress: _Progress = None,
@@ -746,6 +750,8 @@ def slice(
         number goes round.
     close: gaps in contours up to this are closed, mm; 0 for never.
     layers: the first and the last number to make, counted from 1; None for all.
+    shard: instead of layers, the number of a shard, from 1 on, and the number of shards to which all layers are
+        dealt out, each the next ones above those before; see join_slices().
     supports: solids that get fill lines in layers of even numbers.
     threads: the layers are the same for any number.
 

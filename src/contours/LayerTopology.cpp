@@ -44,22 +44,15 @@ public:
     static Loop Deeper(Loop parent, Loop /*loop*/) { return parent; }
 };
 
-// Counter-clockwise at even levels, clockwise at odd ones.
-void Orient(tagLoopTreeNode& loop) {
-    if (loop.GetLoopDirection() == loop.m_nLevel % 2) loop.ReverseLoop();
-    loop.m_nDirection = (loop.m_nLevel & 1) != 0 ? LOOPDIRECT_CW : LOOPDIRECT_CCW;
-}
-
 }  // namespace
 
 void CLayer::MakeTopology(int bRefresh) {
     BuildLoopList();
-    if (bRefresh != 0) ForEachLoop(m_LoopList, [](tagLoopTreeNode& loop) { loop.GetBoundBox(); });
-    NestingTree tree(*this);
+    NestingTree tree(*this, bRefresh != 0 ? NestingTree::Boxes::kRefreshed : NestingTree::Boxes::kCached);
     tree.Nest();
     tree.Store();
     BuildLoopList();
-    if (bRefresh != 0) ForEachLoop(m_LoopList, Orient);
+    if (bRefresh != 0) tree.Orient();
 }
 
 void CLayer::AddInTree(tagLoopTreeNode* pParent, tagLoopTreeNode* pChild) {

@@ -63,6 +63,11 @@ inline constexpr std::size_t kEnteredLines = 16;
 inline constexpr std::size_t kHatch = 16;
 inline constexpr std::size_t kHatchEdges = 8;
 
+// Loops, their lists and their points: contours/nesting/NestingTree.cpp. Nesting.
+inline constexpr std::size_t kNestedLoop = 24;
+inline constexpr std::size_t kNestedList = 16;
+inline constexpr std::size_t kNestedPoints = 8;
+
 // Vertices of the facets of a plain CSM file, which are read so many at once: modelfiles/PlainCSM.cpp.
 // Read/Plain.
 inline constexpr std::size_t kPlainFacets = 64;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "mesh/FacetIntake.h"
 #include "mesh/RegionGrowth.h"
 #include "mesh/STLModel.h"
+#include "trees/NearHeightCopier.h"
 #include "trees/VertexCopier.h"
 
 using namespace varnet;
@@ -48,6 +50,10 @@ std::vector<CFacet*> FacetsOf(CSTLModel const& model) {
     return facets;
 }
 
+// Facets whose vertices are brought near at once.
+constexpr std::size_t kGroup = 32;
+static_assert(3 * kGroup <= NearHeightCopier::kLargestGroup);
+
 // The corners of a facet, by the ranks of their vertices.
 using Ranks = std::array<std::uint32_t, 3>;
 using RankGraph = FacetGraph<Ranks>;
@@ -62,11 +68,14 @@ public:
     explicit ShellCopier(CSTLModel& source)
         : m_Source(source),
           m_Vertices(source.m_VertexTree, kLargestCoordinate),
-          m_bRanked(m_Vertices.IsOrdered()),
+          m_bRanked(m_Vertices.IsRanked()),
           m_Placed(static_cast<std::size_t>(source.GetFacetsNum())),
           m_Graph(FacetsOf(source),
                   [this](RankGraph const& graph, std::uint32_t n) { return FindRanks(graph.Facet(n)); }) {
         MarkAsPlaced();
+        std::size_t const nVertices = m_Vertices.Sources().size();
+        if (m_bRanked && !m_Vertices.IsOrdered() && nVertices <= NearHeightCopier::kMostVertices)
+            m_NearHeights.emplace(m_Vertices.Sources());
     }
     ShellCopier(ShellCopier const&) = delete;
     ShellCopier& operator=(ShellCopier const&) = delete;
@@ -83,7 +92,9 @@ public:
 
     void Copy(std::uint32_t nSeed, CSTLModel& shell) {
         FindShell(nSeed);
-        if (m_bRanked && m_Vertices.CanCopy()) {
+        if (m_NearHeights.has_value()) {
+            CopyByHeights(shell);
+        } else if (IsForeseen() && m_Vertices.CanCopy()) {
             m_Vertices.CopyTo(shell.m_VertexTree);
             CopyFacets(shell);
         } else {
@@ -100,7 +111,7 @@ private:
         void LookAhead(std::span<std::uint32_t const> wave, std::size_t i) const {
             using namespace look_ahead;
             if (i + kShellRecord < wave.size()) copier.m_Graph.PrefetchRecord(wave[i + kShellRecord]);
-            if (i + kShellVertices < wave.size() && copier.m_bRanked) {
+            if (i + kShellVertices < wave.size() && copier.IsForeseen()) {
                 for (std::uint32_t const n : copier.m_Graph.NoteOf(wave[i + kShellVertices]))
                     copier.m_Vertices.PrefetchAnnounce(n);
             }
@@ -125,6 +136,9 @@ private:
         }
         return ranks;
     }
+
+    // Whether the vertices of a shell are copied before its facets.
+    bool IsForeseen() const { return m_bRanked && m_Vertices.IsOrdered(); }
 
     // Where facets stand in the model a second time, they are placed from the beginning.
     void MarkAsPlaced() {
@@ -157,7 +171,7 @@ private:
     // To be called for each facet of the shell, in their order.
     void AnnounceCorners(std::uint32_t nFacet) {
         ++m_nAnnounced;
-        if (!m_bRanked) return;
+        if (!IsForeseen()) return;
         for (std::uint32_t const nRank : m_Graph.NoteOf(nFacet)) m_Vertices.Announce(nRank);
     }
 
@@ -186,6 +200,34 @@ private:
         }
     }
 
+    // Where heights lie within the tolerance of a shell's tree, which were apart in the source.
+    void CopyByHeights(CSTLModel& shell) {
+        NearHeightCopier::Target target(*m_NearHeights, shell.m_VertexTree);
+        for (std::size_t i = 0; i < m_Shell.size(); ++i) {
+            if (i % kGroup == 0) PrefetchGroup(i);
+            std::array<tagVertexNode*, 3> corners;
+            for (std::size_t k = 0; k < 3; ++k) corners[k] = target.AddNode(m_Graph.NoteOf(m_Shell[i])[k]);
+            EnterTriangle(shell, corners);
+        }
+    }
+
+    // The ways of the vertices of the group of facets that begins at the i-th, and what leads to those of the
+    // next ones.
+    void PrefetchGroup(std::size_t i) const {
+        auto const groupAt = [this](std::size_t nFirst) {
+            std::size_t const nBegin = std::min(nFirst, m_Shell.size());
+            return std::span(m_Shell).subspan(nBegin, std::min(kGroup, m_Shell.size() - nBegin));
+        };
+        for (std::uint32_t const n : groupAt(i + 2 * kGroup)) m_Graph.PrefetchRecord(n);
+        for (std::uint32_t const n : groupAt(i + kGroup)) m_NearHeights->PrefetchRecords(m_Graph.NoteOf(n));
+        std::array<std::uint32_t, 3 * kGroup> ranks;
+        std::size_t nRanks = 0;
+        for (std::uint32_t const n : groupAt(i)) {
+            for (std::uint32_t const nRank : m_Graph.NoteOf(n)) ranks[nRanks++] = nRank;
+        }
+        m_NearHeights->PrefetchWays({ranks.data(), nRanks});
+    }
+
     // Where the order of the vertices does not tell their places in the new tree.
     void OfferFacets(CSTLModel& shell) {
         FacetIntake intake(shell, m_Shell.size());
@@ -196,9 +238,10 @@ private:
 
     CSTLModel& m_Source;
     VertexCopier m_Vertices;
-    bool m_bRanked;  // whether the vertices are in range and in order, and all corners are among them
+    bool m_bRanked;  // whether the vertices are in range and have ranks, and all corners are among them
     std::vector<std::uint8_t> m_Placed;
     RankGraph m_Graph;  // made last, since the facets hold its numbers until they are marked
+    std::optional<NearHeightCopier> m_NearHeights;  // where the vertices' heights are near each other
     WaveGrowth<std::uint32_t> m_Growth;
     std::vector<std::uint32_t> m_Shell;
     std::size_t m_nAnnounced = 0;  // facets of the shell whose corners have been announced

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "foundation/Counter.h"
+#include "foundation/files/ByteStream.h"
 #include "foundation/files/Path.h"
-#include "foundation/text/TextLines.h"
 #include "foundation/text/TextScanner.h"
 #include "foundation/text/TextSearch.h"
 #include "mesh/FacetIntake.h"
@@ -68,10 +68,10 @@ std::optional<GivenZ> ReadFacetLines(NextLine const& nextLine, tagFACET& facet) 
 }
 
 // Goes to the start of the first line that holds "FACET", in any case, or to the end of the file.
-void SkipPreamble(TextLines& lines) {
-    while (std::optional<std::string_view> const line = lines.Next(kPreambleLine - 1)) {
+void SkipPreamble(ByteReader& lines) {
+    while (std::optional<std::string_view> const line = lines.NextLine(kPreambleLine - 1)) {
         if (HoldsWord(*line, "FACET")) {
-            lines.Unread();
+            lines.UnreadLine();
             return;
         }
     }
@@ -87,12 +87,12 @@ int CSTLModel::ReadSTLASCII(char* pszPath, int bCountOnly) {
     if (bCountOnly != 0) return m_nTotalFacet;
 
     std::rewind(file.get());
-    TextLines lines(file.get());
+    ByteReader lines(file.get());
     SkipPreamble(lines);
     FacetIntake intake(*this, static_cast<std::size_t>(m_nTotalFacet));
     FacetQueue facets(intake);
     tagFACET facet;
-    auto const nextLine = [&lines] { return lines.Next(kFacetLine - 1); };
+    auto const nextLine = [&lines] { return lines.NextLine(kFacetLine - 1); };
     // A facet that enters a model gets its normal from its corners, whatever the file says.
     while (LoadShared(m_bStopRead) == 0) {
         std::optional<GivenZ> const given = ReadFacetLines<NormalLine::kSkip>(nextLine, facet);

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/files/ByteStream.h"
 #include "foundation/files/Path.h"
-#include "foundation/text/TextLines.h"
 #include "foundation/text/TextNumber.h"
 #include "foundation/text/TextSearch.h"
 #include "mesh/FacetIntake.h"
@@ -47,10 +47,10 @@ void ParseValues(std::string_view line, std::array<Value, 3>& values, FromText c
     }
 }
 
-std::vector<CPoint3D> ReadVertices(TextLines& lines, std::size_t nExpected) {
+std::vector<CPoint3D> ReadVertices(ByteReader& lines, std::size_t nExpected) {
     std::vector<CPoint3D> points;
     points.reserve(nExpected);
-    while (std::optional<std::string_view> const line = lines.Next(kLongestLine)) {
+    while (std::optional<std::string_view> const line = lines.NextLine(kLongestLine)) {
         if (HoldsWord(*line, "VERTEX")) {
             std::array<double, 3> values{};
             ParseValues(*line, values, TextToDouble);
@@ -63,12 +63,12 @@ std::vector<CPoint3D> ReadVertices(TextLines& lines, std::size_t nExpected) {
 }
 
 // Adds the triangles. One that names a vertex that the file does not have is left out.
-void ReadTriangles(TextLines& lines, std::vector<CPoint3D> const& points, CSTLModel& model) {
+void ReadTriangles(ByteReader& lines, std::vector<CPoint3D> const& points, CSTLModel& model) {
     auto const isVertex = [&points](int n) { return n >= 0 && static_cast<std::size_t>(n) < points.size(); };
     FacetIntake intake(model, 2 * points.size());
     FacetQueue facets(intake, FacetIntake::OnStop::kGoOn);
     std::array<int, 3> numbers{};
-    while (std::optional<std::string_view> const line = lines.Next(kLongestLine)) {
+    while (std::optional<std::string_view> const line = lines.NextLine(kLongestLine)) {
         if (HoldsWord(*line, "TRIANGLE ")) {
             ParseValues(*line, numbers, TextToInt);
             if (!std::all_of(numbers.begin(), numbers.end(), isVertex)) continue;
@@ -90,7 +90,7 @@ int CSTLModel::Read3DMFModel(char* path) {
     File const file = OpenPath(path, "r");
     if (file == nullptr) return 0;
     auto const nExpected = static_cast<std::size_t>(FileSize(file.get()) / kBytesPerVertex);
-    TextLines lines(file.get());
+    ByteReader lines(file.get());
     std::vector<CPoint3D> const points = ReadVertices(lines, nExpected);
     ReadTriangles(lines, points, *this);
     return 1;

@@ -7,6 +7,11 @@
 
 namespace varnet {
 
+using parent_avl::kLeft;
+using parent_avl::kNothing;
+using parent_avl::kRight;
+using parent_avl::kTop;
+
 void ForeseenTree::Prepare() {
     VARNET_REQUIRE(!m_bPrepared && NodeCount() <= kMostNodes);
     // Twice as large each time, so that many small lots of keys do not each pay for all nodes.
@@ -72,67 +77,19 @@ void ForeseenTree::PutBesideNeighbor(std::uint32_t nKey) {
     Link const link = FindEmptyLink(nKey, node.nChildren[kRight], node.nChildren[kLeft]);
     node.nChildren[kLeft] = kNothing;
     node.nChildren[kRight] = kNothing;
-    PutIn(PlaceOf(nKey), link);
+    parent_avl::PutIn(m_Nodes, PlaceOf(nKey), link, kLeaveRotations);
 }
 
 // At the neighbour whose inner side is empty. Where only one is known, nodes for ambiguous keys may stand
 // between, and then the place is below them.
-ForeseenTree::Link ForeseenTree::FindEmptyLink(std::uint32_t nKey, std::uint32_t nLesser,
-                                               std::uint32_t nGreater) {
+parent_avl::Link ForeseenTree::FindEmptyLink(std::uint32_t nKey, std::uint32_t nLesser,
+                                             std::uint32_t nGreater) {
     if (nLesser != kNothing && (nGreater == kNothing || m_Nodes[nLesser].nChildren[kLeft] == kNothing)) {
         return Follow({nLesser, kLeft}, [](std::uint32_t) { return kRight; });
     }
     if (nGreater != kNothing) return Follow({nGreater, kRight}, [](std::uint32_t) { return kLeft; });
     return Follow({kTop, kLeft},
                   [this, nKey](std::uint32_t nNode) { return RankAt(nNode) < nKey ? kLeft : kRight; });
-}
-
-// As avl::Insert does: nodes above tilt to the side that has become deeper, up to one that was tilted
-// already.
-void ForeseenTree::PutIn(std::uint32_t nNode, Link const& link) {
-    At(link) = nNode;
-    m_Nodes[nNode].nParent = link.nNode;
-    std::size_t nSide = link.nSide;
-    for (std::uint32_t nAbove = link.nNode; nAbove != kTop;) {
-        Node& above = m_Nodes[nAbove];
-        if (above.nBalance == TiltTo(nSide)) return Rebalance(nAbove, nSide);
-        above.nBalance = static_cast<std::int8_t>(above.nBalance + TiltTo(nSide));
-        if (above.nBalance == 0) return;
-        nSide = m_Nodes[above.nParent].nChildren[kLeft] == nAbove ? kLeft : kRight;
-        nAbove = above.nParent;
-    }
-}
-
-// The side of the node has grown two deeper than the other.
-void ForeseenTree::Rebalance(std::uint32_t nNode, std::size_t nSide) {
-    std::size_t const nOther = OtherSide(nSide);
-    Node& node = m_Nodes[nNode];
-    std::uint32_t const nChild = node.nChildren[nSide];
-    Node& child = m_Nodes[nChild];
-    if (child.nBalance == TiltTo(nSide)) {
-        node.nBalance = 0;
-        child.nBalance = 0;
-    } else {
-        Node& grandchild = m_Nodes[child.nChildren[nOther]];
-        node.nBalance = grandchild.nBalance == TiltTo(nSide) ? TiltTo(nOther) : std::int8_t{0};
-        child.nBalance = grandchild.nBalance == TiltTo(nOther) ? TiltTo(nSide) : std::int8_t{0};
-        grandchild.nBalance = 0;
-        Rotate(nChild, nOther);
-    }
-    Rotate(nNode, nSide);
-}
-
-// Puts the node's child on the side in its place, and the node below the child on the other side.
-void ForeseenTree::Rotate(std::uint32_t nNode, std::size_t nSide) {
-    Node& node = m_Nodes[nNode];
-    std::uint32_t const nChild = node.nChildren[nSide];
-    Node& child = m_Nodes[nChild];
-    std::uint32_t const nInner = std::exchange(child.nChildren[OtherSide(nSide)], nNode);
-    node.nChildren[nSide] = nInner;
-    if (nInner != kNothing) m_Nodes[nInner].nParent = nNode;
-    Node& parent = m_Nodes[node.nParent];
-    parent.nChildren[parent.nChildren[kLeft] == nNode ? kLeft : kRight] = nChild;
-    child.nParent = std::exchange(node.nParent, nChild);
 }
 
 void ForeseenTree::Clear() {

@@ -7,6 +7,7 @@
 #include "foundation/Prefetch.h"
 #include "foundation/Require.h"
 #include "foundation/memory/LargePages.h"
+#include "trees/ParentAvl.h"
 
 namespace varnet {
 
@@ -78,9 +79,11 @@ public:
     }
 
     /// The shape, by keys; kNone where there is none.
-    std::uint32_t Root() const { return KeyAt(m_Nodes[kTop].nChildren[kLeft]); }
-    std::uint32_t Left(std::uint32_t nKey) const { return KeyAt(NodeOf(nKey).nChildren[kLeft]); }
-    std::uint32_t Right(std::uint32_t nKey) const { return KeyAt(NodeOf(nKey).nChildren[kRight]); }
+    std::uint32_t Root() const { return KeyAt(m_Nodes[parent_avl::kTop].nChildren[parent_avl::kLeft]); }
+    std::uint32_t Left(std::uint32_t nKey) const { return KeyAt(NodeOf(nKey).nChildren[parent_avl::kLeft]); }
+    std::uint32_t Right(std::uint32_t nKey) const {
+        return KeyAt(NodeOf(nKey).nChildren[parent_avl::kRight]);
+    }
     int Balance(std::uint32_t nKey) const { return NodeOf(nKey).nBalance; }
 
     /// The keys of the nodes that there are when all announced keys have been inserted: in their order, those
@@ -95,22 +98,14 @@ public:
     /// Brings what Insert looks at, where the node is at hand.
     void PrefetchNeighbors(std::uint32_t nKey) const {
         Node const& node = NodeOf(nKey);
-        Prefetch(&m_Nodes[node.nChildren[kLeft]]);
-        Prefetch(&m_Nodes[node.nChildren[kRight]]);
+        Prefetch(&m_Nodes[node.nChildren[parent_avl::kLeft]]);
+        Prefetch(&m_Nodes[node.nChildren[parent_avl::kRight]]);
     }
 
 private:
-    // Nodes are known by their places in m_Nodes. The first stands above the root, which is its left child;
-    // no node has it for a child, so that its place says that there is none.
-    static constexpr std::uint32_t kTop = 0;
-    static constexpr std::uint32_t kNothing = 0;
-
-    // Greater keys are on the left. A node's balance is 0 when both sides are equally deep, +1 when the left
-    // side is deeper, -1 when the right side is.
-    static constexpr std::size_t kLeft = 0;
-    static constexpr std::size_t kRight = 1;
-    static constexpr std::size_t OtherSide(std::size_t nSide) { return 1 - nSide; }
-    static constexpr std::int8_t TiltTo(std::size_t nSide) { return nSide == kLeft ? 1 : -1; }
+    // Nodes are known by their places in m_Nodes, see ParentAvl.h.
+    using Link = parent_avl::Link;
+    static constexpr auto kLeaveRotations = [](std::uint32_t, std::uint32_t) {};
 
     struct Node {
         std::uint32_t nChildren[2];  // until the key is inserted, its greater neighbour and its lesser one
@@ -121,50 +116,42 @@ private:
     };
     static_assert(sizeof(Node) == 16);
 
-    // A side of a node.
-    struct Link {
-        std::uint32_t nNode;
-        std::size_t nSide;
-    };
-
     static std::uint32_t PlaceOf(std::uint32_t nKey) { return nKey + 1; }
     Node& NodeOf(std::uint32_t nKey) { return m_Nodes[PlaceOf(nKey)]; }
     Node const& NodeOf(std::uint32_t nKey) const { return m_Nodes[PlaceOf(nKey)]; }
-    static std::uint32_t KeyAt(std::uint32_t nNode) { return nNode == kNothing ? kNone : nNode - 1; }
+    static std::uint32_t KeyAt(std::uint32_t nNode) {
+        return nNode == parent_avl::kNothing ? kNone : nNode - 1;
+    }
     // The key of which the node was made.
     std::uint32_t RankAt(std::uint32_t nNode) const {
         std::uint32_t const nKey = KeyAt(nNode);
         return nKey < m_nKeys ? nKey : m_Made[nKey - m_nKeys];
     }
-    std::uint32_t& At(Link const& link) { return m_Nodes[link.nNode].nChildren[link.nSide]; }
 
     void SortAnnounced();
     void LinkNeighbors();
     void PutBesideNeighbor(std::uint32_t nKey);
     Link FindEmptyLink(std::uint32_t nKey, std::uint32_t nLesser, std::uint32_t nGreater);
-    void PutIn(std::uint32_t nNode, Link const& link);
-    void Rebalance(std::uint32_t nNode, std::size_t nSide);
-    void Rotate(std::uint32_t nNode, std::size_t nSide);
 
     // From a link down to an empty one, at each node to the side that sideOf(node) gives.
     template <class SideOf>
     Link Follow(Link link, SideOf const& sideOf) {
-        while (std::uint32_t const nNode = At(link)) link = {nNode, sideOf(nNode)};
+        while (std::uint32_t const nNode = parent_avl::At(m_Nodes, link)) link = {nNode, sideOf(nNode)};
         return link;
     }
 
     template <class Compare>
     std::uint32_t Descend(std::uint32_t nKey, Compare const& compare) {
-        Link link = {kTop, kLeft};
-        while (std::uint32_t const nNode = At(link)) {
+        Link link = {parent_avl::kTop, parent_avl::kLeft};
+        while (std::uint32_t const nNode = parent_avl::At(m_Nodes, link)) {
             int const nOrder = compare(KeyAt(nNode));
             if (nOrder == 0) return KeyAt(nNode);
-            link = {nNode, nOrder < 0 ? kLeft : kRight};
+            link = {nNode, nOrder < 0 ? parent_avl::kLeft : parent_avl::kRight};
         }
         auto const nMade = static_cast<std::uint32_t>(m_nKeys + m_Made.size());
         m_Made.push_back(nKey);
         m_NodeKeys.push_back(nMade);
-        PutIn(PlaceOf(nMade), link);
+        parent_avl::PutIn(m_Nodes, PlaceOf(nMade), link, kLeaveRotations);
         return nMade;
     }
 

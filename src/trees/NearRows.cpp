@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "trees/CoordinateHash.h"
+#include "trees/VertexTree.h"
 
 namespace varnet {
 
@@ -32,8 +33,8 @@ bool SetBit(std::uint64_t* pBits, std::size_t n) {
     return bNew;
 }
 
-// The vertices at the height next to a clean row that is alone in its clan, above or below it in the tree's
-// order, lie farther from it than so much. The order agrees with the comparison: all clans do.
+}  // namespace
+
 bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance) {
     for (bool const bAbove : {true, false}) {
         tagVertexNode const* pNext = nullptr;
@@ -48,8 +49,6 @@ bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance
     return true;
 }
 
-}  // namespace
-
 NearRows::NearRows(double dTolerance)
     : m_dJoin(kJoin * dTolerance),
       m_dApart(kApart * dTolerance),
@@ -57,17 +56,20 @@ NearRows::NearRows(double dTolerance)
       m_dReach(kReach * dTolerance),
       m_dBandsPerUnit(1.0 / (kTolerancesPerBand * dTolerance)) {}
 
-bool NearRows::Enter(CVertexTree const& tree, double y, double dHeight, RowsMet const& met) {
-    if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return MarkAround(y, dHeight);
+NearRows::Entry NearRows::TryEnter(double y, double dHeight, RowsMet const& met) {
+    auto const marked = [this, y, dHeight] {
+        return MarkAround(y, dHeight) ? Entry::kMarked : Entry::kUnmarked;
+    };
+    if (IsMarked(y - m_dReach, dHeight) || IsMarked(y + m_dReach, dHeight)) return marked();
     double dAnchor = 0.0;
-    if (FindClan(y, dHeight, dAnchor)) {
-        return std::fabs(y - dAnchor) > m_dJoin && MarkAround(y, dHeight);
-    }
-    if (!met.bNear) return false;
-    bool const bClean =
-        !met.bSeveral && std::fabs(y - met.y) <= m_dJoin && IsAlone(tree, met.y, dHeight, m_dAlone);
-    if (!bClean) return MarkAround(y, dHeight);
-    AddClan({dHeight, met.y});
+    if (FindClan(y, dHeight, dAnchor)) return std::fabs(y - dAnchor) > m_dJoin ? marked() : Entry::kUnmarked;
+    if (!met.bNear) return Entry::kUnmarked;
+    return met.bSeveral || std::fabs(y - met.y) > m_dJoin ? marked() : Entry::kMayFound;
+}
+
+bool NearRows::FoundClan(double y, double dHeight, double dMet, bool bAlone) {
+    if (!bAlone) return MarkAround(y, dHeight);
+    AddClan({dHeight, dMet});
     return false;
 }
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "trees/VertexTree.h"
+class CVertexTree;
 
 namespace varnet {
 
@@ -22,6 +22,10 @@ struct RowsMet {
         y = dRow;
     }
 };
+
+/// For NearRows::Enter: whether the vertices next to the row at its height lie farther from it in y than the
+/// distance. The tree's order agrees with the comparison there: all clans do.
+bool IsAlone(CVertexTree const& tree, double y, double dHeight, double dDistance);
 
 /// Rows of a vertex tree that are near each other, which decide whether the tree's order can be relied on.
 ///
@@ -54,7 +58,15 @@ public:
 
     /// A vertex is about to enter the tree, at a height that the tree has or one far from all of them, after
     /// a descent that has met this. Returns true when a row has got a mark that had none.
-    bool Enter(CVertexTree const& tree, double y, double dHeight, RowsMet const& met);
+    ///
+    /// isAlone(y, height, distance) tells of a clean row that is alone in its clan whether all other vertices
+    /// at its height lie farther from it in y than the distance.
+    template <class IsAlone>
+    bool Enter(double y, double dHeight, RowsMet const& met, IsAlone const& isAlone) {
+        Entry const entry = TryEnter(y, dHeight, met);
+        if (entry != Entry::kMayFound) return entry == Entry::kMarked;
+        return FoundClan(y, dHeight, met.y, isAlone(met.y, dHeight, m_dAlone));
+    }
 
 private:
     // A clean clan.
@@ -62,6 +74,11 @@ private:
         double dHeight = std::numeric_limits<double>::quiet_NaN();  // of an empty place
         double dAnchor = 0.0;
     };
+
+    // What comes of a row, or that it founds a clan if the row that it has met is alone.
+    enum class Entry { kUnmarked, kMarked, kMayFound };
+    Entry TryEnter(double y, double dHeight, RowsMet const& met);
+    bool FoundClan(double y, double dHeight, double dMet, bool bAlone);
 
     // Marks stand for bands of y at a height, a bit each in a table of hashes: a mark too many costs a
     // descent. Clans are found by the bands of their anchors.

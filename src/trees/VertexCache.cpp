@@ -33,7 +33,11 @@ struct RowWatch {
     void MetRow(double y) {
         if (y != dRow) met.Meet(y);
     }
-    void BeforeNew(double y, double z) { bEntangled = rows.Enter(tree, y, z, met); }
+    void BeforeNew(double y, double z) {
+        bEntangled = rows.Enter(y, z, met, [this](double dMet, double dHeight, double dDistance) {
+            return varnet::IsAlone(tree, dMet, dHeight, dDistance);
+        });
+    }
     void BeforeRotation(tagVertexNode const& top) { firstHeights.ForgetRotated(top); }
 };
 

@@ -33,6 +33,9 @@ public:
     explicit RowGroups(double dTolerance) : m_dTolerance(dTolerance) {}
 
     void Add(CPoint3D const& point) {
+        m_bSorted =
+            m_bSorted && (m_nVertices == 0 || point.z > m_dLastHeight || HasSameBits(point.z, m_dLastHeight));
+        m_dLastHeight = point.z;
         if (m_Groups.empty() || IsBeyond(point.z, m_dHeight)) {
             EndHeight();
             m_dHeight = point.z;
@@ -47,7 +50,10 @@ public:
         ++m_nVertices;
     }
 
-    /// Whether heights come in their order, more than the tolerance apart.
+    /// Whether heights come in their order, zeros of one height with one sign.
+    bool AreSorted() const { return m_bSorted; }
+
+    /// Whether they lie more than the tolerance apart as well.
     bool AreOrdered() const { return m_bOrdered; }
 
     /// The groups in which vertices may be mistaken for each other: the number of the first vertex, and of
@@ -96,8 +102,10 @@ private:
     }
 
     double m_dTolerance;
+    bool m_bSorted = true;
     bool m_bOrdered = true;
     std::uint32_t m_nVertices = 0;
+    double m_dLastHeight = 0.0;
     double m_dHeight = 0.0;
     double m_dLast = 0.0;         // x of the last vertex
     std::vector<Group> m_Groups;  // at the height, by y
@@ -111,12 +119,13 @@ VertexCopier::VertexCopier(CVertexTree const& source, double dLargest) : m_Tree(
     m_Sources.reserve(std::min<std::size_t>(source.m_nCount, kMostReserved));
     RowGroups groups(CVertexTree().m_dTolerance);
     avl::WalkInOrder(source.m_pRoot, [this, &groups, dLargest](tagVertexNode* pNode) {
-        m_bOrdered = m_bOrdered && IsWithin(*pNode, dLargest);
+        m_bRanked = m_bRanked && IsWithin(*pNode, dLargest);
         groups.Add(*pNode);
         m_Sources.push_back(pNode);
     });
-    m_bOrdered =
-        m_bOrdered && groups.AreOrdered() && m_Sources.size() <= ForeseenTree::kMostNodes && FindRanks();
+    m_bRanked =
+        m_bRanked && groups.AreSorted() && m_Sources.size() <= ForeseenTree::kMostNodes && FindRanks();
+    m_bOrdered = m_bRanked && groups.AreOrdered();
     if (!m_bOrdered) return;
     m_Tree = ForeseenTree(m_Sources.size());
     m_Copies = ZeroedTable<tagVertexNode*>(m_Sources.size());

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "foundation/Require.h"
@@ -25,9 +26,14 @@ public:
     /// Nothing is copied from a source with a coordinate beyond dLargest, millimetres.
     VertexCopier(CVertexTree const& source, double dLargest);
 
-    /// False where the source's vertices do not stand in the order in which AddNode would hold them, or some
-    /// are not numbers or too large: nothing can be copied then.
+    /// False where the source's vertices do not stand in the order of their heights, or some are not numbers
+    /// or too large, or their numbers were changed: no rank can be relied on then.
+    bool IsRanked() const { return m_bRanked; }
+    /// False also where they do not stand in the order in which AddNode would hold them, since heights lie
+    /// within the tolerance: nothing can be copied then.
     bool IsOrdered() const { return m_bOrdered; }
+    /// The source's vertices by rank.
+    std::span<tagVertexNode* const> Sources() const { return m_Sources; }
 
     static constexpr std::uint32_t kNone = ForeseenTree::kNone;
     /// The rank of a vertex of the source; kNone for any other vertex.
@@ -71,7 +77,8 @@ private:
         ~LinkAtEnd() { copier.SetLinks(target); }
     };
 
-    bool m_bOrdered = true;
+    bool m_bRanked = true;
+    bool m_bOrdered = false;
     std::vector<tagVertexNode*> m_Sources;  // by rank
     std::vector<std::uint32_t> m_Ranks;     // by m_nIndex
     ForeseenTree m_Tree;

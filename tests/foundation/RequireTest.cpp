@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "foundation/files/ByteStream.h"
-#include "foundation/text/TextLines.h"
 
 using namespace varnet;
 
@@ -46,8 +45,8 @@ TEST_F(RequireDeathTest, AWriterTakesBackOfTheLastRoomOnly) {
 
 TEST_F(RequireDeathTest, ALineIsNoLongerThanTheBufferAllows) {
     auto const readTooMuch = [] {
-        TextLines lines(stdin);
-        static_cast<void>(lines.Next(TextLines::kLongestPiece + 1));
+        ByteReader lines(stdin);
+        static_cast<void>(lines.NextLine(ByteReader::kLongestLine + 1));
     };
-    EXPECT_DEATH(readTooMuch(), "kLongestPiece");
+    EXPECT_DEATH(readTooMuch(), "kLongestLine");
 }

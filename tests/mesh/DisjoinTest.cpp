@@ -286,6 +286,39 @@ TEST(Disjoin, AgreesWithTheLiteralOneWhereVerticesAreNear) {
     }
 }
 
+// Read with a smaller tolerance than a shell's.
+TEST(Disjoin, AgreesWithTheLiteralOneWhereHeightsOfTheSourceAreNear) {
+    constexpr PointSoup::Kind kKinds[] = {PointSoup::kNearHeights, PointSoup::kNearEverything,
+                                          PointSoup::kHalfTolerance, PointSoup::kManyHeights};
+    for (std::uint32_t nSeed = 0; nSeed < 240; ++nSeed) {
+        SCOPED_TRACE(nSeed);
+        PointSoup soup(nSeed, kKinds[nSeed % 4]);
+        CSTLModel model;
+        model.m_VertexTree.m_dTolerance = nSeed % 8 < 4 ? 0.0 : 0.000001;
+        unsigned const nTriangles = 1 + soup.Below(150);
+        for (unsigned n = 0; n < nTriangles; ++n) {
+            CPoint3D const a = soup.Next();
+            CPoint3D const b = soup.Next();
+            AddTriangle(model, a, b, soup.Next());
+        }
+        ExpectLiteralShells(model);
+    }
+}
+
+TEST(Disjoin, AgreesWithTheLiteralOneOnAGyroidReadExactly) {
+    for (double const dScale : {1.0, 0.01, 0.0001}) {
+        SCOPED_TRACE(dScale);
+        shapes::Mesh mesh = shapes::Gyroid(12);
+        for (shapes::Triangle& t : mesh) {
+            for (shapes::Corner& c : t) c.z *= static_cast<float>(dScale);
+        }
+        CSTLModel model;
+        model.m_VertexTree.m_dTolerance = 0.0;
+        AddMesh(model, mesh);
+        ExpectLiteralShells(model);
+    }
+}
+
 // After the part has shrunk, vertices may lie within the tolerance of each other.
 TEST(Disjoin, AgreesWithTheLiteralOneAfterScaling) {
     for (std::uint32_t nSeed = 0; nSeed < 60; ++nSeed) {

@@ -9,6 +9,7 @@
 #include "FailingMemory.h"
 #include "SmallFiles.h"
 #include "foundation/files/Path.h"
+#include "trees/Avl.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -44,6 +45,11 @@ std::vector<Work> WorkOnModels() {
     std::vector<Work> all = {
         {"FixNormal", [](CSTLModel& model, TestFolder const&) { model.FixNormal(); }},
         {"Disjoin", [](CSTLModel& model, TestFolder const&) { ReleaseShells(model); }},
+        {"Disjoin where heights are near each other",
+         [](CSTLModel& model, TestFolder const&) {
+             avl::Walk(model.m_VertexTree.m_pRoot, [](tagVertexNode* pNode) { pNode->z *= 0.0001; });
+             ReleaseShells(model);
+         }},
         {"FindSuspendEdge",
          [](CSTLModel& model, TestFolder const&) {
              model.FindSuspendEdge(-1, 45.0, 30.0, 0.01);

@@ -11,9 +11,11 @@ for build in "g++ -O0" "clang++ -O0" "clang++ -O3"; do
     read -r cxx level <<<"$build"
     command -v "$cxx" >/dev/null || { echo "$cxx is not installed"; exit 77; }
     dir=$work/$cxx$level
-    cmake -S "$source/tests/bits" -B "$dir" -G Ninja -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$level" \
-        "${launcher[@]}" >/dev/null
-    cmake --build "$dir" --target bits >/dev/null
+    mkdir -p "$dir"
+    {
+        cmake -S "$source/tests/bits" -B "$dir" -G Ninja -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$level" \
+            "${launcher[@]}" && cmake --build "$dir" --target bits
+    } >"$dir/build.log" 2>&1 || { tail -n 40 "$dir/build.log"; echo "$build could not be built"; exit 1; }
     hash=$("$dir/bits")
     echo "$build $hash"
     [ "$hash" = "$first" ] || { echo "the bits differ"; exit 1; }

@@ -3,7 +3,7 @@
 # usage: exports.sh LIBRARY
 set -euo pipefail
 symbols=$(nm -DC --defined-only "$1" | cut -d' ' -f2-)
-stray=$(grep -E 'std::|__gnu_cxx|anonymous|avl::|vertex_insertion|Float3|VertexCache|HeightSet|FacetIntake|TextScanner|TextLines|OpenPath|FileSize|Slot\(|WindingParity|FileWindow|LineTokens|WriteFixed|CommandOf' <<<"$symbols" |
+stray=$(grep -E 'std::|__gnu_cxx|anonymous|avl::|vertex_insertion|Float3|VertexCache|HeightSet|FacetIntake|TextScanner|ByteReader|OpenPath|FileSize|Slot\(|WindingParity|FileWindow|LineTokens|WriteFixed|CommandOf' <<<"$symbols" |
     grep -vE 'operator new\(unsigned (long|int), std::nothrow_t const&\)' || true)
 if [ -n "$stray" ]; then
     echo "exported, but not part of the interface:"

@@ -14,6 +14,10 @@ namespace {
 constexpr std::size_t kLeafSize = 8;
 constexpr std::size_t kMostRecent = 32;
 
+// A search looks at so many nodes, or finds so many boxes, before it looks at what comes first in line.
+constexpr int kNodesAtOnce = 64;
+constexpr std::size_t kFoundAtOnce = 4;
+
 // The four axes of the space in which a box is a point.
 constexpr std::array kSides{&PlanBox::xMin, &PlanBox::yMin, &PlanBox::xMax, &PlanBox::yMax};
 
@@ -136,50 +140,85 @@ void BoxIndex::Remove(std::int32_t nLoop) {
     }
 }
 
-// Whether a box below the node may be inside, or may have the box inside.
+// Whether a box below the node may be inside, or may have the box inside. Without branches: either answer is
+// as likely.
 bool BoxIndex::MayRelate(Node const& node, PlanBox const& box) {
-    bool const bInside = node.highest.xMin > box.xMin && node.highest.yMin > box.yMin &&
-                         node.lowest.xMax < box.xMax && node.lowest.yMax < box.yMax;
-    bool const bAround = node.lowest.xMin < box.xMin && node.lowest.yMin < box.yMin &&
-                         node.highest.xMax > box.xMax && node.highest.yMax > box.yMax;
-    return bInside || bAround;
+    unsigned const nInside = static_cast<unsigned>(node.highest.xMin > box.xMin) &
+                             static_cast<unsigned>(node.highest.yMin > box.yMin) &
+                             static_cast<unsigned>(node.lowest.xMax < box.xMax) &
+                             static_cast<unsigned>(node.lowest.yMax < box.yMax);
+    unsigned const nAround = static_cast<unsigned>(node.lowest.xMin < box.xMin) &
+                             static_cast<unsigned>(node.lowest.yMin < box.yMin) &
+                             static_cast<unsigned>(node.highest.xMax > box.xMax) &
+                             static_cast<unsigned>(node.highest.yMax > box.yMax);
+    return (nInside | nAround) != 0;
 }
 
 // ---- searching
 
+// Most boxes relate to few others, which are found at once; what is left after so many nodes waits in the
+// heap until its place in line comes.
 BoxIndex::Search::Search(BoxIndex const& index, PlanBox const& box)
     : m_Index(index), m_nAdds(index.m_nAdds), m_Box(box) {
-    for (std::size_t i = 0; i < index.m_Trees.size(); ++i) PushNode(i, 0);
-    PushEntries(index.m_Recent, 0, index.m_Recent.size(), kRecentTree);
+    int nNodes = 0;
+    for (std::size_t nTree = 0; nTree < index.m_Trees.size(); ++nTree) {
+        Tree const& tree = index.m_Trees[nTree];
+        std::array<std::size_t, CompleteTree::kStackSize> stack;
+        std::size_t nItems = 0;
+        stack[nItems++] = 0;
+        while (nItems > 0 && nNodes++ < kNodesAtOnce && m_Heap.size() < kFoundAtOnce) {
+            std::size_t const nNode = stack[--nItems];
+            if (!MayHold(tree.nodes[nNode])) continue;
+            if (tree.shape.IsLeaf(nNode)) {
+                std::size_t const nLeaf = tree.shape.LeafOf(nNode);
+                AppendEntries(tree.entries, tree.LeafBegin(nLeaf), tree.LeafBegin(nLeaf + 1));
+            } else {
+                stack[nItems++] = CompleteTree::Right(nNode);
+                stack[nItems++] = CompleteTree::Left(nNode);
+            }
+        }
+        while (nItems > 0) AppendNode(nTree, stack[--nItems]);
+    }
+    AppendEntries(index.m_Recent, 0, index.m_Recent.size());
+    std::make_heap(m_Heap.begin(), m_Heap.end(), IsLater);
 }
 
-void BoxIndex::Search::Push(Item const& item) {
-    m_Heap.push_back(item);
-    std::push_heap(m_Heap.begin(), m_Heap.end(),
-                   [](Item const& a, Item const& b) { return a.nPlace > b.nPlace; });
+bool BoxIndex::Search::IsLater(Item const& a, Item const& b) { return a.nPlace > b.nPlace; }
+
+bool BoxIndex::Search::MayHold(Node const& node) const {
+    return node.nFirstPlace != kGone && MayRelate(node, m_Box);
 }
 
-void BoxIndex::Search::PushNode(std::size_t nTree, std::size_t nNode) {
+void BoxIndex::Search::AppendNode(std::size_t nTree, std::size_t nNode) {
     Node const& node = m_Index.m_Trees[nTree].nodes[nNode];
-    if (node.nFirstPlace == kGone || !MayRelate(node, m_Box)) return;
-    Push({node.nFirstPlace, static_cast<std::int32_t>(nTree), static_cast<std::int32_t>(nNode), 0});
+    if (MayHold(node)) {
+        m_Heap.push_back(
+            {node.nFirstPlace, static_cast<std::int32_t>(nTree), static_cast<std::int32_t>(nNode), 0});
+    }
 }
 
-void BoxIndex::Search::PushEntries(std::vector<Entry> const& entries, std::size_t nBegin, std::size_t nEnd,
-                                   std::int32_t nTree) {
+void BoxIndex::Search::AppendEntries(std::vector<Entry> const& entries, std::size_t nBegin,
+                                     std::size_t nEnd) {
     for (std::size_t i = nBegin; i < nEnd; ++i) {
         Entry const& entry = entries[i];
         if (entry.nPlace == kGone) continue;
         if (!IsBoxInside(m_Box, entry.box) && !IsBoxInside(entry.box, m_Box)) continue;
-        Push({entry.nPlace, nTree, -1, entry.nLoop});
+        m_Heap.push_back({entry.nPlace, 0, -1, entry.nLoop});
+    }
+}
+
+// Puts what was appended behind the first so many items into the heap.
+void BoxIndex::Search::TakeIn(std::size_t nItems) {
+    while (nItems < m_Heap.size()) {
+        ++nItems;
+        std::push_heap(m_Heap.begin(), m_Heap.begin() + static_cast<std::ptrdiff_t>(nItems), IsLater);
     }
 }
 
 bool BoxIndex::Search::Next(std::int32_t& nLoop) {
     VARNET_REQUIRE(m_nAdds == m_Index.m_nAdds);
     while (!m_Heap.empty()) {
-        std::pop_heap(m_Heap.begin(), m_Heap.end(),
-                      [](Item const& a, Item const& b) { return a.nPlace > b.nPlace; });
+        std::pop_heap(m_Heap.begin(), m_Heap.end(), IsLater);
         Item const item = m_Heap.back();
         m_Heap.pop_back();
         if (item.nNode < 0) {
@@ -188,14 +227,16 @@ bool BoxIndex::Search::Next(std::int32_t& nLoop) {
         }
         auto const nTree = static_cast<std::size_t>(item.nTree);
         auto const nNode = static_cast<std::size_t>(item.nNode);
+        std::size_t const nItems = m_Heap.size();
         Tree const& tree = m_Index.m_Trees[nTree];
         if (tree.shape.IsLeaf(nNode)) {
             std::size_t const nLeaf = tree.shape.LeafOf(nNode);
-            PushEntries(tree.entries, tree.LeafBegin(nLeaf), tree.LeafBegin(nLeaf + 1), item.nTree);
+            AppendEntries(tree.entries, tree.LeafBegin(nLeaf), tree.LeafBegin(nLeaf + 1));
         } else {
-            PushNode(nTree, CompleteTree::Left(nNode));
-            PushNode(nTree, CompleteTree::Right(nNode));
+            AppendNode(nTree, CompleteTree::Left(nNode));
+            AppendNode(nTree, CompleteTree::Right(nNode));
         }
+        TakeIn(nItems);
     }
     return false;
 }

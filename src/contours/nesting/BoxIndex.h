@@ -42,6 +42,10 @@ public:
     void Add(Entry const& entry);
     void Remove(std::int32_t nLoop);
 
+private:
+    struct Node;
+
+public:
     /// One search. Boxes may be removed meanwhile, but not added.
     class Search {
     public:
@@ -56,10 +60,11 @@ public:
             std::int32_t nNode;  // -1 for an entry
             std::int32_t nEntry;
         };
-        void Push(Item const& item);
-        void PushNode(std::size_t nTree, std::size_t nNode);
-        void PushEntries(std::vector<Entry> const& entries, std::size_t nBegin, std::size_t nEnd,
-                         std::int32_t nTree);
+        static bool IsLater(Item const& a, Item const& b);
+        bool MayHold(Node const& node) const;
+        void AppendNode(std::size_t nTree, std::size_t nNode);
+        void AppendEntries(std::vector<Entry> const& entries, std::size_t nBegin, std::size_t nEnd);
+        void TakeIn(std::size_t nItems);
 
         BoxIndex const& m_Index;
         std::uint32_t m_nAdds;  // of the index when the search began; for the check alone

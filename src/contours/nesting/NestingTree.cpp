@@ -7,6 +7,9 @@
 #include "contours/LoopWalk.h"
 #include "contours/nesting/ClearlyInside.h"
 #include "contours/nesting/Placement.h"
+#include "foundation/LookAhead.h"
+#include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 
 namespace varnet {
 
@@ -23,26 +26,46 @@ constexpr int kLinksAtOnce = 64;
 
 // ---- taking the layer in
 
-NestingTree::NestingTree(CLayer& layer) : m_Layer(layer) {
+NestingTree::NestingTree(CLayer& layer, Boxes boxes) : m_Layer(layer), m_Boxes(boxes) {
     std::size_t const nLoops = static_cast<std::size_t>(layer.m_LoopList.GetCount());
     m_Records.reserve(nLoops);
     m_Raw.reserve(static_cast<std::size_t>(layer.m_RawLoopList.GetCount()));
     ForEachLoop(layer.m_RawLoopList, [this](tagLoopTreeNode& loop) { TakeInSubtree(loop); });
+    Measure();
     m_Standings.resize(m_Records.size());
 }
 
 NestingTree::Loop NestingTree::AddRecord(tagLoopTreeNode& loop, std::int32_t nDepth) {
     Record& record = m_Records.emplace_back();
-    record.box = PlanBoxOf(loop.m_Box);
-    record.bClosed = loop.m_bClosed != 0;
     record.nDepth = nDepth;
     record.pLoop = &loop;
-    if (PointNode const* const pHead = FirstPoint(loop)) {
-        record.bHasPoints = true;
-        record.dHeadX = pHead->data.x;
-        record.dHeadY = pHead->data.y;
-    }
     return static_cast<Loop>(m_Records.size() - 1);
+}
+
+// Copies what the tests look at. Loops, their lists and their points are brought near one after the other.
+void NestingTree::Measure() {
+    using namespace look_ahead;
+    for (std::size_t i = 0; i < m_Records.size(); ++i) {
+        if (i + kNestedLoop < m_Records.size()) {
+            Prefetch(m_Records[i + kNestedLoop].pLoop);
+            Prefetch(&m_Records[i + kNestedLoop].pLoop->m_Box);
+        }
+        if (i + kNestedList < m_Records.size()) Prefetch(m_Records[i + kNestedList].pLoop->m_pPointList);
+        if (i + kNestedPoints < m_Records.size()) Prefetch(FirstPoint(*m_Records[i + kNestedPoints].pLoop));
+        Record& record = m_Records[i];
+        tagLoopTreeNode& loop = *record.pLoop;
+        if (m_Boxes == Boxes::kRefreshed) {
+            loop.GetBoundBox();
+            record.bCounterClockwise = loop.GetLoopDirection() == LOOPDIRECT_CCW;
+        }
+        record.box = PlanBoxOf(loop.m_Box);
+        record.bClosed = loop.m_bClosed != 0;
+        if (PointNode const* const pHead = FirstPoint(loop)) {
+            record.bHasPoints = true;
+            record.dHeadX = pHead->data.x;
+            record.dHeadY = pHead->data.y;
+        }
+    }
 }
 
 void NestingTree::TakeInSubtree(tagLoopTreeNode& root) {
@@ -270,6 +293,16 @@ void NestingTree::StoreLevels(Loop root) {
         }
         if (loop == root) return;
         loop = At(loop).next;
+    }
+}
+
+void NestingTree::Orient() {
+    VARNET_REQUIRE(m_Boxes == Boxes::kRefreshed);
+    for (Record const& record : m_Records) {
+        tagLoopTreeNode& loop = *record.pLoop;
+        // A level below zero, which a host may have set, turns nothing.
+        if ((record.bCounterClockwise ? 1 : 0) == loop.m_nLevel % 2) loop.ReverseLoop();
+        loop.m_nDirection = (loop.m_nLevel & 1) != 0 ? LOOPDIRECT_CW : LOOPDIRECT_CCW;
     }
 }
 

@@ -15,13 +15,18 @@ namespace varnet {
 /// changed at the end only.
 class NestingTree {
 public:
-    /// Takes in all loops. Boxes are taken as they are cached.
-    explicit NestingTree(CLayer& layer);
+    enum class Boxes { kCached, kRefreshed };
+    /// Takes in all loops. With kRefreshed each loop's box is made anew, and its direction found while its
+    /// points are at hand.
+    NestingTree(CLayer& layer, Boxes boxes);
 
     /// Nests the raw loops.
     void Nest();
     /// Writes the tree to the layer: raw loops, children, levels.
     void Store();
+    /// Makes each loop run counter-clockwise at even levels, clockwise at odd ones. Boxes must have been
+    /// refreshed.
+    void Orient();
 
     // What PlaceBelow asks for.
     using Loop = std::int32_t;
@@ -57,6 +62,7 @@ private:
         bool bHasPoints = false;
         bool bClosed = false;
         bool bChanged = false;  // other children than on entry
+        bool bCounterClockwise = false;
         Loop parent = kNone;
         Loop previous = kNone;
         Loop lastChild = kNone;
@@ -74,6 +80,7 @@ private:
     Record const& At(Loop loop) const { return m_Records[static_cast<std::size_t>(loop)]; }
     Loop AddRecord(tagLoopTreeNode& loop, std::int32_t nDepth);
     void TakeInSubtree(tagLoopTreeNode& root);
+    void Measure();
     void Link(Loop parent, Loop child);
     BoxIndex::Entry EntryOf(Loop loop) const;
     void NestBehind(Loop loop, BoxIndex& raw);
@@ -83,6 +90,7 @@ private:
     void StoreLevels(Loop root);
 
     CLayer& m_Layer;
+    Boxes m_Boxes;
     std::vector<Record> m_Records;
     std::vector<Loop> m_Raw;
     std::vector<BoxIndex::Standing> m_Standings;

@@ -10,13 +10,13 @@
 namespace varnet {
 
 void GreedyOrder::AddPath() {
-    VARNET_REQUIRE(m_pSearch == nullptr && m_Left.empty());
+    VARNET_REQUIRE(IsOpen());
     m_bPairs = m_bPairs && m_PathOf.size() == 2 * m_FirstPoints.size();
     m_FirstPoints.push_back(static_cast<std::int32_t>(m_PathOf.size()));
 }
 
 void GreedyOrder::AddPoint(double x, double y) {
-    VARNET_REQUIRE(m_pSearch == nullptr && m_Left.empty() && !m_FirstPoints.empty());
+    VARNET_REQUIRE(IsOpen() && !m_FirstPoints.empty());
     m_Points.push_back({x, y, static_cast<std::int32_t>(m_Points.size())});
     m_PathOf.push_back(static_cast<std::int32_t>(m_FirstPoints.size()) - 1);
 }
@@ -53,7 +53,12 @@ std::int32_t GreedyOrder::OtherEnd(std::int32_t nPath, std::int32_t nPoint) cons
 }
 
 std::int32_t GreedyOrder::NextByDistance(CPoint2D const& from) {
-    if (m_pSearch == nullptr) m_pSearch = std::make_unique<PointSearch>(std::exchange(m_Points, {}));
+    if (!m_Cells && m_pSearch == nullptr) {
+        if (m_nMode == kNearest) m_Cells = CellSearch::Of(m_Points);
+        if (!m_Cells) m_pSearch = std::make_unique<PointSearch>(std::move(m_Points));
+        m_Points = {};
+    }
+    if (m_Cells) return m_Cells->Nearest(from.x, from.y, m_dStart);
     return m_nMode == kNearest ? m_pSearch->Nearest(from.x, from.y, m_dStart, m_nNearPoint)
                                : m_pSearch->Farthest(from.x, from.y, m_dStart);
 }
@@ -81,12 +86,18 @@ std::int32_t GreedyOrder::NextRandom() {
 }
 
 void GreedyOrder::Remove(std::int32_t nPath) {
-    if (m_pSearch == nullptr) {
+    if (!m_Cells && m_pSearch == nullptr) {
         m_Left.erase(std::lower_bound(m_Left.begin(), m_Left.end(), nPath));
         return;
     }
     std::int32_t const nEnd = PointsEnd(nPath);
-    for (std::int32_t i = PointsBegin(nPath); i < nEnd; ++i) m_pSearch->Remove(i);
+    for (std::int32_t i = PointsBegin(nPath); i < nEnd; ++i) {
+        if (m_Cells) {
+            m_Cells->Remove(i);
+        } else {
+            m_pSearch->Remove(i);
+        }
+    }
 }
 
 }  // namespace varnet

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "contours/ordering/CellSearch.h"
 #include "contours/ordering/PointSearch.h"
 #include "foundation/Point.h"
 
@@ -36,6 +38,7 @@ public:
     Pick Next(CPoint2D const& from);
 
 private:
+    bool IsOpen() const { return !m_Cells && m_pSearch == nullptr && m_Left.empty(); }
     bool HasOnlyPairs() const { return m_bPairs && m_PathOf.size() == 2 * m_FirstPoints.size(); }
     std::int32_t PathOf(std::int32_t nPoint) const;
     std::int32_t PointsBegin(std::int32_t nPath) const;
@@ -52,7 +55,8 @@ private:
     std::vector<std::int32_t> m_FirstPoints;   // by path
     std::vector<std::int32_t> m_PathOf;        // by point
     std::vector<std::int32_t> m_Left;          // the paths that are left, in order; only where rand decides
-    std::unique_ptr<PointSearch> m_pSearch;
+    std::optional<CellSearch> m_Cells;         // for the nearest among points that are spread evenly
+    std::unique_ptr<PointSearch> m_pSearch;    // for all others
     std::int32_t m_nNearPoint = PointSearch::kNone;  // where the head is likely to be
 };
 

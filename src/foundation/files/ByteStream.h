@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <vector>
+#include <optional>
+#include <string_view>
 
 #include "foundation/Require.h"
 
 namespace varnet {
 
-// Binary files byte by byte, at the speed of large blocks.
+// Files byte by byte and line by line, at the speed of large blocks.
 
 /// Gathers bytes and writes them block by block; the last ones when it goes. The file stays the caller's.
 class ByteWriter {
@@ -55,48 +56,59 @@ private:
     std::size_t m_nRoom = 0;  // that can be taken back; for the check alone
 };
 
-/// Hands out the bytes of a file from its present position on. The file stays the caller's.
+/// Hands out a file from its present position on: byte by byte, in pieces, or line by line without copying.
+/// Only the reader knows then where the file is; the file stays the caller's.
 class ByteReader {
 public:
-    explicit ByteReader(FILE* pFile) : m_pFile(pFile), m_Block(kBlockSize) {}
+    explicit ByteReader(FILE* pFile)
+        : m_pFile(pFile), m_Block(std::make_unique_for_overwrite<char[]>(kBlockSize)) {}
 
     static constexpr int kEnd = -1;
 
     /// The next byte, or kEnd.
     int Next() {
         if (m_nNext == m_nEnd && !Refill()) return kEnd;
-        return m_Block[m_nNext++];
+        return static_cast<unsigned char>(m_Block[m_nNext++]);
     }
 
     /// Copies the next nSize bytes, or as many as there are, and returns how many. Behind them, what pBytes
     /// held before stays.
     std::size_t Take(unsigned char* pBytes, std::size_t nSize) {
-        if (m_nEnd - m_nNext >= nSize) {
-            std::memcpy(pBytes, m_Block.data() + m_nNext, nSize);
+        if (Held() >= nSize) {
+            std::memcpy(pBytes, m_Block.get() + m_nNext, nSize);
             m_nNext += nSize;
             return nSize;
         }
         std::size_t nTaken = 0;
-        while (nTaken < nSize && (m_nNext != m_nEnd || Refill())) {
-            std::size_t const n = std::min(nSize - nTaken, m_nEnd - m_nNext);
-            std::memcpy(pBytes + nTaken, m_Block.data() + m_nNext, n);
+        while (nTaken < nSize && (Held() != 0 || Refill())) {
+            std::size_t const n = std::min(nSize - nTaken, Held());
+            std::memcpy(pBytes + nTaken, m_Block.get() + m_nNext, n);
             m_nNext += n;
             nTaken += n;
         }
         return nTaken;
     }
 
-private:
-    static constexpr std::size_t kBlockSize = std::size_t{1} << 16;
+    /// The next line with its line end, or a piece of nMost characters of a longer line; nothing at the end
+    /// of the file. The text is good until the next call. nMost is at most kLongestLine.
+    std::optional<std::string_view> NextLine(std::size_t nMost);
 
-    bool Refill() {
-        m_nNext = 0;
-        m_nEnd = std::fread(m_Block.data(), 1, m_Block.size(), m_pFile);
-        return m_nEnd > 0;
-    }
+    /// Makes the piece that NextLine gave last the next one again. Nothing else may have been read since.
+    void UnreadLine() { m_nNext = m_nLineStart; }
+
+    static constexpr std::size_t kLongestLine = std::size_t{16} * 1024;
+
+private:
+    static constexpr std::size_t kBlockSize = 4 * kLongestLine;
+
+    std::size_t Held() const { return m_nEnd - m_nNext; }
+    // Keeps what is held, and reads as much behind it as there is room for. False where nothing came.
+    bool Refill();
 
     FILE* m_pFile;
-    std::vector<unsigned char> m_Block;
+    std::unique_ptr<char[]> m_Block;
+    bool m_bEndOfFile = false;
+    std::size_t m_nLineStart = 0;
     std::size_t m_nNext = 0;
     std::size_t m_nEnd = 0;
 };

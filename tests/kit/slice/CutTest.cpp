@@ -20,7 +20,7 @@ public:
 
     std::vector<std::vector<Point2>> Cut() const {
         Pulse pulse;
-        FacetIndex const index({m_Points, m_Triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, pulse);
+        FacetIndex const index({m_Points, m_Triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
         Paths paths;
         CutSweep(index).Cut(1, paths, pulse);
         std::vector<std::vector<Point2>> found;

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "TestFiles.h"
+#include "foundation/files/ByteStream.h"
 #include "foundation/files/Path.h"
-#include "foundation/text/TextLines.h"
 
 using namespace varnet;
 
@@ -46,48 +46,48 @@ std::string RandomLines(std::mt19937& random, std::size_t nLines, unsigned nLong
 
 }  // namespace
 
-TEST(TextLines, LinesComeWithTheirEndsAndTheLastWithout) {
+TEST(ByteReaderLines, LinesComeWithTheirEndsAndTheLastWithout) {
     TestFolder const folder;
     File const file = Open(folder, "one\r\n\ntwo");
-    TextLines lines(file.get());
-    EXPECT_EQ("one\r\n", lines.Next(100).value());
-    EXPECT_EQ("\n", lines.Next(100).value());
-    EXPECT_EQ("two", lines.Next(100).value());
-    EXPECT_FALSE(lines.Next(100).has_value());
-    EXPECT_FALSE(lines.Next(100).has_value());
+    ByteReader lines(file.get());
+    EXPECT_EQ("one\r\n", lines.NextLine(100).value());
+    EXPECT_EQ("\n", lines.NextLine(100).value());
+    EXPECT_EQ("two", lines.NextLine(100).value());
+    EXPECT_FALSE(lines.NextLine(100).has_value());
+    EXPECT_FALSE(lines.NextLine(100).has_value());
 }
 
-TEST(TextLines, UnreadGivesTheLastPieceAgainInAnotherCut) {
+TEST(ByteReaderLines, UnreadGivesTheLastPieceAgainInAnotherCut) {
     TestFolder const folder;
     File const file = Open(folder, "abcdef\ngh\n");
-    TextLines lines(file.get());
-    EXPECT_EQ("abcd", lines.Next(4).value());
-    EXPECT_EQ("ef\n", lines.Next(4).value());
-    lines.Unread();
-    EXPECT_EQ("ef", lines.Next(2).value());
-    EXPECT_EQ("\n", lines.Next(2).value());
-    EXPECT_EQ("gh", lines.Next(2).value());
-    EXPECT_EQ("\n", lines.Next(2).value());
-    EXPECT_FALSE(lines.Next(2).has_value());
+    ByteReader lines(file.get());
+    EXPECT_EQ("abcd", lines.NextLine(4).value());
+    EXPECT_EQ("ef\n", lines.NextLine(4).value());
+    lines.UnreadLine();
+    EXPECT_EQ("ef", lines.NextLine(2).value());
+    EXPECT_EQ("\n", lines.NextLine(2).value());
+    EXPECT_EQ("gh", lines.NextLine(2).value());
+    EXPECT_EQ("\n", lines.NextLine(2).value());
+    EXPECT_FALSE(lines.NextLine(2).has_value());
 }
 
-TEST(TextLines, PiecesAgreeWithTheDefinitionAcrossTheBuffersOfALargeFile) {
+TEST(ByteReaderLines, PiecesAgreeWithTheDefinitionAcrossTheBuffersOfALargeFile) {
     TestFolder const folder;
     std::mt19937 random(3);
     for (std::size_t const nMost :
-         {std::size_t{1}, std::size_t{79}, std::size_t{1023}, std::size_t{10239}, TextLines::kLongestPiece}) {
+         {std::size_t{1}, std::size_t{79}, std::size_t{1023}, std::size_t{10239}, ByteReader::kLongestLine}) {
         std::string const bytes = RandomLines(random, nMost < 10 ? 300 : 6000, 3000);
         File const file = Open(folder, bytes);
-        TextLines lines(file.get());
+        ByteReader lines(file.get());
         for (std::string const& piece : Pieces(bytes, nMost)) {
-            std::optional<std::string_view> const next = lines.Next(nMost);
+            std::optional<std::string_view> const next = lines.NextLine(nMost);
             ASSERT_TRUE(next.has_value());
             ASSERT_EQ(piece, *next);
             if (random() % 8 == 0) {
-                lines.Unread();
-                ASSERT_EQ(piece, lines.Next(nMost).value());
+                lines.UnreadLine();
+                ASSERT_EQ(piece, lines.NextLine(nMost).value());
             }
         }
-        EXPECT_FALSE(lines.Next(nMost).has_value());
+        EXPECT_FALSE(lines.NextLine(nMost).has_value());
     }
 }
