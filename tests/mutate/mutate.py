@@ -6,10 +6,10 @@ usage: mutate.py [N] [--seed S] [--all | --changed REV | --from FILE] [--lines] 
 
 N mutants are drawn by the seed, one kind as often as the other: comparisons and their strictness, plus and minus,
 constants, statements and guards that go, returns that come early, arguments that change places. Each is put into a copy
-of the tree below build/mutate; what holds its room is built again and run, its own tests first, then the room's, then all
-that use it. A mutant that does not compile is noticed by the compiler, and another is drawn; one that leaves the programs as they
-were, byte for byte, changes nothing. equivalents.json beside this file lists those that change the code and nothing that
-can be seen, by file, line and kind, with the reason.
+of the tree below build/mutate; what holds its room is built again and run, the file's own tests first, then the room's,
+then all that use it. A mutant that does not compile is noticed by the compiler, and another is drawn; one that leaves the
+programs as they were, byte for byte, changes nothing. equivalents.json beside this file lists those that change the code
+and nothing that can be seen, by file, line and kind, with the reason.
 """
 
 import argparse
