@@ -23,9 +23,9 @@ MEMORY = 2_000_000_000
 
 
 def ripples(number: int) -> varnet.Part:
-    """A sphere of 10 to 20 mm with ripples, of some thousand facets."""
+    """A sphere of 10 to 20 mm with ripples, of 60,000 to 100,000 facets."""
     random = np.random.default_rng(number)
-    rings, segments = 60 + number % 40, 120
+    rings, segments = 150 + number % 100, 200
     latitude = np.linspace(0, np.pi, rings + 1)[1:-1, None]
     longitude = np.arange(segments)[None, :] * 2 * np.pi / segments
     waves = random.integers(2, 9)

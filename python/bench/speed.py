@@ -148,6 +148,8 @@ def until_ctrl_c_ends(work: Callable[[], object]) -> float:
         sent[0] = time.perf_counter()
         os.kill(os.getpid(), signal.SIGINT)
 
+    # A shell that starts this in the background has the signal ignored.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     sender = threading.Thread(target=send)
     try:
         sender.start()
