@@ -30,6 +30,10 @@ private:
     std::u16string m_Text;
 };
 
+/// What the path of a test's folder is as a string of bytes, when it is handed over in 16-bit characters: the
+/// first character alone, since the second byte of a Latin one is 0.
+inline std::string const kPathStart = std::filesystem::temp_directory_path().string().substr(0, 1);
+
 /// A folder of its own for a test, which goes with the object.
 class TestFolder {
 public:

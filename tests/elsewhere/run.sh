@@ -21,7 +21,9 @@ for name in $(sed -nE "s/^run (all|$system) ([^:]+): .*/\2/p" "$here/tests.txt")
         tail -n 60 "$work/out" | cut -c1-400
         fail "$name"
     }
-    count=$(grep -aoE '[0-9]+ tests? from' "$work/out" | head -n 1 | grep -oE '^[0-9]+')
+    count=$(grep -aoE '[0-9]+ tests? from' "$work/out" | head -n 1 | grep -oE '^[0-9]+' || true)
+    # A program that breaks down may end as if it had not.
+    grep -aqE '^\[  PASSED  \]' "$work/out" || { tail -n 60 "$work/out" | cut -c1-400; fail "$name, which did not come to its end"; }
     skipped=$(grep -acE '^\[  SKIPPED \] [^ ]+ \(' "$work/out" || true)
     echo "$system: $name: $count tests passed${skipped:+, of which $skipped skipped}"
     total=$((total + count))

@@ -40,7 +40,7 @@ TEST(Oltp, TypeAndNameAreKeptEvenWhenTheFileIsNotThere) {
     CSTLModel model;
     EXPECT_EQ(0, model.ReadOLTPFile(WidePath(folder / "missing.oltp"), 0));
     EXPECT_EQ(4, model.m_Status.m_nFileType);
-    EXPECT_STREQ("/", model.m_Status.m_szFileName);  // the second byte of a Latin character is 0
+    EXPECT_EQ(kPathStart, model.m_Status.m_szFileName);  // the second byte of a Latin character is 0
 }
 
 TEST(Oltp, FileCutShortDeliversWhatItHas) {

@@ -254,7 +254,7 @@ TEST(PlainCSM, ReadingAddsToTheModelAndLooksAtNoStopFlag) {
     model.StopCurOperate();
     EXPECT_EQ(1, Read(model, Triangle({0, 1, 2})));
     EXPECT_EQ(13, model.GetFacetsNum());
-    EXPECT_STREQ("/", model.m_Status.m_szFileName);
+    EXPECT_EQ(kPathStart, model.m_Status.m_szFileName);
     ExpectInvariants(model);
     EXPECT_EQ(88u + 12 * (11 + 13), Save(model).size());
 }

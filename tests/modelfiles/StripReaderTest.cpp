@@ -442,7 +442,7 @@ TEST(StripReader, ReadingAddsToWhatTheModelHolds) {
     EXPECT_EQ(1, Read(model, Start(3).Raw(Head()).Byte(0)));
     EXPECT_EQ(13, model.GetFacetsNum());
     EXPECT_EQ(1, model.m_nStripNum);
-    EXPECT_STREQ("/", model.m_Status.m_szFileName);
+    EXPECT_EQ(kPathStart, model.m_Status.m_szFileName);
     ExpectInvariants(model);
 }
 

@@ -2,8 +2,11 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
+#include <new>
 
 #include "foundation/Require.h"
 
@@ -46,6 +49,8 @@ bool OfferToSystem(void* pPage) noexcept { return madvise(pPage, kLargePage, MAD
 #else
 
 void* AllocateLargePages(std::size_t nSize) {
+    // Not every C library sees that a size and what it adds to it is more than a number holds.
+    if (nSize > std::numeric_limits<std::size_t>::max() / 2 - 2 * kLargePage) throw std::bad_alloc();
 #if defined(_WIN32)
     void* const pMemory = _aligned_malloc(nSize, kLargePage);
 #else

@@ -81,8 +81,11 @@ TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
     std::vector<fs::path> const inputs{Shard("a.cli", 1, 4, std::nullopt, GetParam()),
                                        Shard("b.cli", 5, 9, std::nullopt, GetParam())};
     EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli"));
-    SliceFile const joined(folder / "joined.cli");
-    for (int n = 1; n <= 9; ++n) EXPECT_NEAR(0.25 * n, joined.LayerAt(n).z, 0.006) << n;
+    {
+        // Closed before the file is removed.
+        SliceFile const joined(folder / "joined.cli");
+        for (int n = 1; n <= 9; ++n) EXPECT_NEAR(0.25 * n, joined.LayerAt(n).z, 0.006) << n;
+    }
     std::vector<fs::path> const turned{inputs[1], inputs[0]};
     fs::remove(folder / "joined.cli");
     EXPECT_NE(std::string::npos, RefusalOf(turned).find("begin at or below"));

@@ -283,10 +283,13 @@ TEST_F(SliceFileTest, APathWithoutPointsMayEndTheFile) {
     for (std::int32_t const n : {1, 1, 0}) whole(n);
     Put(bytes);
     EXPECT_EQ(ErrorOf(), "");
-    SliceFile const file(path);
-    ASSERT_EQ(file.LayerCount(), 1);
-    EXPECT_EQ(file.LayerAt(1).z, 5.0);
-    EXPECT_TRUE(file.LayerAt(1).points.empty());
+    {
+        // Closed before the file is written anew.
+        SliceFile const file(path);
+        ASSERT_EQ(file.LayerCount(), 1);
+        EXPECT_EQ(file.LayerAt(1).z, 5.0);
+        EXPECT_TRUE(file.LayerAt(1).points.empty());
+    }
     // One byte of the count is missing.
     Put(bytes.substr(0, bytes.size() - 1));
     EXPECT_NE(ErrorOf().find("the file ends within a command"), std::string::npos);
