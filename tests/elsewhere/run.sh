@@ -7,6 +7,8 @@ here=$(dirname "$(readlink -f "$0")")
 system=$1 build=$(readlink -f "$2")
 shift 2
 emulator=("$@")
+# Some programs are run in another folder.
+if [ -f "${1:-}" ]; then emulator[0]=$(readlink -f "$1"); fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "FAILED on $system: $*"; exit 1; }
@@ -17,13 +19,17 @@ total=0
 for name in $(sed -nE "s/^run (all|$system) ([^:]+): .*/\2/p" "$here/tests.txt"); do
     file=$(program "$name")
     [ -n "$file" ] || fail "$name is not built"
-    "${emulator[@]}" "$file" --gtest_filter="*${without:+-$without}" --gtest_brief=1 >"$work/out" 2>&1 </dev/null || {
+    tried() {
+        "${emulator[@]}" "$file" --gtest_filter="*${without:+-$without}" --gtest_brief=1 >"$work/out" 2>&1 </dev/null &&
+            # A program that breaks down may end as if it had not.
+            grep -aqE '^\[  PASSED  \]' "$work/out"
+    }
+    # Tests that watch the system's memory or its clock may be disturbed where other work goes on beside an emulator.
+    tried || tried || {
         tail -n 60 "$work/out" | cut -c1-400
         fail "$name"
     }
     count=$(grep -aoE '[0-9]+ tests? from' "$work/out" | head -n 1 | grep -oE '^[0-9]+' || true)
-    # A program that breaks down may end as if it had not.
-    grep -aqE '^\[  PASSED  \]' "$work/out" || { tail -n 60 "$work/out" | cut -c1-400; fail "$name, which did not come to its end"; }
     skipped=$(grep -acE '^\[  SKIPPED \] [^ ]+ \(' "$work/out" || true)
     echo "$system: $name: $count tests passed${skipped:+, of which $skipped skipped}"
     total=$((total + count))
@@ -39,7 +45,7 @@ if [ -f "$toolchain" ]; then
         -DVarnet64_DIR="$(dirname "$(find "$prefix" -name Varnet64Config.cmake)")" >/dev/null
     cmake --build "$work/consumer" >/dev/null
     for host in consumer kit_consumer; do
-        file=$(find "$work/consumer" -maxdepth 1 \( -name $host -o -name $host.exe \))
+        file=$(find "$work/consumer" -maxdepth 1 -type f \( -name $host -o -name $host.exe \))
         # On Windows the libraries are looked for beside the program.
         if [ "$system" = windows ]; then cp "$file" "$prefix/bin/" && file=$prefix/bin/$host.exe; fi
         (cd "$work" && "${emulator[@]}" "$file" >out 2>&1) || { cat "$work/out"; fail "$host, against the installed package"; }
