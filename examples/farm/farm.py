@@ -25,7 +25,7 @@ from pathlib import Path
 from typing import Any
 
 import dask
-from distributed import Client, LocalCluster, as_completed
+from distributed import Client, LocalCluster, as_completed, get_worker
 from distributed.scheduler import KilledWorker
 
 import varnet
@@ -105,14 +105,14 @@ def measure(path: str, job: Job) -> Row:
     return row
 
 
-def measure_or_say_why(path: str, job: Job) -> tuple[Row, float]:
-    """The row, or what of it is known and the error; and the seconds that it took."""
+def measure_or_say_why(path: str, job: Job) -> tuple[Row, float, str]:
+    """The row, or what of it is known and the error; the seconds that it took; and the worker that had it."""
     start = time.perf_counter()
     try:
         row = measure(path, job)
     except (varnet.Error, OSError, MemoryError) as error:
         row = failed(path, str(error) or "there is not enough memory")
-    return row, time.perf_counter() - start
+    return row, time.perf_counter() - start, get_worker().address
 
 
 def failed(path: str, error: str) -> Row:
@@ -151,12 +151,11 @@ def run(
     total = len(rows) + len(futures)
     for done, row in enumerate(rows, 1):
         told(row, done, total)
-    for future in as_completed(list(futures), raise_errors=False):
+    for future, result in as_completed(list(futures), with_results=True, raise_errors=False):
         path = futures[future]
-        error = future.exception()
+        error = None if future.status == "finished" else future.exception()
         if error is None:
-            row, seconds = future.result()
-            worker = ",".join(client.who_has([future]).get(future.key, ()))
+            row, seconds, worker = result
             times.append({"file": row["file"], "seconds": round(seconds, 3), "worker": worker})
         elif isinstance(error, KilledWorker):
             row = failed(str(path), f"{MOST_DEATHS} workers died while they had it")
