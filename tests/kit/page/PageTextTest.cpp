@@ -76,11 +76,26 @@ TEST(PageText, JsonHoldsAnyText) {
     EXPECT_EQ(json.Document(), R"({"a":"\u003c/script>\"\\\u000a\u0001","b":[0.1,-3,false,null]})");
 }
 
+TEST(PageText, JsonEscapesControlsAndWhatCouldEndAScript) {
+    Json json;
+    json.Text("\x1F \x7E\x7F=>");
+    EXPECT_EQ(json.Document(), R"("\u001f ~\u007f=>")");
+}
+
 TEST(PageText, WrongBytesBecomeReplacementCharacters) {
     std::string const mark = "\xEF\xBF\xBD";
     EXPECT_EQ(ValidUtf8("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
     EXPECT_EQ(ValidUtf8("a\xFF"), "a" + mark);
     EXPECT_EQ(ValidUtf8("\xC3"), mark);
+    // The first and the last sequences of each length that are right.
+    for (char const* const right : {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF",
+                                    "\xEE\x80\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(ValidUtf8(right), right);
+    }
+    EXPECT_EQ(ValidUtf8("\xC1\xBF"), mark + mark);
+    EXPECT_EQ(ValidUtf8("\xE0\x9F\xBF"), mark + mark + mark);
+    EXPECT_EQ(ValidUtf8("\xF0\x8F\xBF\xBF"), mark + mark + mark + mark);
+    EXPECT_EQ(ValidUtf8("\xF5\x80\x80\x80"), mark + mark + mark + mark);
     EXPECT_EQ(ValidUtf8("\xC0\x80"), mark + mark);                        // longer than needed
     EXPECT_EQ(ValidUtf8("\xED\xA0\x80"), mark + mark + mark);             // a surrogate
     EXPECT_EQ(ValidUtf8("\xF4\x90\x80\x80"), mark + mark + mark + mark);  // beyond the last character

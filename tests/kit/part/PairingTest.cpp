@@ -31,9 +31,9 @@ public:
     // Each at a corner of its own. The number of the facet is returned.
     std::int32_t Begins(double angle) { return Add(Corner(angle), true); }
     std::int32_t Ends(double angle) { return Add(Corner(angle), false); }
-    std::int32_t Corner(double angle) {
+    std::int32_t Corner(double angle, double far = 3.0) {
         double const a = angle + m_Turned;
-        m_Mesh.points.push_back((3.0 * std::cos(a)) * m_X + (3.0 * std::sin(a)) * m_Y + m_Along);
+        m_Mesh.points.push_back((far * std::cos(a)) * m_X + (far * std::sin(a)) * m_Y + m_Along);
         return static_cast<std::int32_t>(m_Mesh.points.size()) - 1;
     }
     std::int32_t Add(std::int32_t corner, bool begins) {
@@ -141,6 +141,21 @@ TEST(PairByAngle, SolidsThatTouchUpToAMicroradianComeApart) {
     }
 }
 
+TEST(PairByAngle, SolidsThatTouchWhereTheCircleBeginsComeApart) {
+    for (Point3 const& along : {Point3{0, 0, 10}, Point3{0, 0, -10}, Point3{0, 10, 0}, Point3{0, -10, 0},
+                                Point3{10, 0, 0}, Point3{-10, 0, 0}}) {
+        // For an edge along an axis, the circle begins at one of four directions.
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            Fan fan(along, quarter * kPi / 2.0);
+            fan.Begins(-1.0);     // 0
+            fan.Begins(-0.4e-6);  // 1
+            fan.Ends(0.4e-6);     // 2
+            fan.Ends(1.0);        // 3
+            EXPECT_EQ(fan.Pair(), (Across{2, 3, 0, 1})) << quarter;
+        }
+    }
+}
+
 TEST(PairByAngle, CoincidingFacetsArePairedInTheOrderOfTheirCopies) {
     for (int turn = 0; turn < 24; ++turn) {
         // A wedge three times; one behind it, twice, touches it. Corners are shared.
@@ -159,6 +174,20 @@ TEST(PairByAngle, CoincidingFacetsArePairedInTheOrderOfTheirCopies) {
         fan.Add(middle, false);  // 8
         fan.Add(last, false);    // 9
         EXPECT_EQ(fan.Pair(), (Across{2, 7, 0, 6, 8, 9, 3, 1, 4, 5})) << turn;
+    }
+}
+
+TEST(PairByAngle, FacetsAtOneAngleWithCornersOfTheirOwnAreTakenInTheirOrder) {
+    for (int turn = 0; turn < 8; ++turn) {
+        Fan fan({0, 0, 10}, turn * kPi / 4.0);
+        std::int32_t const first = fan.Corner(0.0);
+        std::int32_t const near = fan.Corner(1.0, 2.0);
+        std::int32_t const far = fan.Corner(1.0, 5.0);
+        fan.Add(first, true);  // 0
+        fan.Add(first, true);  // 1
+        fan.Add(far, false);   // 2
+        fan.Add(near, false);  // 3
+        EXPECT_EQ(fan.Pair(), (Across{2, 3, 0, 1})) << turn;
     }
 }
 
