@@ -50,6 +50,45 @@ TEST(Extrusion, VertexWhoseNormalsCancelStaysNearItsPlace) {
     EXPECT_TRUE(SameBits(CPoint3D(1, 2, 3), alone.CalExtrudePoint(5.0)));
 }
 
+// Two facets at right angles to their vertex, whose normals a host has set: along x, and a little along y.
+TEST(Extrusion, NormalsWhoseSumIsAsLongAsTheLimitDoNotCancel) {
+    CSTLModel model;
+    AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(1, 0, 0), CPoint3D(0, 1, 0));
+    AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(0, 1, 0), CPoint3D(-1, 0, 0));
+    tagVertexNode& v = *FacetAt(model, 0).m_pVertex1;
+    CPoint3D corner(0, 0, 0);
+    CPoint3D alongX(1, 0, 0);
+    CPoint3D alongY(0, 1, 0);
+    double const dWeight = CalAngle(corner, alongX, corner, alongY);
+    auto const length = [dWeight](float x, float y, float z) {
+        double const sx = x * dWeight;
+        double const sy = y * dWeight;
+        double const sz = z * dWeight;
+        return std::sqrt(sx * sx + sy * sy + sz * sz);
+    };
+    // Each of the three floats makes up for what the one before it lacks.
+    double const dAim2 = 0.0001 / dWeight * (0.0001 / dWeight);
+    float x = static_cast<float>(0.0001 / dWeight);
+    float y = 0.0f;
+    float z = 0.0f;
+    for (int i = 0; i < 1000 && length(x, y, z) != 0.0001; ++i) {
+        x = std::nextafter(x, 0.0f);
+        double const dX2 = static_cast<double>(x) * x;
+        y = std::nextafter(static_cast<float>(std::sqrt(dAim2 - dX2)), 0.0f);
+        z = static_cast<float>(std::sqrt(dAim2 - dX2 - static_cast<double>(y) * y));
+    }
+    ASSERT_EQ(0.0001, length(x, y, z));
+    for (int i = 0; i < 2; ++i) {
+        float* const pNormal = FacetAt(model, i).m_fNormal;
+        pNormal[0] = i == 0 ? x : 0.0f;
+        pNormal[1] = i == 0 ? 0.0f : y;
+        pNormal[2] = i == 0 ? 0.0f : z;
+    }
+    EXPECT_NEAR(5.0, v.CalExtrudePoint(5.0).x, 0.1);
+    FacetAt(model, 0).m_fNormal[0] = std::nextafter(x, 0.0f);
+    EXPECT_NEAR(0.0, v.CalExtrudePoint(5.0).x, 0.1);
+}
+
 TEST(Extrusion, EachVertexGetsOneOffsetAndAllItsFacetsCount) {
     CSTLModel model;
     AddMesh(model, shapes::Cube(2.0f));

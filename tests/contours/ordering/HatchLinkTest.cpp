@@ -136,6 +136,25 @@ TEST(EvaluateHatchLink, FlagsTheEndsWhereHatchAndContourRunAlongEachOther) {
     }
 }
 
+// A point whose direction from (5, 1) is 30 degrees to the bit.
+TEST(EvaluateHatchLink, AtThirtyDegreesHatchAndContourDoNotRunAlongEachOther) {
+    CPoint2D const point(5, 1);
+    double const dLimit = std::numbers::pi / 6.0;
+    CPoint2D at(0, 0);
+    for (int i = 0; i < 100000 && CalAngleRad(point, at) != dLimit; ++i) {
+        double const dx = 1.0 + i / 65536.0;
+        at = CPoint2D(5.0 + dx, 1.0 + dx * std::tan(dLimit));
+    }
+    ASSERT_EQ(CalAngleRad(point, at), dLimit);
+    Trial equal;
+    EXPECT_GT(equal.Evaluate({5, 5}, {5, 1}, {5, 5}, {at.x, at.y}), 0.0);
+    EXPECT_EQ(equal.link.m_bSide, 1);
+    EXPECT_EQ(equal.link.m_bCutHead, 0);
+    Trial less;
+    EXPECT_GT(less.Evaluate({5, 5}, {5, 1}, {5, 5}, {at.x + 1e-9, at.y}), 0.0);
+    EXPECT_EQ(less.link.m_bCutHead, 1);
+}
+
 TEST(EvaluateHatchLink, AContourWithoutSegmentsHasNoLink) {
     Trial trial;
     trial.pSquare = Plain(OpenPath({{5, 1}}));

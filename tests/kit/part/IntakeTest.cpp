@@ -60,6 +60,7 @@ TEST(Intake, AWeldByHandReachesToItsToleranceAndTakesFacetsWithIt) {
         // The sides go, and the top lies on the bottom.
         EXPECT_EQ(part.Report().welded, reaches ? 4 : 0);
         EXPECT_EQ(part.Report().degenerate, reaches ? 8 : 0);
+        EXPECT_EQ(part.Report().collinearTurned, 0);
         EXPECT_EQ(part.Report().weldTolerance, reaches ? 0.25 : 0.0);
         EXPECT_EQ(part.Triangles().size(), reaches ? 4u : 12u);
         EXPECT_EQ(part.Points().size(), reaches ? 4u : 8u);
