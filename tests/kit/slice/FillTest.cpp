@@ -77,6 +77,21 @@ std::vector<Strokes> ChainsOf(Layer const& layer) {
 
 // Strokes of two lines that meet above each other in a point alone do not overlap: each case has the strokes
 // of the line at 0.5, then those of the line at 1.5, as they come out, half a millimetre shorter at each end.
+// The strip to keep clear of is narrower than a gap that is passed over, and so is what it leaves.
+TEST(Fill, WhatIsKeptClearAtTheRimIsNoGap) {
+    FillStyle const style{1.0, 0.0, kFillId};
+    Layer const first = Filled({Rectangle(0, 0, 10, 1)}, style, {Rectangle(0, 0, 0.04, 1)});
+    ASSERT_EQ(first.strokes.size(), 1u);
+    EXPECT_DOUBLE_EQ(first.strokes[0].from.x, 0.54);
+    EXPECT_DOUBLE_EQ(first.strokes[0].to.x, 9.5);
+    Layer const last = Filled({Rectangle(0, 0, 10, 1)}, style, {Rectangle(9.96, 0, 10, 1)});
+    ASSERT_EQ(last.strokes.size(), 1u);
+    EXPECT_DOUBLE_EQ(last.strokes[0].from.x, 0.5);
+    EXPECT_DOUBLE_EQ(last.strokes[0].to.x, 9.46);
+    Layer const middle = Filled({Rectangle(0, 0, 10, 1)}, style, {Rectangle(5, 0, 5.04, 1)});
+    EXPECT_EQ(middle.strokes.size(), 1u);
+}
+
 TEST(Fill, AStrokeThatEndsWhereOneOfTheNextLineBeginsIsNotBelowIt) {
     auto const chains = [](std::vector<std::array<double, 2>> const& lower,
                            std::vector<std::array<double, 2>> const& upper) {

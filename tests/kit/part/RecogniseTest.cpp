@@ -1,0 +1,139 @@
+// What a file is taken for, by its first bytes and its size.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "TestFiles.h"
+#include "part/MeshReaders.h"
+#include "varnet/Error.h"
+
+namespace varnet {
+namespace {
+
+struct Taken {
+    std::optional<MeshFormat> format;
+    std::string message;
+};
+Taken Look(std::string const& bytes, std::string const& name = "a.stl") {
+    TestFolder const folder;
+    InputFile file(folder.Write(name, bytes));
+    try {
+        return {Recognise(file), ""};
+    } catch (Error const& error) {
+        EXPECT_EQ(error.Kind(), ErrorKind::kContent);
+        return {std::nullopt, error.what()};
+    }
+}
+
+// Bytes that are no text, with a number of facets behind a header.
+std::string Binary(std::size_t size, std::size_t header, unsigned count) {
+    std::string bytes(size, '\x01');
+    for (std::size_t i = 0; i < 4 && header + i < size; ++i)
+        bytes[header + i] = static_cast<char>(count >> (8 * i) & 0xFF);
+    return bytes;
+}
+
+void ExpectSays(std::string const& bytes, std::string const& words, std::string const& name = "a.stl") {
+    Taken const taken = Look(bytes, name);
+    EXPECT_FALSE(taken.format.has_value()) << words;
+    EXPECT_NE(taken.message.find(words), std::string::npos) << taken.message;
+}
+
+TEST(Recognise, BinaryStlMayHaveUpTo49StrayBytes) {
+    for (std::size_t stray = 0; stray < 50; ++stray)
+        EXPECT_EQ(Look(Binary(84 + 2 * 50 + stray, 80, 2)).format, MeshFormat::kBinaryStl) << stray;
+    ExpectSays(Binary(84 + 2 * 50 + 50, 80, 2), "announces 2 facets, and is long enough for 3");
+    ExpectSays(Binary(84 + 2 * 50 - 1, 80, 2), "announces 2 facets, and holds 1: it is cut short");
+    ExpectSays(Binary(84 + 2 * 50, 80, 0xFFFFFFFFu), "announces 4294967295 facets, and holds 2");
+}
+
+TEST(Recognise, WithoutAnnouncedFacetsThereAreNoneOrTooManyBytes) {
+    ExpectSays(Binary(84, 80, 0), "holds no facets");
+    ExpectSays(Binary(84 + 49, 80, 0), "holds no facets");
+    ExpectSays(Binary(84 + 50, 80, 0), "announces 0 facets, and is long enough for 1");
+    ExpectSays(Binary(83, 80, 0), "is too short for a model");
+    ExpectSays("", "is empty");
+}
+
+TEST(Recognise, AHeaderOf256BytesIsKnownByItsSizeToTheByte) {
+    EXPECT_EQ(Look(Binary(260 + 3 * 50, 256, 3)).format, MeshFormat::kOltp);
+    EXPECT_NE(Look(Binary(260 + 3 * 50 + 1, 256, 3)).format, MeshFormat::kOltp);
+    EXPECT_NE(Look(Binary(260 + 3 * 50 - 1, 256, 3)).format, MeshFormat::kOltp);
+    EXPECT_NE(Look(Binary(260, 256, 0)).format, MeshFormat::kOltp);
+}
+
+std::string WithTag(std::string const& tag, std::size_t at, std::size_t size = 200) {
+    std::string bytes(size, '\x02');
+    std::copy(tag.begin(), tag.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
+    return bytes;
+}
+
+TEST(Recognise, TagsOfCsmStandInTheFirst80BytesBeforeAnyZero) {
+    for (char const* const tag : {"CSM3.0", "CSM4.0", "CSM5.0"}) {
+        EXPECT_EQ(Look(WithTag(tag, 0)).format, MeshFormat::kStripCsm);
+        EXPECT_EQ(Look(WithTag(tag, 74)).format, MeshFormat::kStripCsm);
+        EXPECT_NE(Look(WithTag(tag, 75)).format, MeshFormat::kStripCsm);
+        std::string cut = WithTag(tag, 10);
+        cut[9] = '\0';
+        EXPECT_NE(Look(cut).format, MeshFormat::kStripCsm);
+    }
+    EXPECT_EQ(Look(WithTag("CSM2.0", 74)).format, MeshFormat::kRingCsm);
+    EXPECT_NE(Look(WithTag("CSM1.0", 0)).format, MeshFormat::kStripCsm);
+    std::string plain = std::string("Quarnell Ziped Model") + '\0';
+    EXPECT_EQ(Look(plain + std::string(100, '\x02')).format, MeshFormat::kPlainCsm);
+    EXPECT_NE(Look("x" + plain + std::string(100, '\x02')).format, MeshFormat::kPlainCsm);
+}
+
+TEST(Recognise, ABinaryStlWhoseSizeAgreesMayNameStripsInItsHeader) {
+    auto const stlWith = [](std::string const& header) {
+        std::string bytes = Binary(84 + 50, 80, 1);
+        std::copy(header.begin(), header.end(), bytes.begin());
+        return bytes;
+    };
+    EXPECT_EQ(Look(stlWith("CSM3.0")).format, MeshFormat::kBinaryStl);
+    EXPECT_EQ(Look(stlWith("CSM2.0")).format, MeshFormat::kBinaryStl);
+    EXPECT_EQ(Look(stlWith(std::string("Quarnell Ziped Model") + '\0')).format, MeshFormat::kPlainCsm);
+    EXPECT_EQ(Look(stlWith("solid facet vertex")).format, MeshFormat::kBinaryStl);
+}
+
+TEST(Recognise, TextIsToldByItsWords) {
+    EXPECT_EQ(Look("solid a\n facet\n vertex 0 0 0\n").format, MeshFormat::kAsciiStl);
+    EXPECT_EQ(Look("SOLID a\nFACET\n").format, MeshFormat::kAsciiStl);
+    EXPECT_EQ(Look("facet normal\nvertex\n").format, MeshFormat::kAsciiStl);
+    EXPECT_EQ(Look("vertex 1 2 3\nx").format, MeshFormat::kAsciiStl);
+    EXPECT_EQ(Look("mesh\nvertices 3\n").format, MeshFormat::kThreeDmf);
+    EXPECT_EQ(Look("vertices 3\nfacet\n").format, MeshFormat::kAsciiStl);
+    EXPECT_EQ(Look("whatever\n", "a.3dmf").format, MeshFormat::kThreeDmf);
+    EXPECT_EQ(Look("whatever\n", "a.3DMF").format, MeshFormat::kThreeDmf);
+    ExpectSays("whatever\n", "no ASCII STL");
+    ExpectSays("solid a", "holds no facets");
+    ExpectSays("solid a facet vertex", "is text on one line");
+    ExpectSays("solid a facet vertex \r\n\t ", "is text on one line");
+    EXPECT_EQ(Look("solid\tfacet\f\v\rvertex").format, MeshFormat::kAsciiStl);
+    // A byte that no text has, behind the words: it is taken for text all the same.
+    EXPECT_EQ(Look("  solid a\n vertex 0 0 0 \x01\n" + std::string(100, ' ')).format, MeshFormat::kAsciiStl);
+}
+
+TEST(Recognise, OtherKindsAreNamedByTheirFirstBytes) {
+    ExpectSays("PK\x03\x04" + std::string(200, '\x01'), "zip archive");
+    ExpectSays("<?xml version=\"1.0\"?>\n<model/>\n", "XML");
+    ExpectSays("ply\nformat ascii 1.0\n", "PLY");
+    ExpectSays("ply\rformat ascii 1.0\r", "PLY");
+    ExpectSays("plywood", "no ASCII STL");
+    ExpectSays("\xFF\xFE" + std::string(20, 'a'), "UTF-16");
+    ExpectSays("\xFE\xFF" + std::string(20, 'a'), "UTF-16");
+    std::string wide;
+    for (char const c : std::string("solid a ")) wide.append({c, '\0'});
+    EXPECT_EQ(wide.size(), 16u);
+    ExpectSays(wide, "UTF-16");
+    std::string swapped;
+    for (char const c : std::string("solid a ")) swapped.append({'\0', c});
+    ExpectSays(swapped, "UTF-16");
+    ExpectSays(wide.substr(0, 14), "is too short");
+    ExpectSays(wide.substr(0, 14) + std::string("\0a", 2), "is too short");
+}
+
+}  // namespace
+}  // namespace varnet
