@@ -1,6 +1,7 @@
 #include <Varnet64.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -39,6 +40,23 @@ TEST(ReadPart, BinaryAndAsciiStlGiveTheFacetsInTheirOrder) {
             EXPECT_EQ(ascii.Report().openEdgesExact, 0);
         }
     }
+}
+
+TEST(ReadPart, AHeaderEndsAtItsFirstZeroAndLosesBlanksAndLineEndsBehind) {
+    TestFolder const folder;
+    shapes::Mesh const mesh = shapes::Cube(10.0f);
+    auto const header = [&](std::string const& text) {
+        std::string bytes = shapes::ToBinaryStl(mesh);
+        std::copy(text.begin(), text.end(), bytes.begin());
+        return Part::Read(folder.Write("a.stl", bytes)).Header();
+    };
+    EXPECT_EQ(header(std::string("  a header \n \n\0b", 17)), "  a header");
+    EXPECT_EQ(header(std::string("a\t\0", 3)), "a\t");
+    EXPECT_EQ(header(std::string(" \n\n \0", 5)), "");
+    EXPECT_EQ(header(std::string(80, 'x')), std::string(80, 'x'));
+    std::string full(79, 'x');
+    full.push_back('\n');
+    EXPECT_EQ(header(full), std::string(79, 'x'));
 }
 
 TEST(ReadPart, CornersAreJoinedWhereTheyAreEqualAndMinusZeroIsZero) {
