@@ -25,11 +25,43 @@ std::string BytesOf(std::filesystem::path const& path) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+// Tags that are closed in their order, of a name and attributes in quotes.
+void ExpectWellFormed(std::string const& svg) {
+    std::vector<std::string> open;
+    for (std::size_t at = svg.find('<'); at != std::string::npos; at = svg.find('<', at + 1)) {
+        std::size_t const end = svg.find('>', at);
+        ASSERT_NE(std::string::npos, end);
+        std::string tag = svg.substr(at + 1, end - at - 1);
+        if (tag[0] == '/') {
+            ASSERT_FALSE(open.empty());
+            EXPECT_EQ(open.back(), tag.substr(1));
+            open.pop_back();
+            continue;
+        }
+        std::string const name = tag.substr(0, tag.find_first_of(" /"));
+        if (tag.back() == '/') {
+            tag.pop_back();
+        } else {
+            open.push_back(name);
+        }
+        for (std::size_t i = name.size(); i < tag.size();) {
+            std::size_t const value = tag.find("=\"", i);
+            ASSERT_TRUE(tag[i] == ' ' && value != std::string::npos) << tag;
+            EXPECT_EQ(std::string::npos, tag.substr(i + 1, value - i - 1).find_first_of(" \"")) << tag;
+            std::size_t const quote = tag.find('"', value + 2);
+            ASSERT_NE(std::string::npos, quote) << tag;
+            i = quote + 1;
+        }
+    }
+    EXPECT_TRUE(open.empty());
+}
+
 // One root, closed, without a script and without a number that is none.
 void ExpectSoundSvg(std::string const& svg) {
     EXPECT_EQ(1u, CountOf(svg, "<svg"));
     EXPECT_EQ(1u, CountOf(svg, "</svg>"));
     EXPECT_EQ(0u, CountOf(svg, "<script"));
+    ExpectWellFormed(svg);
     for (char const* const word : {"nan", "inf", "1e+30"}) EXPECT_EQ(0u, CountOf(svg, word)) << word;
 }
 
@@ -98,6 +130,33 @@ TEST(PictureOfMeshes, AFacetWithoutAreaDoesNotMakeThePictureLarger) {
     mesh.push_back({{{99, 99, 99}, {99, 99, 99}, {99, 99, 99}}});
     mesh.push_back({{{50, 0, 0}, {60, 0, 0}, {70, 0, 0}}});
     EXPECT_EQ(cube, MeshPicture(mesh));
+}
+
+// Each facet seen is a path of three corners that is closed, and one of glass says so.
+TEST(PictureOfMeshes, AFacetIsATriangleOfAColour) {
+    std::vector<Point3> const points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    std::vector<Triangle> const triangles{{0, 1, 2}};
+    PicturedMesh pictured;
+    pictured.points = points;
+    pictured.triangles = triangles;
+    for (double const opacity : {1.0, 0.5}) {
+        pictured.opacity = opacity;
+        std::string const svg = PictureOf(std::span(&pictured, 1), "facet");
+        ExpectSoundSvg(svg);
+        std::string const start = "<path d=\"M";
+        ASSERT_EQ(1u, CountOf(svg, start));
+        std::size_t const begin = svg.find(start) + start.size();
+        std::string const way = svg.substr(begin, svg.find('"', begin) - begin);
+        EXPECT_EQ(1u, CountOf(way, "L"));
+        EXPECT_EQ(4u, CountOf(way, " "));
+        EXPECT_EQ('z', way.back());
+        // Shaded: six digits of some colour.
+        std::string const rest = svg.substr(begin + way.size());
+        std::string const before = "\" color=\"#";
+        EXPECT_EQ(before, rest.substr(0, before.size()));
+        std::string const behind = rest.substr(before.size() + 6);
+        EXPECT_EQ(0u, behind.find(opacity < 1.0 ? "\" class=\"g\" fill-opacity=\"0.5\"/>\n" : "\"/>\n"));
+    }
 }
 
 TEST(PictureOfMeshes, TitlesAreText) {

@@ -3,6 +3,8 @@
 #include <Varnet64.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -377,6 +379,51 @@ TEST_F(SliceFileTest, CountsPathsThatClassicReadersCut) {
     SliceWriter writer(path, 1, {SliceMode::kText, {}, {}});
     writer.Write(layer);
     EXPECT_EQ(writer.TooLongForClassicReader(), 1);
+}
+
+TEST_F(SliceFileTest, ALineOf10239BytesIsReadWholeAndOneMoreIsNot) {
+    struct Written {
+        std::size_t length;  // of the line, with its end
+        std::int64_t tooLong;
+    };
+    // One coordinate is a power of ten: it has as many digits more.
+    auto const write = [this](std::size_t count, int digits) {
+        std::vector<Point2> points(count, Point2{1.0, 1.0});
+        points[1].x = std::pow(10.0, digits);
+        Layer layer;
+        layer.AddContour(points, {});
+        SliceWriter writer(path, 1, {SliceMode::kText, {}, {}});
+        writer.Write(layer);
+        std::int64_t const tooLong = writer.TooLongForClassicReader();
+        writer.Finish();
+        std::string const bytes = Bytes();
+        std::size_t const start = bytes.find("$$POLYLINE");
+        return Written{bytes.find('\n', start) + 1 - start, tooLong};
+    };
+    std::size_t count = 3;
+    while (write(2 * count, 0).length < 10239) count *= 2;
+    while (write(count + 1, 0).length <= 10239) ++count;
+    int const digits = static_cast<int>(10239 - write(count, 0).length);
+    ASSERT_LE(digits, 20);
+    EXPECT_EQ(write(count, digits).length, 10239u);
+    EXPECT_EQ(write(count, digits).tooLong, 0);
+    EXPECT_EQ(write(count, digits + 1).length, 10240u);
+    EXPECT_EQ(write(count, digits + 1).tooLong, 1);
+}
+
+TEST_F(SliceFileTest, TextLeavesOutPathsWithoutPointsAndBinaryFilesStateThemAsEmpty) {
+    Layer const whole = RandomLayers(3, 1)[0];
+    Layer layer = whole;
+    layer.AddContour({}, {});
+    layer.AddChain({}, kFillId);
+    Write({whole}, {SliceMode::kText, {}, {}});
+    std::string const bytes = Bytes();
+    Write({layer}, {SliceMode::kText, {}, {}});
+    EXPECT_TRUE(Bytes() == bytes);
+    for (SliceMode const mode : {SliceMode::kBinary, SliceMode::kDisguised}) {
+        Write({layer}, {mode, 7, {}});
+        EXPECT_EQ(SliceFile(path).LayerAt(1), layer) << NameOf(mode);
+    }
 }
 
 TEST_F(SliceFileTest, StopsWhereTheCallbackSaysSo) {
