@@ -200,6 +200,31 @@ TEST(Intake, AnIndexIsRefusedFromTheNumberOfPointsOn) {
     }
 }
 
+TEST(Intake, ScalesAndTolerancesAreTakenUpToTheLargestCoordinate) {
+    Soup const soup = BoxOf({1, 1, 1});
+    auto const isTaken = [&](double scale, double weld) {
+        IntakeSettings settings;
+        settings.scale = scale;
+        settings.weld = weld;
+        try {
+            Part const part(soup.points, soup.triangles, settings);
+            return true;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kArgument);
+            return false;
+        }
+    };
+    double const most = 1e10;
+    double const more = std::nextafter(most, HUGE_VAL);
+    EXPECT_TRUE(isTaken(most, 0.0));
+    EXPECT_FALSE(isTaken(more, 0.0));
+    EXPECT_TRUE(isTaken(std::numeric_limits<double>::denorm_min(), 0.0));
+    EXPECT_FALSE(isTaken(0.0, 0.0));
+    EXPECT_TRUE(isTaken(1.0, most));
+    EXPECT_FALSE(isTaken(1.0, more));
+    EXPECT_FALSE(isTaken(1.0, -std::numeric_limits<double>::denorm_min()));
+}
+
 TEST(Intake, WhatIsCountedAddsUp) {
     double const nan = std::numeric_limits<double>::quiet_NaN();
     Soup soup = BoxOf({10, 10, 10});

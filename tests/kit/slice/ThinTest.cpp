@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <random>
 
 #include "varnet/Layer.h"
@@ -104,6 +105,49 @@ TEST(Thin, APointAtWhichThePathTurnsByMoreThanTenDegreesStays) {
     // tan 10 degrees is 0.1763.
     EXPECT_EQ(thinned(0.0177), (std::vector<Point2>{{0, 0}, {10, 0}, {10.1, 0.0177}}));
     EXPECT_EQ(thinned(0.0175), (std::vector<Point2>{{0, 0}, {10.1, 0.0175}}));
+}
+
+// The squares of both sides of the comparison are equal to the bit.
+TEST(Thin, APointAtWhichThePathTurnsByJustTenDegreesGoes) {
+    double const cosine2 = 0.969846310392954;
+    auto const isEqual = [cosine2](double run, double rise) {
+        double const dx = 1.0 + run - 1.0;
+        return dx * dx == cosine2 * (dx * dx + rise * rise);
+    };
+    double run = 1.0;
+    auto const rise = [&run] { return run * std::tan(10.0 * std::numbers::pi / 180.0); };
+    for (int i = 0; i < 100000 && !isEqual(run, rise()); ++i) run += 1.0 / 65536.0;
+    ASSERT_TRUE(isEqual(run, rise()));
+    auto const thinned = [&run](double height) {
+        Paths paths;
+        paths.Add(std::vector<Point2>{{0, 0}, {1, 0}, {1.0 + run, height}}, false);
+        Paths thin;
+        ThinPaths(paths, 10.0, thin);
+        return thin.points.size();
+    };
+    EXPECT_EQ(thinned(rise()), 2u);
+    EXPECT_EQ(thinned(rise() * (1.0 + 1e-9)), 3u);
+}
+
+TEST(Thin, AStepOfLessThanAMicronHasNoDirection) {
+    auto const thinned = [](double step) {
+        Paths paths;
+        paths.Add(std::vector<Point2>{{0, 0}, {1, 0}, {1, step}}, false);
+        Paths thin;
+        ThinPaths(paths, 10.0, thin);
+        return thin.points.size();
+    };
+    EXPECT_EQ(0.001 * 0.001, 1e-6);
+    for (double const sign : {1.0, -1.0}) {
+        EXPECT_EQ(thinned(sign * 0.001), 3u);
+        EXPECT_EQ(thinned(sign * 0.000999), 2u);
+    }
+    // Two points at one place have no direction to begin with.
+    Paths paths;
+    paths.Add(std::vector<Point2>{{0, 0}, {0, 0}, {1, 0}, {2, 0}}, false);
+    Paths thin;
+    ThinPaths(paths, 0.1, thin);
+    EXPECT_EQ(thin.points, (std::vector<Point2>{{0, 0}, {0, 0}, {2, 0}}));
 }
 
 TEST(Thin, WhatIsTooThinGoesWithAllInIt) {
