@@ -12,16 +12,32 @@ namespace {
     throw Error(ErrorKind::kContent, file.Path(), why);
 }
 
+std::string TextOf(LayerRange const& range) {
+    return std::to_string(range.first) + ":" + std::to_string(range.last);
+}
+
+// A binary file that was cut short between two layers looks whole but for its range.
+void RequireWholeRange(SliceFile const& file) {
+    LayerRange const& range = *file.Header().range;
+    if (range.first > range.last || range.last > range.whole) {
+        Refuse(file, "states layers " + TextOf(range) + " of a build of " + std::to_string(range.whole));
+    }
+    std::int64_t const stated = range.last - range.first + 1;
+    if (file.LayerCount() != stated) {
+        Refuse(file, "states layers " + TextOf(range) + " and holds " + std::to_string(file.LayerCount()) +
+                         " of these " + std::to_string(stated));
+    }
+}
+
 // Ranges of one build, stated in the headers, must follow each other.
 void RequireNext(SliceFile const& before, SliceFile const& file) {
     LayerRange const& a = *before.Header().range;
     LayerRange const& b = *file.Header().range;
-    std::string const range = std::to_string(b.first) + ":" + std::to_string(b.last);
     if (a.whole != b.whole)
         Refuse(file, "is part of a build of " + std::to_string(b.whole) + " layers, not of " +
                          std::to_string(a.whole));
     if (b.first <= a.last)
-        Refuse(file, "its layers " + range + " overlap those of " + before.Path().string());
+        Refuse(file, "its layers " + TextOf(b) + " overlap those of " + before.Path().string());
     if (b.first > a.last + 1) {
         Refuse(file, "layers " + std::to_string(a.last + 1) + " to " + std::to_string(b.first - 1) +
                          " are missing ahead of it");
@@ -31,17 +47,18 @@ void RequireNext(SliceFile const& before, SliceFile const& file) {
 // The steps from layer to layer as the heights have them; files of text state two decimals of them.
 class Heights {
 public:
-    void Add(SliceFile const& file) {
+    // numbered: the file is known by its range to be the next, and two layers may round to one height.
+    void Add(SliceFile const& file, bool numbered) {
         if (file.LayerCount() == 0) return;
         double const first = file.LayerAt(1).z;
         double const last = file.LayerAt(file.LayerCount()).z;
         double const step =
             file.LayerCount() > 1 ? (last - first) / static_cast<double>(file.LayerCount() - 1) : m_Step;
-        if (m_Any && !(first > m_Last))
+        if (m_Any && !(numbered ? first >= m_Last : first > m_Last))
             Refuse(file, "its layers begin at or below the end of the file before");
         constexpr double kLargestGap = 1.5;
         double const known = std::max(step, m_Step);
-        if (m_Any && known > 0.0 && first - m_Last > kLargestGap * known) {
+        if (m_Any && !numbered && known > 0.0 && first - m_Last > kLargestGap * known) {
             Refuse(file, "there is a gap of " + std::to_string(first - m_Last) + " mm ahead of its layers");
         }
         m_Any = true;
@@ -68,14 +85,24 @@ std::vector<SliceFile> Open(std::span<std::filesystem::path const> inputs) {
         if (file.Header().units != files.front().Header().units)
             Refuse(file, "has other units than the first file");
         if (file.Header().aligned) Refuse(file, "is aligned: varnet convert writes it anew");
+        if (file.Header().range) RequireWholeRange(file);
         SliceFile const* const before = files.size() > 1 ? &files[files.size() - 2] : nullptr;
-        if (before != nullptr && before->Header().range && file.Header().range) {
-            RequireNext(*before, file);
-        } else {
-            heights.Add(file);
-        }
+        bool const numbered = before != nullptr && before->Header().range && file.Header().range;
+        if (numbered) RequireNext(*before, file);
+        heights.Add(file, numbered);
     }
     return files;
+}
+
+// The range that the files make up together, where all state theirs and it is not the whole build.
+std::optional<LayerRange> RangeOf(std::vector<SliceFile> const& files) {
+    for (SliceFile const& file : files) {
+        if (!file.Header().range) return std::nullopt;
+    }
+    LayerRange range = *files.front().Header().range;
+    range.last = files.back().Header().range->last;
+    if (range.first == 1 && range.last == range.whole) return std::nullopt;
+    return range;
 }
 
 }  // namespace
@@ -89,6 +116,7 @@ std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
     SliceHeader const& header = files.front().Header();
     SliceWriteSettings settings;
     settings.mode = header.mode;
+    settings.range = RangeOf(files);
     // Bytes of other units would change their meaning: those layers are written anew.
     bool const copy = header.mode != SliceMode::kText && header.units == 1.0;
     SliceWriter writer(output, layers, settings);
