@@ -144,8 +144,10 @@ def run(
         if needed > memory:
             rows.append(failed(str(path), f"needs {needed:,} bytes of memory, and a worker has {memory:,}"))
             continue
+        # Keys are sent as UTF-8, which a name need not be.
+        key = f"measure-{ascii(str(path))}"
         future = client.submit(
-            measure_or_say_why, str(path), job, key=f"measure-{path}", resources={"memory": needed}, pure=False
+            measure_or_say_why, str(path), job, key=key, resources={"memory": needed}, pure=False
         )
         futures[future] = path
     total = len(rows) + len(futures)

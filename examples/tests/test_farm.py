@@ -99,6 +99,15 @@ def test_a_file_that_fails_is_a_row_with_its_error(models: Path, client: Any) ->
     assert all(row["seconds"] >= 0 for row in times)
 
 
+@pytest.mark.skipif(sys.platform != "linux", reason="elsewhere all names are text")
+def test_a_name_that_is_no_text_is_measured_too(models: Path, tmp_path: Path, client: Any) -> None:
+    name = os.fsdecode(b"cube\xff.stl")
+    (tmp_path / name).write_bytes((models / "cube.stl").read_bytes())
+    rows, _ = farm.run(client, farm.models_in(tmp_path), farm.Job(), MEMORY)
+    assert by_file(rows)[name]["volume"] == 1000.0
+    assert b"cube\xff.stl,684," in farm.to_csv(rows, farm.COLUMNS)
+
+
 def test_a_file_that_needs_more_memory_than_a_worker_has_is_a_row(models: Path, client: Any) -> None:
     least = farm.bytes_needed(models / "cube.stl", farm.Job())
     told: list[tuple[str, int, int]] = []
