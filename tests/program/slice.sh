@@ -52,6 +52,18 @@ expect 0 "$varnet" slice $part -o whole.cli --layer 1 --hatch 2
 for shard in 1 2 3; do expect 0 "$varnet" slice $part -o "shard$shard.cli" --layer 1 --hatch 2 --shard $shard/3; done
 expect 0 "$varnet" join shard1.cli shard2.cli shard3.cli -o joined.cli
 cmp joined.cli whole.cli || fail "joined shards by number"
+# More shards than the system lets a process have open.
+names=""
+for n in $(seq 70); do
+    expect 0 "$varnet" slice $part -o "of70_$n.cli" --layer 1 --hatch 2 --shard "$n/70"
+    names="$names of70_$n.cli"
+done
+(
+    ulimit -n 72
+    # shellcheck disable=SC2086
+    expect 0 "$varnet" join $names -o joined.cli
+)
+cmp joined.cli whole.cli || fail "a shard for each layer"
 for wrong in 0/3 4/3 1 /3 1/ a/b 1/-1; do
     expect 2 "$varnet" slice $part -o no.cli --shard $wrong
     says "$wrong is no shard such as 1/8"

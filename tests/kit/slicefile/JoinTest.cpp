@@ -114,6 +114,18 @@ TEST_P(JoinTest, ShardsOfAnEndOfTheBuildStateTheirRange) {
     EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
 }
 
+// More files than are open at a time.
+TEST_P(JoinTest, AShardForEachLayer) {
+    int const layers = 150;
+    std::vector<fs::path> inputs;
+    for (int n = 1; n <= layers; ++n) {
+        inputs.push_back(Shard(std::to_string(n) + ".cli", n, n, layers, GetParam()));
+    }
+    EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli"));
+    fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
+    EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
+}
+
 // Heights in text have two decimals: the numbers say that the layers follow each other.
 TEST_P(JoinTest, ThinLayersMayRoundToOneHeight) {
     SliceWriteSettings settings;
