@@ -202,6 +202,14 @@ def require_parquet() -> None:
     raise ImportError("a table in Parquet needs pyarrow or fastparquet: write .csv, or install one")
 
 
+def require_place(path: Path) -> None:
+    """Raises OSError where nothing can be written under this name, before hours of work are done for nothing."""
+    if path.is_dir():
+        raise IsADirectoryError(f"{path}: is a folder")
+    if not os.access(path.parent, os.W_OK | os.X_OK):
+        raise FileNotFoundError(f"{path.parent}: is no folder that can be written to")
+
+
 def write_whole(path: Path, content: bytes) -> None:
     """Under its name only when it is complete."""
     handle, partial = tempfile.mkstemp(dir=path.parent or Path("."), prefix=path.name + ".", suffix=".part")
@@ -245,6 +253,8 @@ def main() -> int:
     options = parser.parse_args()
     try:
         paths = models_in(options.folder)
+        for file in filter(None, (options.table, options.times)):
+            require_place(file)
         if options.table.suffix == ".parquet":
             require_parquet()
     except (OSError, ImportError) as error:

@@ -249,6 +249,15 @@ def test_the_table_is_the_same_bytes_for_any_number_of_workers(models: Path, tmp
     assert not list(tmp_path.glob("*.part"))
 
 
+def test_a_place_that_cannot_be_written_is_said_before_the_work(models: Path, tmp_path: Path) -> None:
+    for wrong in (["nowhere/table.csv"], ["."], ["table.csv", "--times", tmp_path / "nowhere/times.csv"]):
+        done = run_farm(models, tmp_path / wrong[0], *wrong[1:])
+        assert done.returncode == 2, done.stderr
+        assert "is no folder" in done.stderr or "is a folder" in done.stderr
+        assert " of 7" not in done.stderr
+    assert not list(tmp_path.iterdir())
+
+
 def test_what_cannot_be_written_is_said_before_the_work(models: Path, tmp_path: Path) -> None:
     for module in ("pyarrow", "fastparquet"):
         if __import__("importlib.util", fromlist=["util"]).find_spec(module):
