@@ -52,6 +52,20 @@ expect 0 "$varnet" slice $part -o whole.cli --layer 1 --hatch 2
 for shard in 1 2 3; do expect 0 "$varnet" slice $part -o "shard$shard.cli" --layer 1 --hatch 2 --shard $shard/3; done
 expect 0 "$varnet" join shard1.cli shard2.cli shard3.cli -o joined.cli
 cmp joined.cli whole.cli || fail "joined shards by number"
+# Shards that are converted or ordered are shards still, told by number where heights are too near for text.
+for shard in 1 2 3; do
+    expect 0 "$varnet" slice $part -o "thin$shard.cli" --layer 0.004 --no-fill --shard $shard/3
+    expect 0 "$varnet" convert "thin$shard.cli" "text$shard.cli" --mode ascii
+    expect 0 "$varnet" order "thin$shard.cli" "near$shard.cli"
+done
+expect 0 "$varnet" slice $part -o thin.cli --layer 0.004 --no-fill
+expect 0 "$varnet" convert thin.cli text.cli --mode ascii
+expect 0 "$varnet" join text1.cli text2.cli text3.cli -o joined.cli
+cmp joined.cli text.cli || fail "converted shards"
+for kind in text near; do
+    expect 1 "$varnet" join ${kind}1.cli ${kind}3.cli -o no.cli
+    says "${kind}3.cli: layers .* are missing ahead of it"
+done
 # More shards than the system lets a process have open.
 names=""
 for n in $(seq 70); do
