@@ -91,6 +91,7 @@ void RequireSameKind(SliceFile const& file, SliceHeader const& first) {
     if (file.Header().mode != first.mode) {
         Refuse(file, std::string("is of another mode than the first file: ") + NameOf(file.Header().mode));
     }
+    if (file.Header().version != first.version) Refuse(file, "has another version than the first file");
     if (file.Header().units != first.units) Refuse(file, "has other units than the first file");
     if (file.Header().aligned) Refuse(file, "is aligned: varnet convert writes it anew");
 }
@@ -138,8 +139,8 @@ std::optional<LayerRange> RangeOf(std::vector<Piece> const& pieces) {
 
 }  // namespace
 
-std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
-                            std::filesystem::path const& output, Progress const& progress) {
+JoinReport JoinSliceFiles(std::span<std::filesystem::path const> inputs, std::filesystem::path const& output,
+                          Progress const& progress) {
     if (inputs.empty()) throw Error(ErrorKind::kArgument, "there is no file to join");
     Pieces found = Open(inputs);
     SliceWriteSettings settings;
@@ -165,7 +166,7 @@ std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
         }
     }
     writer.Finish();
-    return found.layers;
+    return {found.layers, settings.range};
 }
 
 }  // namespace varnet

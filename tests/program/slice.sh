@@ -47,6 +47,18 @@ for mode in ascii binary coc; do
     expect 0 "$varnet" slice $part -o threads.cli --layer 1 --hatch 2 --mode $mode --threads 3
     [ $mode = coc ] || cmp found.cli threads.cli || fail "three threads in mode $mode"
 done
+# What would be lost is not written over, by whatever name.
+cp $part own.stl
+ln -s own.stl link.stl
+for output in own.stl link.stl ./own.stl; do
+    expect 2 "$varnet" slice own.stl -o $output
+    says "$output: is an input, and would be lost"
+    expect 2 "$varnet" slice own.stl -o no.cli --page $output
+    expect 2 "$varnet" support own.stl -o $output
+    expect 2 "$varnet" surfaces own.stl -o $output
+    expect 2 "$varnet" view own.stl -o $output
+done
+cmp own.stl $part || fail "a part that was given as the output"
 # Shards by their number.
 expect 0 "$varnet" slice $part -o whole.cli --layer 1 --hatch 2
 for shard in 1 2 3; do expect 0 "$varnet" slice $part -o "shard$shard.cli" --layer 1 --hatch 2 --shard $shard/3; done
@@ -58,6 +70,8 @@ for shard in 1 2 3; do
     expect 0 "$varnet" convert "thin$shard.cli" "text$shard.cli" --mode ascii
     expect 0 "$varnet" order "thin$shard.cli" "near$shard.cli"
 done
+expect 0 "$varnet" join text1.cli text2.cli -o joined.cli
+says 'warning: joined.cli has layers 1 to 11666 of 17500'
 expect 0 "$varnet" slice $part -o thin.cli --layer 0.004 --no-fill
 expect 0 "$varnet" convert thin.cli text.cli --mode ascii
 expect 0 "$varnet" join text1.cli text2.cli text3.cli -o joined.cli

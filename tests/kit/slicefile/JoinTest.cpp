@@ -72,7 +72,7 @@ TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
             int const last = layers * (i + 1) / shards;
             inputs.push_back(Shard(std::to_string(i) + ".cli", first, last, layers, GetParam()));
         }
-        EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli"));
+        EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli").layers);
         EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli")) << shards;
     }
 }
@@ -80,7 +80,7 @@ TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
 TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
     std::vector<fs::path> const inputs{Shard("a.cli", 1, 4, std::nullopt, GetParam()),
                                        Shard("b.cli", 5, 9, std::nullopt, GetParam())};
-    EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli"));
+    EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli").layers);
     {
         // Closed before the file is removed.
         SliceFile const joined(folder / "joined.cli");
@@ -103,13 +103,17 @@ TEST_P(JoinTest, ShardsOfAnEndOfTheBuildStateTheirRange) {
     std::vector<fs::path> const high{shard(7, 7), shard(8, 12)};
     fs::path const lowest = folder / "low.cli";
     fs::path const highest = folder / "high.cli";
-    EXPECT_EQ(6, JoinSliceFiles(low, lowest));
-    EXPECT_EQ(6, JoinSliceFiles(high, highest));
+    JoinReport const joined = JoinSliceFiles(low, lowest);
+    EXPECT_EQ(6, joined.layers);
+    EXPECT_EQ((LayerRange{1, 6, layers}), joined.range);
+    EXPECT_EQ((LayerRange{7, 12, layers}), JoinSliceFiles(high, highest).range);
     EXPECT_EQ((LayerRange{1, 6, layers}), SliceFile(lowest).Header().range);
     EXPECT_EQ((LayerRange{7, 12, layers}), SliceFile(highest).Header().range);
     EXPECT_TRUE(BytesOf(Shard("same.cli", 1, 6, layers, GetParam())) == BytesOf(lowest));
     EXPECT_NE(std::string::npos, RefusalOf({lowest, high[1]}).find("layers 7 to 7 are missing"));
-    JoinSliceFiles(std::vector<fs::path>{lowest, highest}, folder / "joined.cli");
+    JoinReport const all = JoinSliceFiles(std::vector<fs::path>{lowest, highest}, folder / "joined.cli");
+    EXPECT_EQ(layers, all.layers);
+    EXPECT_FALSE(all.range.has_value());
     fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
     EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
 }
@@ -121,7 +125,7 @@ TEST_P(JoinTest, AShardForEachLayer) {
     for (int n = 1; n <= layers; ++n) {
         inputs.push_back(Shard(std::to_string(n) + ".cli", n, n, layers, GetParam()));
     }
-    EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli"));
+    EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli").layers);
     fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
     EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
 }
@@ -137,8 +141,9 @@ TEST_P(JoinTest, ThinLayersMayRoundToOneHeight) {
         writer.Write(LayerOf(n, 0.001));
         writer.Finish();
     }
-    EXPECT_EQ(
-        2, JoinSliceFiles(std::vector<fs::path>{folder / "1.cli", folder / "2.cli"}, folder / "joined.cli"));
+    EXPECT_EQ(2,
+              JoinSliceFiles(std::vector<fs::path>{folder / "1.cli", folder / "2.cli"}, folder / "joined.cli")
+                  .layers);
 }
 
 TEST_P(JoinTest, FilesWithAndWithoutARangeMayFollowEachOther) {
@@ -147,7 +152,7 @@ TEST_P(JoinTest, FilesWithAndWithoutARangeMayFollowEachOther) {
     };
     std::vector<fs::path> const inputs{shard("a.cli", 1, 3, false), shard("b.cli", 4, 6, true),
                                        shard("c.cli", 7, 9, true), shard("d.cli", 10, 12, false)};
-    EXPECT_EQ(12, JoinSliceFiles(inputs, folder / "joined.cli"));
+    EXPECT_EQ(12, JoinSliceFiles(inputs, folder / "joined.cli").layers);
     fs::path const whole = Shard("whole.cli", 1, 12, std::nullopt, GetParam());
     EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
     fs::remove(folder / "joined.cli");
