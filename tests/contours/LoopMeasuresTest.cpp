@@ -151,3 +151,18 @@ TEST(IsInLoop, AFlatEdgeStandsAtItsEnd) {
     CPoint2D point(5, 1.0000002);
     EXPECT_EQ(IsInLoop(pLoop.get(), point), 0) << "crossed at 2, and at the left side near 2";
 }
+
+TEST(JudgeLoopDirection, ARunOfJustTheLeastIsDividedByAndALesserOneIsUpright) {
+    // From (0, 0) on to (2e-12, 3) and back to (least, 1): rises of 1.5e12, and of 1 / least or 1e20.
+    double const least = 1e-12;
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{0, 0}, {2e-12, 3}, {least, 1}})->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(
+        JudgeLoopDirection(ClosedLoop({{0, 0}, {2e-12, 3}, {std::nextafter(least, 0.0), 1}})->m_pPointList),
+        LOOPDIRECT_CCW);
+}
+
+// Two lobes that cross at (2, 2): the upper one is clockwise, the lower one is not.
+TEST(JudgeLoopDirection, OfTwoLeftmostPointsTheFirstInTheListTells) {
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 0}, {0, 4}, {4, 4}, {0, 0}})->m_pPointList), LOOPDIRECT_CW);
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 4}, {0, 0}, {4, 0}, {0, 4}})->m_pPointList), LOOPDIRECT_CCW);
+}

@@ -509,3 +509,18 @@ TEST(VertexTree, PointBelowAChainTiedByHandIsAdded) {
     for (tagVertexNode const* p = tree.m_pRoot; p != nullptr; p = p->m_pLeft) ++nLevels;
     EXPECT_EQ(101, nLevels);
 }
+
+// Of a way that is too long the last 64 links are balanced, and none of them twice.
+TEST(VertexTree, BelowAChainTiedByHandTheLast64NodesTiltAndTheOthersStay) {
+    CVertexTree tree;
+    std::vector<tagVertexNode*> chain;
+    tagVertexNode** ppSlot = &tree.m_pRoot;
+    for (int i = 0; i < 100; ++i) {
+        *ppSlot = new tagVertexNode(CPoint3D(0.0, 0.0, i));
+        chain.push_back(*ppSlot);
+        ppSlot = &chain.back()->m_pLeft;
+    }
+    CPoint3D point(0.0, 0.0, 200.0);
+    tree.AddNode(point);
+    for (std::size_t i = 0; i < chain.size(); ++i) EXPECT_EQ(i < 36 ? 0 : 1, chain[i]->m_nBalance) << i;
+}

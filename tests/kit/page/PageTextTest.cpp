@@ -1,34 +1,14 @@
 #include "page/PageText.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <limits>
 #include <random>
 
+#include "kit/page/Inflated.h"
+
 namespace varnet {
 namespace {
-
-std::string Inflated(std::string const& packed) {
-    z_stream stream{};
-    EXPECT_EQ(inflateInit2(&stream, -15), Z_OK);
-    std::string bytes;
-    std::string out(65536, '\0');
-    std::string in = packed;
-    stream.next_in = reinterpret_cast<Bytef*>(in.data());
-    stream.avail_in = static_cast<uInt>(in.size());
-    int state = Z_OK;
-    while (state == Z_OK) {
-        stream.next_out = reinterpret_cast<Bytef*>(out.data());
-        stream.avail_out = static_cast<uInt>(out.size());
-        state = inflate(&stream, Z_NO_FLUSH);
-        bytes.append(out, 0, out.size() - stream.avail_out);
-    }
-    EXPECT_EQ(state, Z_STREAM_END);
-    EXPECT_EQ(stream.avail_in, 0u);
-    inflateEnd(&stream);
-    return bytes;
-}
 
 // The vectors of RFC 4648, section 10.
 TEST(PageText, Base64IsThatOfTheStandard) {
@@ -96,11 +76,26 @@ TEST(PageText, JsonHoldsAnyText) {
     EXPECT_EQ(json.Document(), R"({"a":"\u003c/script>\"\\\u000a\u0001","b":[0.1,-3,false,null]})");
 }
 
+TEST(PageText, JsonEscapesControlsAndWhatCouldEndAScript) {
+    Json json;
+    json.Text("\x1F \x7E\x7F=>");
+    EXPECT_EQ(json.Document(), R"("\u001f ~\u007f=>")");
+}
+
 TEST(PageText, WrongBytesBecomeReplacementCharacters) {
     std::string const mark = "\xEF\xBF\xBD";
     EXPECT_EQ(ValidUtf8("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
     EXPECT_EQ(ValidUtf8("a\xFF"), "a" + mark);
     EXPECT_EQ(ValidUtf8("\xC3"), mark);
+    // The first and the last sequences of each length that are right.
+    for (char const* const right : {"\x7F", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF",
+                                    "\xEE\x80\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(ValidUtf8(right), right);
+    }
+    EXPECT_EQ(ValidUtf8("\xC1\xBF"), mark + mark);
+    EXPECT_EQ(ValidUtf8("\xE0\x9F\xBF"), mark + mark + mark);
+    EXPECT_EQ(ValidUtf8("\xF0\x8F\xBF\xBF"), mark + mark + mark + mark);
+    EXPECT_EQ(ValidUtf8("\xF5\x80\x80\x80"), mark + mark + mark + mark);
     EXPECT_EQ(ValidUtf8("\xC0\x80"), mark + mark);                        // longer than needed
     EXPECT_EQ(ValidUtf8("\xED\xA0\x80"), mark + mark + mark);             // a surrogate
     EXPECT_EQ(ValidUtf8("\xF4\x90\x80\x80"), mark + mark + mark + mark);  // beyond the last character

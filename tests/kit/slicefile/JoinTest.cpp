@@ -192,6 +192,31 @@ TEST_F(JoinRefusals, FilesWithOtherLayersThanTheyState) {
     }
 }
 
+// A step is a quarter of a millimetre.
+TEST_F(JoinRefusals, AGapOfOneStepAndAHalfIsNoneAndAnEndThatIsTheNextBeginningIsRefused) {
+    auto const file = [this](char const* name, std::vector<double> const& heights) {
+        SliceWriteSettings settings;
+        settings.mode = SliceMode::kBinary;
+        SliceWriter writer(folder / name, static_cast<std::int64_t>(heights.size()), settings);
+        for (double const z : heights) {
+            Layer layer = LayerOf(1);
+            layer.z = z;
+            writer.Write(layer);
+        }
+        writer.Finish();
+        return folder / name;
+    };
+    fs::path const a = file("a.cli", {0.25, 0.5, 0.75, 1.0});
+    EXPECT_EQ(RefusalOf({a, file("at.cli", {1.375, 1.625})}), "joined");
+    fs::remove(folder / "joined.cli");
+    EXPECT_NE(std::string::npos, RefusalOf({a, file("far.cli", {1.4375, 1.6875})}).find("gap"));
+    EXPECT_NE(std::string::npos, RefusalOf({a, file("same.cli", {1.0, 1.25})}).find("begin at or below"));
+    // Of one layer, the step is that of the file before.
+    EXPECT_EQ(RefusalOf({a, file("one.cli", {1.25})}), "joined");
+    fs::remove(folder / "joined.cli");
+    EXPECT_NE(std::string::npos, RefusalOf({a, file("alone.cli", {1.5})}).find("gap"));
+}
+
 TEST_F(JoinRefusals, OverlapsGapsAndOtherBuildsAreNamed) {
     fs::path const a = Shard("a.cli", 1, 4, 12);
     fs::path const b = Shard("b.cli", 4, 8, 12);
@@ -216,6 +241,12 @@ TEST_F(JoinRefusals, OtherModesAndUnitsAreNamed) {
     bytes.replace(at, end - at, "$$UNITS/00000000.500000");
     fs::path const half = folder.Write("half.cli", bytes);
     EXPECT_NE(std::string::npos, RefusalOf({half, text}).find("other units"));
+    std::string later = BytesOf(text);
+    ASSERT_NE(std::string::npos, later.find("$$VERSION/200"));
+    later.replace(later.find("$$VERSION/200"), 13, "$$VERSION/201");
+    fs::path const versioned = folder.Write("later.cli", later);
+    EXPECT_NE(std::string::npos,
+              RefusalOf({folder / "t1.cli", versioned}).find("later.cli: has another version"));
 }
 
 TEST_F(JoinRefusals, BrokenFilesMissingOnesAndNoneAtAll) {

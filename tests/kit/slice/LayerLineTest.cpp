@@ -1,0 +1,128 @@
+// Layers in their order, whoever makes them. Blocks of memory fail where a test says so.
+
+#include "slice/LayerLine.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "kit/slice/FlatShapes.h"
+
+namespace {
+
+std::atomic<bool> g_FailsInThreads{false};
+thread_local bool t_IsTest = false;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (g_FailsInThreads.load(std::memory_order_relaxed) && !t_IsTest) throw std::bad_alloc();
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace varnet {
+namespace {
+
+class LayerLineTest : public testing::Test {
+protected:
+    LayerLineTest() { t_IsTest = true; }
+    ~LayerLineTest() override { g_FailsInThreads = false; }
+
+    // A pyramid: all layers differ.
+    SlicePlan PlanOf(int threads, int first, int last) {
+        m_Pyramid.points = {{0, 0, 0}, {40, 0, 0}, {40, 40, 0}, {0, 40, 0}, {20, 20, 20}};
+        m_Pyramid.triangles = {{0, 2, 1}, {0, 3, 2}, {0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}};
+        SliceSettings settings;
+        settings.layer = 0.1;
+        settings.threads = threads;
+        settings.firstLayer = first;
+        settings.lastLayer = last;
+        Pulse pulse;
+        return PlanSlices({m_Pyramid.Input()}, settings, pulse);
+    }
+    static std::function<void()> NoLook() {
+        return [] {};
+    }
+
+private:
+    FlatShape m_Pyramid;
+};
+
+// The side of the square at the middle of the layer, over the whole of the layer's number.
+double AreaAt(int number) {
+    double const side = 2.0 * (20.0 - (number - 0.5) * 0.1);
+    return side * side;
+}
+
+TEST_F(LayerLineTest, LayersComeInTheirOrderForAnyRangeAndAnyNumberOfThreads) {
+    for (int const threads : {1, 2, 3, 5, 16}) {
+        for (int const count : {1, 2, 3, 7, 8, 9, 16, 17, 63, 64, 65, 131, 200}) {
+            for (int const first : {1, 200 - count + 1}) {
+                SlicePlan const plan = PlanOf(threads, first, first + count - 1);
+                std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+                for (int number = first; number < first + count; ++number) {
+                    SlicedLayer const sliced = line->Next(NoLook());
+                    ASSERT_EQ(sliced.layer.number, number) << threads << " threads, " << count << " layers";
+                    ASSERT_NEAR(sliced.layer.Area(), AreaAt(number), 1e-6);
+                }
+            }
+        }
+    }
+}
+
+// Each layer is made over and over by the one who takes it, so that the threads are far ahead.
+TEST_F(LayerLineTest, ThreadsThatAreAheadWaitForOneWhoIsSlow) {
+    for (int const threads : {2, 3}) {
+        SlicePlan const plan = PlanOf(threads, 1, 200);
+        LayerMaker maker(plan);
+        Pulse pulse;
+        std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+        for (int number = 1; number <= 200; ++number) {
+            SlicedLayer const sliced = line->Next(NoLook());
+            ASSERT_EQ(sliced.layer.number, number);
+            for (int again = 0; again < 10; ++again) ASSERT_EQ(maker.Make(number, pulse).layer, sliced.layer);
+        }
+    }
+}
+
+TEST_F(LayerLineTest, ALineThatIsLeftEarlyEndsItsThreads) {
+    for (int const taken : {0, 1, 30}) {
+        SlicePlan const plan = PlanOf(3, 1, 200);
+        std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+        for (int i = 0; i < taken; ++i) EXPECT_EQ(line->Next(NoLook()).layer.number, i + 1);
+    }
+}
+
+TEST_F(LayerLineTest, WhatAThreadThrowsComesOutInPlaceOfTheLayer) {
+    SlicePlan const plan = PlanOf(2, 1, 200);
+    g_FailsInThreads = true;
+    std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+    EXPECT_THROW(line->Next(NoLook()), std::bad_alloc);
+    g_FailsInThreads = false;
+}
+
+TEST_F(LayerLineTest, LayersMadeBeforeAThreadFailedAreTakenFirst) {
+    SlicePlan const plan = PlanOf(2, 1, 200);
+    std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+    int taken = 0;
+    try {
+        for (; taken < 200; ++taken) {
+            ASSERT_EQ(line->Next(NoLook()).layer.number, taken + 1);
+            // The threads are at most eight blocks of eight layers ahead.
+            if (taken == 9) g_FailsInThreads = true;
+        }
+    } catch (std::bad_alloc const&) {
+        g_FailsInThreads = false;
+    }
+    EXPECT_GE(taken, 10);
+    EXPECT_LT(taken, 200);
+}
+
+}  // namespace
+}  // namespace varnet
