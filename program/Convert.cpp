@@ -6,6 +6,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "ConvertSlices.h"
+#include "PartFacts.h"
 #include "Reading.h"
 
 namespace fs = std::filesystem;

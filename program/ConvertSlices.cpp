@@ -52,6 +52,7 @@ void Write(varnet::SliceFile const& input, std::string const& output, varnet::Sl
     auto const bar = Bar("Writing");
     varnet::SliceWriteSettings settings;
     settings.mode = mode;
+    settings.range = input.Header().range;
     varnet::SliceWriter writer(PathOf(output), input.LayerCount(), settings);
     for (long long number = 1; number <= input.LayerCount(); ++number) {
         if (!bar(static_cast<double>(number) / static_cast<double>(input.LayerCount()))) ThrowIfStopped();

@@ -6,6 +6,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "PartFacts.h"
 #include "Reading.h"
 #include "SliceFacts.h"
 #include "varnet/SliceFile.h"

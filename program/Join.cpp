@@ -1,6 +1,8 @@
 // Slice files that hold the layers of one build, put together.
 
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "Commands.h"
 #include "Console.h"
@@ -18,9 +20,13 @@ struct JoinOptions {
 void Run(JoinOptions const& options) {
     std::vector<std::filesystem::path> inputs;
     for (std::string const& input : options.inputs) inputs.push_back(PathOf(input));
-    long long const layers = varnet::JoinSliceFiles(inputs, PathOf(options.output), Bar("Joining"));
+    varnet::JoinReport const joined = varnet::JoinSliceFiles(inputs, PathOf(options.output), Bar("Joining"));
+    if (std::optional<varnet::LayerRange> const& range = joined.range) {
+        Warn(options.output + " has layers " + std::to_string(range->first) + " to " +
+             std::to_string(range->last) + " of " + std::to_string(range->whole));
+    }
     Report report(std::to_string(inputs.size()) + " files -> " + options.output);
-    report.Add("layers", "layers", layers);
+    report.Add("layers", "layers", static_cast<long long>(joined.layers));
     report.Add("bytes", "bytes", BytesOf(PathOf(options.output)));
     report.Print(options.json, options.output == "-");
 }

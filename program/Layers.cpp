@@ -7,6 +7,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "PartFacts.h"
 #include "Reading.h"
 #include "SliceFacts.h"
 #include "varnet/Picture.h"

@@ -59,6 +59,7 @@ void Run(OrderOptions const& options) {
     if (!options.svg.empty()) MakeFolder(PathOf(options.svg));
     varnet::SliceWriteSettings settings;
     settings.mode = input.Header().mode;
+    settings.range = input.Header().range;
     varnet::SliceWriter writer(PathOf(options.output), input.LayerCount(), settings);
     auto const bar = Bar("Ordering");
     for (long long number = 1; number <= input.LayerCount(); ++number) {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "Report.h"
 #include "varnet/Layer.h"
@@ -25,6 +26,9 @@ struct ReadOptions {
 std::filesystem::path PathOf(std::string const& argument);
 std::string TextOf(std::filesystem::path const& path);
 
+/// Refuses an output that is the very file of an input, which would be lost: a usage error.
+void KeepInputs(std::vector<std::string> const& inputs, std::string const& output);
+
 /// Reads a part, with a bar. Warns where facets were lost, and where the part is so small that it may be in
 /// other units.
 varnet::Part ReadPart(std::string const& file, ReadOptions const& options);
@@ -34,14 +38,6 @@ void WarnOfSmall(std::string const& file, varnet::Box3 const& box);
 
 /// Refuses text that is no finite number, with a short line.
 std::string WhyNotFinite(std::string const& text);
-
-/// Rows about what was found in the file and done to it, and about the part.
-void AddIntake(Report& report, varnet::Part const& part);
-void AddMeasures(Report& report, varnet::Part const& part);
-void AddBodies(Report& report, varnet::Part const& part);
-
-nlohmann::json ToJson(varnet::Box3 const& box);
-std::string TextOf(varnet::Box3 const& box);
 
 /// Makes a folder where there is none. Throws varnet::Error.
 void MakeFolder(std::filesystem::path const& folder);

@@ -4,6 +4,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "PartFacts.h"
 #include "Reading.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Console.h"
+#include "PartFacts.h"
 #include "Reading.h"
 
 namespace {

@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "PartFacts.h"
 #include "Reading.h"
 #include "varnet/Picture.h"
 #include "varnet/Supports.h"
@@ -135,5 +136,8 @@ void AddSupport(CLI::App& app) {
     number("--edge-length", settings.edgeLength, 1e9, "Chains of edges must be longer than this, mm");
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);
-    command->callback([options] { Run(*options); });
+    command->callback([options] {
+        KeepInputs({options->input}, options->output);
+        Run(*options);
+    });
 }

@@ -83,5 +83,8 @@ void AddSurfaces(CLI::App& app) {
         ->capture_default_str();
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);
-    command->callback([options] { Run(*options); });
+    command->callback([options] {
+        KeepInputs({options->input}, options->output);
+        Run(*options);
+    });
 }

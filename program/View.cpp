@@ -119,6 +119,7 @@ void AddView(CLI::App& app) {
     command->callback([options] {
         if (options->open && options->output == "-")
             throw CLI::ValidationError("--open", "a page on standard output cannot be opened");
+        KeepInputs(options->inputs, options->output);
         Run(*options);
     });
 }

@@ -44,16 +44,14 @@ struct Row {
 };
 
 std::vector<fs::path> FilesIn(fs::path const& folder) {
-    std::error_code error;
     std::vector<fs::path> files;
+    std::error_code error;
     fs::recursive_directory_iterator it(folder, error);
     if (error) throw varnet::Error(varnet::ErrorKind::kFile, folder, error.message());
     for (fs::directory_entry const& entry : it) {
         std::error_code ignored;
-        std::string extension = TextOf(entry.path().extension());
-        for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        bool const isMesh =
-            extension == ".stl" || extension == ".csm" || extension == ".3dmf" || extension == ".oltp";
+        std::string const extension = CLI::detail::to_lower(TextOf(entry.path().extension()));
+        bool const isMesh = CLI::IsMember({".stl", ".csm", ".3dmf", ".oltp"})(extension).empty();
         if (isMesh && entry.is_regular_file(ignored)) files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
@@ -83,9 +81,8 @@ void Measure(fs::path const& file, WholeOptions const& options, Row& row) {
         row.meshVolume = slicer.Report().meshVolume;
         row.layerVolume = slicer.Report().cutVolume;
         row.openPaths = slicer.Report().openPaths;
-        if (row.openPaths > 0 ||
-            std::fabs(row.layerVolume - row.meshVolume) <= kClose * std::fabs(row.meshVolume))
-            break;
+        double const apart = std::fabs(row.layerVolume - row.meshVolume);
+        if (row.openPaths > 0 || apart <= kClose * std::fabs(row.meshVolume)) break;
     }
 }
 
@@ -118,10 +115,10 @@ void Run(WholeOptions const& options) {
     fs::path const folder = PathOf(options.folder);
     nlohmann::json list = nlohmann::json::array();
     if (!options.json) {
-        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "file", "facets", "open in", "open",
-                    "bodies", "healed", "volume of mesh", "of layers", "open", "seconds");
-        std::printf("%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n", "", "", "the file", "read", "", "",
-                    "mm3", "mm3", "paths", "");
+        constexpr char kHead[] = "%-44s %9s %8s %6s %6s %7s %14s %14s %6s %7s\n";
+        std::printf(kHead, "file", "facets", "open in", "open", "bodies", "healed", "volume of mesh",
+                    "of layers", "open", "seconds");
+        std::printf(kHead, "", "", "the file", "read", "", "", "mm3", "mm3", "paths", "");
     }
     for (fs::path const& file : FilesIn(folder)) {
         ThrowIfStopped();
@@ -145,9 +142,8 @@ void Run(WholeOptions const& options) {
 
 void AddWhole(CLI::App& app) {
     auto const options = std::make_shared<WholeOptions>();
-    CLI::App* const command = app.add_subcommand("whole",
-                                                 "Read and slice every mesh of a folder, and say for each "
-                                                 "what was healed and whether it came out whole");
+    CLI::App* const command = app.add_subcommand(
+        "whole", "Read and slice every mesh of a folder; say what was healed and whether it came out whole");
     command->add_option("DIR", options->folder, "Folder, with those in it")->required();
     command->add_flag("--json", options->json, "Print JSON instead of a table");
     options->read.AddTo(*command);

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Slices one part in slabs of its layers, a worker each, and joins them: the very bytes of one run.
+"""Slices one part in slabs of its layers by many workers, and joins them: the very bytes of one run.
 
 Needs the module varnet and Debian's python3-distributed. All workers must see the part and the folder of the output.
 Each slab goes to a file beside the output; they are removed in every case.
@@ -86,7 +86,10 @@ def main() -> int:
         parser.error("--mode disguised needs a --seed, so that all slabs have the noise of one run")
     settings = {"layer": options.layer, "hatch": options.hatch}
     cluster = options.scheduler or LocalCluster(
-        n_workers=options.slabs, threads_per_worker=1, dashboard_address=":0", silence_logs=50
+        n_workers=min(options.slabs, os.cpu_count() or 1),
+        threads_per_worker=1,
+        dashboard_address=":0",
+        silence_logs=50,
     )
     try:
         with Client(cluster) as client:

@@ -32,6 +32,8 @@ if [ -n "$dry" ]; then
     bash -c "$join"
     exit
 fi
+# What is not submitted needs no folder; what is has it until the end.
+trap '[ -n "${array:-}" ] || rm -rf "$folder"' EXIT
 # shellcheck disable=SC2086
 array=$(sbatch --parsable ${SBATCH_OPTIONS:-} --job-name=slice "--array=1-$shards" --wrap "$slice")
 # shellcheck disable=SC2086

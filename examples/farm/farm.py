@@ -144,8 +144,10 @@ def run(
         if needed > memory:
             rows.append(failed(str(path), f"needs {needed:,} bytes of memory, and a worker has {memory:,}"))
             continue
+        # Keys are sent as UTF-8, which a name need not be.
+        key = f"measure-{ascii(str(path))}"
         future = client.submit(
-            measure_or_say_why, str(path), job, key=f"measure-{path}", resources={"memory": needed}, pure=False
+            measure_or_say_why, str(path), job, key=key, resources={"memory": needed}, pure=False
         )
         futures[future] = path
     total = len(rows) + len(futures)
@@ -200,6 +202,14 @@ def require_parquet() -> None:
     raise ImportError("a table in Parquet needs pyarrow or fastparquet: write .csv, or install one")
 
 
+def require_place(path: Path) -> None:
+    """Raises OSError where nothing can be written under this name, before hours of work are done for nothing."""
+    if path.is_dir():
+        raise IsADirectoryError(f"{path}: is a folder")
+    if not os.access(path.parent, os.W_OK | os.X_OK):
+        raise FileNotFoundError(f"{path.parent}: is no folder that can be written to")
+
+
 def write_whole(path: Path, content: bytes) -> None:
     """Under its name only when it is complete."""
     handle, partial = tempfile.mkstemp(dir=path.parent or Path("."), prefix=path.name + ".", suffix=".part")
@@ -243,6 +253,8 @@ def main() -> int:
     options = parser.parse_args()
     try:
         paths = models_in(options.folder)
+        for file in filter(None, (options.table, options.times)):
+            require_place(file)
         if options.table.suffix == ".parquet":
             require_parquet()
     except (OSError, ImportError) as error:

@@ -99,6 +99,15 @@ def test_a_file_that_fails_is_a_row_with_its_error(models: Path, client: Any) ->
     assert all(row["seconds"] >= 0 for row in times)
 
 
+@pytest.mark.skipif(sys.platform != "linux", reason="elsewhere all names are text")
+def test_a_name_that_is_no_text_is_measured_too(models: Path, tmp_path: Path, client: Any) -> None:
+    name = os.fsdecode(b"cube\xff.stl")
+    (tmp_path / name).write_bytes((models / "cube.stl").read_bytes())
+    rows, _ = farm.run(client, farm.models_in(tmp_path), farm.Job(), MEMORY)
+    assert by_file(rows)[name]["volume"] == 1000.0
+    assert b"cube\xff.stl,684," in farm.to_csv(rows, farm.COLUMNS)
+
+
 def test_a_file_that_needs_more_memory_than_a_worker_has_is_a_row(models: Path, client: Any) -> None:
     least = farm.bytes_needed(models / "cube.stl", farm.Job())
     told: list[tuple[str, int, int]] = []
@@ -238,6 +247,15 @@ def test_the_table_is_the_same_bytes_for_any_number_of_workers(models: Path, tmp
     times = list(csv.DictReader((tmp_path / "times.csv").open()))
     assert tuple(times[0]) == farm.TIME_COLUMNS
     assert not list(tmp_path.glob("*.part"))
+
+
+def test_a_place_that_cannot_be_written_is_said_before_the_work(models: Path, tmp_path: Path) -> None:
+    for wrong in (["nowhere/table.csv"], ["."], ["table.csv", "--times", tmp_path / "nowhere/times.csv"]):
+        done = run_farm(models, tmp_path / wrong[0], *wrong[1:])
+        assert done.returncode == 2, done.stderr
+        assert "is no folder" in done.stderr or "is a folder" in done.stderr
+        assert " of 7" not in done.stderr
+    assert not list(tmp_path.iterdir())
 
 
 def test_what_cannot_be_written_is_said_before_the_work(models: Path, tmp_path: Path) -> None:

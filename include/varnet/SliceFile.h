@@ -148,12 +148,18 @@ private:
     std::unique_ptr<Work> m_Work;
 };
 
-/// Puts the layers of several files together, the lowest first, as one file of the mode of the first; gives
-/// the number of layers. Joined ranges of one build are the very bytes of a file of the whole. Throws Error:
-/// kContent where the files differ in mode or units, where their layers overlap or leave a gap, and where a
-/// file is broken, each by name; kFile; kArgument without files; kCancelled.
-VARNET_KIT_API std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
-                                           std::filesystem::path const& output,
-                                           Progress const& progress = {});
+/// What came of JoinSliceFiles.
+struct JoinReport {
+    std::int64_t layers = 0;          ///< of the output
+    std::optional<LayerRange> range;  ///< where the first or the last layers of the build were not given
+};
+
+/// Puts the layers of several files together, the lowest first, as one file of the mode of the first. Joined
+/// ranges of one build are the very bytes of a file of the whole; where the first or the last layers of the
+/// build are not among them, the output states its range. Throws Error: kContent where the files differ in
+/// mode, version or units, where their layers overlap or leave a gap, and where a file is broken or has other
+/// layers than its range says, each by name; kFile; kArgument without files; kCancelled.
+VARNET_KIT_API JoinReport JoinSliceFiles(std::span<std::filesystem::path const> inputs,
+                                         std::filesystem::path const& output, Progress const& progress = {});
 
 }  // namespace varnet

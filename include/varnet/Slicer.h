@@ -42,7 +42,7 @@ struct SliceSettings {
     double tolerance = 0.01;  ///< no point of a cut lies further from its contour; 0 keeps every point
     SolidRule rule = SolidRule::kWinding;
     double close = 0.05;          ///< gaps in contours up to this are closed; 0 for never
-    int threads = 1;              ///< 1 to 1024; the layers are the same for any number
+    int threads = 1;              ///< 1 to 1024, the calling one among them; the layers are the same
     std::int32_t firstLayer = 1;  ///< the range to make, by the numbers that the layers of the whole have
     std::int32_t lastLayer = 0;   ///< 0 for the last one of all
     /// Instead of a range of numbers: all layers are dealt out to so many shards, each the next ones above

@@ -84,7 +84,8 @@ SeekableFile::SeekableFile(fs::path const& path) : m_Path(path) {
     errno = 0;
     m_File = OpenFile(path, "rb");
     if (m_File == nullptr) {
-        throw Error(ErrorKind::kFile, path, errno == ENOENT ? "no such file" : ReasonOf(errno));
+        throw Error(ErrorKind::kFile, path,
+                    errno == ENOENT ? "no such file" : "cannot be opened: " + ReasonOf(errno));
     }
     m_Size = fs::file_size(place, error);
     if (error || !fs::is_regular_file(place, error)) {

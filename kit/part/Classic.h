@@ -24,17 +24,39 @@ private:
     std::u16string m_Text;
 };
 
+/// The facet lists of many vertices in one block, which is faster than a block for each. The vertices have
+/// lost their lists when it goes: it goes before they do, and nobody adds a facet to them meanwhile.
+class LentLists {
+public:
+    LentLists() = default;
+    LentLists(LentLists&&) = default;
+    LentLists& operator=(LentLists&&) = delete;
+    ~LentLists();
+    /// Gives each vertex, which has none, a list with room for so many facets. 0 for no list.
+    void Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> rooms);
+
+private:
+    std::vector<tagVertexNode*> m_Vertices;
+    std::vector<CFacet*> m_Facets;
+};
+
+/// Whether the lists of a model's vertices are the vertices' own, as a host takes them, or lent, for work
+/// that adds no facets.
+enum class FacetLists { kOwn, kLent };
+
 /// A classic model, and which triangles it was made of.
 struct ClassicMesh {
     std::unique_ptr<CSTLModel> model;
     std::vector<std::int32_t> triangles;  ///< of each facet of the model's surface, in its order; ascending
+    LentLists lists;                      ///< the last member: it goes before the model
 };
 
 /// A classic model of these facets, in their order, in which equal corners alone are one: bit for bit what
 /// CSTLModel::AddFacet makes of them with a tolerance of 0. Of facets on the same three corners it holds one,
 /// or none where as many face each way: these close each other. Facets whose doubled area is not above
 /// kCollinear are refused.
-ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles);
+ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                        FacetLists lists = FacetLists::kOwn);
 
 /// The model's facets, in the order of its surfaces.
 FlatMesh Flatten(CSTLModel const& model);

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -17,20 +19,18 @@ public:
     explicit InputFile(std::filesystem::path const& path);
 
     std::filesystem::path const& Path() const { return m_Path; }
-    std::uint64_t Size() const { return m_Size; }
+    std::uint64_t Size() const { return m_File ? m_File->Size() : m_Bytes.size(); }
     std::uint64_t Position() const { return m_Position; }
     /// Fills the block with the next bytes, and returns how many there were: fewer only at the end. Throws an
     /// Error of kind kFile when the system fails.
     std::size_t Read(std::span<char> block);
-    /// Goes back to this byte.
-    void Seek(std::uint64_t position);
+    /// Goes to this byte, or to the end where there is none.
+    void Seek(std::uint64_t position) { m_Position = std::min(position, Size()); }
 
 private:
     std::filesystem::path m_Path;
-    FilePointer m_File;
-    std::string m_Bytes;  // of what is no regular file
-    bool m_InMemory = false;
-    std::uint64_t m_Size = 0;
+    std::optional<SeekableFile> m_File;  // none where the bytes are in memory
+    std::string m_Bytes;
     std::uint64_t m_Position = 0;
 };
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdlib>
 #include <new>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include "part/Classic.h"
@@ -108,8 +110,8 @@ std::array<tagVertexNode*, 3> LowestFirst(std::array<tagVertexNode*, 3> const& c
 
 class Builder {
 public:
-    Builder(std::span<Point3 const> points, std::span<Triangle const> triangles)
-        : m_Points(points), m_Triangles(triangles), m_Choice(triangles, points.size()) {
+    Builder(std::span<Point3 const> points, std::span<Triangle const> triangles, FacetLists lists)
+        : m_Points(points), m_Triangles(triangles), m_Lists(lists), m_Choice(triangles, points.size()) {
         m_Mesh.model = NewModel();
     }
 
@@ -170,13 +172,12 @@ private:
         m_Mesh.model->m_Status.m_nFacetNum = facets.GetSize();
     }
 
-    // The facets of each vertex, in their order. The vertices own the lists.
+    // The facets of each vertex, in their order.
     void AddLists() {
-        for (std::size_t i = 0; i < m_Points.size(); ++i) {
-            if (m_Uses[i] == 0) continue;
-            m_Vertices[i]->m_ppFacet =
-                static_cast<CFacet**>(std::malloc(static_cast<std::size_t>(m_Uses[i]) * sizeof(CFacet*)));
-            if (m_Vertices[i]->m_ppFacet == nullptr) throw std::bad_alloc();
+        if (m_Lists == FacetLists::kLent) {
+            m_Mesh.lists.Lend(m_Vertices, m_Uses);
+        } else {
+            MakeOwnLists();
         }
         auto const& facets = m_Mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet;
         for (std::size_t i = 0; i < m_Mesh.triangles.size(); ++i) {
@@ -185,6 +186,16 @@ private:
                 tagVertexNode& vertex = *m_Vertices[static_cast<std::size_t>(corner)];
                 vertex.m_ppFacet[vertex.m_nFacetNum++] = facet;
             }
+        }
+    }
+
+    // From malloc, as the library frees them.
+    void MakeOwnLists() {
+        for (std::size_t i = 0; i < m_Points.size(); ++i) {
+            if (m_Uses[i] == 0) continue;
+            m_Vertices[i]->m_ppFacet =
+                static_cast<CFacet**>(std::malloc(static_cast<std::size_t>(m_Uses[i]) * sizeof(CFacet*)));
+            if (m_Vertices[i]->m_ppFacet == nullptr) throw std::bad_alloc();
         }
     }
 
@@ -204,6 +215,7 @@ private:
 
     std::span<Point3 const> m_Points;
     std::span<Triangle const> m_Triangles;
+    FacetLists m_Lists;
     Choice m_Choice;
     ClassicMesh m_Mesh;
     std::vector<tagVertexNode*> m_Vertices;  // of each point; null for one that no facet uses
@@ -213,8 +225,28 @@ private:
 
 }  // namespace
 
-ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles) {
-    return Builder(points, triangles).Build();
+void LentLists::Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> rooms) {
+    m_Facets.resize(std::accumulate(rooms.begin(), rooms.end(), std::size_t{0}));
+    m_Vertices = std::move(vertices);
+    CFacet** list = m_Facets.data();
+    for (std::size_t i = 0; i < rooms.size(); ++i) {
+        if (rooms[i] == 0) continue;
+        m_Vertices[i]->m_ppFacet = list;
+        list += rooms[i];
+    }
+}
+
+LentLists::~LentLists() {
+    for (tagVertexNode* const vertex : m_Vertices) {
+        if (vertex == nullptr) continue;
+        vertex->m_ppFacet = nullptr;
+        vertex->m_nFacetNum = 0;
+    }
+}
+
+ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                        FacetLists lists) {
+    return Builder(points, triangles, lists).Build();
 }
 
 }  // namespace varnet

@@ -29,11 +29,11 @@ private:
     int m_Number;
 };
 
-// Ends a thread's work in the middle of a layer.
+// Ends the making of a block in the middle of a layer.
 struct Stopped {};
 
-// Threads make blocks of layers, each the next one that nobody has; they wait where they are too far ahead of
-// the one who takes the layers.
+// Threads, of which the caller's is one, make blocks of layers, each the next one that nobody has; they wait
+// where they are too far ahead of the layers that are taken.
 class Threads : public LayerLine {
 public:
     explicit Threads(SlicePlan const& plan) : m_Plan(plan) {
@@ -42,13 +42,10 @@ public:
         m_BlockSize = std::clamp(count / (threads * kBlocksEach), 1, kLongestBlock);
         m_BlockCount = (count + m_BlockSize - 1) / m_BlockSize;
         m_Slots.resize(static_cast<std::size_t>(std::min(threads * kAhead, m_BlockCount)));
-        for (int i = 0; i < threads; ++i) {
-            try {
-                m_Threads.emplace_back([this] { Work(); });
-            } catch (std::system_error const&) {
-                if (m_Threads.empty()) throw;
-                break;
-            }
+        try {
+            for (int i = 1; i < threads; ++i) m_Threads.emplace_back([this] { Work(); });
+        } catch (std::system_error const&) {
+            // There are fewer, and so many layers more for each.
         }
     }
 
@@ -78,14 +75,26 @@ private:
     };
 
     Slot& SlotOf(int block) { return m_Slots[static_cast<std::size_t>(block) % m_Slots.size()]; }
+    bool HasRoom() const {
+        return m_NextMade < m_BlockCount && m_NextMade < m_NextTaken + static_cast<int>(m_Slots.size());
+    }
 
+    // Blocks are made here, too, until the next one is there.
     void TakeBlock(std::function<void()> const& look) {
         std::unique_lock lock(m_Mutex);
         Slot& slot = SlotOf(m_NextTaken);
-        while (!m_Ready.wait_for(lock, std::chrono::milliseconds(20), [&slot] { return slot.full; })) {
-            lock.unlock();
-            look();
-            lock.lock();
+        while (!slot.full) {
+            if (HasRoom()) {
+                int const block = m_NextMade++;
+                lock.unlock();
+                MakeHere(block, look);
+                lock.lock();
+            } else if (!m_Ready.wait_for(lock, std::chrono::milliseconds(20),
+                                         [&slot] { return slot.full; })) {
+                lock.unlock();
+                look();
+                lock.lock();
+            }
         }
         if (slot.error) std::rethrow_exception(slot.error);
         m_Block = std::move(slot.layers);
@@ -95,30 +104,59 @@ private:
         m_Room.notify_all();
     }
 
+    // What the look throws comes out at once; what the work throws, when its block is asked for.
+    void MakeHere(int block, std::function<void()> const& look) {
+        std::exception_ptr thrown;
+        Pulse pulse([&look, &thrown] {
+            try {
+                look();
+            } catch (...) {
+                thrown = std::current_exception();
+                throw Stopped();
+            }
+        });
+        try {
+            Make(block, m_Maker, pulse);
+        } catch (Stopped const&) {
+            std::rethrow_exception(thrown);
+        }
+    }
+
     void Work() {
         std::optional<LayerMaker> maker;
         Pulse pulse([this] {
             if (m_Stop.load(std::memory_order_relaxed)) throw Stopped();
         });
-        for (int block = NextBlock(); block < m_BlockCount; block = NextBlock()) {
-            Slot made;
-            made.full = true;
-            try {
-                if (!maker.has_value()) maker.emplace(m_Plan);
-                made.layers = Make(*maker, block, pulse);
-            } catch (Stopped const&) {
-                return;
-            } catch (...) {
-                made.error = std::current_exception();
+        try {
+            for (int block = NextBlock(); block < m_BlockCount; block = NextBlock()) {
+                if (!Make(block, maker, pulse)) return;
             }
-            std::lock_guard const lock(m_Mutex);
-            SlotOf(block) = std::move(made);
-            m_Ready.notify_all();
-            if (SlotOf(block).error) return;
+        } catch (Stopped const&) {
+            return;
         }
     }
 
-    std::vector<SlicedLayer> Make(LayerMaker& maker, int block, Pulse& pulse) const {
+    // Puts the block into its slot, or the error for which there is none; returns false then. Throws Stopped
+    // when the pulse does.
+    bool Make(int block, std::optional<LayerMaker>& maker, Pulse& pulse) {
+        Slot made;
+        made.full = true;
+        try {
+            if (!maker.has_value()) maker.emplace(m_Plan);
+            made.layers = LayersOf(block, *maker, pulse);
+        } catch (Stopped const&) {
+            throw;
+        } catch (...) {
+            made.error = std::current_exception();
+        }
+        bool const isMade = made.error == nullptr;
+        std::lock_guard const lock(m_Mutex);
+        SlotOf(block) = std::move(made);
+        m_Ready.notify_all();
+        return isMade;
+    }
+
+    std::vector<SlicedLayer> LayersOf(int block, LayerMaker& maker, Pulse& pulse) const {
         int const first = m_Plan.settings.firstLayer + block * m_BlockSize;
         int const last = std::min(first + m_BlockSize - 1, m_Plan.settings.lastLayer);
         std::vector<SlicedLayer> layers;
@@ -130,11 +168,8 @@ private:
     int NextBlock() {
         std::unique_lock lock(m_Mutex);
         auto const isStopped = [this] { return m_Stop.load(std::memory_order_relaxed); };
-        m_Room.wait(lock, [&] {
-            return isStopped() || m_NextMade >= m_BlockCount ||
-                   m_NextMade < m_NextTaken + static_cast<int>(m_Slots.size());
-        });
-        return isStopped() ? m_BlockCount : m_NextMade < m_BlockCount ? m_NextMade++ : m_BlockCount;
+        m_Room.wait(lock, [&] { return isStopped() || m_NextMade >= m_BlockCount || HasRoom(); });
+        return isStopped() || m_NextMade >= m_BlockCount ? m_BlockCount : m_NextMade++;
     }
 
     SlicePlan const& m_Plan;
@@ -149,6 +184,7 @@ private:
     std::atomic<bool> m_Stop{false};
     std::vector<SlicedLayer> m_Block;
     std::size_t m_Taken = 0;
+    std::optional<LayerMaker> m_Maker;  // of the caller's thread
     std::vector<std::thread> m_Threads;
 };
 

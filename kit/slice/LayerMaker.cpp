@@ -27,7 +27,6 @@ void Count(Layer const& layer, SliceReport& report) {
     report.points += static_cast<std::int64_t>(layer.points.size());
     report.strokes += static_cast<std::int64_t>(layer.strokes.size()) - supportStrokes;
     report.supportStrokes += supportStrokes;
-    report.contourLength += layer.ContourLength();
 }
 
 }  // namespace
@@ -92,6 +91,8 @@ void LayerMaker::MakeParts(SlicedLayer& sliced, Pulse& pulse) {
     Contour open;
     open.closed = false;
     for (std::size_t i = 0; i < m_ThinOpen.Count(); ++i) layer.AddContour(m_ThinOpen.At(i), open);
+    sliced.facts.area = layer.Area();
+    sliced.facts.length = layer.ContourLength();
 }
 
 void LayerMaker::MakeSupports(SlicedLayer& sliced, double angle, Pulse& pulse) {
@@ -114,7 +115,8 @@ void Count(SlicedLayer const& sliced, double thickness, SliceReport& report) {
     report.gapsClosed += joins.closed;
     report.gapsClosedLength += joins.closedLength;
     report.longestGapClosed = std::max(report.longestGapClosed, joins.longestClosed);
-    report.volume += sliced.layer.Area() * thickness;
+    report.contourLength += sliced.facts.length;
+    report.volume += sliced.facts.area * thickness;
     report.solidVolume += sliced.facts.solidArea * thickness;
     report.cutVolume += sliced.facts.cutArea * thickness;
     report.resolvedLayers += sliced.facts.resolved ? 1 : 0;

@@ -49,6 +49,8 @@ struct LayerFacts {
     JoinFigures joins;
     double cutArea = 0.0;    ///< by the winding of what was cut
     double solidArea = 0.0;  ///< before points were taken out
+    double area = 0.0;       ///< of the layer's contours
+    double length = 0.0;     ///< of the layer's contours
     bool resolved = false;
 };
 

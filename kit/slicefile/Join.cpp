@@ -12,16 +12,30 @@ namespace {
     throw Error(ErrorKind::kContent, file.Path(), why);
 }
 
+std::string TextOf(LayerRange const& range) {
+    return std::to_string(range.first) + ":" + std::to_string(range.last);
+}
+
+// A binary file that was cut short between two layers looks whole but for its range.
+void RequireWholeRange(SliceFile const& file) {
+    LayerRange const& range = *file.Header().range;
+    if (range.first > range.last || range.last > range.whole) {
+        Refuse(file, "states layers " + TextOf(range) + " of a build of " + std::to_string(range.whole));
+    }
+    std::int64_t const stated = range.last - range.first + 1;
+    if (file.LayerCount() != stated) {
+        Refuse(file, "states layers " + TextOf(range) + " and holds " + std::to_string(file.LayerCount()) +
+                         " of these " + std::to_string(stated));
+    }
+}
+
 // Ranges of one build, stated in the headers, must follow each other.
-void RequireNext(SliceFile const& before, SliceFile const& file) {
-    LayerRange const& a = *before.Header().range;
+void RequireNext(std::filesystem::path const& before, LayerRange const& a, SliceFile const& file) {
     LayerRange const& b = *file.Header().range;
-    std::string const range = std::to_string(b.first) + ":" + std::to_string(b.last);
     if (a.whole != b.whole)
         Refuse(file, "is part of a build of " + std::to_string(b.whole) + " layers, not of " +
                          std::to_string(a.whole));
-    if (b.first <= a.last)
-        Refuse(file, "its layers " + range + " overlap those of " + before.Path().string());
+    if (b.first <= a.last) Refuse(file, "its layers " + TextOf(b) + " overlap those of " + before.string());
     if (b.first > a.last + 1) {
         Refuse(file, "layers " + std::to_string(a.last + 1) + " to " + std::to_string(b.first - 1) +
                          " are missing ahead of it");
@@ -31,17 +45,18 @@ void RequireNext(SliceFile const& before, SliceFile const& file) {
 // The steps from layer to layer as the heights have them; files of text state two decimals of them.
 class Heights {
 public:
-    void Add(SliceFile const& file) {
+    // numbered: the file is known by its range to be the next, and two layers may round to one height.
+    void Add(SliceFile const& file, bool numbered) {
         if (file.LayerCount() == 0) return;
         double const first = file.LayerAt(1).z;
         double const last = file.LayerAt(file.LayerCount()).z;
         double const step =
             file.LayerCount() > 1 ? (last - first) / static_cast<double>(file.LayerCount() - 1) : m_Step;
-        if (m_Any && !(first > m_Last))
+        if (m_Any && !(numbered ? first >= m_Last : first > m_Last))
             Refuse(file, "its layers begin at or below the end of the file before");
         constexpr double kLargestGap = 1.5;
         double const known = std::max(step, m_Step);
-        if (m_Any && known > 0.0 && first - m_Last > kLargestGap * known) {
+        if (m_Any && !numbered && known > 0.0 && first - m_Last > kLargestGap * known) {
             Refuse(file, "there is a gap of " + std::to_string(first - m_Last) + " mm ahead of its layers");
         }
         m_Any = true;
@@ -55,60 +70,103 @@ private:
     double m_Step = 0.0;
 };
 
-std::vector<SliceFile> Open(std::span<std::filesystem::path const> inputs) {
-    std::vector<SliceFile> files;
+// So many files stay open between the look at them and the copy: a system allows some hundreds.
+constexpr std::size_t kMostOpen = 64;
+
+// A file that was found to follow the one before it.
+struct Piece {
+    std::filesystem::path path;
+    std::int64_t layers = 0;
+    std::optional<LayerRange> range;
+    std::optional<SliceFile> file;  // while it is open
+};
+
+struct Pieces {
+    SliceHeader header;  // of the first file
+    std::vector<Piece> pieces;
+    std::int64_t layers = 0;
+};
+
+void RequireSameKind(SliceFile const& file, SliceHeader const& first) {
+    if (file.Header().mode != first.mode) {
+        Refuse(file, std::string("is of another mode than the first file: ") + NameOf(file.Header().mode));
+    }
+    if (file.Header().version != first.version) Refuse(file, "has another version than the first file");
+    if (file.Header().units != first.units) Refuse(file, "has other units than the first file");
+    if (file.Header().aligned) Refuse(file, "is aligned: varnet convert writes it anew");
+}
+
+Pieces Open(std::span<std::filesystem::path const> inputs) {
+    Pieces found;
     Heights heights;
     for (std::filesystem::path const& path : inputs) {
-        files.emplace_back(path);
-        SliceFile const& file = files.back();
-        if (file.Header().mode != files.front().Header().mode) {
-            Refuse(file,
-                   std::string("is of another mode than the first file: ") + NameOf(file.Header().mode));
-        }
-        if (file.Header().units != files.front().Header().units)
-            Refuse(file, "has other units than the first file");
-        if (file.Header().aligned) Refuse(file, "is aligned: varnet convert writes it anew");
-        SliceFile const* const before = files.size() > 1 ? &files[files.size() - 2] : nullptr;
-        if (before != nullptr && before->Header().range && file.Header().range) {
-            RequireNext(*before, file);
-        } else {
-            heights.Add(file);
-        }
+        SliceFile file(path);
+        if (found.pieces.empty()) found.header = file.Header();
+        RequireSameKind(file, found.header);
+        std::optional<LayerRange> const range = file.Header().range;
+        if (range) RequireWholeRange(file);
+        bool const numbered = range && !found.pieces.empty() && found.pieces.back().range;
+        if (numbered) RequireNext(found.pieces.back().path, *found.pieces.back().range, file);
+        heights.Add(file, numbered);
+        found.layers += file.LayerCount();
+        found.pieces.push_back({path, file.LayerCount(), range, std::nullopt});
+        if (found.pieces.size() <= kMostOpen) found.pieces.back().file = std::move(file);
     }
-    return files;
+    return found;
+}
+
+SliceFile OpenAgain(Piece& piece) {
+    if (piece.file) {
+        SliceFile file = std::move(*piece.file);
+        piece.file.reset();
+        return file;
+    }
+    SliceFile file(piece.path);
+    if (file.LayerCount() != piece.layers) Refuse(file, "was changed while it was read");
+    return file;
+}
+
+// The range that the files make up together, where all state theirs and it is not the whole build.
+std::optional<LayerRange> RangeOf(std::vector<Piece> const& pieces) {
+    for (Piece const& piece : pieces) {
+        if (!piece.range) return std::nullopt;
+    }
+    LayerRange range = *pieces.front().range;
+    range.last = pieces.back().range->last;
+    if (range.first == 1 && range.last == range.whole) return std::nullopt;
+    return range;
 }
 
 }  // namespace
 
-std::int64_t JoinSliceFiles(std::span<std::filesystem::path const> inputs,
-                            std::filesystem::path const& output, Progress const& progress) {
+JoinReport JoinSliceFiles(std::span<std::filesystem::path const> inputs, std::filesystem::path const& output,
+                          Progress const& progress) {
     if (inputs.empty()) throw Error(ErrorKind::kArgument, "there is no file to join");
-    std::vector<SliceFile> const files = Open(inputs);
-    std::int64_t layers = 0;
-    for (SliceFile const& file : files) layers += file.LayerCount();
-    SliceHeader const& header = files.front().Header();
+    Pieces found = Open(inputs);
     SliceWriteSettings settings;
-    settings.mode = header.mode;
+    settings.mode = found.header.mode;
+    settings.range = RangeOf(found.pieces);
     // Bytes of other units would change their meaning: those layers are written anew.
-    bool const copy = header.mode != SliceMode::kText && header.units == 1.0;
-    SliceWriter writer(output, layers, settings);
-    for (std::size_t i = 0; i < files.size(); ++i) {
+    bool const copy = found.header.mode != SliceMode::kText && found.header.units == 1.0;
+    SliceWriter writer(output, found.layers, settings);
+    for (std::size_t i = 0; i < found.pieces.size(); ++i) {
         auto const step = [&](double share) {
-            double const done = (static_cast<double>(i) + share) / static_cast<double>(files.size());
+            double const done = (static_cast<double>(i) + share) / static_cast<double>(found.pieces.size());
             if (progress && !progress(done))
                 throw Error(ErrorKind::kCancelled, output, "joining was stopped");
         };
+        SliceFile const file = OpenAgain(found.pieces[i]);
         if (copy) {
-            writer.Copy(files[i], step);
+            writer.Copy(file, step);
             continue;
         }
-        for (std::int64_t n = 1; n <= files[i].LayerCount(); ++n) {
-            writer.Write(files[i].LayerAt(n));
-            step(static_cast<double>(n) / static_cast<double>(files[i].LayerCount()));
+        for (std::int64_t n = 1; n <= file.LayerCount(); ++n) {
+            writer.Write(file.LayerAt(n));
+            step(static_cast<double>(n) / static_cast<double>(file.LayerCount()));
         }
     }
     writer.Finish();
-    return layers;
+    return {found.layers, settings.range};
 }
 
 }  // namespace varnet

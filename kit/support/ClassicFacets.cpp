@@ -6,7 +6,8 @@
 namespace varnet {
 
 // Facets come from chunks of many, so that the runs are few.
-ClassicFacets::ClassicFacets(Part const& part) : m_Mesh(MakeClassic(part.Points(), part.Triangles())) {
+ClassicFacets::ClassicFacets(Part const& part)
+    : m_Mesh(MakeClassic(part.Points(), part.Triangles(), FacetLists::kLent)) {
     auto const& facets = m_Mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet;
     for (int i = 0; i < facets.GetSize(); ++i) {
         if (i == 0 || facets[i] != facets[i - 1] + 1) m_Runs.push_back({facets[i], i});

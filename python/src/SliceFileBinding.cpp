@@ -170,7 +170,7 @@ std::int64_t Join(py::object const& inputs, std::filesystem::path const& output,
     std::vector<std::filesystem::path> paths;
     for (py::handle const input : inputs) paths.push_back(input.cast<std::filesystem::path>());
     return DoLong(progress, "Joining",
-                  [&](Progress const& callback) { return JoinSliceFiles(paths, output, callback); });
+                  [&](Progress const& callback) { return JoinSliceFiles(paths, output, callback).layers; });
 }
 
 void AddFileClass(py::module_& module) {

@@ -1,6 +1,7 @@
 #include "trees/HeightSet.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -52,7 +53,10 @@ void HeightSet::Meet(double dHeight, Answer& answer) {
     }
 }
 
+// No other height is near one that the set has.
 HeightSet::Answer HeightSet::Find(double z) const {
+    if (Line const& own = m_Lines[PlaceOf(IntervalOf(z))]; MayHold(own, z) && Holds(own, z))
+        return {Near::kOne, z, z};
     std::size_t const nFirst = PlaceOf(IntervalOf(z - kReach * m_dTolerance));
     std::size_t const nLast = PlaceOf(IntervalOf(z + kReach * m_dTolerance));
     Extremes near;
@@ -62,6 +66,14 @@ HeightSet::Answer HeightSet::Find(double z) const {
         return FindBeside(z, nFirst, nLast);
     constexpr std::array<Near, 3> kNear = {Near::kNone, Near::kOne, Near::kTwo};
     return {near.nCount < kNear.size() ? kNear[near.nCount] : Near::kUnknown, near.dLeast, near.dGreatest};
+}
+
+// Whether any place of the line, used or not, has the height, bit for bit.
+bool HeightSet::MayHold(Line const& line, double dHeight) {
+    bool bFound = false;
+    for (double const d : line.heights)
+        bFound |= std::bit_cast<std::uint64_t>(d) == std::bit_cast<std::uint64_t>(dHeight);
+    return bFound;
 }
 
 // Without branches: what is near cannot be foreseen.

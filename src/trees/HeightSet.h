@@ -53,6 +53,7 @@ private:
     std::size_t PlaceOf(std::int64_t nInterval) const;
     static void Meet(double dHeight, Answer& answer);
     static std::size_t Beside(std::size_t nPlace) { return nPlace ^ 1; }
+    static bool MayHold(Line const& line, double dHeight);
     static bool Holds(Line const& line, double dHeight);
     bool HoldsAt(std::size_t nPlace, double dHeight) const;
     void LookAt(Line const& line, double z, Extremes& near) const;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "foundation/Prefetch.h"
 #include "trees/CoordinateHash.h"
 #include "trees/VertexTree.h"
 
@@ -101,10 +102,14 @@ bool NearRows::MarkAround(double y, double dHeight) {
     return bNew;
 }
 
+bool NearRows::MayHaveClan(double dHeight) const {
+    std::size_t const nHeight = FilteredHeightOf(dHeight);
+    return (m_ClanHeights[nHeight / 64] >> (nHeight % 64) & 1) != 0;
+}
+
 // The nearest anchor that a row at y is not apart from.
 bool NearRows::FindClan(double y, double dHeight, double& dAnchor) const {
-    std::size_t const nHeight = FilteredHeightOf(dHeight);
-    if ((m_ClanHeights[nHeight / 64] >> (nHeight % 64) & 1) == 0) return false;
+    if (!MayHaveClan(dHeight)) return false;
     std::uint64_t const nLow = HashOf(y - m_dReach, dHeight);
     std::uint64_t const nHigh = HashOf(y + m_dReach, dHeight);
     double dNearest = std::numeric_limits<double>::infinity();
@@ -120,6 +125,12 @@ bool NearRows::FindClan(double y, double dHeight, double& dAnchor) const {
     look(nLow);
     if (nHigh != nLow) look(nHigh);
     return dNearest <= m_dApart;
+}
+
+void NearRows::Prefetch(double y, double dHeight) const {
+    if (!MayHaveClan(dHeight)) return;
+    varnet::Prefetch(&m_Clans[HashOf(y - m_dReach, dHeight) & (m_Clans.size() - 1)]);
+    varnet::Prefetch(&m_Clans[HashOf(y + m_dReach, dHeight) & (m_Clans.size() - 1)]);
 }
 
 void NearRows::AddClan(Clan const& clan) {

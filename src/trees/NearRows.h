@@ -68,6 +68,9 @@ public:
         return FoundClan(y, dHeight, met.y, isAlone(met.y, dHeight, m_dAlone));
     }
 
+    /// Brings what Enter looks at into the processor's cache.
+    void Prefetch(double y, double dHeight) const;
+
 private:
     // A clean clan.
     struct Clan {
@@ -86,6 +89,7 @@ private:
     static std::size_t FilteredHeightOf(double dHeight);
     bool HasMark(double y, double dHeight) const;
     bool MarkAround(double y, double dHeight);
+    bool MayHaveClan(double dHeight) const;
     bool FindClan(double y, double dHeight, double& dAnchor) const;
     void AddClan(Clan const& clan);
     void Insert(Clan const& clan);

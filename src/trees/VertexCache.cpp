@@ -103,6 +103,7 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
             return pNode;
         }
     }
+    m_Rows.Prefetch(point.y, height.near == HeightSet::Near::kOne ? height.dHeight : point.z);
     return Insert(point, height.near);
 }
 

@@ -45,6 +45,10 @@ chmod +x bin/sbatch
 PATH=$PWD/bin:$PATH SBATCH_OPTIONS="--mem=4G --time=5" expect 0 "$examples/slurm.sh" "$part" submitted.cli 3 $options
 cmp submitted.cli whole.cli || fail "a submitted array"
 no_shards
+# Where nothing can be submitted nothing is left.
+printf '#!/bin/sh\nexit 1\n' >bin/sbatch
+PATH=$PWD/bin:$PATH expect 1 "$examples/slurm.sh" "$part" no.cli 3
+no_shards
 expect 2 "$examples/slurm.sh" "$part" no.cli many
 says 'many is no number of shards'
 expect 2 "$examples/slurm.sh" "$part"
@@ -56,6 +60,17 @@ for shards in 1 2 7; do
     expect 0 "$examples/parallel.sh" "$part" 'a folder/parallel.cli' $shards $options
     cmp 'a folder/parallel.cli' whole.cli || fail "$shards shards by GNU parallel"
     no_shards
+done
+# Names are as they are, whatever GNU parallel and the shell make of them.
+odd="a folder/it's {} {#} \$HOME;.stl"
+cp "$part" "$odd"
+# shellcheck disable=SC2086
+expect 0 "$examples/parallel.sh" "$odd" "a folder/{}.cli" 3 $options
+cmp 'a folder/{}.cli' whole.cli || fail "a name with braces"
+no_shards
+for wrong in 0 many; do
+    expect 2 "$examples/parallel.sh" "$part" no.cli $wrong
+    says "$wrong is no number of shards"
 done
 # A shard that fails fails the build, and leaves nothing.
 expect 1 "$examples/parallel.sh" "$part" no.cli 400 --layer 1

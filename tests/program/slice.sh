@@ -47,11 +47,51 @@ for mode in ascii binary coc; do
     expect 0 "$varnet" slice $part -o threads.cli --layer 1 --hatch 2 --mode $mode --threads 3
     [ $mode = coc ] || cmp found.cli threads.cli || fail "three threads in mode $mode"
 done
+# What would be lost is not written over, by whatever name.
+cp $part own.stl
+ln -s own.stl link.stl
+for output in own.stl link.stl ./own.stl; do
+    expect 2 "$varnet" slice own.stl -o $output
+    says "$output: is an input, and would be lost"
+    expect 2 "$varnet" slice own.stl -o no.cli --page $output
+    expect 2 "$varnet" support own.stl -o $output
+    expect 2 "$varnet" surfaces own.stl -o $output
+    expect 2 "$varnet" view own.stl -o $output
+done
+cmp own.stl $part || fail "a part that was given as the output"
 # Shards by their number.
 expect 0 "$varnet" slice $part -o whole.cli --layer 1 --hatch 2
 for shard in 1 2 3; do expect 0 "$varnet" slice $part -o "shard$shard.cli" --layer 1 --hatch 2 --shard $shard/3; done
 expect 0 "$varnet" join shard1.cli shard2.cli shard3.cli -o joined.cli
 cmp joined.cli whole.cli || fail "joined shards by number"
+# Shards that are converted or ordered are shards still, told by number where heights are too near for text.
+for shard in 1 2 3; do
+    expect 0 "$varnet" slice $part -o "thin$shard.cli" --layer 0.004 --no-fill --shard $shard/3
+    expect 0 "$varnet" convert "thin$shard.cli" "text$shard.cli" --mode ascii
+    expect 0 "$varnet" order "thin$shard.cli" "near$shard.cli"
+done
+expect 0 "$varnet" join text1.cli text2.cli -o joined.cli
+says 'warning: joined.cli has layers 1 to 11666 of 17500'
+expect 0 "$varnet" slice $part -o thin.cli --layer 0.004 --no-fill
+expect 0 "$varnet" convert thin.cli text.cli --mode ascii
+expect 0 "$varnet" join text1.cli text2.cli text3.cli -o joined.cli
+cmp joined.cli text.cli || fail "converted shards"
+for kind in text near; do
+    expect 1 "$varnet" join ${kind}1.cli ${kind}3.cli -o no.cli
+    says "${kind}3.cli: layers .* are missing ahead of it"
+done
+# More shards than the system lets a process have open.
+names=""
+for n in $(seq 70); do
+    expect 0 "$varnet" slice $part -o "of70_$n.cli" --layer 1 --hatch 2 --shard "$n/70"
+    names="$names of70_$n.cli"
+done
+(
+    ulimit -n 72
+    # shellcheck disable=SC2086
+    expect 0 "$varnet" join $names -o joined.cli
+)
+cmp joined.cli whole.cli || fail "a shard for each layer"
 for wrong in 0/3 4/3 1 /3 1/ a/b 1/-1; do
     expect 2 "$varnet" slice $part -o no.cli --shard $wrong
     says "$wrong is no shard such as 1/8"

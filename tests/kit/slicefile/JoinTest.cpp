@@ -72,7 +72,7 @@ TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
             int const last = layers * (i + 1) / shards;
             inputs.push_back(Shard(std::to_string(i) + ".cli", first, last, layers, GetParam()));
         }
-        EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli"));
+        EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli").layers);
         EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli")) << shards;
     }
 }
@@ -80,7 +80,7 @@ TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
 TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
     std::vector<fs::path> const inputs{Shard("a.cli", 1, 4, std::nullopt, GetParam()),
                                        Shard("b.cli", 5, 9, std::nullopt, GetParam())};
-    EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli"));
+    EXPECT_EQ(9, JoinSliceFiles(inputs, folder / "joined.cli").layers);
     {
         // Closed before the file is removed.
         SliceFile const joined(folder / "joined.cli");
@@ -93,7 +93,104 @@ TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
     EXPECT_NE(std::string::npos, RefusalOf(gap).find("gap"));
 }
 
+// Some of the shards are a shard themselves, and can be joined with the others later.
+TEST_P(JoinTest, ShardsOfAnEndOfTheBuildStateTheirRange) {
+    int const layers = 12;
+    auto const shard = [&](int first, int last) {
+        return Shard(std::to_string(first) + ".cli", first, last, layers, GetParam());
+    };
+    std::vector<fs::path> const low{shard(1, 3), shard(4, 6)};
+    std::vector<fs::path> const high{shard(7, 7), shard(8, 12)};
+    fs::path const lowest = folder / "low.cli";
+    fs::path const highest = folder / "high.cli";
+    JoinReport const joined = JoinSliceFiles(low, lowest);
+    EXPECT_EQ(6, joined.layers);
+    EXPECT_EQ((LayerRange{1, 6, layers}), joined.range);
+    EXPECT_EQ((LayerRange{7, 12, layers}), JoinSliceFiles(high, highest).range);
+    EXPECT_EQ((LayerRange{1, 6, layers}), SliceFile(lowest).Header().range);
+    EXPECT_EQ((LayerRange{7, 12, layers}), SliceFile(highest).Header().range);
+    EXPECT_TRUE(BytesOf(Shard("same.cli", 1, 6, layers, GetParam())) == BytesOf(lowest));
+    EXPECT_NE(std::string::npos, RefusalOf({lowest, high[1]}).find("layers 7 to 7 are missing"));
+    JoinReport const all = JoinSliceFiles(std::vector<fs::path>{lowest, highest}, folder / "joined.cli");
+    EXPECT_EQ(layers, all.layers);
+    EXPECT_FALSE(all.range.has_value());
+    fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
+    EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
+}
+
+// More files than are open at a time.
+TEST_P(JoinTest, AShardForEachLayer) {
+    int const layers = 150;
+    std::vector<fs::path> inputs;
+    for (int n = 1; n <= layers; ++n) {
+        inputs.push_back(Shard(std::to_string(n) + ".cli", n, n, layers, GetParam()));
+    }
+    EXPECT_EQ(layers, JoinSliceFiles(inputs, folder / "joined.cli").layers);
+    fs::path const whole = Shard("whole.cli", 1, layers, std::nullopt, GetParam());
+    EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
+}
+
+// Heights in text have two decimals: the numbers say that the layers follow each other.
+TEST_P(JoinTest, ThinLayersMayRoundToOneHeight) {
+    SliceWriteSettings settings;
+    settings.mode = GetParam();
+    settings.range = LayerRange{1, 1, 2};
+    for (std::int32_t const n : {1, 2}) {
+        settings.range->first = settings.range->last = n;
+        SliceWriter writer(folder / (std::to_string(n) + ".cli"), 1, settings);
+        writer.Write(LayerOf(n, 0.001));
+        writer.Finish();
+    }
+    EXPECT_EQ(2,
+              JoinSliceFiles(std::vector<fs::path>{folder / "1.cli", folder / "2.cli"}, folder / "joined.cli")
+                  .layers);
+}
+
+TEST_P(JoinTest, FilesWithAndWithoutARangeMayFollowEachOther) {
+    auto const shard = [&](std::string const& name, int first, int last, bool stated) {
+        return Shard(name, first, last, stated ? std::optional<int>(12) : std::nullopt, GetParam());
+    };
+    std::vector<fs::path> const inputs{shard("a.cli", 1, 3, false), shard("b.cli", 4, 6, true),
+                                       shard("c.cli", 7, 9, true), shard("d.cli", 10, 12, false)};
+    EXPECT_EQ(12, JoinSliceFiles(inputs, folder / "joined.cli").layers);
+    fs::path const whole = Shard("whole.cli", 1, 12, std::nullopt, GetParam());
+    EXPECT_TRUE(BytesOf(whole) == BytesOf(folder / "joined.cli"));
+    fs::remove(folder / "joined.cli");
+    std::vector<fs::path> const gap{inputs[1], inputs[2], shard("e.cli", 12, 12, false)};
+    EXPECT_NE(std::string::npos, RefusalOf(gap).find("gap"));
+    // Layers 7 to 9 of a build whose layers are lower than those of the file before.
+    SliceWriteSettings settings;
+    settings.mode = GetParam();
+    settings.range = LayerRange{7, 9, 12};
+    SliceWriter writer(folder / "lower.cli", 3, settings);
+    for (std::int32_t n = 7; n <= 9; ++n) writer.Write(LayerOf(n, 0.125));
+    writer.Finish();
+    EXPECT_NE(std::string::npos, RefusalOf({inputs[1], folder / "lower.cli"}).find("begin at or below"));
+}
+
 using JoinRefusals = JoinTest;
+
+// Nothing else tells that a binary file was cut between two layers.
+TEST_F(JoinRefusals, FilesWithOtherLayersThanTheyState) {
+    fs::path const a = Shard("a.cli", 1, 4, 12);
+    std::string const bytes = BytesOf(Shard("b.cli", 5, 8, 12));
+    fs::path const c = Shard("c.cli", 9, 12, 12);
+    // Of each layer 6 bytes are its own, 14 and 5 points its contour's, 10 and a stroke its chain's.
+    std::size_t const layer = 6 + 14 + 5 * 8 + 10 + 16;
+    for (std::size_t const missing : {1, 3, 4}) {
+        fs::path const cut = folder.Write("cut.cli", bytes.substr(0, bytes.size() - missing * layer));
+        std::string const why = RefusalOf({a, cut, c});
+        EXPECT_NE(std::string::npos, why.find("cut.cli")) << why;
+        EXPECT_NE(std::string::npos, why.find("states layers 5:8 and holds " + std::to_string(4 - missing)))
+            << why;
+    }
+    for (std::string const range : {"8:5/12", "5:8/07"}) {
+        std::string other = bytes;
+        other.replace(other.find("5:8/12"), range.size(), range);
+        fs::path const b = folder.Write("other.cli", other);
+        EXPECT_NE(std::string::npos, RefusalOf({b}).find("other.cli: states layers")) << range;
+    }
+}
 
 // A step is a quarter of a millimetre.
 TEST_F(JoinRefusals, AGapOfOneStepAndAHalfIsNoneAndAnEndThatIsTheNextBeginningIsRefused) {
@@ -144,6 +241,12 @@ TEST_F(JoinRefusals, OtherModesAndUnitsAreNamed) {
     bytes.replace(at, end - at, "$$UNITS/00000000.500000");
     fs::path const half = folder.Write("half.cli", bytes);
     EXPECT_NE(std::string::npos, RefusalOf({half, text}).find("other units"));
+    std::string later = BytesOf(text);
+    ASSERT_NE(std::string::npos, later.find("$$VERSION/200"));
+    later.replace(later.find("$$VERSION/200"), 13, "$$VERSION/201");
+    fs::path const versioned = folder.Write("later.cli", later);
+    EXPECT_NE(std::string::npos,
+              RefusalOf({folder / "t1.cli", versioned}).find("later.cli: has another version"));
 }
 
 TEST_F(JoinRefusals, BrokenFilesMissingOnesAndNoneAtAll) {
