@@ -10,6 +10,10 @@ tail -n 1 out | grep -qE '^[0-9]+ checks passed in [0-9.]+ seconds' || fail "the
 cp out tables
 grep -q '<style>' made/index.html && grep -q '</html>' made/index.html || fail "the demo's page"
 test -s made/index.html && test -s made/bracket.cli || fail "the files of the demo"
+# Each file of the list has its name twice, as what it leads to and as what is read, and is there.
+grep -o '<li>.*</li>' made/index.html >listed
+[ -s listed ] && ! grep -vE '^<li><a href="([^"]+)">\1</a></li>$' listed || fail "the list of the demo's files"
+sed 's/.*">\(.*\)<.a><.li>/\1/' listed | while read -r file; do test -s "made/$file" || exit 1; done || fail "a file of the demo's list"
 # What the tables say of the files is what the files hold.
 of() { sed -nE "s/^ +$1 +(.*)$/\1/p" tables | tail -n 1; }
 expect 0 "$varnet" info made/bracket_support.stl

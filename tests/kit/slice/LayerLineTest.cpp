@@ -7,18 +7,18 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 #include "kit/slice/FlatShapes.h"
 
 namespace {
 
-std::atomic<bool> g_FailsInThreads{false};
-thread_local bool t_IsTest = false;
+std::atomic<bool> g_Fails{false};
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-    if (g_FailsInThreads.load(std::memory_order_relaxed) && !t_IsTest) throw std::bad_alloc();
+    if (g_Fails.load(std::memory_order_relaxed)) throw std::bad_alloc();
     void* const block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) throw std::bad_alloc();
     return block;
@@ -31,8 +31,7 @@ namespace {
 
 class LayerLineTest : public testing::Test {
 protected:
-    LayerLineTest() { t_IsTest = true; }
-    ~LayerLineTest() override { g_FailsInThreads = false; }
+    ~LayerLineTest() override { g_Fails = false; }
 
     // A pyramid: all layers differ.
     SlicePlan PlanOf(int threads, int first, int last) {
@@ -99,29 +98,53 @@ TEST_F(LayerLineTest, ALineThatIsLeftEarlyEndsItsThreads) {
     }
 }
 
-TEST_F(LayerLineTest, WhatAThreadThrowsComesOutInPlaceOfTheLayer) {
-    SlicePlan const plan = PlanOf(2, 1, 200);
-    g_FailsInThreads = true;
-    std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
-    EXPECT_THROW(line->Next(NoLook()), std::bad_alloc);
-    g_FailsInThreads = false;
-}
-
-TEST_F(LayerLineTest, LayersMadeBeforeAThreadFailedAreTakenFirst) {
-    SlicePlan const plan = PlanOf(2, 1, 200);
-    std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+// How many layers come in their order before one fails, where no work finds memory from the one with this
+// index on; 200 where none fails.
+int TakenBeforeFailure(LayerLine& line, int index) {
     int taken = 0;
     try {
         for (; taken < 200; ++taken) {
-            ASSERT_EQ(line->Next(NoLook()).layer.number, taken + 1);
-            // The threads are at most eight blocks of eight layers ahead.
-            if (taken == 9) g_FailsInThreads = true;
+            if (taken == index) g_Fails = true;
+            if (line.Next([] {}).layer.number != taken + 1) break;
         }
     } catch (std::bad_alloc const&) {
-        g_FailsInThreads = false;
+        g_Fails = false;
+        return taken;
     }
-    EXPECT_GE(taken, 10);
-    EXPECT_LT(taken, 200);
+    g_Fails = false;
+    return 200;
+}
+
+// Whoever makes a layer, and however far ahead: at most eight blocks of eight layers are there before.
+TEST_F(LayerLineTest, WhatTheWorkThrowsComesOutInPlaceOfTheLayer) {
+    for (int const threads : {1, 2}) {
+        for (int const index : {0, 10, 64}) {
+            SlicePlan const plan = PlanOf(threads, 1, 200);
+            std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+            int const taken = TakenBeforeFailure(*line, index);
+            EXPECT_GE(taken, index);
+            EXPECT_LT(taken, 200) << threads << " threads, from layer " << index + 1;
+        }
+    }
+}
+
+TEST_F(LayerLineTest, WhatTheLookThrowsComesOutAtOnceOrNever) {
+    // A look is asked for at every few thousand steps: where one is, what it throws ends the line.
+    SlicePlan const plan = PlanOf(2, 1, 200);
+    std::unique_ptr<LayerLine> const line = MakeLayerLine(plan);
+    int taken = 0;
+    bool asked = false;
+    try {
+        for (; taken < 200; ++taken) {
+            line->Next([&asked] {
+                asked = true;
+                throw std::runtime_error("stop");
+            });
+        }
+    } catch (std::runtime_error const&) {
+        EXPECT_TRUE(asked);
+    }
+    EXPECT_EQ(asked, taken < 200);
 }
 
 }  // namespace
