@@ -146,10 +146,14 @@ SlicedLayer Made(int openPaths) {
     for (int i = 0; i < openPaths; ++i) sliced.layer.AddContour(std::vector<Point2>{{9, 0}, {9, 3}}, open);
     sliced.layer.AddChain(std::vector<Stroke>{{{0, 0}, {1, 0}}, {{1, 1}, {0, 1}}}, kFillId);
     sliced.layer.AddChain(std::vector<Stroke>{{{0, 0}, {1, 0}}}, kSupportId);
+    sliced.facts.area = 15.0;
+    sliced.facts.length = 16.0 + 4.0 + 3.0 * openPaths;
     return sliced;
 }
 
 TEST(CountLayers, SumsAndGreatestOfAllLayers) {
+    EXPECT_EQ(Made(2).layer.Area(), Made(2).facts.area);
+    EXPECT_EQ(Made(2).layer.ContourLength(), Made(2).facts.length);
     SliceReport report;
     SlicedLayer first = Made(1);
     first.facts.joins.longestOpen = 0.25;
