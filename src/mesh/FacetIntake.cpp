@@ -66,6 +66,9 @@ static_assert(3 * kGroup <= VertexCache::kLargestGroup);
 // triangles, where a file in the usual order has two in three.
 constexpr std::size_t kFewRepeats = 2;
 
+// The tree is asked how far apart the corners of a block lie for so many blocks at once.
+constexpr std::size_t kBlocksALook = 4;
+
 // A tree of fewer vertices stays at hand as a whole.
 constexpr std::uint32_t kLargeTree = 50000;
 
@@ -124,8 +127,7 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
     for (std::size_t i = 0; i < facets.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) m_Hashes[i][k] = VertexCache::HashOf(facets[i].m_ptVertex[k]);
     }
-    bool const bScattered =
-        m_Model.m_VertexTree.m_nCount >= kLargeTree && (AreFarFromEachOther() || AreFarApartInTree(facets));
+    bool const bScattered = AreScattered(facets);
     for (std::size_t i = 0; i < facets.size(); ++i) {
         if (onStop == OnStop::kEnd && LoadShared(m_Model.m_bStopRead) != 0) return;
         if (bScattered && i % kGroup == 0) {
@@ -139,6 +141,14 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
         }
         Add(facets[i], m_Hashes[i]);
     }
+}
+
+// Whether what the triangles touch has to be brought near. The tree is asked once in a few blocks, which are
+// much like each other.
+bool FacetIntake::AreScattered(std::span<tagFACET const> facets) {
+    if (m_Model.m_VertexTree.m_nCount < kLargeTree) return false;
+    if (m_nBlocks++ % kBlocksALook == 0) m_bFarApart = AreFarApartInTree(facets);
+    return m_bFarApart || AreFarFromEachOther();
 }
 
 // Most files hold neighbours near each other, and what a triangle touches is at hand from the last ones.

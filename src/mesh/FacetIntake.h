@@ -39,6 +39,7 @@ private:
     using Hashes = std::array<std::size_t, 3>;  // of a triangle's corners
 
     void Add(tagFACET& facet, Hashes const& hashes);
+    bool AreScattered(std::span<tagFACET const> facets);
     bool AreFarFromEachOther() const;
     bool AreFarApartInTree(std::span<tagFACET const> facets) const;
     void BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const;
@@ -46,6 +47,8 @@ private:
     CSTLModel& m_Model;
     VertexCache m_Cache;
     std::vector<Hashes> m_Hashes;  // of a block
+    std::size_t m_nBlocks = 0;     // since the tree was found to be large
+    bool m_bFarApart = false;      // what the last block that was looked at says of those behind it
 };
 
 /// Triangles on their way to an intake, which takes them block by block.
