@@ -21,6 +21,7 @@ import tempfile
 import time
 from collections.abc import Callable, Iterable
 from dataclasses import dataclass
+from itertools import islice
 from pathlib import Path
 from typing import Any
 
@@ -59,6 +60,14 @@ BYTES_A_BYTE = {False: 12, True: 16}
 
 # A file at which so many workers died is not tried again.
 MOST_DEATHS = 3
+
+# So many tasks are under way for each worker: one that it works on, and one that waits there.
+BATCHES_A_WORKER = 2
+
+# So many files at most are one task, together asking for so much memory, and the last ones of each worker are one each.
+FILES_A_BATCH = 4
+BYTES_A_BATCH = 800_000_000
+FILES_BEFORE_THE_END = 8
 
 Row = dict[str, Any]
 
@@ -115,6 +124,11 @@ def measure_or_say_why(path: str, job: Job) -> tuple[Row, float, str]:
     return row, time.perf_counter() - start, get_worker().address
 
 
+def measure_all(paths: list[str], job: Job) -> list[tuple[Row, float, str]]:
+    """A batch of files, one after the other."""
+    return [measure_or_say_why(path, job) for path in paths]
+
+
 def failed(path: str, error: str) -> Row:
     """A row that says no more than why. Messages name the file by the path that it was opened by."""
     return {"file": Path(path).name, "error": error.replace(path, Path(path).name)}
@@ -123,6 +137,23 @@ def failed(path: str, error: str) -> Row:
 def models_in(folder: Path) -> list[Path]:
     """The files that are tried, by name."""
     return sorted(p for p in folder.iterdir() if p.suffix.lower() in SUFFIXES and not p.is_dir())
+
+
+def batches_of(files: list[tuple[Path, int]], workers: int) -> Iterable[list[tuple[Path, int]]]:
+    """Small files by the handful, since a task costs the scheduler some milliseconds; each by itself at the end, so that
+    no worker is left alone with many."""
+    singly = len(files) - FILES_BEFORE_THE_END * max(workers, 1)
+    batch: list[tuple[Path, int]] = []
+    asked = 0
+    for number, (path, needed) in enumerate(files):
+        full = len(batch) == FILES_A_BATCH or number >= singly or asked + needed > BYTES_A_BATCH
+        if batch and full:
+            yield batch
+            batch, asked = [], 0
+        batch.append((path, needed))
+        asked += needed
+    if batch:
+        yield batch
 
 
 def run(
@@ -138,34 +169,69 @@ def run(
     """
     rows: list[Row] = []
     times: list[Row] = []
-    futures = {}
+    files: list[tuple[Path, int]] = []
     for path in paths:
         needed = bytes_needed(path, job)
         if needed > memory:
             rows.append(failed(str(path), f"needs {needed:,} bytes of memory, and a worker has {memory:,}"))
-            continue
-        # Keys are sent as UTF-8, which a name need not be.
-        key = f"measure-{ascii(str(path))}"
-        future = client.submit(
-            measure_or_say_why, str(path), job, key=key, resources={"memory": needed}, pure=False
-        )
-        futures[future] = path
-    total = len(rows) + len(futures)
+        else:
+            files.append((path, needed))
+    total = len(rows) + len(files)
     for done, row in enumerate(rows, 1):
         told(row, done, total)
-    for future, result in as_completed(list(futures), with_results=True, raise_errors=False):
-        path = futures[future]
-        error = None if future.status == "finished" else future.exception()
-        if error is None:
-            row, seconds, worker = result
-            times.append({"file": row["file"], "seconds": round(seconds, 3), "worker": worker})
-        elif isinstance(error, KilledWorker):
-            row = failed(str(path), f"{MOST_DEATHS} workers died while they had it")
-        else:
-            row = failed(str(path), f"{type(error).__name__}: {error}")
+
+    def add(row: Row) -> None:
         rows.append(row)
         told(row, len(rows), total)
+
+    def submit(batch: list[tuple[Path, int]], attempt: int) -> Any:
+        names = [str(path) for path, _ in batch]
+        # Keys are sent as UTF-8, which a name need not be.
+        key = f"measure-{ascii(names[0])}-{attempt}"
+        needed = max(needed for _, needed in batch)
+        return client.submit(measure_all, names, job, key=key, resources={"memory": needed}, pure=False)
+
+    def take(future: Any, batch: list[tuple[Path, int]]) -> bool:
+        """Adds the rows of a task that has ended. False where its worker died; it has none then."""
+        error = future.exception()
+        if isinstance(error, KilledWorker):
+            return False
+        if error is None:
+            for row, seconds, worker in future.result():
+                times.append({"file": row["file"], "seconds": round(seconds, 3), "worker": worker})
+                add(row)
+        else:
+            for path, _ in batch:
+                add(failed(str(path), f"{type(error).__name__}: {error}"))
+        return True
+
+    workers = lambda: max(len(client.scheduler_info()["workers"]), 1)  # noqa: E731
+    waiting = iter(batches_of(files, workers()))
+    under_way: dict[Any, list[tuple[Path, int]]] = {}
+    ended = as_completed()
+    suspects: list[tuple[Path, int]] = []
+
+    def start() -> None:
+        for batch in islice(waiting, max(BATCHES_A_WORKER * workers() - len(under_way), 0)):
+            future = submit(batch, 1)
+            under_way[future] = batch
+            ended.add(future)
+
+    start()
+    for future in ended:
+        batch = under_way.pop(future)
+        start()
+        if not take(future, batch):
+            suspects += batch
         future.release()
+    # Whoever waits at a worker that dies is held to be the cause: now nobody does.
+    for suspect in suspects:
+        for attempt in range(2, MOST_DEATHS + 1):
+            future = submit([suspect], attempt)
+            if take(future, [suspect]):
+                break
+        else:
+            add(failed(str(suspect[0]), f"{MOST_DEATHS} workers died while they had it"))
     by_name = lambda row: row["file"]  # noqa: E731
     return sorted(rows, key=by_name), sorted(times, key=by_name)
 
@@ -227,7 +293,8 @@ def write_whole(path: Path, content: bytes) -> None:
 
 def start_workers(workers: int, memory: int) -> LocalCluster:
     """Processes of this machine, each with so many bytes to give away; one that takes more is started anew."""
-    dask.config.set({"distributed.scheduler.allowed-failures": MOST_DEATHS - 1})
+    # What a worker had when it died is told at once: run() tries it again.
+    dask.config.set({"distributed.scheduler.allowed-failures": 0})
     return LocalCluster(
         n_workers=workers,
         threads_per_worker=1,

@@ -222,6 +222,49 @@ def test_a_file_at_which_workers_die_is_a_row_after_three(models: Path, tmp_path
     assert found["cube.stl"]["volume"] == 1000.0
 
 
+@needs_proc
+def test_of_a_batch_at_which_workers_die_each_file_is_tried_by_itself(models: Path, tmp_path: Path) -> None:
+    names = [f"{number}.stl" for number in range(farm.FILES_BEFORE_THE_END + farm.FILES_A_BATCH - 1)]
+    for name in names:
+        (tmp_path / name).write_bytes((models / "cube.stl").read_bytes())
+    # By name the second one of the first batch.
+    pipe = Pipe(tmp_path / "0a.stl")
+
+    def kill_all() -> None:
+        try:
+            for _ in range(farm.MOST_DEATHS):
+                pipe.kill_reader()
+        finally:
+            pipe.close()
+
+    with farm.start_workers(1, MEMORY) as cluster, distributed.Client(cluster) as client:
+        killer = threading.Thread(target=kill_all)
+        killer.start()
+        rows, times = farm.run(client, farm.models_in(tmp_path), farm.Job(), MEMORY)
+        killer.join()
+    found = by_file(rows)
+    assert found.pop("0a.stl")["error"] == "3 workers died while they had it"
+    assert sorted(found) == sorted(names)
+    assert {row["volume"] for row in found.values()} == {1000.0}
+    assert sorted(row["file"] for row in times) == sorted(names)
+
+
+def test_batches_hold_all_files_in_order_small_ones_by_the_handful() -> None:
+    def sizes(needs: list[int], workers: int) -> list[int]:
+        files = [(Path(str(number)), needed) for number, needed in enumerate(needs)]
+        batches = list(farm.batches_of(files, workers))
+        assert [file for batch in batches for file in batch] == files
+        return [len(batch) for batch in batches]
+
+    last = farm.FILES_BEFORE_THE_END
+    half = farm.BYTES_A_BATCH // 2
+    assert sizes([], 1) == []
+    assert sizes([1] * last, 1) == [1] * last
+    assert sizes([1] * (last + 9), 1) == [4, 4] + [1] * (last + 1)
+    assert sizes([1] * (2 * last + 8), 2) == [4, 4] + [1] * (2 * last)
+    assert sizes([half, half, half, 1, 2 * half, 2 * half + 1] + [1] * last, 1) == [2, 2, 1, 1] + [1] * last
+
+
 def run_farm(*arguments: Any) -> subprocess.CompletedProcess[str]:
     return subprocess.run(
         [sys.executable, str(EXAMPLES / "farm" / "farm.py"), *map(str, arguments)],
