@@ -9,7 +9,6 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Reading.h"
-#include "varnet/SliceFile.h"
 #include "varnet/Slicer.h"
 #include "varnet/Supports.h"
 

@@ -7,7 +7,6 @@
 #include <exception>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -42,10 +41,11 @@ public:
         m_BlockSize = std::clamp(count / (threads * kBlocksEach), 1, kLongestBlock);
         m_BlockCount = (count + m_BlockSize - 1) / m_BlockSize;
         m_Slots.resize(static_cast<std::size_t>(std::min(threads * kAhead, m_BlockCount)));
+        m_Threads.reserve(static_cast<std::size_t>(threads));
         try {
             for (int i = 1; i < threads; ++i) m_Threads.emplace_back([this] { Work(); });
-        } catch (std::system_error const&) {
-            // There are fewer, and so many layers more for each.
+        } catch (std::exception const&) {
+            // The system has no more, or no memory for one: there are fewer, and more layers for each.
         }
     }
 

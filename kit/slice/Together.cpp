@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstddef>
 #include <exception>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -39,7 +38,7 @@ void RunTogether(int count, Pulse& pulse, std::function<void(int, Pulse&)> const
     threads.reserve(static_cast<std::size_t>(count));
     try {
         for (int i = 1; i < count; ++i) threads.emplace_back(runAside, i);
-    } catch (std::system_error const&) {
+    } catch (std::exception const&) {
         // The rest is done below.
     }
     auto const started = static_cast<int>(threads.size());
