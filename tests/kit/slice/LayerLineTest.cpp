@@ -4,43 +4,18 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
+#include "kit/FailingNew.h"
 #include "kit/slice/FlatShapes.h"
-
-namespace {
-
-std::atomic<bool> g_Fails{false};
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    if (g_Fails.load(std::memory_order_relaxed)) throw std::bad_alloc();
-    void* const block = std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-// All that is freed below comes from here: sanitizers have these two of their own otherwise.
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    try {
-        return operator new(size);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
-}
-void operator delete(void* block, std::nothrow_t const&) noexcept { std::free(block); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace varnet {
 namespace {
 
 class LayerLineTest : public testing::Test {
 protected:
-    ~LayerLineTest() override { g_Fails = false; }
+    ~LayerLineTest() override { g_NewFails = false; }
 
     // A pyramid: all layers differ.
     SlicePlan PlanOf(int threads, int first, int last) {
@@ -113,14 +88,14 @@ int TakenBeforeFailure(LayerLine& line, int index) {
     int taken = 0;
     try {
         for (; taken < 200; ++taken) {
-            if (taken == index) g_Fails = true;
+            if (taken == index) g_NewFails = true;
             if (line.Next([] {}).layer.number != taken + 1) break;
         }
     } catch (std::bad_alloc const&) {
-        g_Fails = false;
+        g_NewFails = false;
         return taken;
     }
-    g_Fails = false;
+    g_NewFails = false;
     return 200;
 }
 
