@@ -199,10 +199,8 @@ def test_a_worker_that_is_killed_costs_a_try_and_not_the_run(models: Path, tmp_p
     assert found["midway.stl"]["volume"] == found["cube.stl"]["volume"] == 1000.0
 
 
-@needs_proc
-def test_a_file_at_which_workers_die_is_a_row_after_three(models: Path, tmp_path: Path) -> None:
-    (tmp_path / "cube.stl").write_bytes((models / "cube.stl").read_bytes())
-    pipe = Pipe(tmp_path / "deadly.stl")
+def run_while_readers_die(pipe: Pipe, folder: Path) -> tuple[list[farm.Row], list[farm.Row]]:
+    """What farm.run gives while a worker dies at the pipe each time it is tried."""
 
     def kill_all() -> None:
         try:
@@ -213,10 +211,17 @@ def test_a_file_at_which_workers_die_is_a_row_after_three(models: Path, tmp_path
 
     with farm.start_workers(1, MEMORY) as cluster, distributed.Client(cluster) as client:
         killer = threading.Thread(target=kill_all)
-        paths = farm.models_in(tmp_path)
+        paths = farm.models_in(folder)
         killer.start()
-        rows, _ = farm.run(client, paths, farm.Job(), MEMORY)
+        result = farm.run(client, paths, farm.Job(), MEMORY)
         killer.join()
+    return result
+
+
+@needs_proc
+def test_a_file_at_which_workers_die_is_a_row_after_three(models: Path, tmp_path: Path) -> None:
+    (tmp_path / "cube.stl").write_bytes((models / "cube.stl").read_bytes())
+    rows, _ = run_while_readers_die(Pipe(tmp_path / "deadly.stl"), tmp_path)
     found = by_file(rows)
     assert found["deadly.stl"]["error"] == "3 workers died while they had it"
     assert found["cube.stl"]["volume"] == 1000.0
@@ -228,20 +233,7 @@ def test_of_a_batch_at_which_workers_die_each_file_is_tried_by_itself(models: Pa
     for name in names:
         (tmp_path / name).write_bytes((models / "cube.stl").read_bytes())
     # By name the second one of the first batch.
-    pipe = Pipe(tmp_path / "0a.stl")
-
-    def kill_all() -> None:
-        try:
-            for _ in range(farm.MOST_DEATHS):
-                pipe.kill_reader()
-        finally:
-            pipe.close()
-
-    with farm.start_workers(1, MEMORY) as cluster, distributed.Client(cluster) as client:
-        killer = threading.Thread(target=kill_all)
-        killer.start()
-        rows, times = farm.run(client, farm.models_in(tmp_path), farm.Job(), MEMORY)
-        killer.join()
+    rows, times = run_while_readers_die(Pipe(tmp_path / "0a.stl"), tmp_path)
     found = by_file(rows)
     assert found.pop("0a.stl")["error"] == "3 workers died while they had it"
     assert sorted(found) == sorted(names)
