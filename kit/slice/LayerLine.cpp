@@ -136,8 +136,8 @@ private:
         }
     }
 
-    // Puts the block into its slot, or the error for which there is none; returns false then. Throws Stopped
-    // when the pulse does.
+    // Makes the block and puts it into its slot. Where that fails the slot gets the error, and false comes
+    // back. Throws Stopped when the pulse does.
     bool Make(int block, std::optional<LayerMaker>& maker, Pulse& pulse) {
         Slot made;
         made.full = true;
