@@ -59,4 +59,11 @@ private:
 template <class T>
 using LargeVector = std::vector<T, LargeAllocator<T>>;
 
+/// Brings the memory at the address into the processor's cache.
+inline void Prefetch([[maybe_unused]] void const* address) {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
 }  // namespace varnet
