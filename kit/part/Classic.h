@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "part/FlatMesh.h"
+#include "varnet/Supports.h"
 
 namespace varnet {
 
@@ -64,5 +65,6 @@ ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const
 
 /// The model's facets, in the order of its surfaces.
 FlatMesh Flatten(CSTLModel const& model);
+SupportSolid FlattenSolid(CSTLModel const& model);
 
 }  // namespace varnet
