@@ -54,7 +54,8 @@ struct Block {
     std::size_t size = 0;
 };
 
-// The blocks that wait, the one that came last in front; freed when the library is unloaded.
+// The blocks that wait, the one that came last in front; freed when the library is unloaded. Nobody waits for
+// another thread: a process may have been forked while one was here.
 class Store {
 public:
     Store() = default;
@@ -66,8 +67,10 @@ public:
         for (std::size_t i = 0; i < m_Count; ++i) Free(m_Blocks[i].memory);
     }
 
+    // Null when there is none, or when another thread is here.
     void* Take(std::size_t size) noexcept {
-        std::lock_guard const lock(m_Mutex);
+        std::unique_lock const lock(m_Mutex, std::try_to_lock);
+        if (!lock) return nullptr;
         auto const end = m_Blocks.begin() + static_cast<std::ptrdiff_t>(m_Count);
         auto const found =
             std::find_if(m_Blocks.begin(), end, [size](Block const& block) { return block.size == size; });
@@ -78,10 +81,10 @@ public:
         m_Bytes -= size;
         return memory;
     }
-    // The oldest ones make room. False when the block is not kept.
+    // The oldest ones make room. False when the block is not kept, as when another thread is here.
     bool Keep(Block const& block) noexcept {
-        std::lock_guard const lock(m_Mutex);
-        if (m_Closed || block.size > kMostKept) return false;
+        std::unique_lock const lock(m_Mutex, std::try_to_lock);
+        if (!lock || m_Closed || block.size > kMostKept) return false;
         while (m_Count == m_Blocks.size() || m_Bytes + block.size > kMostKept) {
             Block const& oldest = m_Blocks[--m_Count];
             m_Bytes -= oldest.size;
