@@ -196,13 +196,14 @@ double LargestDifference(std::span<Point3 const> points, std::span<Point3 const>
         pace.Step(k, points.size());
         Point3 const& p = points[k];
         double nearest = size * kLastReach;
-        for (double reach = size * kFirstReach; reach < size * kLastReach && nearest > reach; reach *= 16.0) {
+        for (double reach = size * kFirstReach;; reach = std::min(reach * 16.0, size * kLastReach)) {
             std::size_t looked = 0;
             tree.NearLine(p, p, reach, kMostLooked, looked, [&](std::size_t i) {
                 Point3 const& q = others[i];
                 nearest = std::min(
                     nearest, std::max({std::fabs(p.x - q.x), std::fabs(p.y - q.y), std::fabs(p.z - q.z)}));
             });
+            if (nearest <= reach || reach >= size * kLastReach) break;
         }
         largest = std::max(largest, nearest);
     }

@@ -31,6 +31,42 @@ row 'box +0  0  0  to  12\.7  12\.7  12\.7$'
 [ ! -s err ] || fail "a hint for a part in known units"
 expect 0 "$varnet" info small.stl --units m
 row 'volume, mm3 +125000000$'
+expect 0 "$varnet" info small.stl --units cm
+row 'box +0  0  0  to  5  5  5$'
+expect 0 "$varnet" info small.stl --units cm --scale 3
+row 'box +0  0  0  to  15  15  15$'
+# A part of just a millimetre is taken as it is.
+cube one.stl 0 0 0 1
+expect 0 "$varnet" info one.stl
+[ ! -s err ] || fail "a hint for a part of a millimetre"
+cube less.stl 0 0 0 0.999
+expect 0 "$varnet" info less.stl
+says 'less.stl: the part is 0\.999 mm long'
+
+# Of more than twenty bodies the first twenty are listed; JSON lists them all.
+bodies=''
+for x in $(seq 20); do bodies="$bodies $((3 * x)) 0 0 1"; done
+# shellcheck disable=SC2086
+cube twenty.stl $bodies
+expect 0 "$varnet" info twenty.stl
+row 'body 20 +solid, 12 facets, volume 1, open edges 0$'
+! grep -q '\.\.\.' out || fail "twenty bodies are all listed"
+# shellcheck disable=SC2086
+cube many.stl $bodies 63 0 0 1 66 0 0 1
+expect 0 "$varnet" info many.stl
+row 'body 20 +solid'
+row '\.\.\. +2 more$'
+! grep -q 'body 21' out || fail "a body beyond twenty"
+expect 0 "$varnet" info many.stl --json
+[ "$(grep -c '"kind"' out)" -eq 22 ] || fail "bodies in JSON"
+row '"bodies": 22$|"bodies": 22,'
+
+# Thousands are set apart.
+# shellcheck disable=SC2086
+cube hundred.stl $(for x in $(seq 84); do echo $((3 * x)) 0 0 1; done)
+expect 0 "$varnet" info hundred.stl
+row 'facets in the file +1,008$'
+row 'vertices +672$'
 
 # Corners that a rounding sets apart, and how they are joined.
 cube near.stl 0 0 0 10

@@ -68,6 +68,17 @@ row 'note +1 blank lines were passed over$'
 row 'note +1 comments were passed over$'
 row 'note +1 commands that are not known were passed over$'
 row 'note +the header states the box'
+# A box in the header may be off by a twentieth of a millimetre on each side; units are halves.
+for stated in '0,0,0,20,20,9' '0.1,-0.1,0,20.09,19.91,1' '-0.1,0.1,5,19.91,20.09,1'; do
+    sed "s|^..UNITS.*|&\n\$\$DIMENSION/$stated|" part.cli >boxed.cli
+    expect 0 "$varnet" layers boxed.cli
+    ! grep -q note out || fail "a note on the box $stated"
+done
+for stated in '0.11,0,0,20,20,9' '0,0.11,0,20,20,9' '0,0,0,19.89,20,9' '0,0,0,20,20.11,9'; do
+    sed "s|^..UNITS.*|&\n\$\$DIMENSION/$stated|" part.cli >boxed.cli
+    expect 0 "$varnet" layers boxed.cli
+    row 'note +the header states the box'
+done
 sed 's/LAYERS\/3/LAYERS\/12345/' part.cli >lies.cli
 expect 0 "$varnet" convert lies.cli honest.cli
 grep -q 'LAYERS/3$' honest.cli || fail "the number of layers is put right"

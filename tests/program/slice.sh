@@ -107,6 +107,29 @@ expect 1 "$varnet" join plain.cli 1_30.cli -o modes.cli
 says '1_30.cli: is of another mode'
 [ ! -e gap.cli ] && [ ! -e overlap.cli ] && [ ! -e modes.cli ] || fail "a file of shards that do not fit"
 
+# Layers by number: from the first on, up to the last, one alone.
+cube ten.stl 0 0 0 10
+heights() {
+    expect 0 "$varnet" slice ten.stl -o some.cli --layer 1 --no-fill --layers "$1"
+    expect 0 "$varnet" layers some.cli
+    row "heights +$2 to $3\$"
+    row "layers +$(($3 - $2 + 1)) of "
+}
+heights 3 3 3
+heights 3: 3 10
+heights :3 1 3
+heights 3:5 3 5
+heights 10: 10 10
+heights 1:10 1 10
+for wrong in 0 0:3 3:0 x:3 3:x -1 3:4:5; do
+    expect 2 "$varnet" slice ten.stl -o no.cli --layer 1 "--layers=$wrong"
+    says "$wrong is no range of layers such as 1:100"
+done
+heights : 1 10
+for wrong in 5:3 11 3:11; do expect 1 "$varnet" slice ten.stl -o no.cli --layer 1 --layers $wrong; done
+says 'there are layers 1 to 10, and not 3 to 11'
+[ ! -e no.cli ] || fail "a file of layers that are not there"
+
 # Travel gets less by ordering.
 travel() { sed -nE 's/.*travel with the material off, mm +([0-9]+).*/\1/p' out; }
 expect 0 "$varnet" slice $part -o a.cli --layer 1 --hatch 2

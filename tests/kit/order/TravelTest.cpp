@@ -6,6 +6,8 @@
 #include <cmath>
 #include <vector>
 
+#include "varnet/Error.h"
+
 namespace varnet {
 namespace {
 
@@ -58,6 +60,70 @@ TEST(AddTravel, StrokesThatBeginNearlyWhereTheLastOneEndedGoOnInIt) {
     EXPECT_EQ(starts(0.000099, -0.000099), 1);
     EXPECT_EQ(starts(0.000101, 0.0), 2);
     EXPECT_EQ(starts(0.0, -0.000101), 2);
+    // To the bit, about the origin.
+    auto const fromOrigin = [](Point2 const& next) {
+        Layer layer;
+        layer.AddChain(std::vector<Stroke>{{{1, 1}, {0, 0}}, {next, {2, 2}}}, kFillId);
+        Point2 head;
+        Travel travel;
+        AddTravel(layer, head, travel);
+        return travel.starts;
+    };
+    double const below = std::nextafter(1e-4, 0.0);
+    EXPECT_EQ(fromOrigin({below, -below}), 1);
+    EXPECT_EQ(fromOrigin({1e-4, 0.0}), 2);
+    EXPECT_EQ(fromOrigin({0.0, -1e-4}), 2);
+}
+
+TEST(OrderedTravel, WhatALayerIsStaysAsItIs) {
+    for (bool const splice : {false, true}) {
+        OrderSettings settings;
+        settings.splice = splice;
+        settings.width = settings.cut = 0.0;
+        Layer layer = WithSquare();
+        PathOrder(settings).Order(layer);
+        EXPECT_EQ(layer.number, 7);
+        EXPECT_EQ(layer.z, 1.25);
+        EXPECT_EQ(layer.cutHeight, 1.125);
+        EXPECT_DOUBLE_EQ(layer.Area(), 100.0);
+    }
+}
+
+TEST(OrderedTravel, AHeadThatStartsNowhereIsRefused) {
+    for (double const nowhere : {HUGE_VAL, -HUGE_VAL, std::nan("")}) {
+        for (double Point2::*const axis : {&Point2::x, &Point2::y}) {
+            OrderSettings settings;
+            settings.start.*axis = nowhere;
+            try {
+                PathOrder const order(settings);
+                ADD_FAILURE();
+            } catch (Error const& error) {
+                EXPECT_EQ(error.Kind(), ErrorKind::kArgument);
+                EXPECT_STREQ(error.what(), "the head must start at a point");
+            }
+        }
+    }
+}
+
+// Contours by chance, and fill that is not.
+TEST(OrderedTravel, OneSeedGivesOneOrderOfContoursToo) {
+    auto const ordered = [](unsigned seed) {
+        OrderSettings settings;
+        settings.contours = NextPath::kRandom;
+        settings.seed = seed;
+        Layer layer;
+        for (int i = 0; i < 40; ++i) {
+            double const x = 3.0 * i;
+            layer.AddContour(std::vector<Point2>{{x, 0}, {x + 1, 0}, {x, 1}}, {true, -1, 0, i});
+        }
+        PathOrder(settings).Order(layer);
+        std::vector<std::int32_t> ids;
+        for (Contour const& contour : layer.contours) ids.push_back(contour.id);
+        return ids;
+    };
+    EXPECT_EQ(ordered(5), ordered(5));
+    EXPECT_NE(ordered(5), ordered(6));
+    EXPECT_EQ(ordered(5).size(), 40u);
 }
 
 // Beyond 1e14 no pass finds anything: such fill comes last, as it was.
@@ -68,12 +134,14 @@ TEST(OrderedTravel, FillThatIsTooFarAwayComesLast) {
     layer.AddChain(std::vector<Stroke>{{{5, 0}, {6, 0}}}, kFillId);
     layer.AddChain(std::vector<Stroke>{{{2, 0}, {3, 0}}, {{0, 2e14}, {0, 1}}}, kFillId);
     layer.AddChain(std::vector<Stroke>{{{1, 0}, {0, 0}}}, kFillId);
+    layer.AddChain(std::vector<Stroke>{{{1e14, 0}, {7, 0}}}, kFillId);
     order.Order(layer);
-    ASSERT_EQ(layer.ChainCount(), 4u);
+    ASSERT_EQ(layer.ChainCount(), 5u);
     EXPECT_EQ(layer.ChainStrokes(0)[0], (Stroke{{0, 0}, {1, 0}}));
     EXPECT_EQ(layer.ChainStrokes(1)[0], (Stroke{{5, 0}, {6, 0}}));
     EXPECT_EQ(layer.ChainStrokes(2)[0], (Stroke{{2e14, 0}, {1, 0}}));
     EXPECT_EQ(layer.ChainStrokes(3).size(), 2u);
+    EXPECT_EQ(layer.ChainStrokes(4)[0], (Stroke{{1e14, 0}, {7, 0}}));
 }
 
 TEST(OrderedTravel, OneSeedGivesOneOrder) {

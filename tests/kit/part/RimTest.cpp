@@ -82,6 +82,44 @@ TEST_F(RimTest, PointsThatWouldTakeACornerFromAFacetAreNotJoined) {
     EXPECT_EQ(Try(0.1).open, 6);
 }
 
+// The second facet would look the other way where its corner went below its longest side, and nowhere where
+// it came to lie on it.
+TEST_F(RimTest, APointThatWouldTurnAFacetOverIsNotJoined) {
+    auto const joined = [this](double y) {
+        mesh.points = {{0.5, y, 0}, {5, -5, 0}, {-5, -5, 0}, {0, 0, 0}, {1, 0, 0}, {0.5, 0.01, 0}};
+        mesh.triangles = {{0, 2, 1}, {3, 4, 5}};
+        return Try(0.03).joined;
+    };
+    EXPECT_TRUE(joined(-0.01).empty());
+    EXPECT_TRUE(joined(0.0).empty());
+    EXPECT_EQ(joined(0.005), (std::vector<std::pair<std::int32_t, std::int32_t>>{{5, 0}}));
+}
+
+TEST_F(RimTest, PointsOnAnEdgeDivideItInTheirOrder) {
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {7, 0, 0}, {2, 0, 0}, {5, -10, 0}};
+    mesh.triangles = {{0, 1, 2}, {1, 3, 5}, {3, 4, 5}, {4, 0, 5}};
+    Rim::Plan const plan = Try(0.0);
+    ASSERT_EQ(plan.divisions.size(), 1u);
+    EXPECT_EQ(plan.divisions[0].edge, 0);
+    EXPECT_EQ(plan.divisions[0].points, (std::vector<std::int32_t>{4, 3}));
+    EXPECT_EQ(plan.open, 4);
+    EXPECT_FALSE(plan.gaveUp);
+    // Without the facet in the middle, the piece there stays open, and both points are still needed.
+    mesh.triangles = {{0, 1, 2}, {1, 3, 5}, {4, 0, 5}};
+    Rim::Plan const gap = Try(0.0);
+    ASSERT_EQ(gap.divisions.size(), 1u);
+    EXPECT_EQ(gap.divisions[0].points, (std::vector<std::int32_t>{4, 3}));
+    EXPECT_EQ(gap.open, 7);
+    // Where nothing meets the second half, the point on it is not.
+    mesh.points.push_back({8, -10, 0});
+    mesh.points.push_back({9, -10, 0});
+    mesh.triangles = {{0, 1, 2}, {4, 0, 5}, {3, 6, 7}};
+    Rim::Plan const half = Try(0.0);
+    ASSERT_EQ(half.divisions.size(), 1u);
+    EXPECT_EQ(half.divisions[0].points, std::vector<std::int32_t>{4});
+    EXPECT_EQ(half.open, 8);
+}
+
 TEST_F(RimTest, FacetsThatRunTheSameWayLeaveNoGap) {
     mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {5, -10, 0}};
     mesh.triangles = {{0, 1, 2}, {0, 1, 3}};

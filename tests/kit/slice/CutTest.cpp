@@ -17,6 +17,9 @@ public:
     void Leaving(Point2 const& far) { Add(far, true); }
     // It ends there.
     void Arriving(Point2 const& far) { Add(far, false); }
+    // Facets on the corners of the last one, that way round or the other.
+    void AgainLeaving() { AddFacet(static_cast<std::int32_t>(m_Points.size()) - 1, true); }
+    void AgainArriving() { AddFacet(static_cast<std::int32_t>(m_Points.size()) - 1, false); }
 
     std::vector<std::vector<Point2>> Cut() const {
         Pulse pulse;
@@ -35,6 +38,9 @@ private:
     void Add(Point2 const& far, bool leaves) {
         auto const corner = static_cast<std::int32_t>(m_Points.size());
         m_Points.push_back({2.0 * far.x, 2.0 * far.y, 0.0});
+        AddFacet(corner, leaves);
+    }
+    void AddFacet(std::int32_t corner, bool leaves) {
         m_Triangles.push_back(leaves ? Triangle{0, corner, 1} : Triangle{0, 1, corner});
     }
     std::vector<Point3> m_Points{{0, 0, 0}, {0, 0, 1}};
@@ -85,6 +91,89 @@ TEST(CutSweep, ManySegmentsOfOneDirectionAreTakenInTheOrderOfTheMesh) {
         }
         EXPECT_EQ(sheaf.Cut(), expected) << count;
     }
+}
+
+// Of facets on the same corners one stays where more face one way than the other, and none where as many do.
+TEST(CutSweep, FacetsOnTheSameCornersCountByWhatIsLeftOfThem) {
+    Found const expected{{{0, 1}, {0, 0}, {1, 0}}};
+    Sheaf none;
+    none.Leaving({1, 0});
+    none.Leaving({-1, 0});
+    none.AgainArriving();
+    none.Arriving({0, 1});
+    EXPECT_EQ(none.Cut(), expected);
+    Sheaf leaving;
+    leaving.Leaving({1, 0});
+    leaving.AgainArriving();
+    leaving.AgainLeaving();
+    leaving.Arriving({0, 1});
+    EXPECT_EQ(leaving.Cut(), expected);
+    Sheaf arriving;
+    arriving.Leaving({1, 0});
+    arriving.Arriving({0, 1});
+    arriving.AgainArriving();
+    arriving.AgainArriving();
+    EXPECT_EQ(arriving.Cut(), expected);
+    Sheaf many;
+    many.Arriving({0, 1});
+    many.AgainLeaving();
+    many.AgainLeaving();
+    many.AgainLeaving();
+    many.Arriving({-1, 0});
+    EXPECT_EQ(many.Cut(), (Found{{{-1, 0}, {0, 0}, {0, 1}}}));
+}
+
+// Those that find none to end at are joined in their order around the edge, from the left side of it on.
+TEST(CutSweep, SegmentsOfOneKindThatAreLeftOverAreJoinedTwoByTwo) {
+    Sheaf three;
+    three.Leaving({1, 0});
+    three.Leaving({0, 1});
+    three.Leaving({-0.5, -1});
+    EXPECT_EQ(three.Cut(), (Found{{{0, 0}, {0, 1}}, {{1, 0}, {0, 0}, {-0.5, -1}}}));
+    Sheaf four;
+    four.Leaving({1, 0});
+    four.Arriving({1, 1});
+    four.Leaving({0, 1});
+    four.Leaving({-1, 1});
+    EXPECT_EQ(four.Cut(), (Found{{{1, 1}, {0, 0}, {1, 0}}, {{0, 1}, {0, 0}, {-1, 1}}}));
+}
+
+// The walls between an outline at z = 0 and the same at z = 1, cut half way.
+Found CutOfWalls(std::vector<Point2> const& outline) {
+    std::vector<Point3> points;
+    for (double const z : {0.0, 1.0}) {
+        for (Point2 const& p : outline) points.push_back({p.x, p.y, z});
+    }
+    std::vector<Triangle> triangles;
+    auto const n = static_cast<std::int32_t>(outline.size());
+    for (std::int32_t i = 0; i < n; ++i) {
+        std::int32_t const next = (i + 1) % n;
+        triangles.push_back({i, next, n + next});
+        triangles.push_back({i, n + next, n + i});
+    }
+    Pulse pulse;
+    FacetIndex const index({points, triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+    Paths paths;
+    CutSweep(index).Cut(1, paths, pulse);
+    Found found;
+    for (std::size_t i = 0; i < paths.Count(); ++i) {
+        EXPECT_EQ(paths.closed[i], 1);
+        found.emplace_back(paths.At(i).begin(), paths.At(i).end());
+    }
+    return found;
+}
+
+// A path of 2 mm, four square millimetres: the share of that is 4e-13, and the triangle half as large as
+// high.
+TEST(CutSweep, APathThatEnclosesLessThanATenBillionthOfAThousandthOfItsSquareIsNone) {
+    EXPECT_EQ(CutOfWalls({{0, 0}, {1, 0}, {0.5, 9e-13}}).size(), 1u);
+    EXPECT_EQ(CutOfWalls({{0, 0}, {1, 0}, {0.5, 7e-13}}).size(), 0u);
+    EXPECT_EQ(CutOfWalls({{0, 0}, {1, 0}, {0.5, -9e-13}}).size(), 1u);
+    EXPECT_EQ(CutOfWalls({{0, 0}, {1, 0}}).size(), 0u);
+    // Points at one place are one.
+    Found const found = CutOfWalls({{0, 0}, {2, 0}, {2, 0}, {2, 2}, {0, 0}});
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].size(), 6u) << "each wall is cut at its corner and on its diagonal";
 }
 
 }  // namespace

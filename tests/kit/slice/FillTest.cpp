@@ -129,6 +129,53 @@ TEST(Fill, StrokesOfJustTheLeastLengthAndGapsOfJustTheLeastWidthStay) {
     EXPECT_EQ(Filled(narrow, {16.0, 0.0, kFillId}).strokes.size(), 1u);
 }
 
+// A twentieth of 20 mm is a millimetre to the bit.
+TEST(Fill, AGapOfJustATwentiethOfTheSpacingIsSeen) {
+    auto const strokes = [](double gap) {
+        return Filled({Rectangle(0, 0, 200, 20), Rectangle(100, 0, 100 + gap, 20)}, {20.0, 0.0, kFillId})
+            .strokes.size();
+    };
+    EXPECT_EQ(strokes(1.0), 2u);
+    EXPECT_EQ(strokes(std::nextafter(1.0, 0.0) - 1e-13), 1u);
+}
+
+// On the way back it is the left ends that are one above the other.
+TEST(Fill, AChainThatTurnedGoesOnFromItsLeftEnd) {
+    auto const chains = [](double from, double to) {
+        return Filled({Rectangle(0, 0, 4, 1), Rectangle(0, 1, 4, 2), Rectangle(from, 2, to, 3)},
+                      {1.0, 0.0, kFillId})
+            .ChainCount();
+    };
+    EXPECT_EQ(chains(0, 20), 1u);
+    EXPECT_EQ(chains(-3, 4), 1u);
+    EXPECT_EQ(chains(-3.001, 4), 2u);
+}
+
+TEST(Fill, ALineThatAContourBeginsAtIsItsOwnAndOneThatItEndsAtIsNot) {
+    Layer const layer = Filled({Rectangle(0, 0.5, 10, 2.5)}, {1.0, 0.0, kFillId});
+    ASSERT_EQ(layer.strokes.size(), 2u);
+    EXPECT_EQ(layer.strokes[0].from.y, 0.5);
+    EXPECT_EQ(layer.strokes[1].from.y, 1.5);
+}
+
+TEST(Fill, AnEmptyLineEndsAChain) {
+    EXPECT_EQ(Filled({Rectangle(0, 0, 10, 1), Rectangle(0, 2, 10, 3)}, {1.0, 0.0, kFillId}).ChainCount(), 2u);
+    EXPECT_EQ(Filled({Rectangle(0, 0, 10, 2), Rectangle(0, 2, 10, 3)}, {1.0, 0.0, kFillId}).ChainCount(), 1u);
+}
+
+// At 90 degrees lines run upwards, and the first is the one on the right.
+TEST(Fill, LinesRunAtTheAngle) {
+    Layer const layer = Filled({Rectangle(0, 0, 2, 10)}, {1.0, 90.0, kSupportId});
+    ASSERT_EQ(layer.strokes.size(), 2u);
+    EXPECT_NEAR(layer.strokes[0].from.x, 1.5, 1e-12);
+    EXPECT_NEAR(layer.strokes[0].from.y, 0.5, 1e-12);
+    EXPECT_NEAR(layer.strokes[0].to.x, 1.5, 1e-12);
+    EXPECT_NEAR(layer.strokes[0].to.y, 9.5, 1e-12);
+    EXPECT_NEAR(layer.strokes[1].from.x, 0.5, 1e-12);
+    EXPECT_NEAR(layer.strokes[1].from.y, 9.5, 1e-12);
+    EXPECT_EQ(layer.chainIds, std::vector<std::int32_t>{kSupportId});
+}
+
 TEST(Fill, ChainsHaveAtMost200Strokes) {
     Layer const layer = Filled({Rectangle(0, 0, 10, 450)}, {1.0, 0.0, kFillId});
     ASSERT_EQ(layer.ChainCount(), 3u);

@@ -122,6 +122,53 @@ TEST(JoinEnds, ClosedPathsPassThrough) {
     EXPECT_EQ(closed.Count(), 3u);
 }
 
+TEST(JoinEnds, APathIsClosedOnItselfOverAThirdOfItsLengthAndNoMore) {
+    // 3 mm long; its ends are 1 mm apart.
+    std::vector<Path> paths{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
+    EXPECT_EQ(Join(paths, 1.0).closed, paths);
+    EXPECT_EQ(Join(paths, 5.0).closed, paths);
+    EXPECT_EQ(Join(paths, 0.9999).open, paths);
+    paths[0].back().y = 1.0001;
+    EXPECT_EQ(Join(paths, 5.0).open, paths);
+}
+
+TEST(JoinEnds, PointsAMicronApartAreOne) {
+    Joined const joined = Join({{{-1, 0}, {0, 0}}, {{0.001, 0}, {3, 0}}}, 0.0);
+    EXPECT_EQ(joined.open, (std::vector<Path>{{{-1, 0}, {0, 0}, {3, 0}}}));
+    EXPECT_EQ(joined.figures.closed, 0);
+    EXPECT_EQ(joined.figures.longestClosed, 0.0);
+    EXPECT_EQ(Join({{{0, 0}, {1, 0}, {1, 1}, {0, 0.001}}}, 0.0).closed,
+              (std::vector<Path>{{{0, 0}, {1, 0}, {1, 1}}}));
+    // A little more is a gap, and both points stay.
+    double const more = std::nextafter(0.001, 1.0);
+    Joined const gap = Join({{{-1, 0}, {0, 0}}, {{more, 0}, {3, 0}}}, 0.01);
+    EXPECT_EQ(gap.open, (std::vector<Path>{{{-1, 0}, {0, 0}, {more, 0}, {3, 0}}}));
+    EXPECT_EQ(gap.figures.closed, 1);
+    EXPECT_EQ(gap.figures.longestClosed, more);
+    EXPECT_EQ(Join({{{0, 0}, {1, 0}, {1, 1}, {0, more}}}, 0.01).closed,
+              (std::vector<Path>{{{0, 0}, {1, 0}, {1, 1}, {0, more}}}));
+}
+
+// 131 paths end at one place, and one begins there. Ends are looked at in the order of the paths, each
+// against the 128 behind it: so the first that finds the beginning is that of the fourth path.
+TEST(JoinEnds, AnEndIsHeldAgainst128OthersAtItsPlace) {
+    std::vector<Path> paths;
+    for (int i = 0; i < 131; ++i) paths.push_back({{-1.0 - i, 5.0 + i}, {0, 0}});
+    paths.push_back({{0, 0}, {3, -7}});
+    Joined const joined = Join(paths, 0.0);
+    Path const through{paths[3].front(), {0, 0}, {3, -7}};
+    EXPECT_EQ(std::count(joined.open.begin(), joined.open.end(), through), 1);
+}
+
+TEST(JoinEnds, TheLongestGapIsThatOfTheLastTwoThatWouldHaveToBeJoined) {
+    // 2 mm from the first to the second, 5 to the third, and 300 from its end back to the beginning.
+    Joined const joined = Join({{{0, 0}, {100, 0}}, {{102, 0}, {200, 0}}, {{205, 0}, {300, 0}}}, 0.5);
+    EXPECT_EQ(joined.figures.longestOpen, 300.0);
+    EXPECT_EQ(joined.figures.closed, 0);
+    EXPECT_EQ(joined.figures.closedLength, 0.0);
+    EXPECT_EQ(joined.open.size(), 3u);
+}
+
 // ---- the same by looking at all pairs
 
 double Distance(Point2 const& a, Point2 const& b) {
