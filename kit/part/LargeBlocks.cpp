@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -54,6 +54,23 @@ struct Block {
     std::size_t size = 0;
 };
 
+// A thread's turn, if no other thread has it.
+class Turn {
+public:
+    explicit Turn(std::atomic_flag& taken)
+        : m_Taken(taken), m_Mine(!taken.test_and_set(std::memory_order_acquire)) {}
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
+    ~Turn() {
+        if (m_Mine) m_Taken.clear(std::memory_order_release);
+    }
+    bool IsMine() const { return m_Mine; }
+
+private:
+    std::atomic_flag& m_Taken;
+    bool m_Mine;
+};
+
 // The blocks that wait, the one that came last in front; freed when the library is unloaded. Nobody waits for
 // another thread: a process may have been forked while one was here.
 class Store {
@@ -62,15 +79,14 @@ public:
     Store(Store const&) = delete;
     Store& operator=(Store const&) = delete;
     ~Store() {
-        std::lock_guard const lock(m_Mutex);
         m_Closed = true;
         for (std::size_t i = 0; i < m_Count; ++i) Free(m_Blocks[i].memory);
     }
 
     // Null when there is none, or when another thread is here.
     void* Take(std::size_t size) noexcept {
-        std::unique_lock const lock(m_Mutex, std::try_to_lock);
-        if (!lock) return nullptr;
+        Turn const turn(m_Taken);
+        if (!turn.IsMine()) return nullptr;
         auto const end = m_Blocks.begin() + static_cast<std::ptrdiff_t>(m_Count);
         auto const found =
             std::find_if(m_Blocks.begin(), end, [size](Block const& block) { return block.size == size; });
@@ -83,8 +99,8 @@ public:
     }
     // The oldest ones make room. False when the block is not kept, as when another thread is here.
     bool Keep(Block const& block) noexcept {
-        std::unique_lock const lock(m_Mutex, std::try_to_lock);
-        if (!lock || m_Closed || block.size > kMostKept) return false;
+        Turn const turn(m_Taken);
+        if (!turn.IsMine() || m_Closed || block.size > kMostKept) return false;
         while (m_Count == m_Blocks.size() || m_Bytes + block.size > kMostKept) {
             Block const& oldest = m_Blocks[--m_Count];
             m_Bytes -= oldest.size;
@@ -97,16 +113,13 @@ public:
         m_Bytes += block.size;
         return true;
     }
-    std::size_t Bytes() {
-        std::lock_guard const lock(m_Mutex);
-        return m_Bytes;
-    }
+    std::size_t Bytes() const { return m_Bytes; }
 
 private:
-    std::mutex m_Mutex;
+    std::atomic_flag m_Taken = ATOMIC_FLAG_INIT;
     std::array<Block, 16> m_Blocks;
     std::size_t m_Count = 0;
-    std::size_t m_Bytes = 0;
+    std::atomic<std::size_t> m_Bytes = 0;
     bool m_Closed = false;
 };
 

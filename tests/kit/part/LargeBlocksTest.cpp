@@ -44,13 +44,13 @@ TEST(LargeBlocks, SizesAreWholePagesAndAQuarterMoreAtMost) {
 
 TEST(LargeBlocks, BlocksLieAtPagesAndHoldTheirBytes) {
     std::vector<std::pair<unsigned char*, std::size_t>> blocks;
-    for (std::size_t n = 1; n <= 8; ++n) {
+    for (std::size_t n = 1; n <= 5; ++n) {
         std::size_t const bytes = 2 * kPage * n - n;
         blocks.push_back({static_cast<unsigned char*>(Take(bytes)), bytes});
         EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(blocks.back().first) % kPage);
         std::memset(blocks.back().first, static_cast<int>(n), bytes);
     }
-    for (std::size_t n = 1; n <= 8; ++n) {
+    for (std::size_t n = 1; n <= 5; ++n) {
         auto const [block, bytes] = blocks[n - 1];
         EXPECT_TRUE(std::all_of(block, block + bytes, [n](unsigned char c) { return c == n; })) << n;
         Give(block, bytes);
