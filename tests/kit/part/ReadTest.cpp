@@ -313,5 +313,18 @@ TEST(ReadPart, ProgressNeverFallsAndStopsTheRead) {
     }
 }
 
+// A block of a text is a megabyte: a longer line is read whole all the same.
+TEST(ReadPart, ALineOfThreeMegabytesIsReadWhole) {
+    TestFolder const folder;
+    std::string const blanks(std::size_t{3} << 20, ' ');
+    std::string const text = "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0" + blanks +
+                             "0\nvertex 0 1 0\nendloop\nendfacet\nfacet normal 0 0 1\nouter loop\n" +
+                             "vertex 5 0 0\nvertex 6 0 0\nvertex 5 1 0\nendloop\nendfacet\nendsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    ASSERT_EQ(part.Triangles().size(), 2u);
+    EXPECT_EQ(part.Points()[1], (Point3{1, 0, 0}));
+    EXPECT_EQ(part.Points()[4], (Point3{6, 0, 0}));
+}
+
 }  // namespace
 }  // namespace varnet
