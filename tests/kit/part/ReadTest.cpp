@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 
@@ -324,6 +325,35 @@ TEST(ReadPart, ALineOfThreeMegabytesIsReadWhole) {
     ASSERT_EQ(part.Triangles().size(), 2u);
     EXPECT_EQ(part.Points()[1], (Point3{1, 0, 0}));
     EXPECT_EQ(part.Points()[4], (Point3{6, 0, 0}));
+}
+
+// Of three vertices the last one is number 2.
+TEST(ReadPart, APlainCsmThatNamesTheVertexBehindTheLastIsRefusedWithItsPlace) {
+    TestFolder const folder;
+    for (std::uint32_t const last : {2u, 3u}) {
+        std::string bytes = "Quarnell Ziped Model";
+        bytes.resize(80, '\0');
+        auto const add = [&bytes](auto value) {
+            char raw[sizeof value];
+            std::memcpy(raw, &value, sizeof value);
+            bytes.append(raw, sizeof value);
+        };
+        add(std::uint32_t{3});
+        for (float const f : {0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f}) add(f);
+        add(std::uint32_t{1});
+        for (std::uint32_t const n : {0u, 1u, last}) add(n);
+        std::filesystem::path const file = folder.Write("a.csm", bytes);
+        if (last == 2) {
+            EXPECT_EQ(Part::Read(file).Triangles().size(), 1u);
+            continue;
+        }
+        try {
+            Part::Read(file);
+            ADD_FAILURE() << "read";
+        } catch (Error const& error) {
+            EXPECT_EQ(error.what(), file.string() + ", byte 132: a facet names a vertex that there is not");
+        }
+    }
 }
 
 }  // namespace
