@@ -356,5 +356,40 @@ TEST(ReadPart, APlainCsmThatNamesTheVertexBehindTheLastIsRefusedWithItsPlace) {
     }
 }
 
+// Its corners may stand without a line that begins it: the line of the first one tells where it is.
+TEST(ReadPart, AFacetThatIsLostIsToldByTheLineOfItsFirstCorner) {
+    TestFolder const folder;
+    std::string const text =
+        "solid a\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex x 0 0\nendloop\nendfacet\n"
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
+        "endsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    EXPECT_EQ(part.Triangles().size(), 1u);
+    auto const& notes = part.Report().notes;
+    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(),
+                            [](std::string const& note) { return note.ends_with(", the first in line 3"); }));
+}
+
+TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {
+    TestFolder const folder;
+    shapes::Mesh mesh = shapes::Cube(1.0f);
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(2.0f), 9, 0, 0));
+    std::string bytes = shapes::ToAsciiStl(mesh);
+    bytes.replace(0, bytes.find('\n'), "solid two of them");
+    std::vector<Part> const pieces = Part::Read(folder.Write("two.stl", bytes)).Split();
+    ASSERT_EQ(pieces.size(), 2u);
+    for (Part const& piece : pieces) {
+        EXPECT_EQ(piece.Name(), "two");
+        EXPECT_EQ(piece.Header(), "two of them");
+        EXPECT_EQ(piece.Format(), MeshFormat::kAsciiStl);
+        EXPECT_EQ(piece.Report().facetsInFile, 12);
+        EXPECT_EQ(piece.Report().facetsRead, 12);
+        EXPECT_EQ(piece.Report().openEdges, 0);
+        EXPECT_EQ(piece.Measures().openEdges, 0);
+    }
+    EXPECT_NEAR(pieces[0].Measures().volume, 1.0, 1e-9);
+    EXPECT_NEAR(pieces[1].Measures().volume, 8.0, 1e-9);
+}
+
 }  // namespace
 }  // namespace varnet
