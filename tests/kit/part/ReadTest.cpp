@@ -391,5 +391,26 @@ TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {
     EXPECT_NEAR(pieces[1].Measures().volume, 8.0, 1e-9);
 }
 
+TEST(ReadPart, NumbersOfAsciiStlBeyondTheRangeAreNoneAndBelowItAreZero) {
+    TestFolder const folder;
+    std::string const text =
+        "solid a\nfacet normal 0 0 1\nouter loop\nvertex 1e999 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+        "endfacet\nfacet normal 0 0 1\nouter loop\nvertex 1e-999 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+        "endfacet\nendsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    EXPECT_EQ(part.Report().facetsRead, 2);
+    EXPECT_EQ(part.Report().notFinite, 1);
+    ASSERT_EQ(part.Triangles().size(), 1u);
+    EXPECT_EQ(part.Points()[0], (Point3{0, 0, 0}));
+}
+
+TEST(ReadPart, ARingStreamTellsHowManyFacetsItHas) {
+    TestFolder const folder;
+    PartOf(shapes::Cube(2.0f)).Write(folder / "a.csm", MeshFormat::kRingCsm);
+    IntakeReport const report = Part::Read(folder / "a.csm").Report();
+    EXPECT_EQ(report.facetsInFile, 12);
+    EXPECT_EQ(report.facetsRead, 12);
+}
+
 }  // namespace
 }  // namespace varnet
