@@ -25,7 +25,8 @@ class VertexNumbers {
 public:
     explicit VertexNumbers(std::size_t vertices) : m_Known(vertices) {}
 
-    std::int32_t Of(tagVertexNode const* vertex, LargeVector<Point3>& points) {
+    template <class Points>
+    std::int32_t Of(tagVertexNode const* vertex, Points& points) {
         auto const index = static_cast<std::size_t>(vertex->m_nIndex);
         if (vertex->m_nIndex < 0 || index >= m_Known.size()) return Else(vertex, points);
         Known& known = m_Known[index];
@@ -38,11 +39,13 @@ private:
         tagVertexNode const* vertex = nullptr;
         std::int32_t number = 0;
     };
-    static std::int32_t Add(tagVertexNode const& vertex, LargeVector<Point3>& points) {
+    template <class Points>
+    static std::int32_t Add(tagVertexNode const& vertex, Points& points) {
         points.push_back({vertex.x, vertex.y, vertex.z});
         return static_cast<std::int32_t>(points.size() - 1);
     }
-    std::int32_t Else(tagVertexNode const* vertex, LargeVector<Point3>& points) {
+    template <class Points>
+    std::int32_t Else(tagVertexNode const* vertex, Points& points) {
         auto const [place, isNew] = m_Others.try_emplace(vertex, 0);
         if (isNew) place->second = Add(*vertex, points);
         return place->second;
@@ -59,21 +62,37 @@ std::size_t CountFacets(CSTLModel const& model) {
     return count;
 }
 
-}  // namespace
-
-FlatMesh Flatten(CSTLModel const& model) {
-    FlatMesh mesh;
-    VertexNumbers numbers(std::min<std::size_t>(model.m_VertexTree.m_nCount, 3 * CountFacets(model)));
+// Points and triangles may be of either kind of vector.
+template <class Points, class Triangles>
+void FlattenInto(CSTLModel const& model, Points& points, Triangles& triangles) {
+    std::size_t const facetCount = CountFacets(model);
+    std::size_t const mostPoints = std::min<std::size_t>(model.m_VertexTree.m_nCount, 3 * facetCount);
+    VertexNumbers numbers(mostPoints);
+    points.reserve(mostPoints);
+    triangles.reserve(facetCount);
     for (int s = 0; s < model.m_SurfaceArray.m_aSurface.GetSize(); ++s) {
         auto const& facets = model.m_SurfaceArray.m_aSurface[s]->m_aFacet;
         for (int i = 0; i < facets.GetSize(); ++i) {
             CFacet const& facet = *facets[i];
-            mesh.triangles.push_back({numbers.Of(facet.m_pVertex1, mesh.points),
-                                      numbers.Of(facet.m_pVertex2, mesh.points),
-                                      numbers.Of(facet.m_pVertex3, mesh.points)});
+            std::int32_t const a = numbers.Of(facet.m_pVertex1, points);
+            std::int32_t const b = numbers.Of(facet.m_pVertex2, points);
+            triangles.push_back({a, b, numbers.Of(facet.m_pVertex3, points)});
         }
     }
+}
+
+}  // namespace
+
+FlatMesh Flatten(CSTLModel const& model) {
+    FlatMesh mesh;
+    FlattenInto(model, mesh.points, mesh.triangles);
     return mesh;
+}
+
+SupportSolid FlattenSolid(CSTLModel const& model) {
+    SupportSolid solid;
+    FlattenInto(model, solid.points, solid.triangles);
+    return solid;
 }
 
 }  // namespace varnet

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "part/FlatMesh.h"
+#include "varnet/Supports.h"
 
 namespace varnet {
 
@@ -32,17 +33,21 @@ public:
     LentLists(LentLists&&) = default;
     LentLists& operator=(LentLists&&) = delete;
     ~LentLists();
-    /// Gives each vertex, which has none, a list with room for so many facets. 0 for no list.
-    void Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> rooms);
+    /// Gives each vertex, which has none, a list of so many facets, 0 for none, which the caller sets.
+    /// Returns the first list; the others stand behind it in the order of the vertices.
+    CFacet** Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> counts);
 
 private:
     std::vector<tagVertexNode*> m_Vertices;
-    std::vector<CFacet*> m_Facets;
+    LargeVector<CFacet*> m_Facets;
 };
 
 /// Whether the lists of a model's vertices are the vertices' own, as a host takes them, or lent, for work
-/// that adds no facets.
+/// that adds no facets and looks for no vertex: its tree holds the vertices in any order.
 enum class FacetLists { kOwn, kLent };
+
+/// Whether triangles may stand on the same three corners: kNo is known by the caller.
+enum class Copies { kNo, kMaybe };
 
 /// A classic model, and which triangles it was made of.
 struct ClassicMesh {
@@ -52,13 +57,14 @@ struct ClassicMesh {
 };
 
 /// A classic model of these facets, in their order, in which equal corners alone are one: bit for bit what
-/// CSTLModel::AddFacet makes of them with a tolerance of 0. Of facets on the same three corners it holds one,
-/// or none where as many face each way: these close each other. Facets whose doubled area is not above
-/// kCollinear are refused.
+/// CSTLModel::AddFacet makes of them with a tolerance of 0 (but for the tree's order where lists are lent).
+/// Of facets on the same three corners it holds one, or none where as many face each way: these close each
+/// other. Facets whose doubled area is not above kCollinear are refused.
 ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
-                        FacetLists lists = FacetLists::kOwn);
+                        FacetLists lists = FacetLists::kOwn, Copies copies = Copies::kMaybe);
 
 /// The model's facets, in the order of its surfaces.
 FlatMesh Flatten(CSTLModel const& model);
+SupportSolid FlattenSolid(CSTLModel const& model);
 
 }  // namespace varnet

@@ -117,4 +117,16 @@ EdgeTable FindEdges(std::span<Triangle const> triangles, std::size_t points, Pac
     return table;
 }
 
+// Triangles on the same corners share all of their edges: either one of these is one of many triangles or of
+// two that run the same way, or the two lie across each other on all sides.
+bool MayHaveCopies(EdgeTable const& edges) {
+    if (edges.many > 0 || edges.conflicts > 0) return true;
+    auto const& across = edges.across;
+    for (std::size_t i = 0; i + 2 < across.size(); i += 3) {
+        bool const isSame = across[i] / 3 == across[i + 1] / 3 && across[i] / 3 == across[i + 2] / 3;
+        if (isSame && across[i] >= 0 && across[i + 1] >= 0 && across[i + 2] >= 0) return true;
+    }
+    return false;
+}
+
 }  // namespace varnet

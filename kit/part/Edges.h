@@ -41,4 +41,7 @@ struct EdgeTable {
 /// paired in their order.
 EdgeTable FindEdges(std::span<Triangle const> triangles, std::size_t points, Pace const& pace);
 
+/// Whether triangles may stand on the same three corners, by a table of FindEdges. False is certain.
+bool MayHaveCopies(EdgeTable const& edges);
+
 }  // namespace varnet

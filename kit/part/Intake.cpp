@@ -141,6 +141,7 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     report.openEdgesExact = edges.open;
     state.openEdgesBefore = edges.open;
     report.manyFacetEdges = edges.many;
+    bool const mayHaveCopies = MayHaveCopies(edges);
     if (settings.heal) Heal(mesh, edges, raw.hasCollinear, settings, report, pace.Between(0.6, 0.9));
     report.openEdges = edges.open;
     state.mesh = std::move(mesh);
@@ -150,6 +151,7 @@ void TakeIn(RawMesh raw, IntakeSettings const& settings, Part::State& state, Pac
     if (changed) {
         SetMeasures(state, report.openEdges);
     } else {
+        state.mayHaveCopies = mayHaveCopies;
         state.zeros = std::move(raw.zeros);
         state.measures = MeasuresFrom(raw.sums, state.mesh.points, report.openEdges);
     }

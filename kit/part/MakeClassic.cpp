@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "part/Classic.h"
+#include "part/Twins.h"
 
 namespace varnet {
 
@@ -19,8 +20,9 @@ namespace {
 // Which facets the model takes: all, but of those on the same three corners one, or none.
 class Choice {
 public:
-    Choice(std::span<Triangle const> triangles, std::size_t points)
+    Choice(std::span<Triangle const> triangles, std::size_t points, Copies copies)
         : m_Triangles(triangles), m_Kept(triangles.size(), true) {
+        if (copies == Copies::kNo) return;
         // Facets on the same corners have the same lowest one: they are brought together by that.
         std::vector<std::int32_t> starts(points + 1, 0);
         for (Triangle const& t : triangles) ++starts[LowestOf(t) + 1];
@@ -108,21 +110,63 @@ std::array<tagVertexNode*, 3> LowestFirst(std::array<tagVertexNode*, 3> const& c
     return {c, a, b};
 }
 
+// Puts vertices into an empty tree as they come, for work that looks for none: each is a child of an earlier
+// one, as in a heap, so that the tree owns it at once and is as low as can be.
+class UnorderedTree {
+public:
+    UnorderedTree(CVertexTree& tree, std::size_t most) : m_Tree(tree) { m_Nodes.reserve(most); }
+    tagVertexNode* Add(CPoint3D const& point) {
+        auto* const node = new tagVertexNode(point);
+        LinkTo(m_Nodes.size()) = node;
+        m_Nodes.push_back(node);
+        node->m_nIndex = static_cast<std::int32_t>(m_Tree.m_nCount++);
+        m_Tree.m_BoundBox += *node;
+        return node;
+    }
+
+private:
+    tagVertexNode*& LinkTo(std::size_t number) {
+        if (number == 0) return m_Tree.m_pRoot;
+        tagVertexNode& parent = *m_Nodes[(number - 1) / 2];
+        return number % 2 != 0 ? parent.m_pLeft : parent.m_pRight;
+    }
+
+    CVertexTree& m_Tree;
+    std::vector<tagVertexNode*> m_Nodes;
+};
+
 class Builder {
 public:
-    Builder(std::span<Point3 const> points, std::span<Triangle const> triangles, FacetLists lists)
-        : m_Points(points), m_Triangles(triangles), m_Lists(lists), m_Choice(triangles, points.size()) {
+    Builder(std::span<Point3 const> points, std::span<Triangle const> triangles, FacetLists lists,
+            Copies copies)
+        : m_Points(points),
+          m_Triangles(triangles),
+          m_Lists(lists),
+          m_Choice(triangles, points.size(), copies),
+          m_Vertices(points.size(), nullptr) {
         m_Mesh.model = NewModel();
     }
 
     ClassicMesh Build() {
-        AddVertices();
+        CVertexTree& tree = m_Mesh.model->m_VertexTree;
+        if (m_Lists == FacetLists::kLent && !MayHaveTwins(m_Points)) {
+            UnorderedTree unordered(tree, m_Points.size());
+            AddFacets([&unordered](CPoint3D const& point) { return unordered.Add(point); });
+            LendLists();
+            return std::move(m_Mesh);
+        }
+        auto const addNode = [&tree](CPoint3D point) { return tree.AddNode(point); };
+        AddVertices(addNode);
         // Points at one place are one vertex: the model finds out what of that is a facet.
-        if (m_Mesh.model->m_VertexTree.m_nCount == m_Added) {
-            AddFacets();
-            AddLists();
-        } else {
+        if (tree.m_nCount != m_Added) {
             OfferFacets();
+            return std::move(m_Mesh);
+        }
+        AddFacets(addNode);
+        if (m_Lists == FacetLists::kLent) {
+            LendLists();
+        } else {
+            MakeOwnLists();
         }
         return std::move(m_Mesh);
     }
@@ -134,30 +178,38 @@ private:
         return model;
     }
     // In the order of the facets' corners, which makes the shape of the tree.
-    void AddVertices() {
-        m_Vertices.assign(m_Points.size(), nullptr);
+    template <class AddNode>
+    void AddVertices(AddNode const& addNode) {
         for (std::size_t i = 0; i < m_Triangles.size(); ++i) {
-            if (!m_Choice.Keeps(i)) continue;
-            for (std::int32_t const corner : m_Triangles[i]) {
-                tagVertexNode*& vertex = m_Vertices[static_cast<std::size_t>(corner)];
-                if (vertex != nullptr) continue;
-                CPoint3D point = Classic(m_Points[static_cast<std::size_t>(corner)]);
-                vertex = m_Mesh.model->m_VertexTree.AddNode(point);
-                ++m_Added;
-            }
+            if (m_Choice.Keeps(i)) CornersOf(m_Triangles[i], addNode);
         }
     }
+    // The vertices of a triangle; those that are not there yet are added.
+    template <class AddNode>
+    std::array<tagVertexNode*, 3> CornersOf(Triangle const& t, AddNode const& addNode) {
+        std::array<tagVertexNode*, 3> corners;
+        for (std::size_t k = 0; k < 3; ++k) {
+            auto const number = static_cast<std::size_t>(t[k]);
+            if (m_Vertices[number] == nullptr) {
+                m_Vertices[number] = addNode(Classic(m_Points[number]));
+                ++m_Added;
+            }
+            corners[k] = m_Vertices[number];
+        }
+        return corners;
+    }
 
-    void AddFacets() {
+    template <class AddNode>
+    void AddFacets(AddNode const& addNode) {
         auto& facets = m_Mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet;
         m_Mesh.triangles.reserve(m_Triangles.size());
         m_Uses.assign(m_Points.size(), 0);
         for (std::size_t i = 0; i < m_Triangles.size(); ++i) {
             Triangle const& t = m_Triangles[i];
-            if (!m_Choice.Keeps(i) || t[0] == t[1] || t[1] == t[2] || t[2] == t[0]) continue;
-            auto const [a, b, c] = LowestFirst({m_Vertices[static_cast<std::size_t>(t[0])],
-                                                m_Vertices[static_cast<std::size_t>(t[1])],
-                                                m_Vertices[static_cast<std::size_t>(t[2])]});
+            if (!m_Choice.Keeps(i)) continue;
+            std::array<tagVertexNode*, 3> const corners = CornersOf(t, addNode);
+            if (t[0] == t[1] || t[1] == t[2] || t[2] == t[0]) continue;
+            auto const [a, b, c] = LowestFirst(corners);
             std::array<float, 3> normal{};
             auto owned = std::make_unique<CFacet>(a, b, c, normal.data());
             owned->CalculateNormal();
@@ -172,21 +224,22 @@ private:
         m_Mesh.model->m_Status.m_nFacetNum = facets.GetSize();
     }
 
-    // The facets of each vertex, in their order.
-    void AddLists() {
-        if (m_Lists == FacetLists::kLent) {
-            m_Mesh.lists.Lend(m_Vertices, m_Uses);
-        } else {
-            MakeOwnLists();
-        }
+    // The lists hold the facets of each vertex in the order of the model. Calls add(point, facet) for all
+    // corners of the model's facets.
+    template <class AddCorner>
+    void ForEachCorner(AddCorner const& addCorner) {
         auto const& facets = m_Mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet;
         for (std::size_t i = 0; i < m_Mesh.triangles.size(); ++i) {
-            CFacet* const facet = facets[static_cast<int>(i)];
-            for (std::int32_t const corner : m_Triangles[static_cast<std::size_t>(m_Mesh.triangles[i])]) {
-                tagVertexNode& vertex = *m_Vertices[static_cast<std::size_t>(corner)];
-                vertex.m_ppFacet[vertex.m_nFacetNum++] = facet;
-            }
+            for (std::int32_t const corner : m_Triangles[static_cast<std::size_t>(m_Mesh.triangles[i])])
+                addCorner(static_cast<std::size_t>(corner), facets[static_cast<int>(i)]);
         }
+    }
+
+    void LendLists() {
+        LargeVector<std::uint32_t> ends(m_Uses.size());  // of each list, as far as it is filled
+        std::exclusive_scan(m_Uses.begin(), m_Uses.end(), ends.begin(), std::uint32_t{0});
+        CFacet** const first = m_Mesh.lists.Lend(m_Vertices, m_Uses);
+        ForEachCorner([&ends, first](std::size_t corner, CFacet* facet) { first[ends[corner]++] = facet; });
     }
 
     // From malloc, as the library frees them.
@@ -197,6 +250,10 @@ private:
                 static_cast<CFacet**>(std::malloc(static_cast<std::size_t>(m_Uses[i]) * sizeof(CFacet*)));
             if (m_Vertices[i]->m_ppFacet == nullptr) throw std::bad_alloc();
         }
+        ForEachCorner([this](std::size_t corner, CFacet* facet) {
+            tagVertexNode& vertex = *m_Vertices[corner];
+            vertex.m_ppFacet[vertex.m_nFacetNum++] = facet;
+        });
     }
 
     void OfferFacets() {
@@ -225,15 +282,17 @@ private:
 
 }  // namespace
 
-void LentLists::Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> rooms) {
-    m_Facets.resize(std::accumulate(rooms.begin(), rooms.end(), std::size_t{0}));
+CFacet** LentLists::Lend(std::vector<tagVertexNode*> vertices, std::span<std::int32_t const> counts) {
+    m_Facets.resize(std::accumulate(counts.begin(), counts.end(), std::size_t{0}));
     m_Vertices = std::move(vertices);
     CFacet** list = m_Facets.data();
-    for (std::size_t i = 0; i < rooms.size(); ++i) {
-        if (rooms[i] == 0) continue;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i] == 0) continue;
         m_Vertices[i]->m_ppFacet = list;
-        list += rooms[i];
+        m_Vertices[i]->m_nFacetNum = counts[i];
+        list += counts[i];
     }
+    return m_Facets.data();
 }
 
 LentLists::~LentLists() {
@@ -244,9 +303,9 @@ LentLists::~LentLists() {
     }
 }
 
-ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles,
-                        FacetLists lists) {
-    return Builder(points, triangles, lists).Build();
+ClassicMesh MakeClassic(std::span<Point3 const> points, std::span<Triangle const> triangles, FacetLists lists,
+                        Copies copies) {
+    return Builder(points, triangles, lists, copies).Build();
 }
 
 }  // namespace varnet

@@ -21,10 +21,13 @@ struct Part::State {
     std::vector<ZeroSigns> zeros;  // while the triangles are those of the file
     MeshMeasures measures;
     std::int64_t openEdgesBefore = 0;  // as the part came: what a repair compares with
+    bool mayHaveCopies = true;         // whether triangles may stand on the same three corners
     // Until the bodies are made; empty where it is not known.
     mutable EdgeTable edges;
     mutable std::once_flag bodiesOnce;
     mutable std::vector<Body> bodies;
+
+    static State const& Of(Part const& part) { return *part.m_State; }
 };
 
 /// Measures the mesh, whose open edges have been counted.

@@ -289,6 +289,7 @@ void Part::Transform(Placement const& placement) {
     state->header = m_State->header;
     state->format = m_State->format;
     state->report = m_State->report;
+    state->mayHaveCopies = m_State->mayHaveCopies;
     for (Point3& p : state->mesh.points) {
         auto const along = [p, &m](std::size_t i) {
             return m[i][0] * p.x + m[i][1] * p.y + m[i][2] * p.z + m[i][3];

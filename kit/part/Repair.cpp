@@ -211,6 +211,7 @@ RepairReport Part::Repair(RepairSettings const& settings) {
     state->report = m_State->report;
     state->openEdgesBefore = edges.open;
     if (report.turned + report.facetsAdded + report.bodiesTurned == 0) state->zeros = m_State->zeros;
+    if (report.doubled + report.facetsAdded == 0) state->mayHaveCopies = m_State->mayHaveCopies;
     SetMeasures(*state, edges.open);
     state->edges = std::move(edges);
     pace.At(1.0);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "part/PointHash.h"
 #include "varnet/Error.h"
 
 namespace varnet {
@@ -20,11 +21,7 @@ constexpr std::size_t kSlotsPerPoint = 2;
 // Half-edges, three a facet, are numbered in 32 bits.
 constexpr std::size_t kMostPoints = 0x7FFFFFFF / 3;
 
-inline void Prefetch([[maybe_unused]] void const* address) {
-#if defined(__GNUC__)
-    __builtin_prefetch(address);
-#endif
-}
+std::uint32_t ShortHashOf(Point3 const& point) { return static_cast<std::uint32_t>(HashOf(point)); }
 
 }  // namespace
 
@@ -33,23 +30,14 @@ Welder::Welder(LargeVector<Point3>& points, std::size_t expected) : m_Points(poi
     m_Mask = m_Slots.size() - 1;
 }
 
-// Multiplication carries low bits up only, and floats on a grid have no low bits: what is above is folded
-// down after each step.
-std::uint32_t Welder::HashOf(Point3 const& point) {
-    std::uint64_t hash = std::bit_cast<std::uint64_t>(point.x + 0.0) * 0x9E3779B97F4A7C15u;
-    hash = (hash ^ hash >> 32 ^ std::bit_cast<std::uint64_t>(point.y + 0.0)) * 0xBF58476D1CE4E5B9u;
-    hash = (hash ^ hash >> 29 ^ std::bit_cast<std::uint64_t>(point.z + 0.0)) * 0x94D049BB133111EBu;
-    return static_cast<std::uint32_t>(hash >> 32 ^ hash);
-}
-
-std::int32_t Welder::Add(Point3 const& point) { return Find(point, HashOf(point)); }
+std::int32_t Welder::Add(Point3 const& point) { return Find(point, ShortHashOf(point)); }
 
 void Welder::Add(std::span<Point3 const> points, std::int32_t* numbers) {
     std::uint32_t hashes[kGroup];
     for (std::size_t first = 0; first < points.size(); first += kGroup) {
         std::size_t const count = std::min(kGroup, points.size() - first);
         for (std::size_t i = 0; i < count; ++i) {
-            hashes[i] = HashOf(points[first + i]);
+            hashes[i] = ShortHashOf(points[first + i]);
             Prefetch(&m_Slots[hashes[i] & m_Mask]);
         }
         for (std::size_t i = 0; i < count; ++i) {

@@ -24,7 +24,6 @@ public:
     void Add(std::span<Point3 const> points, std::int32_t* numbers);
 
 private:
-    static std::uint32_t HashOf(Point3 const& point);
     std::int32_t Find(Point3 const& point, std::uint32_t hash);
     void Grow();
 

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <utility>
 
+#include "part/LargeVector.h"
+
 namespace varnet {
 
 namespace {
@@ -27,12 +29,6 @@ constexpr std::size_t kMostCut = std::size_t{1} << 29;
 // How far ahead of its turn a facet is asked for: KitCut of many spheres is fastest near these.
 constexpr std::size_t kTrianglesAhead = 16;
 constexpr std::size_t kPointsAhead = 8;
-
-void Prefetch([[maybe_unused]] void const* place) {
-#if defined(__GNUC__)
-    __builtin_prefetch(place);
-#endif
-}
 
 bool IsBeginning(std::int32_t end) { return end % 2 == 0; }
 std::int32_t OtherEnd(std::int32_t end) { return end ^ 1; }

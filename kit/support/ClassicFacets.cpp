@@ -3,11 +3,21 @@
 #include <algorithm>
 #include <functional>
 
+#include "part/PartState.h"
+
 namespace varnet {
+
+namespace {
+
+Copies CopiesOf(Part const& part) {
+    return Part::State::Of(part).mayHaveCopies ? Copies::kMaybe : Copies::kNo;
+}
+
+}  // namespace
 
 // Facets come from chunks of many, so that the runs are few.
 ClassicFacets::ClassicFacets(Part const& part)
-    : m_Mesh(MakeClassic(part.Points(), part.Triangles(), FacetLists::kLent)) {
+    : m_Mesh(MakeClassic(part.Points(), part.Triangles(), FacetLists::kLent, CopiesOf(part))) {
     auto const& facets = m_Mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet;
     for (int i = 0; i < facets.GetSize(); ++i) {
         if (i == 0 || facets[i] != facets[i - 1] + 1) m_Runs.push_back({facets[i], i});

@@ -59,6 +59,7 @@ void Judge(CFeatureSurface& surface, double lowest, Overhang& overhang) {
 
 Overhang OverhangOf(CFeatureSurface& surface, double lowest, ClassicFacets const& facets) {
     Overhang overhang;
+    overhang.triangles.reserve(static_cast<std::size_t>(surface.m_aFacet.GetSize()));
     for (int i = 0; i < surface.m_aFacet.GetSize(); ++i) {
         overhang.triangles.push_back(facets.TriangleOf(surface.m_aFacet[i]));
     }
@@ -86,10 +87,8 @@ void TakeSolids(CSTLModel& model, std::function<bool(std::size_t)> const& isWant
     for (std::size_t i = 0; model.m_SupportModelList.IsEmpty() == 0; ++i) {
         std::unique_ptr<CSTLModel> const made(static_cast<CSTLModel*>(model.m_SupportModelList.RemoveHead()));
         if (!isWanted(i)) continue;
-        FlatMesh const mesh = Flatten(*made);
-        if (mesh.triangles.empty()) continue;
-        solids.push_back(
-            {{mesh.points.begin(), mesh.points.end()}, {mesh.triangles.begin(), mesh.triangles.end()}});
+        SupportSolid solid = FlattenSolid(*made);
+        if (!solid.triangles.empty()) solids.push_back(std::move(solid));
     }
 }
 
