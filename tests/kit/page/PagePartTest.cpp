@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 
 #include "kit/page/Inflated.h"
 #include "kit/part/PartChecks.h"
 #include "part/FlatMesh.h"
+#include "support/Mushroom.h"
 
 namespace varnet {
 namespace {
@@ -140,6 +142,33 @@ TEST(PackPart, SurfacesGiveTheirColours) {
         Holds(packed.about,
               R"("surfaces":6,"chunk":0,"runs":[0,0,1,2,0,0,11,2,0,0,21,2,0,0,31,2,0,0,41,2,0,0,51,2])"))
         << packed.about;
+}
+
+// How many edges hang, how many points each has, and their coordinates as floats.
+TEST(PackPart, HangingEdgesHaveAChunkAheadOfTheSolids) {
+    shapes::Mesh mesh = shapes::Moved(Keel(), 0, 0, 3);
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(1.0f), 20, 0, 0));
+    Part const part = PartOf(mesh);
+    Supports const supports(part);
+    ASSERT_EQ(supports.Edges().size(), 1u);
+    ASSERT_EQ(supports.Edges()[0].points.size(), 2u);
+    PackedPart const packed = PackPart(part, {"", &supports, nullptr}, 4, {});
+    ASSERT_EQ(packed.chunks.size(), 3u);
+    EXPECT_TRUE(Holds(packed.about, R"("edges":1,"solids":1,"edgesChunk":5,"box":)")) << packed.about;
+    EXPECT_TRUE(Holds(packed.about, R"("chunk":6}})")) << packed.about;
+    std::string expected;
+    auto const add = [&expected](auto value) {
+        char bytes[sizeof value];
+        std::memcpy(bytes, &value, sizeof value);
+        expected.append(bytes, sizeof value);
+    };
+    add(std::uint32_t{1});
+    add(std::uint32_t{2});
+    for (Point3 const& p : supports.Edges()[0].points) {
+        for (double const value : {p.x, p.y, p.z}) add(static_cast<float>(value));
+    }
+    EXPECT_EQ(Inflated(packed.chunks[1]), expected);
+    EXPECT_EQ(CountsOf(packed, 2)[1], supports.Solids()[0].triangles.size());
 }
 
 }  // namespace

@@ -101,5 +101,11 @@ TEST(PageText, WrongBytesBecomeReplacementCharacters) {
     EXPECT_EQ(ValidUtf8("\xF4\x90\x80\x80"), mark + mark + mark + mark);  // beyond the last character
 }
 
+TEST(PageText, WhatFollowsAnEmptyListHasAComma) {
+    Json json;
+    json.Open('[').Open('[').Close(']').Whole(1).Open('{').Close('}').Truth(true).Close(']');
+    EXPECT_EQ(json.Document(), "[[],1,{},true]");
+}
+
 }  // namespace
 }  // namespace varnet

@@ -220,4 +220,34 @@ TEST(Classic, EachFacetKnowsItsTriangle) {
         ASSERT_EQ(expected.triangles[i], facets.TriangleOf(all[i])) << i;
 }
 
+// Points that no facet uses have no vertex, and none to take a list back from.
+TEST(Classic, ListsAreLentToTheVerticesThatAreThere) {
+    std::vector<Point3> const points = {{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {8, 8, 8}, {0, 1, 0}};
+    std::vector<Triangle> const triangles = {{1, 2, 4}};
+    ClassicMesh const mesh = MakeClassic(points, triangles, FacetLists::kLent);
+    EXPECT_EQ(mesh.model->GetFacetsNum(), 1);
+    EXPECT_EQ(mesh.model->m_VertexTree.m_nCount, 3u);
+    EXPECT_EQ(mesh.triangles, std::vector<std::int32_t>{0});
+}
+
+// In every order of heights, equal ones among them.
+TEST(Classic, CornersStandAsTheModelPutsThemWhereHeightsAreEqual) {
+    for (int heights = 0; heights < 27; ++heights) {
+        std::vector<Point3> const points = {
+            {0, 0, 1.0 * (heights % 3)}, {5, 0, 1.0 * (heights / 3 % 3)}, {0, 5, 1.0 * (heights / 9)}};
+        std::vector<Triangle> const triangles = {{0, 1, 2}};
+        ClassicMesh const mesh = MakeClassic(points, triangles);
+        Naive naive;
+        OfferOneByOne(points, triangles, naive);
+        CFacet const& facet = *mesh.model->m_SurfaceArray.m_aSurface[0]->m_aFacet[0];
+        CFacet const& expected = *naive.model.m_SurfaceArray.m_aSurface[0]->m_aFacet[0];
+        for (tagVertexNode* CFacet::*const corner :
+             {&CFacet::m_pVertex1, &CFacet::m_pVertex2, &CFacet::m_pVertex3}) {
+            EXPECT_EQ((facet.*corner)->x, (expected.*corner)->x) << heights;
+            EXPECT_EQ((facet.*corner)->y, (expected.*corner)->y) << heights;
+        }
+        EXPECT_EQ(facet.m_nFlag, expected.m_nFlag) << heights;
+    }
+}
+
 }  // namespace varnet

@@ -247,5 +247,19 @@ TEST(Intake, WhatIsCountedAddsUp) {
     EXPECT_EQ(part.Report().manyFacetEdges, 1);
 }
 
+// Two corners of needles that become one leave a point that nobody uses.
+TEST(Intake, APointThatANeedleHasLostIsNoneOfThePart) {
+    std::vector<Point3> const points = {{0, 0, 0},  {1e-12, 0, 0}, {10, 0, 0},
+                                        {0, 10, 0}, {-10, 0, 0},   {0, -10, 0}};
+    std::vector<Triangle> const triangles = {{0, 3, 4}, {0, 4, 5}, {1, 5, 2},
+                                             {1, 2, 3}, {0, 1, 3}, {1, 0, 5}};
+    Part const part(points, triangles);
+    EXPECT_EQ(part.Report().collinearTurned, 2);
+    EXPECT_EQ(part.Report().welded, 0);
+    EXPECT_EQ(part.Report().doubled, 0);
+    EXPECT_EQ(part.Triangles().size(), 4u);
+    EXPECT_EQ(part.Points().size(), 5u);
+}
+
 }  // namespace
 }  // namespace varnet

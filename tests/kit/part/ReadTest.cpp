@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 
@@ -311,6 +312,104 @@ TEST(ReadPart, ProgressNeverFallsAndStopsTheRead) {
             EXPECT_EQ(error.Kind(), ErrorKind::kCancelled);
         }
     }
+}
+
+// A block of a text is a megabyte: a longer line is read whole all the same.
+TEST(ReadPart, ALineOfThreeMegabytesIsReadWhole) {
+    TestFolder const folder;
+    std::string const blanks(std::size_t{3} << 20, ' ');
+    std::string const text = "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0" + blanks +
+                             "0\nvertex 0 1 0\nendloop\nendfacet\nfacet normal 0 0 1\nouter loop\n" +
+                             "vertex 5 0 0\nvertex 6 0 0\nvertex 5 1 0\nendloop\nendfacet\nendsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    ASSERT_EQ(part.Triangles().size(), 2u);
+    EXPECT_EQ(part.Points()[1], (Point3{1, 0, 0}));
+    EXPECT_EQ(part.Points()[4], (Point3{6, 0, 0}));
+}
+
+// Of three vertices the last one is number 2.
+TEST(ReadPart, APlainCsmThatNamesTheVertexBehindTheLastIsRefusedWithItsPlace) {
+    TestFolder const folder;
+    for (std::uint32_t const last : {2u, 3u}) {
+        std::string bytes = "Quarnell Ziped Model";
+        bytes.resize(80, '\0');
+        auto const add = [&bytes](auto value) {
+            char raw[sizeof value];
+            std::memcpy(raw, &value, sizeof value);
+            bytes.append(raw, sizeof value);
+        };
+        add(std::uint32_t{3});
+        for (float const f : {0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f}) add(f);
+        add(std::uint32_t{1});
+        for (std::uint32_t const n : {0u, 1u, last}) add(n);
+        std::filesystem::path const file = folder.Write("a.csm", bytes);
+        if (last == 2) {
+            EXPECT_EQ(Part::Read(file).Triangles().size(), 1u);
+            continue;
+        }
+        try {
+            Part::Read(file);
+            ADD_FAILURE() << "read";
+        } catch (Error const& error) {
+            EXPECT_EQ(error.what(), file.string() + ", byte 132: a facet names a vertex that there is not");
+        }
+    }
+}
+
+// Its corners may stand without a line that begins it: the line of the first one tells where it is.
+TEST(ReadPart, AFacetThatIsLostIsToldByTheLineOfItsFirstCorner) {
+    TestFolder const folder;
+    std::string const text =
+        "solid a\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex x 0 0\nendloop\nendfacet\n"
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
+        "endsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    EXPECT_EQ(part.Triangles().size(), 1u);
+    auto const& notes = part.Report().notes;
+    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(),
+                            [](std::string const& note) { return note.ends_with(", the first in line 3"); }));
+}
+
+TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {
+    TestFolder const folder;
+    shapes::Mesh mesh = shapes::Cube(1.0f);
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(2.0f), 9, 0, 0));
+    std::string bytes = shapes::ToAsciiStl(mesh);
+    bytes.replace(0, bytes.find('\n'), "solid two of them");
+    std::vector<Part> const pieces = Part::Read(folder.Write("two.stl", bytes)).Split();
+    ASSERT_EQ(pieces.size(), 2u);
+    for (Part const& piece : pieces) {
+        EXPECT_EQ(piece.Name(), "two");
+        EXPECT_EQ(piece.Header(), "two of them");
+        EXPECT_EQ(piece.Format(), MeshFormat::kAsciiStl);
+        EXPECT_EQ(piece.Report().facetsInFile, 12);
+        EXPECT_EQ(piece.Report().facetsRead, 12);
+        EXPECT_EQ(piece.Report().openEdges, 0);
+        EXPECT_EQ(piece.Measures().openEdges, 0);
+    }
+    EXPECT_NEAR(pieces[0].Measures().volume, 1.0, 1e-9);
+    EXPECT_NEAR(pieces[1].Measures().volume, 8.0, 1e-9);
+}
+
+TEST(ReadPart, NumbersOfAsciiStlBeyondTheRangeAreNoneAndBelowItAreZero) {
+    TestFolder const folder;
+    std::string const text =
+        "solid a\nfacet normal 0 0 1\nouter loop\nvertex 1e999 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+        "endfacet\nfacet normal 0 0 1\nouter loop\nvertex 1e-999 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+        "endfacet\nendsolid\n";
+    Part const part = Part::Read(folder.Write("a.stl", text));
+    EXPECT_EQ(part.Report().facetsRead, 2);
+    EXPECT_EQ(part.Report().notFinite, 1);
+    ASSERT_EQ(part.Triangles().size(), 1u);
+    EXPECT_EQ(part.Points()[0], (Point3{0, 0, 0}));
+}
+
+TEST(ReadPart, ARingStreamTellsHowManyFacetsItHas) {
+    TestFolder const folder;
+    PartOf(shapes::Cube(2.0f)).Write(folder / "a.csm", MeshFormat::kRingCsm);
+    IntakeReport const report = Part::Read(folder / "a.csm").Report();
+    EXPECT_EQ(report.facetsInFile, 12);
+    EXPECT_EQ(report.facetsRead, 12);
 }
 
 }  // namespace

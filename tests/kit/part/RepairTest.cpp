@@ -156,6 +156,16 @@ TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {
     EXPECT_TRUE(std::equal(facets.begin(), facets.end() - 2, FacetsOf(mesh).begin()));
 }
 
+TEST(Repair, AHoleOfOneFacetIsFilledByIt) {
+    for (std::size_t facet = 0; facet < 12; ++facet) {
+        shapes::Mesh const cube = shapes::Cube(10.0f);
+        Part part = PartOf(shapes::Without(cube, facet, 1));
+        ASSERT_EQ(part.Report().openEdges, 3);
+        EXPECT_EQ(part.Repair(Filling(100.0)).facetsAdded, 1);
+        EXPECT_EQ(Sorted(FacetsOf(part)), Sorted(FacetsOf(cube)));
+    }
+}
+
 // Both diagonals of a square give the same area: the one that is tried first stays, so that each run gives
 // it.
 TEST(Repair, OfFillingsOfOneAreaTheFirstStays) {
@@ -173,6 +183,35 @@ TEST(Repair, OfFillingsOfOneAreaTheFirstStays) {
     std::vector<Corners> const expected{{{{0, 10, 0}, {10, 0, 0}, {10, 10, 0}}},
                                         {{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}}}};
     EXPECT_EQ(Sorted(facets), Sorted(expected));
+}
+
+// A rim of four whose both diagonals are edges of the mesh: it is filled all the same, by the lesser area,
+// which is that of the diagonal from the corner that is drawn in. Two tetrahedra have the diagonals.
+TEST(Repair, WhereEveryFillingHasAnEdgeOfTheMeshTheLeastAreaIsTaken) {
+    for (std::int32_t turn = 0; turn < 4; ++turn) {
+        Soup soup;
+        soup.points = {{0, 0, 0}, {10, 0, 0}, {3, 3, 0}, {0, 10, 0}, {2, 2, -30}};
+        for (std::int32_t i = 0; i < 4; ++i) {
+            std::int32_t const a = (i + turn) % 4;
+            soup.triangles.push_back({(a + 1) % 4, a, 4});
+        }
+        auto const add = [&soup](std::int32_t a, std::int32_t b, double z) {
+            auto const n = static_cast<std::int32_t>(soup.points.size());
+            soup.points.push_back({20, 20, z});
+            soup.points.push_back({21, 25, z + 1});
+            for (Triangle const& t : {Triangle{a, b, n}, {a, n, n + 1}, {a, n + 1, b}, {b, n + 1, n}}) {
+                soup.triangles.push_back(t);
+            }
+        };
+        add(0, 2, 40);
+        add(1, 3, 60);
+        Part part(soup.points, soup.triangles);
+        ASSERT_EQ(part.Report().openEdges, 4);
+        double const before = part.Measures().area;
+        RepairReport const report = part.Repair(Filling(100.0));
+        EXPECT_EQ(report.facetsAdded, 2) << turn;
+        EXPECT_NEAR(part.Measures().area - before, 30.0, 1e-9) << turn;
+    }
 }
 
 // All triangulations of a polygon from i to j, the cheapest.

@@ -125,5 +125,47 @@ TEST(Slivers, AFanOfSliversIsTakenOutOneByOne) {
     }
 }
 
+// Two slivers back to back, which share their longest edge: both go, and what lies across their other edges
+// stays as it is.
+TEST(Slivers, SliversBackToBackGoTogether) {
+    Divided square;
+    std::int32_t const m = square.On(4);
+    square.Add(square.kLeft, square.kRight, m);
+    square.Add(square.kRight, square.kLeft, m);
+    square.Add(square.kLeft, m, square.kTop);
+    square.Add(m, square.kRight, square.kTop);
+    square.Add(square.kLeft, square.kBottom, m);
+    square.Add(m, square.kBottom, square.kRight);
+    SliverCounts const counts = square.TakeOut();
+    EXPECT_EQ(counts.stuck, 0);
+    EXPECT_EQ(counts.small, 0);
+    EXPECT_EQ(square.Facets(), 4u);
+}
+
+// A middle that two points share which are as good as one, with two needles between them that no turn makes
+// shorter: they become one. A fin of two facets at the one that goes has no inside.
+TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
+    for (bool const hasFin : {false, true}) {
+        Progress const none;
+        Watch watch(none);
+        Pace const pace(watch);
+        FlatMesh mesh;
+        mesh.points = {{0, 0, 0},   {1e-12, 0, 0}, {10, 0, 0}, {0, 10, 0},
+                       {-10, 0, 0}, {0, -10, 0},   {0, 5, 7},  {0, 3, 8}};
+        mesh.triangles = {{0, 3, 4}, {0, 4, 5}, {1, 5, 2}, {1, 2, 3}, {0, 1, 3}, {1, 0, 5}};
+        if (hasFin) {
+            mesh.triangles.push_back({1, 7, 6});
+            mesh.triangles.push_back({1, 6, 7});
+        }
+        EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+        SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+        EXPECT_EQ(counts.turned, 2) << "each needle has lost a corner";
+        EXPECT_EQ(counts.stuck, 0);
+        ASSERT_EQ(mesh.triangles.size(), 4u);
+        for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(mesh.triangles[i][0], 0);
+        EXPECT_EQ(edges.open, 4);
+    }
+}
+
 }  // namespace
 }  // namespace varnet

@@ -79,6 +79,36 @@ TEST(WriteBytes, EveryFacetIsThereWhereverABlockEnds) {
     }
 }
 
+// Writing is the first half of the work, reading back the second.
+TEST(WriteBytes, ProgressGoesUpToOneAndAStopLeavesNoFile) {
+    TestFolder const folder;
+    Part const part = PartOf(shapes::IcoSphere(10, 5));
+    for (double const stopAt : {2.0, 0.1, 0.6}) {
+        double last = 0.0;
+        MeshWriteSettings settings;
+        settings.format = MeshFormat::kPlainCsm;
+        settings.progress = [&](double share) {
+            EXPECT_GE(share, last);
+            EXPECT_LE(share, 1.0);
+            last = share;
+            return share < stopAt;
+        };
+        if (stopAt > 1.0) {
+            part.Write(folder / "a.csm", settings);
+            EXPECT_EQ(last, 1.0);
+            std::filesystem::remove(folder / "a.csm");
+            continue;
+        }
+        try {
+            part.Write(folder / "a.csm", settings);
+            ADD_FAILURE() << stopAt;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kCancelled);
+        }
+        EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+    }
+}
+
 class HeaderOfStrips : public ::testing::Test {
 protected:
     // The first bytes of the file that has this header; what is refused, by its message.

@@ -185,6 +185,29 @@ TEST(MeshPicture, AnEdgeIsDrawnFrom25DegreesOn) {
     EXPECT_EQ(lines(25.1), 6u);
 }
 
+// Of an edge of three facets the first one tells: two that rise and fall by 24 degrees from it do not bend.
+TEST(MeshPicture, AnEdgeOfThreeFacetsIsJudgedByTheFirst) {
+    double const bend = InRadians(24.0);
+    double const x = 5 * std::cos(bend);
+    double const z = 5 * std::sin(bend);
+    std::vector<Point3> const points{{0, 0, 0}, {0, 5, 0}, {-5, 0, 0}, {x, 0, -z}, {x, 0, z}};
+    auto const lines = [&points](std::vector<Triangle> const& triangles) {
+        PicturedMesh mesh;
+        mesh.points = points;
+        mesh.triangles = triangles;
+        std::string const svg = PictureOf(std::span(&mesh, 1), "fan");
+        std::size_t count = 0;
+        std::string const start = "<path class=\"e\" d=\"";
+        for (std::size_t at = svg.find(start); at != std::string::npos; at = svg.find(start, at + 1)) {
+            std::string const way = svg.substr(at, svg.find("/>", at) - at);
+            count += static_cast<std::size_t>(std::count(way.begin(), way.end(), 'M'));
+        }
+        return count;
+    };
+    EXPECT_EQ(lines({{0, 1, 2}, {1, 0, 3}, {1, 0, 4}}), 6u);
+    EXPECT_EQ(lines({{1, 0, 3}, {0, 1, 2}, {1, 0, 4}}), 9u);
+}
+
 TEST(MeshPicture, FacetsHaveTheirOwnColoursAsFarAsThereAreAny) {
     std::vector<Point3> const points{{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {20, 0, 0}, {30, 0, 0}, {20, 10, 0}};
     std::vector<Triangle> const triangles{{0, 1, 2}, {3, 4, 5}};

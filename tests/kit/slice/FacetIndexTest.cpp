@@ -166,4 +166,19 @@ TEST(FacetIndex, FacetsKeepTheirOrderAndThoseWithoutThreeCornersAreLeftOut) {
     EXPECT_EQ(index.ReachOf(2), 0);
 }
 
+TEST(FacetIndex, CornersMayBeAsFarAsTenMillionMetresOnEachAxis) {
+    double const most = 1e10;
+    for (double Point3::*const axis : {&Point3::x, &Point3::y, &Point3::z}) {
+        for (double const sign : {1.0, -1.0}) {
+            for (double const far : {most, std::nextafter(most, HUGE_VAL)}) {
+                std::vector<Point3> points{{0, 0, 0}, {1, 0, 1}, {0, 1, 1}};
+                points[1].*axis = sign * far;
+                EXPECT_EQ(IsUsable({points, {}, false, false}, {0, 1, 2}), far == most);
+                EXPECT_EQ(IsUsable({points, {}, false, false}, {1, 0, 2}), far == most);
+                EXPECT_EQ(IsUsable({points, {}, false, false}, {0, 2, 1}), far == most);
+            }
+        }
+    }
+}
+
 }  // namespace varnet

@@ -114,5 +114,18 @@ TEST(ClassicLayer, HalfMadeLoopsAndHatchesAreLeftOut) {
     EXPECT_EQ(ToClassic(odd)->m_RawLoopList.GetCount(), 3);
 }
 
+TEST(ClassicLayer, AClosedLoopOfOnePointKeepsIt) {
+    CLayer classic;
+    auto* const loop = new tagLoopTreeNode(0);
+    loop->m_pPointList = new XR_CList<CPoint2D, CPoint2D&>(10);
+    CPoint2D point(3, 4);
+    loop->m_pPointList->AddTail(point);
+    loop->m_bClosed = 1;
+    classic.AddRawLoop(loop);
+    EXPECT_EQ(FromClassic(classic).points, (std::vector<Point2>{{3, 4}}));
+    loop->m_pPointList->AddTail(point);
+    EXPECT_EQ(FromClassic(classic).points, (std::vector<Point2>{{3, 4}}));
+}
+
 }  // namespace
 }  // namespace varnet

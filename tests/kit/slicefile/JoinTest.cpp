@@ -260,5 +260,28 @@ TEST_F(JoinRefusals, BrokenFilesMissingOnesAndNoneAtAll) {
     RefusalOf({a, Shard("b.cli", 5, 8, 8)}, ErrorKind::kCancelled, [](double) { return false; });
 }
 
+TEST_F(JoinRefusals, AlignedFilesAreNamed) {
+    std::string bytes = BytesOf(Shard("a.cli", 1, 1, std::nullopt));
+    bytes.resize(bytes.find("$$HEADEREND"));
+    fs::path const aligned = folder.Write("aligned.cli", bytes + "$$ALIGN\n$$HEADEREND");
+    EXPECT_NE(std::string::npos, RefusalOf({aligned}).find("aligned.cli: is aligned"));
+}
+
+#if !defined(_WIN32)
+TEST_F(JoinRefusals, AFileThatBecomesShorterWhileItIsCopiedIsNamed) {
+    fs::path const path = Shard("a.cli", 1, 4, std::nullopt);
+    SliceFile const file(path);
+    fs::resize_file(path, file.GeometryEnd() - 20);
+    SliceWriter writer(folder / "copy.cli", 4);
+    try {
+        writer.Copy(file, [](double) {});
+        ADD_FAILURE() << "copied";
+    } catch (Error const& error) {
+        EXPECT_EQ(ErrorKind::kFile, error.Kind());
+        EXPECT_EQ(path.string() + ": has become shorter while it was read", error.what());
+    }
+}
+#endif
+
 }  // namespace
 }  // namespace varnet

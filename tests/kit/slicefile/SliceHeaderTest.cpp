@@ -224,6 +224,20 @@ TEST_F(SliceHeaderTest, ABrokenLayerOfTextIsTheEndWhereWhatIsBeforeItIsAskedFor)
     EXPECT_EQ(file.Report().notes, std::vector<std::string>{"the file has no $$GEOMETRYEND"});
 }
 
+// The last command has nothing behind it but the end of the file: with $$GEOMETRYEND its count is wrong, and
+// without it is cut.
+TEST_F(SliceHeaderTest, ThePathAtTheEndOfTheFileIsHeldAgainstItsCount) {
+    std::string const body = "\n$$LAYER/1\n$$POLYLINE/1,1,4,0,0,1,1\n";
+    Put(kTextHead + body + "$$GEOMETRYEND\n");
+    {
+        SliceFile const file(path);
+        EXPECT_EQ(file.Report().wrongCounts, 1);
+        EXPECT_EQ(file.LayerAt(1).points.size(), 2u);
+    }
+    Put(kTextHead + body);
+    EXPECT_TRUE(Says("line 5: the file ends within this command: 2 of 4 points are there"));
+}
+
 TEST_F(SliceHeaderTest, ReadingTextCanBeStoppedEvery1024Lines) {
     std::string const start = kTextHead + "\n$$GEOMETRYSTART\n";
     auto const calls = [&](std::size_t lines) {
