@@ -9,7 +9,8 @@ constants, statements and guards that go, returns that come early, arguments tha
 of the tree below build/mutate; what holds its room is built again and run, the file's own tests first, then the room's,
 then all that use it. A mutant that does not compile is noticed by the compiler, and another is drawn; one that leaves the
 programs as they were, byte for byte, changes nothing. equivalents.json beside this file lists those that change the code
-and nothing that can be seen, by file, line and kind, with the reason.
+and nothing that can be seen, by file, line and kind, with the reason. As root, tests run behind unshare(1), where nobody can
+put a file in the place of a device.
 """
 
 import argparse
@@ -47,6 +48,10 @@ SEEN_BY = {
     "program": [],
 }
 SEEN_BY_PROGRAM = ("kit", "program")  # and by the scripts of tests/program
+
+# A mutant that root runs may put a plain file in the place of a device: tests see /dev, and cannot change what is in it.
+SHIELD = ["unshare", "--mount", "sh", "-c",
+         'mount --rbind /dev /dev && mount -o remount,bind,ro /dev && exec "$@"', "sh"] if os.geteuid() == 0 else []
 
 # Seconds on the wall, far beyond what any test takes on a busy machine.
 WAITS_FOR_EVER = 1200.0
@@ -258,7 +263,7 @@ class Copy:
         if limit is not None:
             command = ["prlimit", f"--cpu={limit}:{limit + 5}", *command]
         with tempfile.TemporaryFile() as output:
-            child = subprocess.Popen(command, cwd=self.root, env=self.environment, stdin=subprocess.DEVNULL,
+            child = subprocess.Popen([*SHIELD, *command], cwd=self.root, env=self.environment, stdin=subprocess.DEVNULL,
                                      stdout=output, stderr=subprocess.STDOUT, start_new_session=True)
             # What waits for ever takes no processor.
             watch = threading.Timer(WAITS_FOR_EVER, lambda: os.killpg(child.pid, signal.SIGKILL))
@@ -461,6 +466,8 @@ def main():
     parser.add_argument("--copy", type=int, default=1, metavar="K", help="the first copy's number, beside another run")
     parser.add_argument("--list", action="store_true", help="print the mutants, and try none")
     options = parser.parse_args()
+    if SHIELD and not options.list and subprocess.run([*SHIELD, "true"], stderr=subprocess.DEVNULL).returncode != 0:
+        sys.exit("as root, mutants are tried behind unshare(1) alone, which is refused here: try them as another user")
     if options.listed:
         found = order = [m for m in listed(options.listed) if (options.only or "") in m.file]
         options.number = len(order)
