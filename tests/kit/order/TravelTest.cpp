@@ -144,6 +144,27 @@ TEST(OrderedTravel, FillThatIsTooFarAwayComesLast) {
     EXPECT_EQ(layer.ChainStrokes(4)[0], (Stroke{{1e14, 0}, {7, 0}}));
 }
 
+// Contours, too, each of them once: a hole is no part of its outer contour's list any more.
+TEST(OrderedTravel, NestedContoursThatAreTooFarAwayComeLast) {
+    double const far = 1e17;
+    auto const square = [](double x, double from, double to) {
+        return std::vector<Point2>{{x + from, from}, {x + to, from}, {x + to, to}, {x + from, to}};
+    };
+    Layer layer;
+    layer.AddContour(square(far, 0, 1024), {});
+    std::vector<Point2> hole = square(far, 256, 512);
+    std::reverse(hole.begin(), hole.end());
+    layer.AddContour(hole, {true, 0, 1, 1});
+    layer.AddContour(square(0, 0, 10), {});
+    PathOrder order;
+    order.Order(layer);
+    ASSERT_EQ(layer.ContourCount(), 3u);
+    EXPECT_EQ(layer.ContourPoints(0)[0], (Point2{0, 0}));
+    EXPECT_EQ(layer.ContourPoints(1).size(), 4u);
+    EXPECT_EQ(layer.ContourPoints(1)[0], (Point2{far, 0}));
+    EXPECT_EQ(layer.ContourPoints(2)[0], hole[0]);
+}
+
 TEST(OrderedTravel, OneSeedGivesOneOrder) {
     auto const ordered = [](unsigned seed) {
         OrderSettings settings;
