@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "MeshChecks.h"
+#include "kit/part/PartChecks.h"
 #include "support/ClassicFacets.h"
 
 namespace varnet {
@@ -61,18 +62,6 @@ void ExpectAsOneByOne(std::vector<Point3> const& points, std::vector<Triangle> c
     ClassicMesh const mesh = MakeClassic(points, triangles);
     EXPECT_EQ(naive.triangles, mesh.triangles);
     ASSERT_NO_FATAL_FAILURE(ExpectSameModels(naive.model, *mesh.model));
-}
-
-// Triangles of distinct corners among few points on a small grid, so that many are twins, turned twins,
-// degenerate, or share an edge with several.
-std::vector<Triangle> RandomTriangles(std::mt19937& random, std::size_t points, std::size_t count) {
-    std::vector<Triangle> triangles;
-    while (triangles.size() < count) {
-        auto const pick = [&] { return static_cast<std::int32_t>(random() % points); };
-        Triangle const t = {pick(), pick(), pick()};
-        if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0]) triangles.push_back(t);
-    }
-    return triangles;
 }
 
 std::vector<Point3> DistinctPoints(std::mt19937& random, std::size_t count) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "MeshChecks.h"
+#include "kit/part/PartChecks.h"
 #include "part/Classic.h"
 #include "part/Edges.h"
 #include "part/PartState.h"
@@ -67,16 +68,6 @@ std::vector<Point3> GridPoints(std::mt19937& random, std::size_t count) {
     std::shuffle(points.begin(), points.end(), random);
     points.resize(count);
     return points;
-}
-
-std::vector<Triangle> RandomTriangles(std::mt19937& random, std::size_t points, std::size_t count) {
-    std::vector<Triangle> triangles;
-    while (triangles.size() < count) {
-        auto const pick = [&] { return static_cast<std::int32_t>(random() % points); };
-        Triangle const t = {pick(), pick(), pick()};
-        if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0]) triangles.push_back(t);
-    }
-    return triangles;
 }
 
 bool HasCopiesPlainly(std::vector<Triangle> const& triangles) {

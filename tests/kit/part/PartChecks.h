@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -75,6 +76,18 @@ inline std::int64_t OpenEdgesOf(std::vector<Corners> const& facets) {
     std::int64_t open = 0;
     for (auto const& [edge, count] : balance) open += std::abs(count);
     return open;
+}
+
+/// Triangles of distinct corners among few points, so that many are twins, turned twins, degenerate, or share
+/// an edge with several.
+inline std::vector<Triangle> RandomTriangles(std::mt19937& random, std::size_t points, std::size_t count) {
+    std::vector<Triangle> triangles;
+    while (triangles.size() < count) {
+        auto const pick = [&] { return static_cast<std::int32_t>(random() % points); };
+        Triangle const t = {pick(), pick(), pick()};
+        if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0]) triangles.push_back(t);
+    }
+    return triangles;
 }
 
 }  // namespace varnet
