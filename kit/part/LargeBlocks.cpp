@@ -57,17 +57,17 @@ struct Block {
 // A thread's turn, if no other thread has it.
 class Turn {
 public:
-    explicit Turn(std::atomic_flag& taken)
-        : m_Taken(taken), m_Mine(!taken.test_and_set(std::memory_order_acquire)) {}
+    explicit Turn(std::atomic<bool>& taken)
+        : m_Taken(taken), m_Mine(!taken.exchange(true, std::memory_order_acquire)) {}
     Turn(Turn const&) = delete;
     Turn& operator=(Turn const&) = delete;
     ~Turn() {
-        if (m_Mine) m_Taken.clear(std::memory_order_release);
+        if (m_Mine) m_Taken.store(false, std::memory_order_release);
     }
     bool IsMine() const { return m_Mine; }
 
 private:
-    std::atomic_flag& m_Taken;
+    std::atomic<bool>& m_Taken;
     bool m_Mine;
 };
 
@@ -116,7 +116,7 @@ public:
     std::size_t Bytes() const { return m_Bytes; }
 
 private:
-    std::atomic_flag m_Taken = ATOMIC_FLAG_INIT;
+    std::atomic<bool> m_Taken = false;
     std::array<Block, 16> m_Blocks;
     std::size_t m_Count = 0;
     std::atomic<std::size_t> m_Bytes = 0;
