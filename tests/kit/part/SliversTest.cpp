@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <random>
 #include <vector>
 
 #include "part/Edges.h"
@@ -167,6 +170,23 @@ TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
             EXPECT_EQ(mesh.triangles.back(), (Triangle{0, 7, 6}));
         }
         EXPECT_EQ(edges.open, isLeft ? 7 : 4);
+    }
+}
+
+// From the lowest corner, whichever stands in front: rounding is the same for each of three ways to write it.
+TEST(DoubledArea, IsTakenFromTheLowestCorner) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> place(-10.0, 10.0);
+    for (int run = 0; run < 1000; ++run) {
+        std::array<Point3, 3> p;
+        for (Point3& corner : p) corner = {place(random), place(random), place(random)};
+        auto const low = static_cast<std::size_t>(
+            std::min_element(p.begin(), p.end(), [](Point3 const& a, Point3 const& b) { return a.z < b.z; }) -
+            p.begin());
+        double const expected = Length(Cross(p[(low + 1) % 3] - p[low], p[(low + 2) % 3] - p[low]));
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(DoubledArea(p[i], p[(i + 1) % 3], p[(i + 2) % 3]), expected);
+        }
     }
 }
 
