@@ -391,14 +391,20 @@ TEST(ReadPart, APlainCsmThatNamesTheVertexBehindTheLastIsRefusedWithItsPlace) {
 TEST(ReadPart, AFacetThatIsLostIsToldByTheLineOfItsFirstCorner) {
     TestFolder const folder;
     std::string const text =
-        "solid a\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex x 0 0\nendloop\nendfacet\n"
+        "solid a\n\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex x 0 0\nendloop\nendfacet\n"
         "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
         "endsolid\n";
-    Part const part = Part::Read(folder.Write("a.stl", text));
-    EXPECT_EQ(part.Triangles().size(), 1u);
-    auto const& notes = part.Report().notes;
-    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(),
-                            [](std::string const& note) { return note.ends_with(", the first in line 3"); }));
+    // An empty line counts, whatever ends it.
+    for (std::string const end : {"\n", "\r", "\r\n"}) {
+        std::string lines;
+        for (char const c : text) lines += c == '\n' ? end : std::string(1, c);
+        Part const part = Part::Read(folder.Write("a.stl", lines));
+        EXPECT_EQ(part.Triangles().size(), 1u);
+        auto const& notes = part.Report().notes;
+        EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [](std::string const& note) {
+            return note.ends_with(", the first in line 4");
+        })) << (notes.empty() ? "no notes" : notes[0]);
+    }
 }
 
 TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {

@@ -193,32 +193,60 @@ TEST(Repair, OfFillingsOfOneAreaTheFirstStays) {
     EXPECT_EQ(Sorted(facets), Sorted(expected));
 }
 
-// A rim of four whose both diagonals are edges of the mesh: it is filled all the same, by the lesser area,
-// which is that of the diagonal from the corner that is drawn in. Two tetrahedra have the diagonals.
-TEST(Repair, WhereEveryFillingHasAnEdgeOfTheMeshTheLeastAreaIsTaken) {
-    for (std::int32_t turn = 0; turn < 4; ++turn) {
-        Soup soup;
-        soup.points = {{0, 0, 0}, {10, 0, 0}, {3, 3, 0}, {0, 10, 0}, {2, 2, -30}};
+// A rim of four with a corner drawn in, above a cone of walls that begin with the given one. Its lesser area,
+// 30, is that of the diagonal from that corner; the other one gives 70. Tetrahedra put diagonals into the
+// mesh.
+class DrawnIn {
+public:
+    explicit DrawnIn(std::int32_t turn) {
+        m_Soup.points = {{0, 0, 0}, {10, 0, 0}, {3, 3, 0}, {0, 10, 0}, {2, 2, -30}};
         for (std::int32_t i = 0; i < 4; ++i) {
             std::int32_t const a = (i + turn) % 4;
-            soup.triangles.push_back({(a + 1) % 4, a, 4});
+            m_Soup.triangles.push_back({(a + 1) % 4, a, 4});
         }
-        auto const add = [&soup](std::int32_t a, std::int32_t b, double z) {
-            auto const n = static_cast<std::int32_t>(soup.points.size());
-            soup.points.push_back({20, 20, z});
-            soup.points.push_back({21, 25, z + 1});
-            for (Triangle const& t : {Triangle{a, b, n}, {a, n, n + 1}, {a, n + 1, b}, {b, n + 1, n}}) {
-                soup.triangles.push_back(t);
-            }
-        };
-        add(0, 2, 40);
-        add(1, 3, 60);
-        Part part(soup.points, soup.triangles);
-        ASSERT_EQ(part.Report().openEdges, 4);
+    }
+    void AddTetrahedron(std::int32_t a, std::int32_t b, double z) {
+        auto const n = static_cast<std::int32_t>(m_Soup.points.size());
+        m_Soup.points.push_back({20, 20, z});
+        m_Soup.points.push_back({21, 25, z + 1});
+        for (Triangle const& t : {Triangle{a, b, n}, {a, n, n + 1}, {a, n + 1, b}, {b, n + 1, n}}) {
+            m_Soup.triangles.push_back(t);
+        }
+    }
+    double FilledArea() const {
+        Part part(m_Soup.points, m_Soup.triangles);
+        EXPECT_EQ(part.Report().openEdges, 4);
         double const before = part.Measures().area;
         RepairReport const report = part.Repair(Filling(100.0));
-        EXPECT_EQ(report.facetsAdded, 2) << turn;
-        EXPECT_NEAR(part.Measures().area - before, 30.0, 1e-9) << turn;
+        EXPECT_EQ(report.facetsAdded, 2);
+        EXPECT_EQ(report.openEdgesAfter, 0);
+        return part.Measures().area - before;
+    }
+
+private:
+    Soup m_Soup;
+};
+
+TEST(Repair, NoFillingHasAnEdgeOfTheMeshWhereAnotherIsPossible) {
+    for (std::int32_t turn = 0; turn < 4; ++turn) {
+        DrawnIn free(turn);
+        EXPECT_NEAR(free.FilledArea(), 30.0, 1e-9) << turn;
+        DrawnIn taken(turn);
+        taken.AddTetrahedron(0, 2, 40);
+        EXPECT_NEAR(taken.FilledArea(), 70.0, 1e-9) << turn;
+        DrawnIn other(turn);
+        other.AddTetrahedron(1, 3, 60);
+        EXPECT_NEAR(other.FilledArea(), 30.0, 1e-9) << turn;
+    }
+}
+
+// It is filled all the same, by the lesser area.
+TEST(Repair, WhereEveryFillingHasAnEdgeOfTheMeshTheLeastAreaIsTaken) {
+    for (std::int32_t turn = 0; turn < 4; ++turn) {
+        DrawnIn rim(turn);
+        rim.AddTetrahedron(0, 2, 40);
+        rim.AddTetrahedron(1, 3, 60);
+        EXPECT_NEAR(rim.FilledArea(), 30.0, 1e-9) << turn;
     }
 }
 
