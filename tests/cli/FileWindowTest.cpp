@@ -133,6 +133,22 @@ TEST(FileWindow, WhatTheFileCanHoldIsKnownWithoutReadingIt) {
     EXPECT_EQ(window.Position(), 6);
 }
 
+TEST(FileWindow, FromItsStartAFileHoldsItsLengthAndWithoutAFileThereIsNothing) {
+    OpenBytes const file("abcdefg");
+    FileWindow window(file);
+    EXPECT_TRUE(window.CanHold(7));
+    EXPECT_FALSE(window.CanHold(8));
+    window.Take(7);
+    EXPECT_TRUE(window.CanHold(0));
+    EXPECT_FALSE(window.CanHold(1));
+
+    FileWindow none(nullptr);
+    EXPECT_TRUE(none.CanHold(0));
+    EXPECT_FALSE(none.CanHold(1));
+    EXPECT_FALSE(none.NextLine(1));
+    EXPECT_EQ(none.Take(1), nullptr);
+}
+
 TEST(FileWindow, APipeIsReadNoFurtherThanAskedFor) {
     Pipe const pipe("line\nmore and more");
     FileWindow window(pipe);

@@ -300,6 +300,41 @@ TEST(FixNormal, BandsThatCannotBeWoundConsistentlyAreFixedAsDefined) {
     }
 }
 
+// A disk about a hub, and a twisted strip from one edge of its rim to another. All edges at the hub are looked at from
+// there, in the end: that the shell cannot be wound consistently shows at these alone, which are more than a few.
+TEST(FixNormal, AStripThatTwistsAWideDiskIsFixedAsDefined) {
+    for (int const nRim : {8, 9, 12, 40}) {
+        auto const rim = [nRim](int n) {
+            double const dAngle = 6.283185307179586 * n / nRim;
+            return shapes::Corner{static_cast<float>(10.0 * std::cos(dAngle)),
+                                  static_cast<float>(10.0 * std::sin(dAngle)), 1.0f};
+        };
+        shapes::Mesh mesh;
+        shapes::Corner const hub{0.0f, 0.0f, 0.0f};
+        for (int n = 0; n < nRim; ++n) mesh.push_back({hub, rim(n), rim((n + 1) % nRim)});
+        shapes::Corner const left{0.0f, 1.0f, 20.0f};
+        shapes::Corner const right{0.0f, -1.0f, 20.0f};
+        for (auto const& [from, to] : {std::pair(2, 3), std::pair(5, 6)}) {
+            mesh.push_back({rim(from), left, rim(to)});
+            mesh.push_back({rim(to), left, right});
+        }
+        for (unsigned nSeed = 0; nSeed < 8; ++nSeed) {
+            CSTLModel expected;
+            CSTLModel model;
+            for (CSTLModel* const pModel : {&expected, &model}) {
+                AddMesh(*pModel, mesh);
+                auto& facets = pModel->m_SurfaceArray.m_aSurface[0]->m_aFacet;
+                std::rotate(facets.m_pData, facets.m_pData + 1, facets.m_pData + facets.m_nSize);
+            }
+            TurnSome(expected, model, nSeed, 3);
+            literal::FixNormal(FacetsOf(expected));
+            model.FixNormal();
+            ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model));
+            EXPECT_FALSE(IsConsistent(model));
+        }
+    }
+}
+
 // The host has moved vertices without making normals and corners anew.
 TEST(FixNormal, CornersThatAreOutOfOrderAreFixedAsDefined) {
     for (shapes::Mesh const& mesh : {shapes::Bracket(), Tangle(5, 12, 90)}) {
