@@ -149,6 +149,26 @@ TEST(FileWindow, FromItsStartAFileHoldsItsLengthAndWithoutAFileThereIsNothing) {
     EXPECT_EQ(none.Take(1), nullptr);
 }
 
+TEST(FileWindow, AFilePlacedBehindItsEndHoldsNothing) {
+    OpenBytes const file("abcdefg");
+    std::fseek(file, 100, SEEK_SET);
+    FileWindow window(file);
+    EXPECT_TRUE(window.CanHold(0));
+    EXPECT_FALSE(window.CanHold(1));
+}
+
+TEST(FileWindow, BytesAndLinesComeInTurn) {
+    OpenBytes const file("abcdef\nghi\nj");
+    FileWindow window(file);
+    EXPECT_EQ(*window.Take(2), 'a');
+    EXPECT_EQ(window.NextLine(100), "cdef\n");
+    EXPECT_EQ(*window.Take(1), 'g');
+    EXPECT_EQ(window.NextLine(1), "h");
+    EXPECT_EQ(window.Position(), 9);
+    EXPECT_EQ(window.NextLine(100), "i\n");
+    EXPECT_EQ(*window.Take(1), 'j');
+}
+
 TEST(FileWindow, APipeIsReadNoFurtherThanAskedFor) {
     Pipe const pipe("line\nmore and more");
     FileWindow window(pipe);

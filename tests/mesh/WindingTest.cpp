@@ -5,6 +5,7 @@
 
 #include "MeshChecks.h"
 #include "mesh/LiteralMesh.h"
+#include "trees/FacetList.h"
 
 namespace {
 
@@ -300,8 +301,9 @@ TEST(FixNormal, BandsThatCannotBeWoundConsistentlyAreFixedAsDefined) {
     }
 }
 
-// A disk about a hub, and a twisted strip from one edge of its rim to another. All edges at the hub are looked at from
-// there, in the end: that the shell cannot be wound consistently shows at these alone, which are more than a few.
+// A disk about a hub, and a twisted strip from one edge of its rim to another. All edges at the hub are
+// looked at from there, in the end: that the shell cannot be wound consistently shows at these alone, which
+// are more than a few.
 TEST(FixNormal, AStripThatTwistsAWideDiskIsFixedAsDefined) {
     for (int const nRim : {8, 9, 12, 40}) {
         auto const rim = [nRim](int n) {
@@ -332,6 +334,26 @@ TEST(FixNormal, AStripThatTwistsAWideDiskIsFixedAsDefined) {
             ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model));
             EXPECT_FALSE(IsConsistent(model));
         }
+    }
+}
+
+// The host has taken the lists of a mesh's vertices away.
+TEST(FixNormal, FacetsWhoseVerticesKnowNoneStayAsTheyAre) {
+    CSTLModel model;
+    AddMesh(model, shapes::WithTurned(shapes::Cube(1.0f), 3));
+    std::vector<CFacet> before;
+    for (CFacet const* f : FacetsOf(model)) before.push_back(*f);
+    for (tagVertexNode* const p : VerticesOf(model)) {
+        varnet::facet_list::Free(*p);
+        p->m_ppFacet = nullptr;
+        p->m_nFacetNum = 0;
+    }
+    model.FixNormal();
+    std::vector<CFacet*> const after = FacetsOf(model);
+    ASSERT_EQ(before.size(), after.size());
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        EXPECT_TRUE(literal::RunsFromTo(after[i], before[i].m_pVertex1, before[i].m_pVertex2)) << i;
+        EXPECT_EQ(before[i].m_pVertex3->z, after[i]->m_pVertex3->z) << i;
     }
 }
 
