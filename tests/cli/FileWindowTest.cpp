@@ -149,6 +149,52 @@ TEST(FileWindow, FromItsStartAFileHoldsItsLengthAndWithoutAFileThereIsNothing) {
     EXPECT_EQ(none.Take(1), nullptr);
 }
 
+TEST(FileWindow, AFileReadFromItsStartGoesBackToAnyPlaceOfIt) {
+    std::string const bytes = ManyLines();
+    OpenBytes const file(bytes);
+    for (std::int64_t const nPosition : {0, 1, 5000}) {
+        std::rewind(file);
+        FileWindow window(file);
+        while (window.NextLine(1000)) {
+        }
+        window.Leave(nPosition);
+        EXPECT_EQ(file.Position(), nPosition);
+        EXPECT_EQ(std::getc(file), bytes[static_cast<std::size_t>(nPosition)]);
+    }
+}
+
+TEST(FileWindow, AtTheEndIsBehindAllBytesHoweverFewWereRead) {
+    for (long const nStart : {0L, 7L}) {
+        OpenBytes const file(ManyLines());
+        std::fseek(file, nStart, SEEK_SET);
+        FileWindow window(file);
+        window.Take(3);
+        window.LeaveAtEnd();
+        EXPECT_EQ(file.Position(), static_cast<long>(ManyLines().size()));
+    }
+}
+
+TEST(FileWindow, ItemsThatAreNotWholeArePassedOver) {
+    OpenBytes const file("abcdefg");
+    FileWindow window(file);
+    EXPECT_EQ(window.TakeItems(3, 9).size(), 6u);
+    EXPECT_TRUE(window.TakeItems(3, 9).empty());
+    EXPECT_EQ(window.Position(), 7);
+}
+
+TEST(FileWindow, LinesOfAPipeEndAtTheirEndAtSoManyCharactersAndWithThePipe) {
+    Pipe const pipe("abcde\nfg");
+    FileWindow window(pipe);
+    EXPECT_EQ(window.NextLine(3), "abc");
+    EXPECT_EQ(window.Position(), 3);
+    EXPECT_EQ(window.NextLine(3), "de\n");
+    EXPECT_EQ(window.NextLine(3), "fg");
+    EXPECT_EQ(window.Position(), 8);
+    EXPECT_FALSE(window.NextLine(3));
+    EXPECT_FALSE(window.NextLine(3));
+    EXPECT_EQ(window.Position(), 8);
+}
+
 TEST(FileWindow, AFilePlacedBehindItsEndHoldsNothing) {
     OpenBytes const file("abcdefg");
     std::fseek(file, 100, SEEK_SET);
@@ -217,4 +263,8 @@ TEST(FileWindow, ACountThatAPipeDoesNotKeepGives0) {
     CLayer layer;
     EXPECT_EQ(layer.ReadCLIFile(pipe, 2), 0);
     EXPECT_EQ(layer.m_RawLoopList.GetCount(), 0);
+    Pipe const hatches(
+        SliceBytes().Short({127}).Float({1}).Short({132}).Long({1, 2147483647}).Float({1, 2, 3, 4}));
+    EXPECT_EQ(layer.ReadCLIFile(hatches, 2), 0);
+    EXPECT_EQ(layer.m_HatchList.GetCount(), 0);
 }

@@ -128,6 +128,16 @@ TEST(CutLoop, OpensAClosedLoopButLeavesItsFlagAndBox) {
     EXPECT_EQ(pLoop->m_Box.m_ptMax.x, 10.0);
 }
 
+// A tenth and two tenths add up to 0.30000000000000004, and two tenths less than that are more than a tenth.
+TEST(CutLoop, APathOfJustTheCutAndWhatIsKeptIsCutAtTheLengthAsItIsGiven) {
+    auto const place = [](double dKeep) {
+        LoopPtr const pLoop = OpenPath({{0, 0}, {0.1 + 0.2, 0}});
+        Cut(*pLoop, 0.1, dKeep, OPERATE_AT_HEAD, 0);
+        return PlacesOf(*pLoop).front();
+    };
+    EXPECT_EQ(place(0.2), place(0.0));
+}
+
 TEST(CutLoop, ANegativeKeepMayTakeTheWholePath) {
     LoopPtr const pLoop = OpenPath({{0, 0}, {10, 0}});
     LoopPtr const pPieces = Cut(*pLoop, 20.0, -8.0, OPERATE_AT_HEAD);

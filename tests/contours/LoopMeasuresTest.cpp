@@ -161,6 +161,16 @@ TEST(JudgeLoopDirection, ARunOfJustTheLeastIsDividedByAndALesserOneIsUpright) {
         LOOPDIRECT_CCW);
 }
 
+TEST(JudgeLoopDirection, FewerThanFourPointsAreClockwise) {
+    EXPECT_EQ(JudgeLoopDirection(nullptr), LOOPDIRECT_CW);
+    // With one point more to close it, the last of these would be counterclockwise.
+    for (Places const& places :
+         {Places{}, Places{{0, 0}}, Places{{1, 1}, {0, 0}}, Places{{1, 1}, {0, 0}, {1, -1}}}) {
+        EXPECT_EQ(JudgeLoopDirection(OpenPath(places)->m_pPointList), LOOPDIRECT_CW) << places.size();
+    }
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{1, 1}, {0, 0}, {1, -1}})->m_pPointList), LOOPDIRECT_CCW);
+}
+
 // Two lobes that cross at (2, 2): the upper one is clockwise, the lower one is not.
 TEST(JudgeLoopDirection, OfTwoLeftmostPointsTheFirstInTheListTells) {
     EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 0}, {0, 4}, {4, 4}, {0, 0}})->m_pPointList), LOOPDIRECT_CW);
