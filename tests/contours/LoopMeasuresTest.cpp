@@ -86,6 +86,13 @@ TEST(ReverseLoop, TurnsPointsAndDirection) {
     EXPECT_EQ(pLoop->m_nDirection, LOOPDIRECT_CCW);
 }
 
+TEST(ReverseLoop, GivesItsListTheUsualBlockSize) {
+    LoopPtr const pLoop = Square(0, 0, 1);
+    pLoop->m_pPointList->m_nBlockSize = 3;
+    pLoop->ReverseLoop();
+    EXPECT_EQ(pLoop->m_pPointList->m_nBlockSize, 10);
+}
+
 TEST(ReverseLoop, LeavesAnUndecidedDirection) {
     LoopPtr const pLoop = Square(0, 0, 1);
     pLoop->ReverseLoop();

@@ -337,6 +337,36 @@ TEST(FixNormal, AStripThatTwistsAWideDiskIsFixedAsDefined) {
     }
 }
 
+// The host has taken a facet out of its surface; the lists of its vertices, in which it may come first, still
+// hold it.
+TEST(FixNormal, MeshesWithAFacetThatStandsInNoSurfaceAreFixedAsDefined) {
+    for (shapes::Mesh const& mesh : {shapes::Cube(1.0f), shapes::IcoSphere(10.0, 1), shapes::Bracket()}) {
+        std::size_t const nCount = std::min<std::size_t>(mesh.size(), 40);
+        for (std::size_t n = 0; n < nCount; ++n) {
+            for (int const nMark : {0, 1, 5}) {
+                CSTLModel expected;
+                CSTLModel model;
+                CFacet* taken[2];
+                CSTLModel* const both[2] = {&expected, &model};
+                for (std::size_t i = 0; i < 2; ++i) {
+                    AddMesh(*both[i], mesh);
+                    taken[i] = FacetsOf(*both[i])[n];
+                }
+                TurnSome(expected, model, static_cast<unsigned>(n), 3);
+                for (std::size_t i = 0; i < 2; ++i) {
+                    both[i]->m_SurfaceArray.m_aSurface[0]->m_aFacet.RemoveAt(static_cast<int>(n));
+                    taken[i]->m_nRegion = nMark;
+                }
+                literal::FixNormal(FacetsOf(expected));
+                model.FixNormal();
+                for (std::size_t i = 0; i < 2; ++i)
+                    both[i]->m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(taken[i]);
+                ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model)) << n << ' ' << nMark;
+            }
+        }
+    }
+}
+
 // The host has taken the lists of a mesh's vertices away.
 TEST(FixNormal, FacetsWhoseVerticesKnowNoneStayAsTheyAre) {
     CSTLModel model;
