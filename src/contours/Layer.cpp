@@ -40,7 +40,7 @@ void CLayer::AddRawLoop(tagLoopTreeNode* pLoop) { m_RawLoopList.AddTail(pLoop); 
 
 void CLayer::BuildLoopList() {
     m_LoopList.RemoveAll();
-    ForEachLoop(m_RawLoopList, [this](tagLoopTreeNode& loop) { AddLoopNodeInList(&loop); });
+    ForEachRoot(m_RawLoopList, [this](tagLoopTreeNode& loop) { AddLoopNodeInList(&loop); });
 }
 
 void CLayer::AddLoopNodeInList(tagLoopTreeNode* pLoop) {

@@ -24,9 +24,9 @@ double tagLoopTreeNode::GetArea() {
 }
 
 CBoundBox2D tagLoopTreeNode::GetBoundBox() {
-    m_Box = CBoundBox2D();
-    for (PointNode const* p = FirstPoint(*this); p != nullptr; p = p->pNext) m_Box += p->data;
-    return m_Box;
+    CBoundBox2D box;
+    for (PointNode const* p = FirstPoint(*this); p != nullptr; p = p->pNext) box += p->data;
+    return m_Box = box;
 }
 
 double tagLoopTreeNode::GetLength() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -12,6 +13,8 @@
 #include "contours/LoopTreeNode.h"
 #include "foundation/Geometry.h"
 #include "foundation/List.h"
+#include "foundation/LookAhead.h"
+#include "foundation/Prefetch.h"
 
 namespace varnet {
 
@@ -38,6 +41,22 @@ inline int PointCount(tagLoopTreeNode const& loop) {
 inline PointList& PointsOf(tagLoopTreeNode& loop) {
     if (loop.m_pPointList == nullptr) loop.m_pPointList = new PointList(kPointBlockSize);
     return *loop.m_pPointList;
+}
+
+/// Brings the loop's points into the cache, all at once, where they lie together: a walk along the list would
+/// wait for each of them. Of those that lie apart, the head.
+inline void PrefetchPoints(tagLoopTreeNode const& loop) {
+    constexpr std::uintptr_t kTogether = 4096;
+    constexpr std::uintptr_t kLine = 64;
+    if (loop.m_pPointList == nullptr) return;
+    auto const head = reinterpret_cast<std::uintptr_t>(loop.m_pPointList->m_pNodeHead);
+    auto const tail = reinterpret_cast<std::uintptr_t>(loop.m_pPointList->m_pNodeTail);
+    std::uintptr_t const first = std::min(head, tail);
+    std::uintptr_t const last = std::max(head, tail);
+    if (last - first > kTogether) return Prefetch(loop.m_pPointList->m_pNodeHead);
+    for (std::uintptr_t line = first; line < last + sizeof(PointNode); line += kLine) {
+        Prefetch(reinterpret_cast<void const*>(line));
+    }
 }
 
 /// A new path with an empty list of points.
@@ -73,6 +92,20 @@ inline tagLoopTreeNode* LoopAt(LoopNode const* pNode) { return static_cast<tagLo
 template <class Visit>
 void ForEachLoop(LoopList const& list, Visit visit) {
     for (LoopNode const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
+        if (p->data != nullptr) visit(*LoopAt(p));
+    }
+}
+
+/// The same where the children of each loop are looked at: those of later loops are brought near.
+template <class Visit>
+void ForEachRoot(LoopList const& list, Visit visit) {
+    LoopNode const* pAhead = list.m_pNodeHead;
+    for (std::size_t n = 0; n < look_ahead::kRoot && pAhead != nullptr; ++n) pAhead = pAhead->pNext;
+    for (LoopNode const* p = list.m_pNodeHead; p != nullptr; p = p->pNext) {
+        if (pAhead != nullptr) {
+            if (pAhead->data != nullptr) Prefetch(&LoopAt(pAhead)->m_ChildList);
+            pAhead = pAhead->pNext;
+        }
         if (p->data != nullptr) visit(*LoopAt(p));
     }
 }

@@ -64,9 +64,13 @@ inline constexpr std::size_t kHatch = 16;
 inline constexpr std::size_t kHatchEdges = 8;
 
 // Loops, their lists and their points: contours/nesting/NestingTree.cpp. Nesting.
+inline constexpr std::size_t kRoot = 12;  // of the raw loops: contours/LoopWalk.h
 inline constexpr std::size_t kNestedLoop = 24;
 inline constexpr std::size_t kNestedList = 16;
 inline constexpr std::size_t kNestedPoints = 8;
+inline constexpr std::size_t kStoredLevel = 12;
+inline constexpr std::size_t kTurnedLoop = 16;
+inline constexpr std::size_t kTurnedPoints = 4;
 
 // Vertices of the facets of a plain CSM file, which are read so many at once: modelfiles/PlainCSM.cpp.
 // Read/Plain.

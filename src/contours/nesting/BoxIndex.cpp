@@ -45,12 +45,14 @@ void BoxIndex::Tree::Build(std::size_t nNode, std::size_t nFirstLeaf, std::size_
     node.lowest = {kInfinite, kInfinite, kInfinite, kInfinite};
     node.highest = {-kInfinite, -kInfinite, -kInfinite, -kInfinite};
     node.nFirstPlace = kGone;
+    node.nLastPlace = kBeforeAll;
     for (auto i = begin; i != end; ++i) {
         for (auto const side : kSides) {
             node.lowest.*side = std::min(node.lowest.*side, i->box.*side);
             node.highest.*side = std::max(node.highest.*side, i->box.*side);
         }
         node.nFirstPlace = std::min(node.nFirstPlace, i->nPlace);
+        node.nLastPlace = std::max(node.nLastPlace, i->nPlace);
     }
     if (nLeavesBelow == 1) return;
     auto const spread = [&node](auto side) { return node.highest.*side - node.lowest.*side; };
@@ -158,8 +160,8 @@ bool BoxIndex::MayRelate(Node const& node, PlanBox const& box) {
 
 // Most boxes relate to few others, which are found at once; what is left after so many nodes waits in the
 // heap until its place in line comes.
-BoxIndex::Search::Search(BoxIndex const& index, PlanBox const& box)
-    : m_Index(index), m_nAdds(index.m_nAdds), m_Box(box) {
+BoxIndex::Search::Search(BoxIndex const& index, PlanBox const& box, std::int32_t nBehind)
+    : m_Index(index), m_nAdds(index.m_nAdds), m_Box(box), m_nBehind(nBehind) {
     int nNodes = 0;
     for (std::size_t nTree = 0; nTree < index.m_Trees.size(); ++nTree) {
         Tree const& tree = index.m_Trees[nTree];
@@ -186,7 +188,7 @@ BoxIndex::Search::Search(BoxIndex const& index, PlanBox const& box)
 bool BoxIndex::Search::IsLater(Item const& a, Item const& b) { return a.nPlace > b.nPlace; }
 
 bool BoxIndex::Search::MayHold(Node const& node) const {
-    return node.nFirstPlace != kGone && MayRelate(node, m_Box);
+    return node.nFirstPlace != kGone && node.nLastPlace > m_nBehind && MayRelate(node, m_Box);
 }
 
 void BoxIndex::Search::AppendNode(std::size_t nTree, std::size_t nNode) {
@@ -201,7 +203,7 @@ void BoxIndex::Search::AppendEntries(std::vector<Entry> const& entries, std::siz
                                      std::size_t nEnd) {
     for (std::size_t i = nBegin; i < nEnd; ++i) {
         Entry const& entry = entries[i];
-        if (entry.nPlace == kGone) continue;
+        if (entry.nPlace == kGone || entry.nPlace <= m_nBehind) continue;
         if (!IsBoxInside(m_Box, entry.box) && !IsBoxInside(entry.box, m_Box)) continue;
         m_Heap.push_back({entry.nPlace, 0, -1, entry.nLoop});
     }

@@ -21,6 +21,7 @@ class BoxIndex {
     // Instead of the number of a tree.
     static constexpr std::int32_t kRecentTree = -1;  // the entry is not in a tree yet
     static constexpr std::int32_t kNoTree = -2;      // the loop is in no index
+    static constexpr std::int32_t kBeforeAll = std::numeric_limits<std::int32_t>::min();
 
 public:
     struct Entry {
@@ -49,7 +50,8 @@ public:
     /// One search. Boxes may be removed meanwhile, but not added.
     class Search {
     public:
-        Search(BoxIndex const& index, PlanBox const& box);
+        /// Looks at the places behind the given one alone.
+        Search(BoxIndex const& index, PlanBox const& box, std::int32_t nBehind = kBeforeAll);
         /// The next loop in line whose box is inside, or has the box inside; false at the end.
         bool Next(std::int32_t& nLoop);
 
@@ -69,6 +71,7 @@ public:
         BoxIndex const& m_Index;
         std::uint32_t m_nAdds;  // of the index when the search began; for the check alone
         PlanBox m_Box;
+        std::int32_t m_nBehind;
         std::vector<Item> m_Heap;  // the first place on top
     };
 
@@ -80,6 +83,7 @@ private:
         PlanBox lowest;
         PlanBox highest;
         std::int32_t nFirstPlace;
+        std::int32_t nLastPlace;  // of those that stood here at first
     };
 
     struct Tree {

@@ -30,7 +30,7 @@ NestingTree::NestingTree(CLayer& layer, Boxes boxes) : m_Layer(layer), m_Boxes(b
     std::size_t const nLoops = static_cast<std::size_t>(layer.m_LoopList.GetCount());
     m_Records.reserve(nLoops);
     m_Raw.reserve(static_cast<std::size_t>(layer.m_RawLoopList.GetCount()));
-    ForEachLoop(layer.m_RawLoopList, [this](tagLoopTreeNode& loop) { TakeInSubtree(loop); });
+    ForEachRoot(layer.m_RawLoopList, [this](tagLoopTreeNode& loop) { TakeInSubtree(loop); });
     Measure();
     m_Standings.resize(m_Records.size());
 }
@@ -51,7 +51,7 @@ void NestingTree::Measure() {
             Prefetch(&m_Records[i + kNestedLoop].pLoop->m_Box);
         }
         if (i + kNestedList < m_Records.size()) Prefetch(m_Records[i + kNestedList].pLoop->m_pPointList);
-        if (i + kNestedPoints < m_Records.size()) Prefetch(FirstPoint(*m_Records[i + kNestedPoints].pLoop));
+        if (i + kNestedPoints < m_Records.size()) PrefetchPoints(*m_Records[i + kNestedPoints].pLoop);
         Record& record = m_Records[i];
         tagLoopTreeNode& loop = *record.pLoop;
         if (m_Boxes == Boxes::kRefreshed) {
@@ -134,6 +134,7 @@ bool NestingTree::Holds(Loop a, Loop b) {
     double const y = inner.dHeadY;
     if (!HoldsStrictly(outer.box, x, y) || !inner.bHasPoints) return false;
     if (outer.pSlabs == nullptr && (!outer.bClosed || !outer.bHasPoints)) return false;
+    if (outer.pSlabs == nullptr) PrefetchPoints(*outer.pLoop);
     return ParityAmongMany(*outer.pLoop, x, y, outer.pSlabs, outer.nTests) != 0;
 }
 
@@ -232,10 +233,9 @@ void NestingTree::Nest() {
     }
 }
 
-// Looks at the raw loops behind this one; those before it have left the index, or the raw loops.
+// Looks at the raw loops behind this one.
 void NestingTree::NestBehind(Loop loop, BoxIndex& raw) {
-    raw.Remove(loop);
-    BoxIndex::Search search(raw, At(loop).box);
+    BoxIndex::Search search(raw, At(loop).box, At(loop).nPlace);
     for (Loop later; search.Next(later);) {
         if (Holds(loop, later)) {
             raw.Remove(later);
@@ -265,8 +265,11 @@ void NestingTree::Store() {
     for (Record const& record : m_Records) {
         if (record.bChanged) SwapElements(record.pLoop->m_ChildList, *list++);
     }
-    for (Loop const loop : m_Raw) {
-        if (At(loop).parent == kNone) StoreLevels(loop);
+    for (std::size_t i = 0; i < m_Raw.size(); ++i) {
+        if (i + look_ahead::kStoredLevel < m_Raw.size()) {
+            Prefetch(&At(m_Raw[i + look_ahead::kStoredLevel]).pLoop->m_nLevel);
+        }
+        if (At(m_Raw[i]).parent == kNone) StoreLevels(m_Raw[i]);
     }
 }
 
@@ -298,10 +301,19 @@ void NestingTree::StoreLevels(Loop root) {
 
 void NestingTree::Orient() {
     VARNET_REQUIRE(m_Boxes == Boxes::kRefreshed);
-    for (Record const& record : m_Records) {
+    using namespace look_ahead;
+    // A level below zero, which a host may have set, turns nothing.
+    auto const runsWrong = [](Record const& record) {
+        return (record.bCounterClockwise ? 1 : 0) == record.pLoop->m_nLevel % 2;
+    };
+    for (std::size_t i = 0; i < m_Records.size(); ++i) {
+        if (i + kTurnedLoop < m_Records.size()) Prefetch(m_Records[i + kTurnedLoop].pLoop);
+        if (i + kTurnedPoints < m_Records.size() && runsWrong(m_Records[i + kTurnedPoints])) {
+            PrefetchPoints(*m_Records[i + kTurnedPoints].pLoop);
+        }
+        Record const& record = m_Records[i];
         tagLoopTreeNode& loop = *record.pLoop;
-        // A level below zero, which a host may have set, turns nothing.
-        if ((record.bCounterClockwise ? 1 : 0) == loop.m_nLevel % 2) loop.ReverseLoop();
+        if (runsWrong(record)) loop.ReverseLoop();
         loop.m_nDirection = (loop.m_nLevel & 1) != 0 ? LOOPDIRECT_CW : LOOPDIRECT_CCW;
     }
 }

@@ -26,10 +26,12 @@ CBoundBox2D BoxOf(PlanBox const& box) {
     return CBoundBox2D(CPoint2D(box.xMin, box.yMin), CPoint2D(box.xMax, box.yMax));
 }
 
-// All loops of the line that relate to the box, in order.
-std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& line, PlanBox const& box) {
+// All loops of the line behind the place that relate to the box, in order.
+std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& line, PlanBox const& box,
+                               std::int32_t nBehind = -1) {
     std::vector<std::int32_t> loops;
     for (auto const& [nPlace, entry] : line) {
+        if (nPlace <= nBehind) continue;
         int const nRelation = BoxRelation(BoxOf(box), BoxOf(entry.box));
         if (nRelation == 0 || nRelation == 1) loops.push_back(entry.nLoop);
     }
@@ -39,6 +41,13 @@ std::vector<std::int32_t> Walk(std::map<std::int32_t, BoxIndex::Entry> const& li
 std::vector<std::int32_t> Find(BoxIndex const& index, PlanBox const& box) {
     std::vector<std::int32_t> loops;
     BoxIndex::Search search(index, box);
+    for (std::int32_t nLoop; search.Next(nLoop);) loops.push_back(nLoop);
+    return loops;
+}
+
+std::vector<std::int32_t> FindBehind(BoxIndex const& index, PlanBox const& box, std::int32_t nPlace) {
+    std::vector<std::int32_t> loops;
+    BoxIndex::Search search(index, box, nPlace);
     for (std::int32_t nLoop; search.Next(nLoop);) loops.push_back(nLoop);
     return loops;
 }
@@ -83,6 +92,10 @@ TEST(BoxIndex, FindsInOrderWhatAWalkFinds) {
             } else {
                 PlanBox const box = RandomBox(random, true);
                 ASSERT_EQ(Find(index, box), Walk(line, box));
+                // Places are odd: half of these are somebody's own.
+                auto const nPlace =
+                    static_cast<std::int32_t>(random.Below(static_cast<std::uint32_t>(2 * nNext + 2)));
+                ASSERT_EQ(FindBehind(index, box, nPlace), Walk(line, box, nPlace));
             }
         }
     }

@@ -64,6 +64,8 @@ TEST(PageContent, LayersAreDescribedWithTheChunkThatHoldsThem) {
     page.AddLayer(Layer());
     page.BeginSlices("second");
     page.AddLayer(Square(1, 2.0));
+    page.BeginSlices("third");
+    page.AddLayer(Square(1, 3.0));
     std::string const html = page.Html();
     // The way to (1, 2), from there to (2, 3), from (5, 3) to (2, 3), and two of one millimetre: the roots of
     // 5 and 2, and 5. Of each layer: number, height, box, chunk; contours, open paths, strokes, those of
@@ -73,10 +75,12 @@ TEST(PageContent, LayersAreDescribedWithTheChunkThatHoldsThem) {
               R"({"name":"first","about":"from nowhere","layers":[)"
               R"([3,1.5,1,2,5,6,0,1,1,2,1,12,19,4.5,16,8.650282],)"
               R"([0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0]]},)"
-              R"({"name":"second","about":"","layers":[[1,0.5,1,2,3,4,1,1,0,0,0,4,8,0,4,2.236068]]}]})");
+              R"({"name":"second","about":"","layers":[[1,0.5,1,2,3,4,1,1,0,0,0,4,8,0,4,2.236068]]},)"
+              R"({"name":"third","about":"","layers":[[1,0.5,1,2,4,5,2,1,0,0,0,4,12,0,9,2.236068]]}]})");
     EXPECT_EQ(Chunk(html, "d0").size(), 8u + 8u + 4u * 12u);
     EXPECT_FALSE(Chunk(html, "d1").empty());
-    EXPECT_TRUE(Chunk(html, "d2").empty());
+    EXPECT_FALSE(Chunk(html, "d2").empty());
+    EXPECT_TRUE(Chunk(html, "d3").empty());
     EXPECT_NE(html.find("<title>a title</title>"), std::string::npos);
     EXPECT_EQ(html.find("<figure>"), std::string::npos);
 }

@@ -137,9 +137,22 @@ TEST_F(PageFile, ShowsTheLayersOfASliceFile) {
     SliceWriter writer(m_Folder / "a.cli", 3);
     for (int i = 1; i <= 3; ++i) writer.Write(Square(i));
     writer.Finish();
-    Page page;
+    std::vector<double> told;
+    bool stop = false;
+    PageSettings settings;
+    settings.progress = [&](double share) {
+        told.push_back(share);
+        return !stop;
+    };
+    Page page(settings);
     page.AddSlices(SliceFile(m_Folder / "a.cli"));
     EXPECT_EQ(page.LayerCount(), 3u);
+    EXPECT_EQ(told, (std::vector{1.0 / 3.0, 2.0 / 3.0, 1.0}));
+    stop = true;
+    EXPECT_EQ(KindOf([&] { page.AddSlices(SliceFile(m_Folder / "a.cli")); }), ErrorKind::kCancelled);
+    EXPECT_EQ(page.LayerCount(), 3u);
+    EXPECT_EQ(told.size(), 4u);
+    stop = false;
     SliceWriter empty(m_Folder / "none.cli", 0);
     empty.Finish();
     EXPECT_EQ(KindOf([&] { page.AddSlices(SliceFile(m_Folder / "none.cli")); }), ErrorKind::kContent);

@@ -56,6 +56,11 @@ TEST(PageText, AnAxisHoldsDifferencesModuloTheirRange) {
     std::string bytes;
     axis.AppendTo(bytes);
     EXPECT_EQ(bytes, std::string("\x06\x03\x03\x58\x06\x00\x00\x00\x02\x00", 10));
+    axis.Clear();
+    axis.Add(5);  // from 0, as at first
+    bytes.clear();
+    axis.AppendTo(bytes);
+    EXPECT_EQ(bytes, std::string("\x0A\x00", 2));
 }
 
 TEST(PageText, AGridTakesTheNearestStep) {

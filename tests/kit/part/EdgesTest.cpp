@@ -114,6 +114,40 @@ Closed Close(std::vector<Point3> const& points, std::vector<Triangle> const& tri
     return closed;
 }
 
+TEST(MayHaveCopies, NoTwoFacetsOnTheSameCornersAreMissed) {
+    Edges const turned = {0, 1, 2, 0, 1};
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            Triangle const one = {turned[i], turned[i + 1], turned[i + 2]};
+            Triangle const other = {turned[k], turned[k + 1], turned[k + 2]};
+            EXPECT_TRUE(MayHaveCopies(Find({one, other}, 3)));
+            EXPECT_TRUE(MayHaveCopies(Find({one, {other[0], other[2], other[1]}}, 3)));
+        }
+    }
+    EXPECT_FALSE(MayHaveCopies(Find({{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}}, 4)));
+    EXPECT_FALSE(MayHaveCopies(Find({{0, 1, 2}}, 3)));
+    EXPECT_FALSE(MayHaveCopies(Find({}, 3)));
+    std::mt19937 random(17);
+    for (int run = 0; run < 3000; ++run) {
+        std::vector<Triangle> triangles(2 + random() % 5);
+        std::map<Triangle, int> count;
+        bool isTwice = false;
+        for (Triangle& t : triangles) {
+            t[0] = static_cast<std::int32_t>(random() % 6);
+            do t[1] = static_cast<std::int32_t>(random() % 6);
+            while (t[1] == t[0]);
+            do t[2] = static_cast<std::int32_t>(random() % 6);
+            while (t[2] == t[0] || t[2] == t[1]);
+            Triangle corners = t;
+            std::sort(corners.begin(), corners.end());
+            isTwice |= ++count[corners] > 1;
+        }
+        if (isTwice) {
+            EXPECT_TRUE(MayHaveCopies(Find(triangles, 6)));
+        }
+    }
+}
+
 TEST(CloseOpenEdges, AFacetIsDividedInTheOrderOfTheCornersOnItsEdge) {
     // Below a facet whose lower edge is whole hang three with corners on it.
     std::vector<Point3> const points = {{0, 0, 0}, {8, 0, 0}, {4, 6, 0}, {2, 0, 0}, {5, 0, 0}, {4, -6, 0}};

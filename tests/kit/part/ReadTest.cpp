@@ -43,6 +43,37 @@ TEST(ReadPart, BinaryAndAsciiStlGiveTheFacetsInTheirOrder) {
     }
 }
 
+TEST(ReadPart, TheNameOfAnAsciiStlLosesBlanksOnBothSides) {
+    TestFolder const folder;
+    std::string const whole = shapes::ToAsciiStl(shapes::Cube(10.0f));
+    std::string const rest = whole.substr(whole.find('\n'));
+    auto const header = [&](std::string const& line) {
+        return Part::Read(folder.Write("a.stl", line + rest)).Header();
+    };
+    EXPECT_EQ(header("solid \t my part \t "), "my part");
+    EXPECT_EQ(header("solid my part"), "my part");
+    EXPECT_EQ(header("solid    "), "");
+    EXPECT_EQ(header("solid"), "");
+}
+
+// Each end ends a line, whatever ended the one before; CR and LF are one end only where nothing is between.
+TEST(ReadPart, AnAsciiStlMayMixItsLineEnds) {
+    TestFolder const folder;
+    std::string const lines = shapes::ToAsciiStl(shapes::Cube(10.0f), "my part");
+    for (std::vector<std::string> const& ends : {std::vector<std::string>{"\r", "\n"},
+                                                 {"\n", "\r", "\r\n"},
+                                                 {"\r", "\n", "\n", "\r\n"},
+                                                 {"\r\n\n", "\r"}}) {
+        std::string mixed;
+        std::size_t turn = 0;
+        for (char const c : lines) mixed += c == '\n' ? ends[turn++ % ends.size()] : std::string(1, c);
+        Part const part = Part::Read(folder.Write("a.stl", mixed));
+        EXPECT_EQ(part.Triangles().size(), 12u);
+        EXPECT_EQ(part.Header(), "my part");
+        EXPECT_TRUE(part.Report().notes.empty());
+    }
+}
+
 TEST(ReadPart, AHeaderEndsAtItsFirstZeroAndLosesBlanksAndLineEndsBehind) {
     TestFolder const folder;
     shapes::Mesh const mesh = shapes::Cube(10.0f);

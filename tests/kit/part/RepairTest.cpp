@@ -136,6 +136,14 @@ TEST(Repair, WholeBodiesAreTurnedOnlyWhereThatIsAskedFor) {
     EXPECT_EQ(part.Repair(settings).bodiesTurned, 1);
     EXPECT_NEAR(part.Measures().volume, 27000.0, 1e-6);
     EXPECT_TRUE(part.Bodies()[2].IsCavity());
+
+    // A cavity of the first body stays one, and the body behind it is turned.
+    shapes::Mesh other = shapes::CubeInCube(true);
+    shapes::Append(other, shapes::Moved(shapes::InsideOut(shapes::Cube(10.0f)), 100.0f, 0.0f, 0.0f));
+    Part behind = PartOf(other);
+    EXPECT_EQ(behind.Repair(settings).bodiesTurned, 1);
+    EXPECT_NEAR(behind.Measures().volume, 27000.0, 1e-6);
+    EXPECT_TRUE(behind.Bodies()[1].IsCavity());
 }
 
 TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <random>
 #include <vector>
 
 #include "part/Edges.h"
@@ -143,9 +146,9 @@ TEST(Slivers, SliversBackToBackGoTogether) {
 }
 
 // A middle that two points share which are as good as one, with two needles between them that no turn makes
-// shorter: they become one. A fin of two facets at the one that goes has no inside.
+// shorter: they become one. Two facets back to back at the one that goes have no inside; a third one stays.
 TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
-    for (bool const hasFin : {false, true}) {
+    for (std::size_t fins = 0; fins <= 4; ++fins) {
         Progress const none;
         Watch watch(none);
         Pace const pace(watch);
@@ -153,17 +156,37 @@ TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
         mesh.points = {{0, 0, 0},   {1e-12, 0, 0}, {10, 0, 0}, {0, 10, 0},
                        {-10, 0, 0}, {0, -10, 0},   {0, 5, 7},  {0, 3, 8}};
         mesh.triangles = {{0, 3, 4}, {0, 4, 5}, {1, 5, 2}, {1, 2, 3}, {0, 1, 3}, {1, 0, 5}};
-        if (hasFin) {
-            mesh.triangles.push_back({1, 7, 6});
-            mesh.triangles.push_back({1, 6, 7});
+        for (std::size_t i = 0; i < fins; ++i) {
+            mesh.triangles.push_back(i % 2 == 0 ? Triangle{1, 7, 6} : Triangle{1, 6, 7});
         }
         EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
         SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
         EXPECT_EQ(counts.turned, 2) << "each needle has lost a corner";
         EXPECT_EQ(counts.stuck, 0);
-        ASSERT_EQ(mesh.triangles.size(), 4u);
-        for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(mesh.triangles[i][0], 0);
-        EXPECT_EQ(edges.open, 4);
+        bool const isLeft = fins % 2 != 0;
+        ASSERT_EQ(mesh.triangles.size(), isLeft ? 5u : 4u) << fins;
+        for (Triangle const& t : mesh.triangles) EXPECT_EQ(t[0], 0);
+        if (isLeft) {
+            EXPECT_EQ(mesh.triangles.back(), (Triangle{0, 7, 6}));
+        }
+        EXPECT_EQ(edges.open, isLeft ? 7 : 4);
+    }
+}
+
+// From the lowest corner, whichever stands in front: rounding is the same for each of three ways to write it.
+TEST(DoubledArea, IsTakenFromTheLowestCorner) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> place(-10.0, 10.0);
+    for (int run = 0; run < 1000; ++run) {
+        std::array<Point3, 3> p;
+        for (Point3& corner : p) corner = {place(random), place(random), place(random)};
+        auto const low = static_cast<std::size_t>(
+            std::min_element(p.begin(), p.end(), [](Point3 const& a, Point3 const& b) { return a.z < b.z; }) -
+            p.begin());
+        double const expected = Length(Cross(p[(low + 1) % 3] - p[low], p[(low + 2) % 3] - p[low]));
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(DoubledArea(p[i], p[(i + 1) % 3], p[(i + 2) % 3]), expected);
+        }
     }
 }
 

@@ -161,6 +161,16 @@ TEST(MeshPicture, OfFacetsInOnePlaneTheOneThatHidesMoreIsDrawnLater) {
     }
 }
 
+// The middle of a pixel decides, and a facet of a thousandth of a pixel has none.
+TEST(MeshPicture, AFacetOverNoPixelIsNotDrawn) {
+    std::vector<Point3> const points{{0, 0, 0}, {10, 0, 0},      {0, 10, 0},
+                                     {8, 8, 0}, {8.00001, 8, 0}, {8, 8.00001, 0}};
+    EXPECT_EQ(Picture({{points, {{0, 1, 2}, {3, 4, 5}}, 0xFF0000}}).colors.size(), 1u);
+    std::vector<Point3> larger = points;
+    larger[4].x = larger[5].y = 9.0;
+    EXPECT_EQ(Picture({{larger, {{0, 1, 2}, {3, 4, 5}}, 0xFF0000}}).colors.size(), 2u);
+}
+
 // Two facets that meet in an edge along y, the second one bent down from the first.
 TEST(MeshPicture, AnEdgeIsDrawnFrom25DegreesOn) {
     auto const lines = [](double degrees) {

@@ -39,7 +39,9 @@ TEST(Slicer, CubeGivesSquares) {
     EXPECT_EQ(report.points, 40);
     EXPECT_NEAR(report.volume, 1000.0, 1e-9);
     EXPECT_NEAR(report.cutVolume, 1000.0, 1e-9);
+    EXPECT_NEAR(report.solidVolume, 1000.0, 1e-9);
     EXPECT_NEAR(report.meshVolume, 1000.0, 1e-9);
+    EXPECT_NEAR(report.contourLength, 400.0, 1e-9);
     EXPECT_EQ(report.resolvedLayers, 0);
 }
 

@@ -70,6 +70,23 @@ TEST_F(StreamLimits, FacetsWithTwoEqualCornersAreCountedAndThoseOnALineToo) {
     EXPECT_EQ(report.notFinite, 0);
 }
 
+// The legs of a right angle, and a little slope that brings the doubled area to the limit, to the last bit.
+TEST_F(StreamLimits, AFacetOfTheLimitsAreaIsOnALineAndALargerOneIsNot) {
+    constexpr float kLeg = 0x1.4f8b9cp-17f;
+    constexpr float kOther = 0x1.4f8b14p-17f;
+    constexpr float kSlope = 0x1.b4eec4p-29f;
+    auto const doubled = [](float z) {
+        double const across = double{kLeg} * double{z};
+        double const along = double{kLeg} * double{kOther};
+        return std::sqrt(across * across + along * along);
+    };
+    float const larger = 1.01f * kSlope;
+    ASSERT_EQ(doubled(kSlope), 1e-10);
+    ASSERT_GT(doubled(larger), 1e-10);
+    EXPECT_EQ(ReportOf({{{{0, 0, 0}, {kLeg, 0, 0}, {0, kOther, kSlope}}}}).collinear, 1);
+    EXPECT_EQ(ReportOf({{{{0, 0, 0}, {kLeg, 0, 0}, {0, kOther, larger}}}}).collinear, 0);
+}
+
 TEST_F(StreamLimits, AnyCornerWithoutAPlaceLeavesAFacetOut) {
     shapes::Mesh mesh = shapes::Cube(10);
     for (std::size_t corner = 0; corner < 3; ++corner) {
