@@ -8,24 +8,26 @@ using namespace varnet;
 
 namespace {
 
-// A tolerance of one, with rows at the height 7.
+constexpr double kTolerance = 2.0;
+
+// Rows at the height 7. All y are in tolerances.
 class Rows {
 public:
     /// What Enter answers for a row, after a descent that has met the others.
     bool Enter(double y, std::vector<double> const& met, bool bAlone = true) {
         RowsMet rowsMet;
-        for (double const d : met) rowsMet.Meet(d);
-        return m_Rows.Enter(y, 7.0, rowsMet, [&](double dRow, double dHeight, double dDistance) {
-            EXPECT_EQ(dRow, met.back());
+        for (double const d : met) rowsMet.Meet(kTolerance * d);
+        return m_Rows.Enter(kTolerance * y, 7.0, rowsMet, [&](double dRow, double dHeight, double dDistance) {
+            EXPECT_EQ(dRow, kTolerance * met.back());
             EXPECT_EQ(dHeight, 7.0);
-            EXPECT_EQ(dDistance, 2.5);
+            EXPECT_EQ(dDistance, 2.5 * kTolerance);
             return bAlone;
         });
     }
-    bool IsMarked(double y, double dHeight = 7.0) const { return m_Rows.IsMarked(y, dHeight); }
+    bool IsMarked(double y, double dHeight = 7.0) const { return m_Rows.IsMarked(kTolerance * y, dHeight); }
 
 private:
-    NearRows m_Rows{1.0};
+    NearRows m_Rows{kTolerance};
 };
 
 double Above(double d) { return std::nextafter(d, 1e9); }
