@@ -39,6 +39,25 @@ private:
 
 // ---- plain
 
+// Three points of a loop that counts as closed, and does not end where it begins.
+TEST(BinaryLayer, LoopsAreClosedWhereTheLayerIsWholeAndStayWhereItIsNot) {
+    SliceBytes whole;
+    whole.Short({127}).Float({1}).Short({130}).Long({1, 1, 3}).Float({0, 0, 5, 0, 5, 5});
+    CLayer layer;
+    EXPECT_EQ(Read(layer, whole).nResult, 1);
+    EXPECT_EQ(PlacesOf(LoopNumber(layer, 0)), (Places{{0, 0}, {5, 0}, {0, 0}}));
+
+    SliceBytes unknown(whole);
+    CLayer stopped;
+    EXPECT_EQ(Read(stopped, unknown.Short({9999})).nResult, 0);
+    EXPECT_EQ(PlacesOf(LoopNumber(stopped, 0)), (Places{{0, 0}, {5, 0}, {5, 5}}));
+
+    SliceBytes cut(whole);
+    CLayer broken;
+    EXPECT_EQ(Read(broken, cut.Short({130}).Long({1, 1})).nResult, 0);
+    EXPECT_EQ(PlacesOf(LoopNumber(broken, 0)), (Places{{0, 0}, {5, 0}, {5, 5}}));
+}
+
 TEST(BinaryLayer, ALayerIsWrittenToTheByte) {
     CLayer layer;
     layer.m_dZ = 12.3456;

@@ -133,6 +133,88 @@ TEST(FileWindow, WhatTheFileCanHoldIsKnownWithoutReadingIt) {
     EXPECT_EQ(window.Position(), 6);
 }
 
+TEST(FileWindow, FromItsStartAFileHoldsItsLengthAndWithoutAFileThereIsNothing) {
+    OpenBytes const file("abcdefg");
+    FileWindow window(file);
+    EXPECT_TRUE(window.CanHold(7));
+    EXPECT_FALSE(window.CanHold(8));
+    window.Take(7);
+    EXPECT_TRUE(window.CanHold(0));
+    EXPECT_FALSE(window.CanHold(1));
+
+    FileWindow none(nullptr);
+    EXPECT_TRUE(none.CanHold(0));
+    EXPECT_FALSE(none.CanHold(1));
+    EXPECT_FALSE(none.NextLine(1));
+    EXPECT_EQ(none.Take(1), nullptr);
+}
+
+TEST(FileWindow, AFileReadFromItsStartGoesBackToAnyPlaceOfIt) {
+    std::string const bytes = ManyLines();
+    OpenBytes const file(bytes);
+    for (std::int64_t const nPosition : {0, 1, 5000}) {
+        std::rewind(file);
+        FileWindow window(file);
+        while (window.NextLine(1000)) {
+        }
+        window.Leave(nPosition);
+        EXPECT_EQ(file.Position(), nPosition);
+        EXPECT_EQ(std::getc(file), bytes[static_cast<std::size_t>(nPosition)]);
+    }
+}
+
+TEST(FileWindow, AtTheEndIsBehindAllBytesHoweverFewWereRead) {
+    for (long const nStart : {0L, 7L}) {
+        OpenBytes const file(ManyLines());
+        std::fseek(file, nStart, SEEK_SET);
+        FileWindow window(file);
+        window.Take(3);
+        window.LeaveAtEnd();
+        EXPECT_EQ(file.Position(), static_cast<long>(ManyLines().size()));
+    }
+}
+
+TEST(FileWindow, ItemsThatAreNotWholeArePassedOver) {
+    OpenBytes const file("abcdefg");
+    FileWindow window(file);
+    EXPECT_EQ(window.TakeItems(3, 9).size(), 6u);
+    EXPECT_TRUE(window.TakeItems(3, 9).empty());
+    EXPECT_EQ(window.Position(), 7);
+}
+
+TEST(FileWindow, LinesOfAPipeEndAtTheirEndAtSoManyCharactersAndWithThePipe) {
+    Pipe const pipe("abcde\nfg");
+    FileWindow window(pipe);
+    EXPECT_EQ(window.NextLine(3), "abc");
+    EXPECT_EQ(window.Position(), 3);
+    EXPECT_EQ(window.NextLine(3), "de\n");
+    EXPECT_EQ(window.NextLine(3), "fg");
+    EXPECT_EQ(window.Position(), 8);
+    EXPECT_FALSE(window.NextLine(3));
+    EXPECT_FALSE(window.NextLine(3));
+    EXPECT_EQ(window.Position(), 8);
+}
+
+TEST(FileWindow, AFilePlacedBehindItsEndHoldsNothing) {
+    OpenBytes const file("abcdefg");
+    std::fseek(file, 100, SEEK_SET);
+    FileWindow window(file);
+    EXPECT_TRUE(window.CanHold(0));
+    EXPECT_FALSE(window.CanHold(1));
+}
+
+TEST(FileWindow, BytesAndLinesComeInTurn) {
+    OpenBytes const file("abcdef\nghi\nj");
+    FileWindow window(file);
+    EXPECT_EQ(*window.Take(2), 'a');
+    EXPECT_EQ(window.NextLine(100), "cdef\n");
+    EXPECT_EQ(*window.Take(1), 'g');
+    EXPECT_EQ(window.NextLine(1), "h");
+    EXPECT_EQ(window.Position(), 9);
+    EXPECT_EQ(window.NextLine(100), "i\n");
+    EXPECT_EQ(*window.Take(1), 'j');
+}
+
 TEST(FileWindow, APipeIsReadNoFurtherThanAskedFor) {
     Pipe const pipe("line\nmore and more");
     FileWindow window(pipe);
@@ -181,4 +263,8 @@ TEST(FileWindow, ACountThatAPipeDoesNotKeepGives0) {
     CLayer layer;
     EXPECT_EQ(layer.ReadCLIFile(pipe, 2), 0);
     EXPECT_EQ(layer.m_RawLoopList.GetCount(), 0);
+    Pipe const hatches(
+        SliceBytes().Short({127}).Float({1}).Short({132}).Long({1, 2147483647}).Float({1, 2, 3, 4}));
+    EXPECT_EQ(layer.ReadCLIFile(hatches, 2), 0);
+    EXPECT_EQ(layer.m_HatchList.GetCount(), 0);
 }

@@ -350,3 +350,34 @@ TEST(LayerModel, OnDiskALayerThatCannotBeReadIsNull) {
     model.ReleaseLayerList();  // no buffer layer
     EXPECT_EQ(model.GetLayerAt(1), nullptr);
 }
+
+TEST(LayerModel, OnDiskALayerComesInEveryMode) {
+    for (int const nMode : {1, 2, 3}) {
+        CLayer layer;
+        layer.m_dZ = 2.5;
+        Give(layer, Hatch({{{0, 0}, {1, 1}}}, 1234));
+        OpenBytes const file(BytesOf(layer, nMode));
+        CLayerModel model;
+        model.m_pFile = file;
+        model.m_nFileMode = static_cast<unsigned>(nMode);
+        model.m_OffsetList.AddTail(0);
+        model.m_bInMemory = 0;
+        model.AddTailLayer(new CLayer);
+        CLayer const* const pLayer = model.GetLayerAt(1);
+        ASSERT_NE(pLayer, nullptr) << nMode;
+        EXPECT_EQ(pLayer->m_dZ, 2.5);
+        ASSERT_EQ(pLayer->m_HatchList.GetCount(), 1);
+        EXPECT_EQ(HatchesOf(*pLayer)[0]->m_nID, 1234);
+    }
+}
+
+TEST(LayerModel, OnDiskWithoutABufferLayerInTheListThereIsNoLayer) {
+    OpenBytes const file(kThreeLayers);
+    CLayerModel model;
+    MakeOnDisk(model, file);
+    CLayer* const pBuffer = static_cast<CLayer*>(model.m_LayerList.GetHead());
+    model.SetLayerAt(model.m_LayerList.GetHeadPosition(), nullptr);
+    EXPECT_EQ(model.GetLayerAt(1), nullptr);
+    model.SetLayerAt(model.m_LayerList.GetHeadPosition(), pBuffer);
+    EXPECT_EQ(model.GetLayerAt(1), pBuffer);
+}

@@ -183,6 +183,50 @@ TEST(TextLayer, ALineEndBehindABlankCountsAs0) {
     EXPECT_EQ(LoopNumber(layer, 1).m_pPointList->GetCount(), 0);
 }
 
+TEST(TextLayer, AListThatCameInALargeBlockGrowsAsAnyOther) {
+    std::string edges;
+    for (int i = 0; i < 30; ++i) edges += " 1 2 3 4";
+    CLayer layer;
+    Read(layer, "$$LAYER/1\n$$POLYLINE/1 2 60" + edges + "\n$$HATCHES/1 30" + edges + "\n");
+    EXPECT_EQ(LoopNumber(layer, 0).m_pPointList->GetCount(), 60);
+    EXPECT_EQ(LoopNumber(layer, 0).m_pPointList->m_nBlockSize, 10);
+    EXPECT_EQ(HatchesOf(layer)[0]->m_EdgeList.GetCount(), 30);
+    EXPECT_EQ(HatchesOf(layer)[0]->m_EdgeList.m_nBlockSize, 10);
+}
+
+TEST(TextLayer, AWordIsLookedForInTheFirstTwentyColumns) {
+    CLayer layer;
+    EXPECT_EQ(Read(layer, std::string(15, 'x') + "layer/5\n").nResult, 1);
+    EXPECT_EQ(layer.m_dZ, 5.0);
+    EXPECT_EQ(Read(layer, std::string(16, 'x') + "layer/6\n").nResult, 0);
+    EXPECT_EQ(layer.m_dZ, 5.0);
+}
+
+TEST(TextLayer, WritingAnswersOneAndWithoutAFileDoesNothing) {
+    CLayer layer;
+    LoopPtr const pLoop = Square(0, 0, 1);
+    EXPECT_EQ(layer.WriteCLIFile(nullptr, 1), 1);
+    EXPECT_EQ(pLoop->WriteCLILoop(nullptr, 1), 1);
+    OpenBytes const file;
+    for (int const nMode : {0, 4, -1}) {
+        EXPECT_EQ(layer.WriteCLIFile(file, nMode), 1);
+        EXPECT_EQ(pLoop->WriteCLILoop(file, nMode), 1);
+    }
+    EXPECT_EQ(file.All(), "");
+    for (int const nMode : {1, 2, 3}) EXPECT_EQ(layer.WriteCLIFile(file, nMode), 1);
+    EXPECT_EQ(pLoop->WriteCLILoop(file, 1), 1);
+}
+
+TEST(TextLayer, ACommandWithoutASlashHasNoNumbers) {
+    CLayer layer;
+    Read(layer, "$$LAYER/1\n$$POLYLINE 1 2 2 0 0 1 1\n$$HATCHES 1 1 0 0 1 1\n");
+    EXPECT_EQ(layer.m_RawLoopList.GetCount(), 0);
+    EXPECT_EQ(layer.m_HatchList.GetCount(), 0);
+    Read(layer, "$$LAYER/2\n//$$POLYLINE/7 2 2 0 0 1 1\n");
+    ASSERT_EQ(layer.m_RawLoopList.GetCount(), 1) << "slashes in front of the line end no command";
+    EXPECT_EQ(LoopNumber(layer, 0).m_nID, 7);
+}
+
 TEST(TextLayer, HatchesAreReadAndGrowTheBox) {
     CLayer layer;
     layer.m_dUnits = 0.5;

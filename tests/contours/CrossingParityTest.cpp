@@ -14,7 +14,7 @@ TEST(CrossingParity, AnEdgeFlatterThanAMillionthStandsAtItsEnd) {
         EXPECT_FALSE(isCrossed(dRise, 4.9)) << dRise;
         EXPECT_TRUE(isCrossed(dRise, 5.1)) << dRise;
     }
-    for (double const dRise : {0.95e-6, 1e-9, -0.95e-6}) {
+    for (double const dRise : {1e-6, -1e-6, 0.95e-6, 1e-9, -0.95e-6}) {
         EXPECT_FALSE(isCrossed(dRise, 5.1)) << dRise;
         EXPECT_FALSE(isCrossed(dRise, 10.0)) << dRise;
         EXPECT_TRUE(isCrossed(dRise, 10.1)) << dRise;

@@ -248,6 +248,20 @@ TEST(IntersectPL, LeavesTheEndsOfTheIntersection) {
     one.ExpectSound();
 }
 
+TEST(IntervalLists, CodesThatAnOperationDoesNotKnowStay) {
+    Places const places = {{0, 7}, {1, -1}, {2, 0.5}};
+    auto const expectKept = [&places](auto operation) {
+        Intervals list(places);
+        operation(&list);
+        EXPECT_EQ(list.Get(), places);
+    };
+    expectKept([](PointList* p) { UnionPL(p); });
+    expectKept([](PointList* p) { IntersectPL(p); });
+    expectKept([](PointList* p) { JoinPL(p, 1); });
+    expectKept([](PointList* p) { JoinPL(p, 9); });
+    expectKept([](PointList* p) { SubPL(p); });
+}
+
 TEST(JoinPL, OfDepthOneIsTheUnionAndOfDepthTwoTheIntersection) {
     Places const places = {{0, 0}, {5, 0}, {6, 1}, {10, 1}, {12, 0}, {13, 1}};
     Intervals two(places);

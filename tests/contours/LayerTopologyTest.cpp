@@ -469,6 +469,19 @@ TEST(AddInTree, GoesAsDeepAsItCanAndTakesSiblingsOver) {
     EXPECT_EQ(deep->m_nLevel, 2);
 }
 
+TEST(AddInTree, ALoopThatBeginsInAnotherAndLeavesItStandsBesideIt) {
+    CLayer layer;
+    LoopPtr const pRoot = Square(0, 0, 100);
+    tagLoopTreeNode* const first = Square(10, 10, 10).release();
+    tagLoopTreeNode* const crossing = Square(15, 15, 10).release();
+    tagLoopTreeNode* const touching = Square(15, 15, 5).release();
+    layer.AddInTree(pRoot.get(), first);
+    layer.AddInTree(pRoot.get(), crossing);
+    EXPECT_EQ(LoopsOf(pRoot->m_ChildList), (Loops{first, crossing}));
+    layer.AddInTree(pRoot.get(), touching);
+    EXPECT_EQ(LoopsOf(pRoot->m_ChildList), (Loops{first, crossing, touching})) << "boxes that touch";
+}
+
 TEST(AddInTree, AgreesWithItsStepsOnRandomTrees) {
     for (std::uint32_t nSeed = 0; nSeed < 500; ++nSeed) {
         std::vector<std::vector<Line>> results;

@@ -128,6 +128,26 @@ TEST(CutLoop, OpensAClosedLoopButLeavesItsFlagAndBox) {
     EXPECT_EQ(pLoop->m_Box.m_ptMax.x, 10.0);
 }
 
+// Two hundredths less one are one hundredth to the bit: as far from the end as a cut has to be.
+TEST(CutLoop, AVertexJustAHundredthOnIsNotTheCut) {
+    LoopPtr const pLoop = OpenPath({{0, 0}, {0.02, 0}, {5, 0}});
+    Cut(*pLoop, 0.01, 0.0, OPERATE_AT_HEAD, 0);
+    EXPECT_EQ(PlacesOf(*pLoop), (Places{{0.01, 0}, {0.02, 0}, {5, 0}}));
+    LoopPtr const pNearer = OpenPath({{0, 0}, {std::nextafter(0.02, 0.0), 0}, {5, 0}});
+    Cut(*pNearer, 0.01, 0.0, OPERATE_AT_HEAD, 0);
+    EXPECT_EQ(PlacesOf(*pNearer).size(), 2u);
+}
+
+// A tenth and two tenths add up to 0.30000000000000004, and two tenths less than that are more than a tenth.
+TEST(CutLoop, APathOfJustTheCutAndWhatIsKeptIsCutAtTheLengthAsItIsGiven) {
+    auto const place = [](double dKeep) {
+        LoopPtr const pLoop = OpenPath({{0, 0}, {0.1 + 0.2, 0}});
+        Cut(*pLoop, 0.1, dKeep, OPERATE_AT_HEAD, 0);
+        return PlacesOf(*pLoop).front();
+    };
+    EXPECT_EQ(place(0.2), place(0.0));
+}
+
 TEST(CutLoop, ANegativeKeepMayTakeTheWholePath) {
     LoopPtr const pLoop = OpenPath({{0, 0}, {10, 0}});
     LoopPtr const pPieces = Cut(*pLoop, 20.0, -8.0, OPERATE_AT_HEAD);

@@ -86,6 +86,13 @@ TEST(ReverseLoop, TurnsPointsAndDirection) {
     EXPECT_EQ(pLoop->m_nDirection, LOOPDIRECT_CCW);
 }
 
+TEST(ReverseLoop, GivesItsListTheUsualBlockSize) {
+    LoopPtr const pLoop = Square(0, 0, 1);
+    pLoop->m_pPointList->m_nBlockSize = 3;
+    pLoop->ReverseLoop();
+    EXPECT_EQ(pLoop->m_pPointList->m_nBlockSize, 10);
+}
+
 TEST(ReverseLoop, LeavesAnUndecidedDirection) {
     LoopPtr const pLoop = Square(0, 0, 1);
     pLoop->ReverseLoop();
@@ -159,6 +166,16 @@ TEST(JudgeLoopDirection, ARunOfJustTheLeastIsDividedByAndALesserOneIsUpright) {
     EXPECT_EQ(
         JudgeLoopDirection(ClosedLoop({{0, 0}, {2e-12, 3}, {std::nextafter(least, 0.0), 1}})->m_pPointList),
         LOOPDIRECT_CCW);
+}
+
+TEST(JudgeLoopDirection, FewerThanFourPointsAreClockwise) {
+    EXPECT_EQ(JudgeLoopDirection(nullptr), LOOPDIRECT_CW);
+    // With one point more to close it, the last of these would be counterclockwise.
+    for (Places const& places :
+         {Places{}, Places{{0, 0}}, Places{{1, 1}, {0, 0}}, Places{{1, 1}, {0, 0}, {1, -1}}}) {
+        EXPECT_EQ(JudgeLoopDirection(OpenPath(places)->m_pPointList), LOOPDIRECT_CW) << places.size();
+    }
+    EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{1, 1}, {0, 0}, {1, -1}})->m_pPointList), LOOPDIRECT_CCW);
 }
 
 // Two lobes that cross at (2, 2): the upper one is clockwise, the lower one is not.

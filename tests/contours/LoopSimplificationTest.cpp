@@ -240,6 +240,31 @@ TEST(Optimize, AHeadWithATurnOfTenDegreesStaysAndOneWithLessGoes) {
     EXPECT_LT(dTen, dAbove);
 }
 
+// A head at half a millimetre from the line of its neighbours, which are 128 apart.
+TEST(Optimize, AHeadAsFarOffAsTheToleranceStays) {
+    Places const places = {{0, 0.5}, {64, 0}, {0, 90}, {-64, 0}};
+    LoopPtr const pJust = ClosedLoop(places);
+    pJust->m_dTolerance = 0.5;
+    pJust->Optimize();
+    EXPECT_EQ(PlacesOf(*pJust).size(), 5u);
+    LoopPtr const pMore = ClosedLoop(places);
+    pMore->m_dTolerance = std::nextafter(0.5, 1.0);
+    pMore->Optimize();
+    EXPECT_EQ(PlacesOf(*pMore), (Places{{64, 0}, {0, 90}, {-64, 0}, {64, 0}}));
+}
+
+TEST(Optimize, AMiddlePointAsFarOffAsTheToleranceGoes) {
+    Places const places = {{-64, 0}, {0, 0.5}, {64, 0}};
+    LoopPtr const pJust = OpenPath(places);
+    pJust->m_dTolerance = 0.5;
+    pJust->Optimize();
+    EXPECT_EQ(PlacesOf(*pJust), (Places{{-64, 0}, {64, 0}}));
+    LoopPtr const pLess = OpenPath(places);
+    pLess->m_dTolerance = std::nextafter(0.5, 0.0);
+    pLess->Optimize();
+    EXPECT_EQ(PlacesOf(*pLess).size(), 3u);
+}
+
 TEST(Optimize, FewerThanThreePointsOrNoListAreLeftAlone) {
     LoopPtr const pLoop = ClosedLoop({{0, 0}});
     pLoop->Optimize();

@@ -132,6 +132,22 @@ TEST(ZCompensate, SecondCallOnAModelFindsNoFlagsAndMakesTheFirstPermanent) {
     EXPECT_EQ(raised, Heights(model));
 }
 
+TEST(ZCompensate, ResumingAModelMakesBoxAndNormalsAnew) {
+    CSTLModel model;
+    FillMarked(model);
+    model.ZCompensate(0.2);
+    model.ResumeZCompensate();
+    EXPECT_NEAR(10.0, model.m_VertexTree.m_BoundBox.m_ptMin.z, 1e-9);
+    auto const normals = [&model] {
+        std::vector<float> all;
+        for (CFacet const* f : FacetsOf(model)) all.insert(all.end(), f->m_fNormal, f->m_fNormal + 3);
+        return all;
+    };
+    std::vector<float> const before = normals();
+    model.CalculateNormal();
+    EXPECT_EQ(before, normals());
+}
+
 TEST(ZCompensate, ResumingAModelGivesBackItsHeights) {
     CSTLModel model;
     FillMarked(model);

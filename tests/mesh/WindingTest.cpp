@@ -5,6 +5,7 @@
 
 #include "MeshChecks.h"
 #include "mesh/LiteralMesh.h"
+#include "trees/FacetList.h"
 
 namespace {
 
@@ -297,6 +298,92 @@ TEST(FixNormal, BandsThatCannotBeWoundConsistentlyAreFixedAsDefined) {
             model.FixNormal();
             EXPECT_FALSE(IsConsistent(model));
         }
+    }
+}
+
+// A disk about a hub, and a twisted strip from one edge of its rim to another. All edges at the hub are
+// looked at from there, in the end: that the shell cannot be wound consistently shows at these alone, which
+// are more than a few.
+TEST(FixNormal, AStripThatTwistsAWideDiskIsFixedAsDefined) {
+    for (int const nRim : {8, 9, 12, 40}) {
+        auto const rim = [nRim](int n) {
+            double const dAngle = 6.283185307179586 * n / nRim;
+            return shapes::Corner{static_cast<float>(10.0 * std::cos(dAngle)),
+                                  static_cast<float>(10.0 * std::sin(dAngle)), 1.0f};
+        };
+        shapes::Mesh mesh;
+        shapes::Corner const hub{0.0f, 0.0f, 0.0f};
+        for (int n = 0; n < nRim; ++n) mesh.push_back({hub, rim(n), rim((n + 1) % nRim)});
+        shapes::Corner const left{0.0f, 1.0f, 20.0f};
+        shapes::Corner const right{0.0f, -1.0f, 20.0f};
+        for (auto const& [from, to] : {std::pair(2, 3), std::pair(5, 6)}) {
+            mesh.push_back({rim(from), left, rim(to)});
+            mesh.push_back({rim(to), left, right});
+        }
+        for (unsigned nSeed = 0; nSeed < 8; ++nSeed) {
+            CSTLModel expected;
+            CSTLModel model;
+            for (CSTLModel* const pModel : {&expected, &model}) {
+                AddMesh(*pModel, mesh);
+                auto& facets = pModel->m_SurfaceArray.m_aSurface[0]->m_aFacet;
+                std::rotate(facets.m_pData, facets.m_pData + 1, facets.m_pData + facets.m_nSize);
+            }
+            TurnSome(expected, model, nSeed, 3);
+            literal::FixNormal(FacetsOf(expected));
+            model.FixNormal();
+            ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model));
+            EXPECT_FALSE(IsConsistent(model));
+        }
+    }
+}
+
+// The host has taken a facet out of its surface; the lists of its vertices, in which it may come first, still
+// hold it.
+TEST(FixNormal, MeshesWithAFacetThatStandsInNoSurfaceAreFixedAsDefined) {
+    for (shapes::Mesh const& mesh : {shapes::Cube(1.0f), shapes::IcoSphere(10.0, 1), shapes::Bracket()}) {
+        std::size_t const nCount = std::min<std::size_t>(mesh.size(), 40);
+        for (std::size_t n = 0; n < nCount; ++n) {
+            for (int const nMark : {0, 1, 5}) {
+                CSTLModel expected;
+                CSTLModel model;
+                CFacet* taken[2];
+                CSTLModel* const both[2] = {&expected, &model};
+                for (std::size_t i = 0; i < 2; ++i) {
+                    AddMesh(*both[i], mesh);
+                    taken[i] = FacetsOf(*both[i])[n];
+                }
+                TurnSome(expected, model, static_cast<unsigned>(n), 3);
+                for (std::size_t i = 0; i < 2; ++i) {
+                    both[i]->m_SurfaceArray.m_aSurface[0]->m_aFacet.RemoveAt(static_cast<int>(n));
+                    taken[i]->m_nRegion = nMark;
+                }
+                literal::FixNormal(FacetsOf(expected));
+                model.FixNormal();
+                for (std::size_t i = 0; i < 2; ++i)
+                    both[i]->m_SurfaceArray.m_aSurface[0]->m_aFacet.Add(taken[i]);
+                ASSERT_NO_FATAL_FAILURE(ExpectSameModels(expected, model)) << n << ' ' << nMark;
+            }
+        }
+    }
+}
+
+// The host has taken the lists of a mesh's vertices away.
+TEST(FixNormal, FacetsWhoseVerticesKnowNoneStayAsTheyAre) {
+    CSTLModel model;
+    AddMesh(model, shapes::WithTurned(shapes::Cube(1.0f), 3));
+    std::vector<CFacet> before;
+    for (CFacet const* f : FacetsOf(model)) before.push_back(*f);
+    for (tagVertexNode* const p : VerticesOf(model)) {
+        varnet::facet_list::Free(*p);
+        p->m_ppFacet = nullptr;
+        p->m_nFacetNum = 0;
+    }
+    model.FixNormal();
+    std::vector<CFacet*> const after = FacetsOf(model);
+    ASSERT_EQ(before.size(), after.size());
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        EXPECT_TRUE(literal::RunsFromTo(after[i], before[i].m_pVertex1, before[i].m_pVertex2)) << i;
+        EXPECT_EQ(before[i].m_pVertex3->z, after[i]->m_pVertex3->z) << i;
     }
 }
 

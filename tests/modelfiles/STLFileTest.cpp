@@ -220,6 +220,11 @@ TEST(SaveSTLFile, WritesBinaryOnly) {
     EXPECT_EQ(84u + 12u * 50u, ReadBytes(folder / "some.stl").size());
 }
 
+TEST(SaveSTLFile, WithoutAPathWritesNothing) {
+    CSTLModel model;
+    for (int const nType : {1, 2}) EXPECT_EQ(0, model.SaveSTLFile(nullptr, nType));
+}
+
 TEST(SaveSTLFile, FailsWhereNoFileCanBeCreated) {
     TestFolder const folder;
     CSTLModel model;

@@ -180,6 +180,17 @@ TEST(StripRecords, ReferenceIsTheNumberAboveThreeBitsOfCode) {
     EXPECT_EQ(0, model.m_nPointCounter);
 }
 
+TEST(StripRecords, CornersAreNumberedFromOneToThreeAndOthersWriteNothing) {
+    CSTLModel model;
+    AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(3, 0, 1), CPoint3D(0, 2, 2));
+    RecordFile file;
+    for (int const nVertex : {0, 4, -1, 1000000}) {
+        model.WriteCSMFacet(&FacetAt(model, 0), 1, nVertex, file.Get(), 0.0, CPoint3D(0, 0, 0));
+    }
+    EXPECT_EQ("", file.Bytes());
+    EXPECT_EQ(0, model.m_nPointCounter);
+}
+
 TEST(StripRecords, NewVertexIsACodeAndAPoint) {
     CSTLModel model;
     AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(3, 0, 1), CPoint3D(0, 2, 2));

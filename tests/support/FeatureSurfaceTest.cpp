@@ -225,6 +225,18 @@ TEST(FeatureSurface, AssignmentDestroysItsFacetsAndTakesThePointersOnly) {
     EXPECT_TRUE((std::is_same_v<decltype(target = target), CFeatureSurface const&>));
 }
 
+TEST(FeatureSurface, AssignedToItselfASurfaceKeepsItsFacets) {
+    s_nDestroyed = 0;
+    CFeatureSurface surface;
+    CFacet* const pFacet = new WatchedFacet;
+    surface.m_aFacet.Add(pFacet);
+    CFeatureSurface const& same = surface;
+    surface = same;
+    EXPECT_EQ(0, s_nDestroyed);
+    ASSERT_EQ(1, surface.m_aFacet.GetSize());
+    EXPECT_EQ(pFacet, surface.m_aFacet[0]);
+}
+
 TEST(FeatureSurface, RemovingAndDestroyingDestroyTheFacets) {
     s_nDestroyed = 0;
     {
@@ -296,6 +308,12 @@ TEST(FeatureSurface, OnlyPositiveAreasAndHeightsBelowTheLimitCountAsCached) {
         s.m_dProjectArea = d;
         EXPECT_GT(s.Area(), 6.0);
         EXPECT_EQ(6.0, s.ProjectArea());
+    }
+    for (double const d : {0.5, 1e-300}) {
+        s.m_dArea = d;
+        s.m_dProjectArea = d;
+        EXPECT_EQ(d, s.Area());
+        EXPECT_EQ(d, s.ProjectArea());
     }
     s.m_dMinZ = 1e10;
     EXPECT_EQ(1.0, s.MinZ());

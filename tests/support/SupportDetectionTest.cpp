@@ -190,6 +190,44 @@ TEST(SupportDetection, SuspendedSurfaceIsHeldByANeighbourThatGoesOutward) {
     EXPECT_EQ(1, const_cast<CFeatureSurface&>(empty).IsSuspendSupport());
 }
 
+// Of the facets of a model, one for itself.
+int IsSuspendedAlone(CFacet* pFacet) {
+    CFeatureSurface surface;
+    surface.m_aFacet.Add(pFacet);
+    int const nSuspended = surface.IsSuspendSurface();
+    surface.m_aFacet.RemoveAll();
+    return nSuspended;
+}
+
+TEST(SupportDetection, SuspendedSurfaceIsNotHeldByFreeEdgesNorByWhatRisesOrNeedsSupportItself) {
+    CSTLModel model;
+    CPoint3D const a(0, 0, 0), b(0, 1, 0), c(1, 0, 0);
+    AddTriangle(model, a, b, c);
+    EXPECT_EQ(1, IsSuspendedAlone(FacetsOf(model)[0])) << "free edges";
+    AddTriangle(model, a, c, CPoint3D(0, -1, 2));
+    EXPECT_EQ(1, IsSuspendedAlone(FacetsOf(model)[0])) << "a neighbour that rises from its edge";
+    FacetsOf(model)[1]->m_nFlag |= FACET_SUPPORT;
+    EXPECT_EQ(1, IsSuspendedAlone(FacetsOf(model)[0])) << "one that needs support";
+    FacetsOf(model)[1]->m_nFlag = FACET_SUSPEND;
+    EXPECT_EQ(0, IsSuspendedAlone(FacetsOf(model)[0])) << "one that is nearly level and faces up";
+    FacetsOf(model)[1]->m_nFlag = 0;
+    AddTriangle(model, b, a, CPoint3D(0, 0, -1));
+    EXPECT_EQ(0, IsSuspendedAlone(FacetsOf(model)[0])) << "one that goes down from its edge";
+    FacetsOf(model)[2]->m_nFlag |= FACET_SUPPORT;
+    EXPECT_EQ(1, IsSuspendedAlone(FacetsOf(model)[0])) << "the same, and it needs support";
+}
+
+TEST(SupportDetection, NormalsThatAreTheThresholdAreNotBelowIt) {
+    NumberedModel m(shapes::Box({0, 0, 0}, {4, 3, 2}));
+    // The cosines of 0 and 180 degrees are exact: 12 facets, of which the two at the bottom or the top are at
+    // the threshold.
+    EXPECT_EQ(0, m.model.FindSupportSurface(0.0, 1));
+    ASSERT_EQ(1, m.model.FindSupportSurface(180.0, 1));
+    EXPECT_EQ(10, SupportAt(m.model, 0).m_aFacet.GetSize());
+    ASSERT_EQ(1, m.model.FindSupportSurface(1e-3, 1));
+    EXPECT_EQ(2, SupportAt(m.model, 0).m_aFacet.GetSize());
+}
+
 TEST(SupportDetection, NeighbourIsJudgedByTheCornerThatIsNotOnTheEdge) {
     auto const side = [](double dFarY, double dFarZ, double dTol) {
         CSTLModel model;

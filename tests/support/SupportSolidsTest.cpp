@@ -1,11 +1,14 @@
 // Solids made below surfaces and along chains.
 
+#include <array>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
 
 #include "LiteralSupport.h"
 #include "RandomParts.h"
+#include "support/SolidIntake.h"
 
 namespace {
 
@@ -245,6 +248,22 @@ TEST(SupportSolids, DistancesThatAreNoNumbersReachNoTree) {
     }
 }
 
+TEST(SupportSolids, TrianglesAreGeneratedWhereEveryCoordinateIsFinite) {
+    std::array<double, 9> c = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    auto const isGenerated = [&c] {
+        return varnet::GeneratedFacet({c[0], c[1], c[2]}, {c[3], c[4], c[5]}, {c[6], c[7], c[8]}).has_value();
+    };
+    EXPECT_TRUE(isGenerated());
+    for (double& d : c) {
+        double const dKept = d;
+        for (double const dWild : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+            d = dWild;
+            EXPECT_FALSE(isGenerated()) << &d - c.data();
+        }
+        d = dKept;
+    }
+}
+
 TEST(SupportSolids, AgreeWithTheLiteralOnesOnRandomMeshes) {
     for (std::uint32_t nSeed = 0; nSeed < 140; ++nSeed) {
         NumberedModel m(RandomParts(nSeed).Make(nSeed));
@@ -334,7 +353,7 @@ TEST(Bars, GeneratorTakesChosenChainsForAHeightAndAllForALevelAndAddsUp) {
     AddTriangle(model, a, b, right);
     ASSERT_EQ(0, model.FindSuspendEdge(-1, 45.0, 45.0, 10.0));
     ASSERT_EQ(1, model.m_SuspendEdgeArray.GetSize());
-    model.GenSuspendSTL(2.0);
+    for (double const dHeight : {2.0, 0.5, 1e-300}) model.GenSuspendSTL(dHeight);
     EXPECT_EQ(0, model.m_SupportModelList.GetCount());
     model.GenSuspendSTL(0.0);
     ASSERT_EQ(1, model.m_SupportModelList.GetCount());

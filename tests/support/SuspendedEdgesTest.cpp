@@ -208,6 +208,17 @@ TEST(SuspendedEdges, SearchLeavesMarksClearedAndBothFlagsSet) {
     }
 }
 
+TEST(SuspendedEdges, LevelFacetsAreNotNearerToLevelThanNoAngle) {
+    NumberedModel m(shapes::Cube(2.0f));
+    m.model.FindSuspendEdge(-1, 0.0, 0.0, 0.0);
+    for (CFacet const* const f : m.facets) EXPECT_EQ(0u, f->m_nFlag & (FACET_SUSPEND | FACET_SUPPORT));
+    m.model.FindSuspendEdge(-1, 180.0, 180.0, 0.0);
+    for (CFacet const* const f : m.facets) {
+        EXPECT_EQ(f->m_fNormal[2] != -1.0f, (f->m_nFlag & FACET_SUSPEND) != 0);
+        EXPECT_EQ(f->m_fNormal[2] != 1.0f, (f->m_nFlag & FACET_SUPPORT) != 0);
+    }
+}
+
 TEST(SuspendedEdges, StrangeArgumentsFindNothing) {
     CSTLModel empty;
     EXPECT_EQ(0, empty.FindSuspendEdge(-1, 45.0, 45.0, 0.0));

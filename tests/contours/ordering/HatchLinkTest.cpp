@@ -198,6 +198,21 @@ TEST(FindFootOnLoopEdge, IsAVertexWhereThePointIsBeyondIt) {
     EXPECT_EQ(end.angles[1], 0.0);
 }
 
+// The right side of a square, from (10, 0) up to (10, 10): at right angles to one of its ends.
+TEST(FindFootOnLoopEdge, APointJustBesideAnEndIsAtThatEnd) {
+    LoopPtr const pSquare = Square(0, 0, 10);
+    Foot const start = FootOn(*pSquare, 2, CPoint2D(11, 0), 2.0);
+    EXPECT_EQ(start.nKind, 1);
+    EXPECT_EQ(PlaceOf(start.point), (Place{10, 0}));
+    EXPECT_EQ(start.angles[0], 0.0);
+    EXPECT_EQ(start.angles[1], pi / 2);
+    Foot const end = FootOn(*pSquare, 2, CPoint2D(11, 10), 2.0);
+    EXPECT_EQ(end.nKind, 2);
+    EXPECT_EQ(PlaceOf(end.point), (Place{10, 10}));
+    EXPECT_EQ(end.angles[0], pi / 2);
+    EXPECT_EQ(std::fabs(end.angles[1]), pi) << "back to the left";
+}
+
 TEST(FindFootOnLoopEdge, APositionThatEndsNoSegmentGivesNothing) {
     LoopPtr const pSquare = Square(0, 0, 10);
     Foot const foot = FootOn(*pSquare, 0, CPoint2D(1, 1), 2.0);
