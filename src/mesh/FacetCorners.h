@@ -81,10 +81,6 @@ inline std::uint32_t SlopeFlag(CFacet const& facet) {
     return facet.m_pVertex3->z >= facet.m_pVertex2->z ? FACET_SLOPE_HIGH : FACET_SLOPE_LOW;
 }
 
-inline bool IsDegenerate(CFacet const& facet) {
-    return facet.m_fNormal[0] == 1.0f && facet.m_fNormal[1] == 1.0f && facet.m_fNormal[2] == 1.0f;
-}
-
 /// The facets across V1V2, V2V3 and V3V1, null where there is none.
 inline std::array<CFacet*, 3> Neighbors(CFacet& facet) {
     return {facet.FindNeighborFacet(facet.m_pVertex1, facet.m_pVertex2),

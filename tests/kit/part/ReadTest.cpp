@@ -407,6 +407,53 @@ TEST(ReadPart, AFacetThatIsLostIsToldByTheLineOfItsFirstCorner) {
     }
 }
 
+TEST(ReadPart, ACoordinateWithAnythingBehindItIsNone) {
+    TestFolder const folder;
+    std::string const good =
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n";
+    for (std::string const wrong : {"1x", "1.5.2", "1,5", "--1", "+", "0x1", "."}) {
+        std::string bad = good;
+        bad.replace(bad.find("vertex 1 "), 8, "vertex " + wrong);
+        Part const part = Part::Read(folder.Write("a.stl", "solid a\n" + good + bad + good + "endsolid a\n"));
+        EXPECT_EQ(part.Report().facetsRead, 2) << wrong;
+    }
+    for (std::string const right : {"1.0", "+1", "1.", "10e-1", "1E0", ".1e1"}) {
+        std::string other = good;
+        other.replace(other.find("vertex 1 "), 8, "vertex " + right);
+        Part const part = Part::Read(folder.Write("a.stl", "solid a\n" + other + "endsolid a\n"));
+        EXPECT_EQ(FacetsOf(part), (std::vector<Corners>{{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}}})) << right;
+    }
+}
+
+TEST(SplitPart, EachPieceCountsItsOwnOpenEdges) {
+    TestFolder const folder;
+    shapes::Mesh mesh = shapes::Without(shapes::Cube(1.0f), 0, 1);
+    shapes::Append(mesh, shapes::Moved(shapes::Without(shapes::Cube(2.0f), 0, 2), 9, 0, 0));
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(1.0f), 20, 0, 0));
+    std::vector<Part> const pieces = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh))).Split();
+    ASSERT_EQ(pieces.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        std::int64_t const open = std::array{3, 4, 0}[i];
+        EXPECT_EQ(pieces[i].Report().openEdges, open);
+        EXPECT_EQ(pieces[i].Report().openEdgesExact, open);
+        EXPECT_EQ(pieces[i].Measures().openEdges, open);
+    }
+}
+
+TEST(MovedPart, KeepsWhatWasReportedWhenItWasRead) {
+    TestFolder const folder;
+    shapes::Mesh const mesh = shapes::Without(shapes::Cube(1.0f), 0, 1);
+    Part part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh, "a header")));
+    part.Transform({{{{2, 0, 0, 1}, {0, 1, 0, 0}, {0, 0, 1, 0}}}});
+    EXPECT_EQ(part.Report().facetsInFile, 11);
+    EXPECT_EQ(part.Report().facetsRead, 11);
+    EXPECT_EQ(part.Report().openEdges, 3);
+    EXPECT_EQ(part.Measures().openEdges, 3);
+    EXPECT_EQ(part.Header(), "a header");
+    EXPECT_EQ(part.Format(), MeshFormat::kBinaryStl);
+    EXPECT_EQ(part.Name(), "a");
+}
+
 TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {
     TestFolder const folder;
     shapes::Mesh mesh = shapes::Cube(1.0f);

@@ -131,6 +131,16 @@ TEST_F(SliceHeaderTest, AnotherNumberOfLayersThanItAnnouncesIsANote) {
     EXPECT_EQ(notes("0"), std::vector<std::string>{"the header announces 0 layers, and there are 2"});
 }
 
+TEST_F(SliceHeaderTest, WhatIsPassedOverIsNotedByItsKind) {
+    Put(kTextHead +
+        "\n$$GEOMETRYSTART\n$$LAYER/1\n$$POLYLINE/1,2,4,0,0,1,0,1,1\n\n\n// one\n$$WHATEVER/1\n"
+        "$$LAYER/2\n// two\n// three\n$$GEOMETRYEND\n");
+    EXPECT_EQ(SliceFile(path).Report().notes,
+              (std::vector<std::string>{"2 blank lines were passed over", "3 comments were passed over",
+                                        "1 commands that are not known were passed over",
+                                        "1 paths have another number of points than they announce"}));
+}
+
 TEST_F(SliceHeaderTest, LayersHaveNumbersFrom1) {
     Put(kHead + LayerAt(3) + LayerAt(5));
     SliceFile const file(path);
