@@ -131,6 +131,35 @@ TEST(NearHeightCopier, HeightBetweenTwoTakesThatOfTheUppermostVertex) {
     }
 }
 
+// A vertex that comes as two nodes has a second record, which goes with the target: memory would grow from
+// one to the next. The third vertex is near the heights of its neighbours, and comes once while the lower one
+// is uppermost, and again when the tree has turned and the upper one is.
+TEST(NearHeightCopier, RecordsOfATargetGoWithIt) {
+    CVertexTree source;
+    source.m_dTolerance = 0.0;
+    double const heights[] = {-1.0, 0.0, 0.00008, 0.00015, 1.0, 2.0};
+    for (int n = 0; n < 6; ++n) {
+        CPoint3D point(n, 0, heights[n]);
+        source.AddNode(point);
+    }
+    VertexCopier const ranked(source, kLargest);
+    NearHeightCopier copier(ranked.Sources());
+    std::size_t const nAtFirst = copier.m_nRecords;
+    for (int n = 0; n < 100; ++n) {
+        {
+            CVertexTree tree;
+            NearHeightCopier::Target target(copier, tree);
+            for (std::uint32_t const nRank : {1u, 3u, 0u}) target.AddNode(nRank);
+            EXPECT_EQ(0.0, target.AddNode(2)->z);
+            for (std::uint32_t const nRank : {4u, 5u}) target.AddNode(nRank);
+            EXPECT_EQ(0.00015, target.AddNode(2)->z);
+            EXPECT_EQ(nAtFirst + 1, copier.m_nRecords);
+        }
+        ASSERT_EQ(nAtFirst, copier.m_nRecords) << n;
+        ASSERT_TRUE(copier.m_Touched.empty()) << n;
+    }
+}
+
 TEST(NearHeightCopier, TargetIsEmptyWhereNothingComes) {
     CVertexTree source, tree;
     NearHeightCopier copier(VertexCopier(source, kLargest).Sources());
