@@ -211,6 +211,37 @@ TEST(LargestError, WhatIsFarFromAllOfTheFileCountsWithATenthOfThePart) {
     EXPECT_DOUBLE_EQ(report.volumeAfter, 1000.0);
 }
 
+// A corner on an edge would divide the facet beside it if the file were healed as it is read.
+TEST(CompareWith, TakesTheFileAsItIs) {
+    TestFolder const folder;
+    Part const part =
+        AsItIs({{0, 0, 0}, {10, 0, 0}, {5, 5, 0}, {5, 0, 0}, {5, -5, 0}}, {{0, 1, 2}, {0, 4, 3}, {3, 4, 1}});
+    part.Write(folder / "a.stl");
+    WriteReport const report = part.CompareWith(folder / "a.stl");
+    EXPECT_EQ(report.facetsBefore, 3);
+    EXPECT_EQ(report.facetsAfter, 3);
+    EXPECT_EQ(report.openEdgesBefore, 7);
+    EXPECT_EQ(report.openEdgesAfter, 7);
+    EXPECT_EQ(report.largestError, 0.0);
+    EXPECT_EQ(Part::Read(folder / "a.stl").Triangles().size(), 4u) << "healed";
+}
+
+// Vertices nearer to each other than a ten-thousandth, at which the classic model joins them.
+TEST(WriteBytes, PointsNearEachOtherComeBackFromStripsAsTwo) {
+    TestFolder const folder;
+    shapes::Mesh mesh = shapes::Cube(1.0f);
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(1.0f), 1.00006f, 0, 0));
+    MeshWriteSettings settings;
+    settings.format = MeshFormat::kStripCsm;
+    settings.floats = true;
+    IntakeSettings asItIs;
+    asItIs.heal = false;
+    PartOf(mesh, asItIs).Write(folder / "a.csm", settings);
+    Part const part = Part::Read(folder / "a.csm", asItIs);
+    EXPECT_EQ(part.Points().size(), 16u);
+    EXPECT_EQ(Sorted(FacetsOf(part)), Sorted(FacetsOf(mesh)));
+}
+
 TEST(TransformPart, EachRowIsAnAxisOfTheOutcome) {
     Part part =
         AsItIs({{1, 2, 3}, {4, 2, 3}, {1, 7, 3}, {1, 2, 9}}, {{0, 1, 2}, {0, 3, 1}, {0, 2, 3}, {1, 3, 2}});
