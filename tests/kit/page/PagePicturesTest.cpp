@@ -125,5 +125,31 @@ TEST(PartPicture, SupportsAreOfGlassAsFarAsTheyHave4000Facets) {
     EXPECT_TRUE(PartPicture(part, {"held", &supports, nullptr}) == PictureOf(meshes, "held"));
 }
 
+// Squares that look down, each with a solid below it: as many solids are drawn as have 4000 facets together.
+TEST(PartPicture, OfManySupportsThoseThatFitInto4000FacetsAreDrawn) {
+    shapes::Mesh const square{{{{0, 0, 5}, {0, 4, 5}, {4, 0, 5}}}, {{{4, 4, 5}, {4, 0, 5}, {0, 4, 5}}}};
+    shapes::Mesh mesh = shapes::Cube(10.0f);
+    auto const hang = [&](std::size_t n) {
+        shapes::Append(mesh, shapes::Moved(square, 20.0f * static_cast<float>(n), 0, 0));
+    };
+    hang(1);
+    std::size_t const each = Supports(PartOf(mesh)).Solids()[0].triangles.size();
+    std::size_t const fit = 4000 / each;
+    ASSERT_EQ(fit * each, 4000u);
+    for (std::size_t n = 2; n <= fit + 1; ++n) hang(n);
+    Part const part = PartOf(mesh);
+    Supports const supports(part);
+    ASSERT_EQ(supports.Solids().size(), fit + 1);
+    std::vector<PicturedMesh> meshes(1);
+    meshes[0].points = part.Points();
+    meshes[0].triangles = part.Triangles();
+    for (std::size_t i = 0; i < fit; ++i) {
+        SupportSolid const& solid = supports.Solids()[i];
+        ASSERT_EQ(solid.triangles.size(), each);
+        meshes.push_back({solid.points, solid.triangles, 0xE0A030, {}, 0.4});
+    }
+    EXPECT_TRUE(PartPicture(part, {"held", &supports, nullptr}) == PictureOf(meshes, "held"));
+}
+
 }  // namespace
 }  // namespace varnet
