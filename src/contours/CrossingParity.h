@@ -25,12 +25,14 @@ inline bool IsCrossedLeftOf(double dFromX, double dFromY, double dToX, double dT
 inline int CrossingParity(PointNode const* pHead, double x, double y) {
     int nParity = 0;
     bool bAbove = IsAtOrAbove(pHead->data.y, y);
-    for (PointNode const* p = pHead->pNext; p != nullptr; p = p->pNext) {
-        if (IsAtOrAbove(p->data.y, y) == bAbove) continue;
-        bAbove = !bAbove;
-        CPoint2D const& from = p->pPrev->data;
-        if (IsCrossedLeftOf(from.x, from.y, p->data.x, p->data.y, x, y)) nParity ^= 1;
-    }
+    CPoint2D const* pFrom = &pHead->data;
+    ForEachPoint(pHead->pNext, [&](CPoint2D const& to) {
+        if (IsAtOrAbove(to.y, y) != bAbove) {
+            bAbove = !bAbove;
+            if (IsCrossedLeftOf(pFrom->x, pFrom->y, to.x, to.y, x, y)) nParity ^= 1;
+        }
+        pFrom = &to;
+    });
     return nParity;
 }
 

@@ -29,6 +29,34 @@ CBoundBox2D tagLoopTreeNode::GetBoundBox() {
     return m_Box = box;
 }
 
+double varnet::MeasureBoxAndArea(tagLoopTreeNode& loop) {
+    PointNode const* const pHead = FirstPoint(loop);
+    CBoundBox2D box;
+    double dSum = 0.0;
+    if (pHead != nullptr) {
+        double const x0 = pHead->data.x;
+        double const y0 = pHead->data.y;
+        double ax = 0.0;
+        double ay = 0.0;
+        box += pHead->data;
+        if (pHead->pNext != nullptr) {
+            ax = pHead->pNext->data.x - x0;
+            ay = pHead->pNext->data.y - y0;
+            box += pHead->pNext->data;
+            ForEachPoint(pHead->pNext->pNext, [&](CPoint2D const& b) {
+                box += b;
+                double const bx = b.x - x0;
+                double const by = b.y - y0;
+                dSum += ax * by - ay * bx;
+                ax = bx;
+                ay = by;
+            });
+        }
+    }
+    loop.m_Box = box;
+    return dSum;
+}
+
 double tagLoopTreeNode::GetLength() {
     if (PointCount(*this) < 2) return 0.0;
     double dSum = 0.0;

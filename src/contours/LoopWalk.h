@@ -59,6 +59,24 @@ inline void PrefetchPoints(tagLoopTreeNode const& loop) {
     }
 }
 
+/// Visits the points from the node on. Most nodes stand behind each other in memory, as they were allocated:
+/// that the next one does is foreseen, so that the walk need not wait for each link.
+template <class Visit>
+void ForEachPoint(PointNode const* p, Visit visit) {
+    while (p != nullptr) {
+        visit(p->data);
+        PointNode const* pNext = p->pNext;
+        for (++p; pNext == p; ++p) {
+            visit(p->data);
+            pNext = p->pNext;
+        }
+        p = pNext;
+    }
+}
+
+/// Makes the loop's box anew, as GetBoundBox does, and returns its area as GetArea does, in one walk.
+double MeasureBoxAndArea(tagLoopTreeNode& loop);
+
 /// A new path with an empty list of points.
 inline std::unique_ptr<tagLoopTreeNode> NewPath() {
     auto path = std::make_unique<tagLoopTreeNode>(0);
@@ -150,7 +168,16 @@ void ForEachInTree(tagLoopTreeNode& root, Visit visit) {
 /// Turns the order of a list round. Every element keeps its node.
 template <class List>
 void ReverseOrder(List& list) {
-    for (auto* p = list.m_pNodeHead; p != nullptr; p = p->pPrev) std::swap(p->pNext, p->pPrev);
+    auto* p = list.m_pNodeHead;
+    while (p != nullptr) {
+        auto* pNext = p->pNext;
+        std::swap(p->pNext, p->pPrev);
+        for (++p; pNext == p; ++p) {
+            pNext = p->pNext;
+            std::swap(p->pNext, p->pPrev);
+        }
+        p = pNext;
+    }
     std::swap(list.m_pNodeHead, list.m_pNodeTail);
 }
 

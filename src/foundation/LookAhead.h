@@ -68,6 +68,7 @@ inline constexpr std::size_t kRoot = 12;  // of the raw loops: contours/LoopWalk
 inline constexpr std::size_t kNestedLoop = 24;
 inline constexpr std::size_t kNestedList = 16;
 inline constexpr std::size_t kNestedPoints = 8;
+inline constexpr std::size_t kPairedPoints = 6;
 inline constexpr std::size_t kStoredLevel = 12;
 inline constexpr std::size_t kTurnedLoop = 16;
 inline constexpr std::size_t kTurnedPoints = 4;

@@ -293,6 +293,23 @@ TEST(MakeTopology, OnlyTheHeadOfALoopThatCrossesDecides) {
     }
 }
 
+// The middle one begins in the leg of the L and reaches into its notch, where the small one is.
+TEST(MakeTopology, ALoopThatLiesInAnotherTakesNoLaterOneIn) {
+    for (bool const bFarOne : {false, true}) {
+        CLayer layer;
+        tagLoopTreeNode* const ell =
+            Give(layer, ClosedLoop({{0, 0}, {10, 0}, {10, 4}, {4, 4}, {4, 10}, {0, 10}}));
+        tagLoopTreeNode* const middle = Give(layer, ClosedLoop({{3, 3}, {9, 3}, {9, 9}, {3, 9}}));
+        tagLoopTreeNode* const small = Give(layer, Square(6, 6, 1));
+        Loops roots = {ell, small};
+        if (bFarOne) roots.push_back(Give(layer, Square(6e5, 6e5, 1)));
+        layer.MakeTopology(1);
+        EXPECT_EQ(LoopsOf(layer.m_RawLoopList), roots);
+        EXPECT_EQ(LoopsOf(ell->m_ChildList), Loops{middle});
+        EXPECT_TRUE(LoopsOf(middle->m_ChildList).empty());
+    }
+}
+
 TEST(MakeTopology, AgainAfterAdditionsKeepsTheTreeAndMovesRootsWithTheirSubtrees) {
     CLayer layer;
     tagLoopTreeNode* const outer = Give(layer, Square(10, 10, 10));
@@ -336,6 +353,10 @@ TEST(MakeTopology, AgreesWithThePairwiseWalkOnRandomLayers) {
         CLayer slow;
         FillRandomly(fast, nSeed);
         FillRandomly(slow, nSeed);
+        // A loop that is farther off than any machine reaches: boxes are searched for one by one then.
+        for (CLayer* const pLayer : {&fast, &slow}) {
+            if (nSeed % 3 == 0) Give(*pLayer, Square(6e5, 6e5, 1));
+        }
         int const bRefresh = nSeed % 2 == 0 ? 1 : 0;
         ExpectSameAsLiteral(fast, slow, bRefresh);
         if (nSeed % 4 < 2) {

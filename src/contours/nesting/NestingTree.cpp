@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <utility>
 
 #include "contours/LoopWalk.h"
@@ -55,8 +56,7 @@ void NestingTree::Measure() {
         Record& record = m_Records[i];
         tagLoopTreeNode& loop = *record.pLoop;
         if (m_Boxes == Boxes::kRefreshed) {
-            loop.GetBoundBox();
-            record.bCounterClockwise = loop.GetLoopDirection() == LOOPDIRECT_CCW;
+            record.bCounterClockwise = MeasureBoxAndArea(loop) > 0.0;
         }
         record.box = PlanBoxOf(loop.m_Box);
         record.bClosed = loop.m_bClosed != 0;
@@ -222,14 +222,54 @@ void NestingTree::Cut(Loop loop) {
 // ---- nesting
 
 void NestingTree::Nest() {
-    std::vector<BoxIndex::Entry> closed;
+    std::vector<Loop> closed;
+    std::vector<PlanBox> boxes;
     for (Loop const loop : m_Raw) {
         At(loop).nPlace = m_nNextPlace++;
-        if (At(loop).bClosed) closed.push_back(EntryOf(loop));
+        if (!At(loop).bClosed) continue;
+        closed.push_back(loop);
+        boxes.push_back(At(loop).box);
     }
-    BoxIndex raw(m_Standings, std::move(closed));
-    for (Loop const loop : m_Raw) {
-        if (At(loop).bClosed && At(loop).parent == kNone) NestBehind(loop, raw);
+    if (std::optional<BoxPairs> const pairs = BoxPairs::Find(boxes)) {
+        NestPairs(closed, *pairs);
+    } else {
+        NestBySearch(closed);
+    }
+}
+
+void NestingTree::NestPairs(std::vector<Loop> const& closed, BoxPairs const& pairs) {
+    for (std::size_t i = 0; i < closed.size(); ++i) {
+        Loop const loop = closed[i];
+        if (i + look_ahead::kPairedPoints < closed.size())
+            PrefetchPair(closed, pairs, i + look_ahead::kPairedPoints);
+        for (std::uint32_t const nLater : pairs.Behind(i)) {
+            Loop const later = closed[nLater];
+            if (At(loop).parent != kNone) break;
+            if (At(later).parent != kNone) continue;
+            if (Holds(loop, later)) {
+                PlaceBelow(*this, loop, later);
+            } else if (Holds(later, loop)) {
+                PlaceBelow(*this, later, loop);
+            }
+        }
+    }
+}
+
+// Brings the points near that the first pair of a loop is tested on.
+void NestingTree::PrefetchPair(std::vector<Loop> const& closed, BoxPairs const& pairs, std::size_t n) const {
+    if (pairs.Behind(n).empty()) return;
+    Record const& record = At(closed[n]);
+    Record const& later = At(closed[pairs.Behind(n).front()]);
+    PrefetchPoints(IsBoxInside(record.box, later.box) ? *record.pLoop : *later.pLoop);
+}
+
+void NestingTree::NestBySearch(std::vector<Loop> const& closed) {
+    std::vector<BoxIndex::Entry> entries;
+    entries.reserve(closed.size());
+    for (Loop const loop : closed) entries.push_back(EntryOf(loop));
+    BoxIndex raw(m_Standings, std::move(entries));
+    for (Loop const loop : closed) {
+        if (At(loop).parent == kNone) NestBehind(loop, raw);
     }
 }
 

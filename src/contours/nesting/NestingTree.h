@@ -6,6 +6,7 @@
 
 #include "contours/Layer.h"
 #include "contours/nesting/BoxIndex.h"
+#include "contours/nesting/BoxPairs.h"
 #include "contours/nesting/LoopSlabs.h"
 
 namespace varnet {
@@ -83,6 +84,11 @@ private:
     void Measure();
     void Link(Loop parent, Loop child);
     BoxIndex::Entry EntryOf(Loop loop) const;
+    // Raw loops that are closed, in order. Where their boxes make few pairs all pairs are found at once, else
+    // each loop's one after the other.
+    void NestPairs(std::vector<Loop> const& closed, BoxPairs const& pairs);
+    void PrefetchPair(std::vector<Loop> const& closed, BoxPairs const& pairs, std::size_t n) const;
+    void NestBySearch(std::vector<Loop> const& closed);
     void NestBehind(Loop loop, BoxIndex& raw);
     bool Lengthen(std::int32_t nChain);
     void Cut(Loop loop);
