@@ -148,7 +148,9 @@ void FacetIntake::AddAll(std::span<tagFACET> facets, OnStop onStop) {
 bool FacetIntake::AreScattered(std::span<tagFACET const> facets) {
     if (m_Model.m_VertexTree.m_nCount < kLargeTree) return false;
     if (m_nBlocks++ % kBlocksALook == 0) m_bFarApart = AreFarApartInTree(facets);
-    return m_bFarApart || AreFarFromEachOther();
+    bool const bStrewn = AreFarFromEachOther();
+    m_Cache.KeepDrawn(m_bFarApart && !bStrewn);
+    return m_bFarApart || bStrewn;
 }
 
 // Most files hold neighbours near each other, and what a triangle touches is at hand from the last ones.

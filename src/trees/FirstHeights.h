@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <vector>
@@ -18,11 +19,16 @@ namespace varnet {
 class FirstHeights {
 public:
     /// What a descent for a point of height z meets first, of the two heights that are near z: as it was last
-    /// found out, or from the tree.
-    double Find(CVertexTree const& tree, double z, double dLower) {
+    /// found out, or from the tree. Where another pair is forgotten for it, forgotten(its lower height) is
+    /// called.
+    template <class Forgotten>
+    double Find(CVertexTree const& tree, double z, double dLower, Forgotten const& forgotten) {
         if (m_Known.empty()) m_Known.resize(kPairs);
         Pair& pair = m_Known[PlaceOf(dLower)];
-        if (pair.dLower != dLower) pair = {dLower, LookUp(tree, z)};
+        if (pair.dLower != dLower) {
+            if (!std::isnan(pair.dLower)) forgotten(pair.dLower);
+            pair = {dLower, LookUp(tree, z)};
+        }
         return pair.dFirst;
     }
 
@@ -33,8 +39,10 @@ public:
         return pair.dLower == dLower ? pair.dFirst : dLower;
     }
 
-    /// A rotation is about to begin whose uppermost vertex is this: forgets what it may change.
-    void ForgetRotated(tagVertexNode const& top) {
+    /// A rotation is about to begin whose uppermost vertex is this: forgets what it may change, and calls
+    /// forgotten(lower height) of each.
+    template <class Forgotten>
+    void ForgetRotated(tagVertexNode const& top, Forgotten const& forgotten) {
         if (m_Known.empty()) return;
         tagVertexNode const* const pChild = top.m_nBalance > 0 ? top.m_pLeft : top.m_pRight;
         bool const bOuter = top.m_nBalance == pChild->m_nBalance;
@@ -43,7 +51,9 @@ public:
         if (top.z == pChild->z && top.z == dThird) return;
         for (double const dHeight : {top.z, pChild->z, dThird}) {
             Pair& pair = m_Known[PlaceOf(dHeight)];
-            if (pair.dLower == dHeight) pair = {};
+            if (pair.dLower != dHeight) continue;
+            forgotten(dHeight);
+            pair = {};
         }
     }
 

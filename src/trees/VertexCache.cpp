@@ -27,6 +27,7 @@ struct RowWatch {
     CVertexTree const& tree;
     NearRows& rows;
     FirstHeights& firstHeights;
+    DrawnCorners& drawn;
     double dRow;  // of the point
     RowsMet met;
     bool bEntangled = false;
@@ -38,7 +39,9 @@ struct RowWatch {
             return varnet::IsAlone(tree, dMet, dHeight, dDistance);
         });
     }
-    void BeforeRotation(tagVertexNode const& top) { firstHeights.ForgetRotated(top); }
+    void BeforeRotation(tagVertexNode const& top) {
+        firstHeights.ForgetRotated(top, [this](double dLower) { drawn.Change(dLower); });
+    }
 };
 
 bool IsNumber(CPoint3D const& point) {
@@ -70,7 +73,8 @@ VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
       m_bOn(tree.m_pRoot == nullptr && (tree.m_dTolerance >= kLeastTolerance || tree.m_dTolerance == 0.0)),
       m_bExact(tree.m_dTolerance == 0.0),
       m_Heights(tree.m_dTolerance),
-      m_Rows(tree.m_dTolerance) {
+      m_Rows(tree.m_dTolerance),
+      m_Drawn(tree.m_dTolerance) {
     if (m_bOn) {
         m_Lines = ZeroedTable<Line>(std::bit_ceil(std::max(kFirstLines, nExpected * 2 / kMostPerTwoLines)));
     }
@@ -78,14 +82,20 @@ VertexCache::VertexCache(CVertexTree& tree, std::size_t nExpected)
 
 tagVertexNode* VertexCache::AddSeldom(CPoint3D& point, std::size_t nHash) {
     if (!m_bOn) return m_Tree.AddNode(point);
+    if (m_bKeepDrawn) {
+        if (tagVertexNode* const pNode = m_Drawn.Find(point, nHash)) {
+            point.z = pNode->z;
+            return pNode;
+        }
+    }
     tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
-    if (pNode == nullptr) return FindDrawnOrInsert(point);
+    if (pNode == nullptr) return FindDrawnOrInsert(point, nHash);
     point.z = pNode->z;
     m_Recent[nHash % kRecent] = pNode;
     return pNode;
 }
 
-tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
+tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point, std::size_t nHash) {
     if (!IsNumber(point)) {
         SwitchOff();
         return m_Tree.AddNode(point);
@@ -93,22 +103,40 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point) {
     if (m_bExact) return InsertExactly(point);
     HeightSet::Answer height = m_Heights.Find(point.z);
     if (height.near == HeightSet::Near::kTwo) {
-        height = {HeightSet::Near::kOne, m_FirstHeights.Find(m_Tree, point.z, height.dHeight), height.dUpper};
+        double const dFirst = m_FirstHeights.Find(m_Tree, point.z, height.dHeight,
+                                                  [this](double dLower) { m_Drawn.Change(dLower); });
+        height = {HeightSet::Near::kOne, dFirst, height.dUpper};
     }
-    if (height.near == HeightSet::Near::kOne && height.dHeight != point.z) {
+    bool const bDrawn = height.near == HeightSet::Near::kOne && height.dHeight != point.z;
+    if (bDrawn) {
         tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
                                                     coordinate_hash::Hash(point.x, point.y, height.dHeight));
         if (pNode != nullptr) {
+            if (m_bKeepDrawn) m_Drawn.Remember(point.z, nHash, pNode);
             point.z = pNode->z;
             return pNode;
         }
     }
     m_Rows.Prefetch(point.y, height.near == HeightSet::Near::kOne ? height.dHeight : point.z);
-    return Insert(point, height.near);
+    return bDrawn && m_bKeepDrawn ? InsertDrawn(point, nHash) : Insert(point, height.near);
+}
+
+// A new vertex in a clean clan is what the same corner will come to again, unless its own way in has changed
+// which of two heights is met first.
+tagVertexNode* VertexCache::InsertDrawn(CPoint3D& point, std::size_t nHash) {
+    double const z = point.z;
+    std::uint32_t const nCount = m_Tree.m_nCount;
+    std::uint32_t const nChanges = m_Drawn.ChangesAt(z);
+    tagVertexNode* const pNode = Insert(point, HeightSet::Near::kOne);
+    bool const bNew = m_Tree.m_nCount != nCount;
+    if (bNew && m_Drawn.ChangesAt(z) == nChanges && !m_Rows.IsMarked(pNode->y, pNode->z)) {
+        m_Drawn.Remember(z, nHash, pNode);
+    }
+    return pNode;
 }
 
 tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
-    RowWatch watch{m_Tree, m_Rows, m_FirstHeights, point.y, {}};
+    RowWatch watch{m_Tree, m_Rows, m_FirstHeights, m_Drawn, point.y, {}};
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
     tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
@@ -118,8 +146,14 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     }
     Remember(pNode);
     // A point with one height near has taken that one.
-    if (nearHeights != HeightSet::Near::kOne) m_Heights.Add(pNode->z);
-    if (watch.bEntangled) m_Recent.fill(nullptr);
+    if (nearHeights != HeightSet::Near::kOne) {
+        m_Heights.Add(pNode->z);
+        m_Drawn.Change(pNode->z);
+    }
+    if (watch.bEntangled) {
+        m_Recent.fill(nullptr);
+        m_Drawn.ForgetAll();
+    }
     return pNode;
 }
 
@@ -141,10 +175,6 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     VARNET_REQUIRE(points.size() <= kLargestGroup && hashes.size() == points.size() &&
                    found.size() >= points.size());
     if (!m_bOn) return 0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        PrefetchLine(hashes[i]);
-        if (!m_bExact && IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
-    }
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
         if (pVertex == nullptr) return false;
@@ -153,16 +183,24 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
         found[nFound++] = pVertex;
         return true;
     };
+    // A new corner comes several times before its vertex is there.
+    std::array<std::size_t, 256> asked{};
+    std::array<std::size_t, kLargestGroup> open;  // the places of those that are to be looked for
+    std::size_t nOpen = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (std::exchange(asked[hashes[i] % asked.size()], hashes[i]) == hashes[i]) continue;
+        if (m_bKeepDrawn && take(m_Drawn.Guess(points[i]->z, hashes[i]))) continue;
+        PrefetchLine(hashes[i]);
+        if (!m_bExact && IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
+        open[nOpen++] = i;
+    }
     // Points that take another height are looked for there.
     std::array<CPoint3D const*, kLargestGroup> drawn;
     std::array<std::size_t, kLargestGroup> drawnHashes;
     std::array<CPoint3D const*, kLargestGroup> fresh;
     std::size_t nDrawn = 0;
     std::size_t nFresh = 0;
-    // A new corner comes several times before its vertex is there.
-    std::array<std::size_t, 256> asked{};
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        if (std::exchange(asked[hashes[i] % asked.size()], hashes[i]) == hashes[i]) continue;
+    for (std::size_t const i : std::span(open).first(nOpen)) {
         if (take(FindTagged(hashes[i]))) continue;
         double const dHeight = GuessHeight(*points[i]);
         if (dHeight == points[i]->z) {

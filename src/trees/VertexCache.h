@@ -9,6 +9,7 @@
 #include "foundation/Prefetch.h"
 #include "foundation/memory/LargePages.h"
 #include "trees/CoordinateHash.h"
+#include "trees/DrawnCorners.h"
 #include "trees/FirstHeights.h"
 #include "trees/HeightSet.h"
 #include "trees/NearRows.h"
@@ -82,6 +83,13 @@ public:
 
     static constexpr std::size_t kLargestGroup = 96;
 
+    /// Whether corners that took another height are remembered with their vertices for a while. That pays
+    /// where they come again soon and have their places all over the tree; the answers are the same.
+    void KeepDrawn(bool bKeep) {
+        m_bKeepDrawn = bKeep && !m_bExact;
+        if (m_bKeepDrawn) m_Drawn.Begin();
+    }
+
     /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
     /// to each has to be brought near anew.
     bool IsScattered(std::span<CPoint3D const* const> points) const;
@@ -114,7 +122,8 @@ private:
     tagVertexNode* FindTagged(std::size_t nHash) const;
     void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
-    tagVertexNode* FindDrawnOrInsert(CPoint3D& point);
+    tagVertexNode* FindDrawnOrInsert(CPoint3D& point, std::size_t nHash);
+    tagVertexNode* InsertDrawn(CPoint3D& point, std::size_t nHash);
     tagVertexNode* Insert(CPoint3D& point, HeightSet::Near nearHeights);
     tagVertexNode* InsertExactly(CPoint3D& point);
     void Remember(tagVertexNode* pNode);
@@ -128,12 +137,14 @@ private:
     CVertexTree& m_Tree;
     bool m_bOn;
     std::array<tagVertexNode*, kRecent> m_Recent{};
-    bool m_bExact;              // the tolerance is 0
+    bool m_bExact;  // the tolerance is 0
+    bool m_bKeepDrawn = false;
     ZeroedTable<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
     NearRows m_Rows;
     FirstHeights m_FirstHeights;
+    DrawnCorners m_Drawn;
     std::size_t m_nNeedless = 0;
 };
 

@@ -18,8 +18,10 @@ namespace {
 
 class CachedAndPlain {
 public:
-    explicit CachedAndPlain(double dTolerance = 0.0001) : m_Cached(WithTolerance(dTolerance)) {
+    explicit CachedAndPlain(double dTolerance = 0.0001, bool bKeepDrawn = true)
+        : m_Cached(WithTolerance(dTolerance)) {
         m_Plain.m_dTolerance = dTolerance;
+        m_Cache.KeepDrawn(bKeepDrawn);
     }
 
     void Add(CPoint3D const& point) {
@@ -83,9 +85,10 @@ TEST_P(VertexCacheTwin, GivesTheSameNodesWhenPointsComeAgain) {
     constexpr double kTolerances[] = {0.0001, 0.0, 0.00001, 0.001};
     for (int nSeed = 200; nSeed < 320; ++nSeed) {
         PointSoup soup = Soup(nSeed);
-        CachedAndPlain trees(kTolerances[nSeed % 4]);
+        CachedAndPlain trees(kTolerances[nSeed % 4], nSeed % 8 < 4);
         std::vector<CPoint3D> seen;
         for (int n = 0; n < 1500; ++n) {
+            if (nSeed % 24 < 8 && n % 300 == 0) trees.m_Cache.KeepDrawn(n % 600 == 0);
             bool const bAgain = !seen.empty() && soup.Below(4) != 0;
             CPoint3D const point =
                 bAgain ? seen[soup.Below(static_cast<unsigned>(seen.size()))] : soup.Next();
@@ -170,6 +173,47 @@ TEST(VertexCache, StairsOfNearRowsGiveTheSameNodesAsTheTree) {
             double const y = dFirst + (soup.Below(nSteps) - 0.5 * nSteps) * 0.00006;
             double const z = soup.Below(3) * 0.00008;
             ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, y, z)));
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Few places and heights that lie densely, so that a corner which took a height comes again when a nearer one
+// has come, when another one of two is met first, and when its row has got a neighbour.
+TEST(VertexCache, CornersThatTookAHeightComeAgainAfterHeightsRowsAndTurnsHaveChanged) {
+    for (unsigned nSeed = 0; nSeed < 600; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        double const dStep = nSeed % 2 == 0 ? 0.00003 : 0.00007;
+        unsigned const nHeights = 10 + soup.Below(400);
+        unsigned const nOdd = 3 + soup.Below(300);
+        std::vector<CPoint3D> seen;
+        for (int n = 0; n < 800; ++n) {
+            bool const bAgain = !seen.empty() && soup.Below(3) != 0;
+            if (!bAgain) {
+                double const dOdd = soup.Below(nOdd) == 0 ? soup.Below(10) * 0.00003 : 0.0;
+                double const z = (soup.Below(nHeights) - 0.5 * nHeights) * dStep;
+                seen.emplace_back(soup.Below(4), soup.Below(3) + dOdd, z);
+            }
+            CPoint3D const point =
+                bAgain ? seen[soup.Below(static_cast<unsigned>(seen.size()))] : seen.back();
+            ASSERT_NO_FATAL_FAILURE(trees.Add(point)) << nSeed;
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Thousands of pairs of heights of which two now and then share their place in the table: what is remembered
+// of a corner may not outlive what is known of its pair.
+TEST(VertexCache, CornersBetweenThousandsOfHeightsGiveTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 4; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kWholeNumbers);
+        CachedAndPlain trees;
+        constexpr unsigned kHeights = 4000;
+        for (int n = 0; n < 60000; ++n) {
+            double const x = soup.Below(6);
+            double const dBetween = soup.Below(3) == 0 ? 0.0 : 0.000075;
+            ASSERT_NO_FATAL_FAILURE(trees.Add(CPoint3D(x, 0.0, soup.Below(kHeights) * 0.00015 + dBetween)));
         }
         ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
     }
@@ -281,7 +325,7 @@ TEST(VertexCache, MoreVerticesThanTwoLinesHoldAreFoundOrAskedForInTheTree) {
 
 // Vertices are found as they are and where a point is drawn to their height; of new points there are none.
 TEST(VertexCache, BringingAGroupNearFindsItsVerticesAndChangesNothing) {
-    CachedAndPlain trees;
+    CachedAndPlain trees(0.0001, false);
     auto const place = [](int i) { return CPoint3D(i % 17 * 1.5, i % 13 * 1.25, i % 7 * 2.0); };
     constexpr int kVertices = 17 * 13 * 7;
     for (int i = 0; i < kVertices; ++i) ASSERT_NO_FATAL_FAILURE(trees.Add(place(i)));
@@ -310,6 +354,32 @@ TEST(VertexCache, BringingAGroupNearFindsItsVerticesAndChangesNothing) {
         std::sort(found.begin(), found.end());
         EXPECT_TRUE(std::includes(expected.begin(), expected.end(), found.begin(), found.end()));
     }
+    trees.ExpectSame();
+}
+
+// A corner that has taken the height of its vertex once is found with it, wherever the table has its line.
+TEST(VertexCache, BringingAGroupNearFindsTheCornersThatTookAHeight) {
+    CachedAndPlain trees;
+    std::vector<CPoint3D> points;
+    std::vector<tagVertexNode const*> expected;
+    for (int i = 0; i < 30; ++i) {
+        CPoint3D vertex(i * 1.5, i * 1.25, i * 2.0);
+        ASSERT_NO_FATAL_FAILURE(trees.Add(vertex));
+        CPoint3D const drawn(vertex.x, vertex.y, vertex.z + 0.00005);
+        ASSERT_NO_FATAL_FAILURE(trees.Add(drawn));
+        points.push_back(drawn);
+        points.push_back(drawn);
+        expected.push_back(trees.m_Cache.AddNode(vertex));
+    }
+    std::vector<CPoint3D const*> group;
+    std::vector<std::size_t> hashes;
+    for (CPoint3D const& point : points) {
+        group.push_back(&point);
+        hashes.push_back(VertexCache::HashOf(point));
+    }
+    std::vector<tagVertexNode const*> found(points.size());
+    found.resize(trees.m_Cache.PrefetchGroup(group, hashes, found));
+    EXPECT_EQ(found, expected) << "each once";
     trees.ExpectSame();
 }
 
