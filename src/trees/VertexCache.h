@@ -41,6 +41,9 @@ namespace varnet {
 ///    order in which the tree holds its clans and the vertices of this clan: the descent ends at that vertex,
 ///    and z becomes H.
 ///
+/// So what a corner comes to stays the same until a height comes that is ~ its own, or another of two heights
+/// is met first, or its clan ceases to be clean; DrawnCorners remembers it that long.
+///
 /// With a tolerance of 0, ~ is equality: no heights and no rows are near, and all of it holds for every
 /// vertex. Zeros of both signs are equal; a point takes the sign that the vertices of its height have.
 ///

@@ -3,6 +3,8 @@
 
 #include <SizedShapes.h>
 
+#include <string_view>
+
 #include "MeshChecks.h"
 #include "mesh/FacetIntake.h"
 
@@ -56,6 +58,19 @@ TEST_P(IntakeShapes, GiveTheSameModelAsSingleFacetsInAnyOrder) {
         for (double const dTolerance : {0.0001, 0.000001, 0.0, 0.001, 0.01, 0.1, 1.0, 1e-9}) {
             SCOPED_TRACE(testing::Message() << Shape().pName << ", " << dTolerance);
             ASSERT_NO_FATAL_FAILURE(ExpectSameIntake(ordered, dTolerance));
+        }
+    }
+}
+
+// From 50,000 vertices on, what a group of triangles needs is brought near, and corners that took another
+// height are remembered, where their places lie all over the tree.
+TEST(IntakeShapes, ALargeFieldOfNoiseGivesTheSameModelAsSingleFacets) {
+    for (shapes::SizedShape const& shape : shapes::SizedShapes()) {
+        if (std::string_view(shape.pName) != "noise field") continue;
+        shapes::Mesh const mesh = shape.pMake(130000);
+        for (double const dTolerance : {0.0001, 0.0003, 0.01}) {
+            SCOPED_TRACE(dTolerance);
+            ASSERT_NO_FATAL_FAILURE(ExpectSameIntake(mesh, dTolerance));
         }
     }
 }
