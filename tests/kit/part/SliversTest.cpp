@@ -197,5 +197,19 @@ TEST(DoubledArea, IsTakenFromTheLowestCorner) {
     }
 }
 
+TEST(DoubledArea, OfCornersAtOneHeightTheFirstIsMeant) {
+    std::mt19937 random(4);
+    std::uniform_real_distribution<double> place(-10.0, 10.0);
+    for (int run = 0; run < 1000; ++run) {
+        std::array<Point3, 3> p;
+        for (Point3& corner : p) corner = {place(random), place(random), static_cast<double>(random() % 2)};
+        auto const low = static_cast<std::size_t>(
+            std::min_element(p.begin(), p.end(), [](Point3 const& a, Point3 const& b) { return a.z < b.z; }) -
+            p.begin());
+        double const expected = Length(Cross(p[(low + 1) % 3] - p[low], p[(low + 2) % 3] - p[low]));
+        EXPECT_EQ(DoubledArea(p[0], p[1], p[2]), expected);
+    }
+}
+
 }  // namespace
 }  // namespace varnet
