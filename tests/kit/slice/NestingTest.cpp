@@ -72,6 +72,12 @@ TEST(NestingSweep, AHoleWithinContoursThatAreLeftOutHasTheOneBehindThemAsItsPare
     EXPECT_EQ(outcome.nested[3].parent, 0);
 }
 
+// Three places on a line enclose nothing, and the sweep does not say which side of them is the upper one.
+TEST(NestingSweep, AContourThatEnclosesNothingIsLeftToTheOtherWay) {
+    EXPECT_FALSE(Nest({{{50, 50}, {60, 50}, {55, 50}}}).isNested);
+    EXPECT_FALSE(Nest({{{50, 10}, {60, 20}, {55, 15}}, {{80, 0}, {90, 0}, {80, 9}}}).isNested);
+}
+
 // A small contour lies between two large ones and ends; then the upper one comes down through the lower one,
 // or the lower one goes up through the upper one, whose side goes straight on.
 TEST(NestingSweep, NeighboursAreHeldAgainstEachOtherOnceWhatWasBetweenThemHasEnded) {
