@@ -150,6 +150,7 @@ bool FacetIntake::AreScattered(std::span<tagFACET const> facets) {
     if (m_nBlocks++ % kBlocksALook == 0) m_bFarApart = AreFarApartInTree(facets);
     bool const bStrewn = AreFarFromEachOther();
     m_Cache.KeepDrawn(m_bFarApart && !bStrewn);
+    m_Cache.SetStrewn(bStrewn);
     return m_bFarApart || bStrewn;
 }
 
@@ -178,7 +179,7 @@ bool FacetIntake::AreFarApartInTree(std::span<tagFACET const> facets) const {
 }
 
 // The corners' vertices, then the lists of their facets.
-void FacetIntake::BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const {
+void FacetIntake::BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) {
     std::array<CPoint3D const*, 3 * kGroup> points;
     std::array<std::size_t, 3 * kGroup> pointHashes;
     std::array<tagVertexNode const*, 3 * kGroup> found;
@@ -191,5 +192,8 @@ void FacetIntake::BringNear(std::span<tagFACET const> facets, std::span<Hashes c
     }
     std::size_t const nFound =
         m_Cache.PrefetchGroup({points.data(), nPoints}, {pointHashes.data(), nPoints}, found);
-    for (std::size_t i = 0; i < nFound; ++i) Prefetch(found[i]->m_ppFacet);
+    for (std::size_t i = 0; i < nFound; ++i) {
+        Prefetch(found[i]->m_ppFacet);
+        Prefetch(found[i]->m_ppFacet + found[i]->m_nFacetNum);
+    }
 }

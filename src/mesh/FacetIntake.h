@@ -42,7 +42,7 @@ private:
     bool AreScattered(std::span<tagFACET const> facets);
     bool AreFarFromEachOther() const;
     bool AreFarApartInTree(std::span<tagFACET const> facets) const;
-    void BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes) const;
+    void BringNear(std::span<tagFACET const> facets, std::span<Hashes const> hashes);
 
     CSTLModel& m_Model;
     VertexCache m_Cache;

@@ -2,8 +2,11 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <span>
 
 #include "foundation/Prefetch.h"
+#include "foundation/Require.h"
 
 namespace varnet {
 
@@ -100,38 +103,82 @@ void Grow(Node*& link, Node const* pGrown, int& nTaller, BeforeRotation const& b
     }
 }
 
-/// Walks down from the link and puts a node into the empty link where the walk ends, then restores the
-/// balance.
+/// A way down a tree: the links passed, and the one that comes next.
+template <class Node>
+class Way {
+public:
+    /// From the link where a tree or a subtree hangs.
+    explicit Way(Node*& top) : m_pNext(&top) {}
+
+    /// The link that comes next. It may be empty.
+    Node*& Next() const { return *m_pNext; }
+
+    /// Passes the node in the link that comes next, to the left or to the right.
+    void Pass(bool bLeft) {
+        Node* const pNode = *m_pNext;
+        m_Passed[m_nDepth++ % kDeepest] = m_pNext;
+        m_pNext = bLeft ? &pNode->m_pLeft : &pNode->m_pRight;
+    }
+
+    /// Before all others, passes such nodes, as long as each is the next one. Bit i of nLefts tells whether the
+    /// way turns left at the i-th one. Returns how many have been passed.
+    std::size_t PassSame(std::span<Node const* const> nodes, std::uint64_t nLefts) {
+        VARNET_REQUIRE(m_nDepth == 0 && nodes.size() <= kDeepest);
+        Node** pNext = m_pNext;
+        std::size_t n = 0;
+        for (; n < nodes.size() && *pNext == nodes[n]; ++n) {
+            m_Passed[n] = pNext;
+            // Not by what the link leads to, so that no step waits for the one before.
+            auto* const pNode = const_cast<Node*>(nodes[n]);
+            pNext = (nLefts >> n & 1) != 0 ? &pNode->m_pLeft : &pNode->m_pRight;
+        }
+        m_pNext = pNext;
+        m_nDepth = n;
+        return n;
+    }
+
+    /// Goes back to the link passed last; false when there is none.
+    bool GoBack() {
+        if (m_nDepth == 0 || m_nBack == kDeepest) return false;
+        ++m_nBack;
+        m_pNext = m_Passed[--m_nDepth % kDeepest];
+        return true;
+    }
+
+private:
+    // A tree of 2^32 nodes is not deeper than 46 levels; of a way that is longer, since a host has bent the
+    // tree, the first links are forgotten.
+    static constexpr std::size_t kDeepest = 64;
+
+    Node** m_pNext;
+    std::array<Node**, kDeepest> m_Passed;
+    std::size_t m_nDepth = 0;
+    std::size_t m_nBack = 0;
+};
+
+/// Goes on down a way and puts a node into the empty link where it ends, then restores the balance up to where
+/// the way began. Nothing but this may be done with the way afterwards.
 ///
 /// compare(node) is called once a level: above 0 goes right, below 0 goes left, and 0 ends the walk at that
 /// node. make() gives the new node, with both children null and balance 0. Returns the node that was put in
-/// or found; nTaller becomes 1 when the subtree in the link is one level deeper than before, else 0.
+/// or found; nTaller becomes 1 when the subtree where the way began is one level deeper than before, else 0.
 /// beforeRotation(node) is called at most once.
 template <class Node, class Compare, class Make, class BeforeRotation>
-Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make,
+Node* Insert(Way<Node>& way, int& nTaller, Compare const& compare, Make const& make,
              BeforeRotation const& beforeRotation) {
-    // The last links passed on the way. A tree of 2^32 nodes is not deeper than 46 levels; of a way that is
-    // longer, since a host has bent the tree, the first links are forgotten.
-    constexpr std::size_t kDeepest = 64;
-    std::array<Node**, kDeepest> way;
-    std::size_t nDepth = 0;
-    Node** pLink = &top;
     nTaller = 0;
-    while (Node* const pNode = *pLink) {
+    while (Node* const pNode = way.Next()) {
         int const nOrder = compare(pNode);
         if (nOrder == 0) return pNode;
-        way[nDepth++ % kDeepest] = pLink;
-        pLink = nOrder < 0 ? &pNode->m_pLeft : &pNode->m_pRight;
+        way.Pass(nOrder < 0);
     }
     Node* const pMade = make();
-    *pLink = pMade;
+    way.Next() = pMade;
     nTaller = 1;
-    std::size_t const nForgotten = nDepth > kDeepest ? nDepth - kDeepest : 0;
     Node* pGrown = pMade;
-    while (nTaller != 0 && nDepth > nForgotten) {
-        Node*& link = *way[--nDepth % kDeepest];
-        Node* const pNode = link;
-        Grow(link, pGrown, nTaller, beforeRotation);
+    while (nTaller != 0 && way.GoBack()) {
+        Node* const pNode = way.Next();
+        Grow(way.Next(), pGrown, nTaller, beforeRotation);
         pGrown = pNode;
     }
     return pMade;
@@ -139,7 +186,8 @@ Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make,
 
 template <class Node, class Compare, class Make>
 Node* Insert(Node*& top, int& nTaller, Compare const& compare, Make const& make) {
-    return Insert(top, nTaller, compare, make, [](Node*) {});
+    Way<Node> way(top);
+    return Insert(way, nTaller, compare, make, [](Node*) {});
 }
 
 /// Visits the node, then the subtree of the right child, then that of the left child: the order of all walks.

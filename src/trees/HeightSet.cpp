@@ -91,7 +91,7 @@ void HeightSet::LookAt(Line const& line, double z, Extremes& near) const {
 
 // As Find, where heights stand beside the lines of their intervals.
 HeightSet::Answer HeightSet::FindBeside(double z, std::size_t nFirst, std::size_t nLast) const {
-    Answer answer{Near::kNone, 0.0, 0.0};
+    Answer answer;
     for (std::size_t const nPlace : {nFirst, Beside(nFirst), nLast, Beside(nLast)}) {
         Line const& line = m_Lines[nPlace];
         std::size_t const nHeights = std::min<std::size_t>(line.nCount, kCapacity);

@@ -22,9 +22,9 @@ public:
 
     enum class Near { kNone, kOne, kTwo, kUnknown };
     struct Answer {
-        Near near;
-        double dHeight;  // the one, or the lower of the two
-        double dUpper;
+        Near near = Near::kNone;
+        double dHeight = 0.0;  // the one, or the lower of the two
+        double dUpper = 0.0;
     };
     /// Which heights lie within the tolerance of z, as rounded subtraction has it: none, the one or the two
     /// given, or more (or it would take longer to tell).

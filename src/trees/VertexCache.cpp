@@ -88,27 +88,43 @@ tagVertexNode* VertexCache::AddSeldom(CPoint3D& point, std::size_t nHash) {
             return pNode;
         }
     }
+    // A point that was new when its group was brought near goes down the tree by the way that is known.
+    std::size_t const nWay = m_Ways.Take(point, nHash);
+    if (nWay != WaysAhead::kNone) return FindDrawnOrInsert(point, nHash, nWay);
     tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, point.z, nHash);
-    if (pNode == nullptr) return FindDrawnOrInsert(point, nHash);
+    if (pNode == nullptr) return FindDrawnOrInsert(point, nHash, nWay);
     point.z = pNode->z;
-    m_Recent[nHash % kRecent] = pNode;
+    if (!m_bStrewn) m_Recent[nHash % kRecent] = pNode;
     return pNode;
 }
 
-tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point, std::size_t nHash) {
+// The heights near that of a point with this way, which were looked for when the way was found.
+HeightSet::Answer VertexCache::NearHeights(double z, std::size_t nWay) const {
+    bool bKnown = nWay != WaysAhead::kNone;
+    for (double const d : m_NewHeights) bKnown &= std::fabs(d - z) > 2.0 * m_Tree.m_dTolerance;
+    return bKnown ? m_NearHeights[nWay] : m_Heights.Find(z);
+}
+
+// The height that a point takes: of two near ones, the one that its way meets first.
+HeightSet::Answer VertexCache::FindHeight(double z, HeightSet::Answer const& near) {
+    if (near.near != HeightSet::Near::kTwo) return near;
+    double const dFirst =
+        m_FirstHeights.Find(m_Tree, z, near.dHeight, [this](double dLower) { m_Drawn.Change(dLower); });
+    return {HeightSet::Near::kOne, dFirst, near.dUpper};
+}
+
+tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point, std::size_t nHash, std::size_t nWay) {
     if (!IsNumber(point)) {
         SwitchOff();
         return m_Tree.AddNode(point);
     }
-    if (m_bExact) return InsertExactly(point);
-    HeightSet::Answer height = m_Heights.Find(point.z);
-    if (height.near == HeightSet::Near::kTwo) {
-        double const dFirst = m_FirstHeights.Find(m_Tree, point.z, height.dHeight,
-                                                  [this](double dLower) { m_Drawn.Change(dLower); });
-        height = {HeightSet::Near::kOne, dFirst, height.dUpper};
-    }
+    if (m_bExact) return InsertExactly(point, nWay);
+    HeightSet::Answer const near = NearHeights(point.z, nWay);
+    HeightSet::Answer const height = FindHeight(point.z, near);
     bool const bDrawn = height.near == HeightSet::Near::kOne && height.dHeight != point.z;
-    if (bDrawn) {
+    // A point with a way was looked for at the one height; of two, at the one that was thought to be first.
+    bool const bLooked = nWay != WaysAhead::kNone && near.near == HeightSet::Near::kOne;
+    if (bDrawn && !bLooked) {
         tagVertexNode* const pNode = FindInCleanRow(point.x, point.y, height.dHeight,
                                                     coordinate_hash::Hash(point.x, point.y, height.dHeight));
         if (pNode != nullptr) {
@@ -118,16 +134,16 @@ tagVertexNode* VertexCache::FindDrawnOrInsert(CPoint3D& point, std::size_t nHash
         }
     }
     m_Rows.Prefetch(point.y, height.near == HeightSet::Near::kOne ? height.dHeight : point.z);
-    return bDrawn && m_bKeepDrawn ? InsertDrawn(point, nHash) : Insert(point, height.near);
+    return bDrawn && m_bKeepDrawn ? InsertDrawn(point, nHash, nWay) : Insert(point, height.near, nWay);
 }
 
 // A new vertex in a clean clan is what the same corner will come to again, unless its own way in has changed
 // which of two heights is met first.
-tagVertexNode* VertexCache::InsertDrawn(CPoint3D& point, std::size_t nHash) {
+tagVertexNode* VertexCache::InsertDrawn(CPoint3D& point, std::size_t nHash, std::size_t nWay) {
     double const z = point.z;
     std::uint32_t const nCount = m_Tree.m_nCount;
     std::uint32_t const nChanges = m_Drawn.ChangesAt(z);
-    tagVertexNode* const pNode = Insert(point, HeightSet::Near::kOne);
+    tagVertexNode* const pNode = Insert(point, HeightSet::Near::kOne, nWay);
     bool const bNew = m_Tree.m_nCount != nCount;
     if (bNew && m_Drawn.ChangesAt(z) == nChanges && !m_Rows.IsMarked(pNode->y, pNode->z)) {
         m_Drawn.Remember(z, nHash, pNode);
@@ -135,11 +151,13 @@ tagVertexNode* VertexCache::InsertDrawn(CPoint3D& point, std::size_t nHash) {
     return pNode;
 }
 
-tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights) {
+tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights, std::size_t nWay) {
     RowWatch watch{m_Tree, m_Rows, m_FirstHeights, m_Drawn, point.y, {}};
     int nTaller = 0;
     std::uint32_t const nCount = m_Tree.m_nCount;
-    tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, m_Tree.m_pRoot, point, nTaller, watch);
+    avl::Way<tagVertexNode> way(m_Tree.m_pRoot);
+    if (nWay != WaysAhead::kNone) m_Ways.Follow(nWay, way, point);
+    tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, way, point, nTaller, watch);
     if (m_Tree.m_nCount == nCount) {
         ++m_nNeedless;
         return pNode;
@@ -148,6 +166,7 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     // A point with one height near has taken that one.
     if (nearHeights != HeightSet::Near::kOne) {
         m_Heights.Add(pNode->z);
+        NoteNewHeight(pNode->z);
         m_Drawn.Change(pNode->z);
     }
     if (watch.bEntangled) {
@@ -157,10 +176,21 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights)
     return pNode;
 }
 
+// No more than a group may add: what is more comes of points that nobody has foreseen.
+void VertexCache::NoteNewHeight(double z) {
+    if (m_NewHeights.size() > kLargestGroup) return;
+    m_NewHeights.push_back(z);
+    if (m_NewHeights.size() > kLargestGroup) m_Ways.Forget();
+}
+
 // With a tolerance of 0, a point that the table does not know is new, unless its line was full.
-tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
+tagVertexNode* VertexCache::InsertExactly(CPoint3D& point, std::size_t nWay) {
     std::uint32_t const nCount = m_Tree.m_nCount;
-    tagVertexNode* const pNode = m_Tree.AddNode(point);
+    vertex_insertion::NoWatch watch;
+    int nTaller = 0;
+    avl::Way<tagVertexNode> way(m_Tree.m_pRoot);
+    if (nWay != WaysAhead::kNone) m_Ways.Follow(nWay, way, point);
+    tagVertexNode* const pNode = vertex_insertion::InsertPoint(m_Tree, way, point, nTaller, watch);
     if (m_Tree.m_nCount != nCount) {
         Remember(pNode);
     } else {
@@ -171,14 +201,16 @@ tagVertexNode* VertexCache::InsertExactly(CPoint3D& point) {
 
 std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
                                        std::span<std::size_t const> hashes,
-                                       std::span<tagVertexNode const*> found) const {
+                                       std::span<tagVertexNode const*> found) {
     VARNET_REQUIRE(points.size() <= kLargestGroup && hashes.size() == points.size() &&
                    found.size() >= points.size());
     if (!m_bOn) return 0;
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
         if (pVertex == nullptr) return false;
-        Prefetch(pVertex);
+        // A vertex may lie across two ends of lines of the cache.
+        Prefetch(&pVertex->x);
+        Prefetch(&pVertex->z);
         Prefetch(&pVertex->m_ppFacet);
         found[nFound++] = pVertex;
         return true;
@@ -195,71 +227,56 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
         open[nOpen++] = i;
     }
     // Points that take another height are looked for there.
-    std::array<CPoint3D const*, kLargestGroup> drawn;
+    std::array<std::size_t, kLargestGroup> drawn;
     std::array<std::size_t, kLargestGroup> drawnHashes;
     std::array<CPoint3D const*, kLargestGroup> fresh;
+    std::array<std::size_t, kLargestGroup> freshHashes;
     std::size_t nDrawn = 0;
     std::size_t nFresh = 0;
+    auto const isFresh = [&](std::size_t i, HeightSet::Answer const& near) {
+        m_NearHeights[nFresh] = near;
+        freshHashes[nFresh] = hashes[i];
+        fresh[nFresh++] = points[i];
+    };
+    std::array<HeightSet::Answer, kLargestGroup> drawnNear;
     for (std::size_t const i : std::span(open).first(nOpen)) {
-        if (take(FindTagged(hashes[i]))) continue;
-        double const dHeight = GuessHeight(*points[i]);
+        if (take(FindTagged(hashes[i])) || !IsNumber(*points[i])) continue;
+        HeightSet::Answer const near = m_bExact ? HeightSet::Answer{} : m_Heights.Find(points[i]->z);
+        double const dHeight = GuessHeight(points[i]->z, near);
         if (dHeight == points[i]->z) {
-            fresh[nFresh++] = points[i];
+            isFresh(i, near);
             continue;
         }
-        drawn[nDrawn] = points[i];
+        drawn[nDrawn] = i;
+        drawnNear[nDrawn] = near;
         drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, dHeight);
         PrefetchLine(drawnHashes[nDrawn++]);
     }
     for (std::size_t i = 0; i < nDrawn; ++i) {
-        if (!take(FindTagged(drawnHashes[i]))) fresh[nFresh++] = drawn[i];
+        if (!take(FindTagged(drawnHashes[i]))) isFresh(drawn[i], drawnNear[i]);
     }
-    PrefetchDescents({fresh.data(), nFresh});
+    m_NewHeights.clear();
+    m_Ways.Find(m_Tree, std::span(fresh).first(nFresh), std::span(freshHashes).first(nFresh));
     return nFound;
 }
 
-// The height that the point will most likely take; its own where it takes none.
-double VertexCache::GuessHeight(CPoint3D const& point) const {
-    if (m_bExact || !IsNumber(point)) return point.z;
-    HeightSet::Answer const height = m_Heights.Find(point.z);
-    if (height.near == HeightSet::Near::kOne) return height.dHeight;
-    return height.near == HeightSet::Near::kTwo ? m_FirstHeights.Guess(height.dHeight) : point.z;
+// The height that a point will most likely take; its own where it takes none.
+double VertexCache::GuessHeight(double z, HeightSet::Answer const& near) const {
+    if (near.near == HeightSet::Near::kOne) return near.dHeight;
+    return near.near == HeightSet::Near::kTwo ? m_FirstHeights.Guess(near.dHeight) : z;
 }
 
 // A vertex with the tag of the hash, most likely the one that is looked for.
 tagVertexNode* VertexCache::FindTagged(std::size_t nHash) const {
     tagVertexNode* pFound = nullptr;
-    VisitTagged(LineOf(nHash), TagOf(nHash), [&pFound](tagVertexNode* pNode) {
+    auto const take = [&pFound](tagVertexNode* pNode) {
         pFound = pNode;
         return true;
-    });
-    return pFound;
-}
-
-// All go down a level at a time, so that the memory of many levels is under way at once, and without
-// branches, since no turn can be foreseen. The heights that points take on their way are left out, and a
-// point that has come to its vertex goes on: a way that differs costs time, no more.
-void VertexCache::PrefetchDescents(std::span<CPoint3D const* const> points) const {
-    struct Way {
-        CPoint3D const* pPoint;
-        tagVertexNode const* pNode;
     };
-    std::array<Way, kLargestGroup> ways;
-    std::size_t nWays = 0;
-    if (m_Tree.m_pRoot == nullptr) return;
-    for (CPoint3D const* const pPoint : points) ways[nWays++] = {pPoint, m_Tree.m_pRoot};
-    double const dTolerance = m_Tree.m_dTolerance;
-    while (nWays > 0) {
-        std::size_t nStill = 0;
-        for (std::size_t i = 0; i < nWays; ++i) {
-            auto const [pPoint, pNode] = ways[i];
-            tagVertexNode const* const pNext = SideOf(*pNode, *pPoint, dTolerance);
-            Prefetch(pNext);
-            ways[nStill] = {pPoint, pNext};
-            nStill += pNext != nullptr ? 1 : 0;
-        }
-        nWays = nStill;
-    }
+    Line const& line = LineOf(nHash);
+    VisitTagged(line, TagOf(nHash), take);
+    if (pFound == nullptr && IsFull(line)) VisitTagged(LineOf(Beside(nHash)), TagOf(nHash), take);
+    return pFound;
 }
 
 // By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the

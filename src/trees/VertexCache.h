@@ -14,6 +14,7 @@
 #include "trees/HeightSet.h"
 #include "trees/NearRows.h"
 #include "trees/VertexTree.h"
+#include "trees/WaysAhead.h"
 
 namespace varnet {
 
@@ -82,7 +83,7 @@ public:
     /// the points that are not there. Returns how many vertices were found; they stand at the start of found,
     /// which has room for as many as there are points.
     std::size_t PrefetchGroup(std::span<CPoint3D const* const> points, std::span<std::size_t const> hashes,
-                              std::span<tagVertexNode const*> found) const;
+                              std::span<tagVertexNode const*> found);
 
     static constexpr std::size_t kLargestGroup = 96;
 
@@ -91,6 +92,13 @@ public:
     void KeepDrawn(bool bKeep) {
         m_bKeepDrawn = bKeep && !m_bExact;
         if (m_bKeepDrawn) m_Drawn.Begin();
+    }
+
+    /// Whether hardly any corner comes again soon. Then none is looked for among the recent ones, which lie far
+    /// apart in memory.
+    void SetStrewn(bool bStrewn) {
+        if (bStrewn && !m_bStrewn) m_Recent.fill(nullptr);
+        m_bStrewn = bStrewn;
     }
 
     /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
@@ -121,14 +129,16 @@ private:
 
     // As AddNode, for a point that was not asked for lately.
     tagVertexNode* AddSeldom(CPoint3D& point, std::size_t nHash);
-    double GuessHeight(CPoint3D const& point) const;
+    double GuessHeight(double z, HeightSet::Answer const& near) const;
+    HeightSet::Answer NearHeights(double z, std::size_t nWay) const;
     tagVertexNode* FindTagged(std::size_t nHash) const;
-    void PrefetchDescents(std::span<CPoint3D const* const> points) const;
     tagVertexNode* FindInCleanRow(double x, double y, double z, std::size_t nHash) const;
-    tagVertexNode* FindDrawnOrInsert(CPoint3D& point, std::size_t nHash);
-    tagVertexNode* InsertDrawn(CPoint3D& point, std::size_t nHash);
-    tagVertexNode* Insert(CPoint3D& point, HeightSet::Near nearHeights);
-    tagVertexNode* InsertExactly(CPoint3D& point);
+    HeightSet::Answer FindHeight(double z, HeightSet::Answer const& near);
+    tagVertexNode* FindDrawnOrInsert(CPoint3D& point, std::size_t nHash, std::size_t nWay);
+    tagVertexNode* InsertDrawn(CPoint3D& point, std::size_t nHash, std::size_t nWay);
+    tagVertexNode* Insert(CPoint3D& point, HeightSet::Near nearHeights, std::size_t nWay);
+    tagVertexNode* InsertExactly(CPoint3D& point, std::size_t nWay);
+    void NoteNewHeight(double z);
     void Remember(tagVertexNode* pNode);
     void Grow();
     void SwitchOff();
@@ -142,12 +152,20 @@ private:
     std::array<tagVertexNode*, kRecent> m_Recent{};
     bool m_bExact;  // the tolerance is 0
     bool m_bKeepDrawn = false;
+    bool m_bStrewn = false;
     ZeroedTable<Line> m_Lines;  // a power of two
     std::size_t m_nUsed = 0;
     HeightSet m_Heights;
     NearRows m_Rows;
     FirstHeights m_FirstHeights;
     DrawnCorners m_Drawn;
+
+    // Of the new points of the last group: their ways, the heights near theirs, and what has been added to
+    // the heights since.
+    WaysAhead m_Ways;
+    std::array<HeightSet::Answer, kLargestGroup> m_NearHeights;
+    std::vector<double> m_NewHeights;
+
     std::size_t m_nNeedless = 0;
 };
 

@@ -46,10 +46,11 @@ inline void CountVertex(CVertexTree& tree, tagVertexNode& node) {
     tree.m_BoundBox += node;
 }
 
-/// The vertex for the point in the subtree of the link, found or new. The watch is told the y and the z of a
-/// new one before it is in the tree, and, before a rotation, the node whose place another one will take.
+/// The vertex for the point where the way, on which it may have passed nodes that are no corner of its own
+/// row, leads it: found or new. The watch is told the y and the z of a new one before it is in the tree, and,
+/// before a rotation, the node whose place another one will take.
 template <class Watch>
-tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& link, CPoint3D& point, int& nTaller,
+tagVertexNode* InsertPoint(CVertexTree& tree, avl::Way<tagVertexNode>& way, CPoint3D& point, int& nTaller,
                            Watch& watch) {
     // Held apart from the tree's memory, so that the descent need not read the point again at each level.
     double const x = point.x;
@@ -57,7 +58,7 @@ tagVertexNode* InsertPoint(CVertexTree& tree, tagVertexNode*& link, CPoint3D& po
     double z = point.z;
     double const dTolerance = tree.m_dTolerance;
     tagVertexNode* const pResult = avl::Insert(
-        link, nTaller,
+        way, nTaller,
         [x, y, &z, dTolerance, &watch](tagVertexNode* pNode) {
             return CompareAndSnap(*pNode, x, y, z, dTolerance, watch);
         },

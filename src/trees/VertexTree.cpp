@@ -73,7 +73,8 @@ tagVertexNode* CVertexTree::AddNode(CPoint3D& point) {
 
 tagVertexNode* CVertexTree::InsertToTree(tagVertexNode*& link, CPoint3D& point, int& nTaller) {
     NoWatch watch;
-    return InsertPoint(*this, link, point, nTaller, watch);
+    avl::Way<tagVertexNode> way(link);
+    return InsertPoint(*this, way, point, nTaller, watch);
 }
 
 void CVertexTree::InsertToTree(tagVertexNode*& link, tagVertexNode* pNode, int& nTaller) {

@@ -1,0 +1,129 @@
+#include "trees/WaysAhead.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/Prefetch.h"
+#include "foundation/Require.h"
+
+namespace varnet {
+
+namespace {
+
+// The first when the condition holds, else the second, without a branch.
+tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexNode const* pSecond) {
+    auto const nFirst = reinterpret_cast<std::uintptr_t>(pFirst);
+    auto const nSecond = reinterpret_cast<std::uintptr_t>(pSecond);
+    std::uintptr_t const nMask = std::uintptr_t{0} - static_cast<std::uintptr_t>(bFirst);
+    return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
+}
+
+// Half of the vertices lie across the end of a line of the cache.
+void PrefetchLinked(tagVertexNode const* pVertex) {
+    Prefetch(&pVertex->x);
+    Prefetch(&pVertex->m_pRight);
+}
+
+}  // namespace
+
+void WaysAhead::Find(CVertexTree const& tree, std::span<CPoint3D const* const> points,
+                     std::span<std::size_t const> hashes) {
+    VARNET_REQUIRE(points.size() <= kMost && hashes.size() == points.size());
+    Forget();
+    if (tree.m_pRoot == nullptr) return;
+    m_Ways.resize(kMost);
+    Opens opens;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        m_Ways[i].point = *points[i];
+        m_Numbers[hashes[i] % m_Numbers.size()] = static_cast<std::uint8_t>(i + 1);
+        opens[i] = {points[i]->z, tree.m_pRoot, 0, static_cast<std::uint32_t>(i), 0};
+    }
+    std::size_t const nAtHeight = FindHeights(opens, points.size(), tree.m_dTolerance);
+    FindEnds(opens, nAtHeight, tree.m_dTolerance);
+}
+
+void WaysAhead::End(Open const& open) {
+    Known& known = m_Ways[open.nWay];
+    known.nLefts = open.nLefts;
+    known.nLevels = open.nLevel;
+}
+
+// Down to the first vertex within the tolerance of the point's height. Returns how many ways have one; they
+// come to stand first.
+std::size_t WaysAhead::FindHeights(Opens& opens, std::size_t nOpen, double dTolerance) {
+    Opens atHeight;
+    std::size_t nAtHeight = 0;
+    for (std::uint32_t nLevel = 0; nLevel < kDeepest && nOpen > 0; ++nLevel) {
+        std::size_t nStill = 0;
+        for (std::size_t i = 0; i < nOpen; ++i) {
+            Open const open = opens[i];
+            tagVertexNode const& vertex = *open.pVertex;
+            double const d = vertex.z - open.z;
+            if (std::fabs(d) <= dTolerance) {
+                atHeight[nAtHeight] = open;
+                atHeight[nAtHeight++].nLevel = nLevel;
+                continue;
+            }
+            tagVertexNode const* const pNext = Choose(d < 0.0, vertex.m_pLeft, vertex.m_pRight);
+            PrefetchLinked(pNext);
+            m_Ways[open.nWay].vertices[nLevel] = open.pVertex;
+            opens[nStill] = {open.z, pNext, open.nLefts | std::uint64_t{d < 0.0} << nLevel, open.nWay,
+                             nLevel + 1};
+            if (pNext != nullptr) {
+                ++nStill;
+            } else {
+                End(opens[nStill]);
+                m_Ways[open.nWay].nDrawn = nLevel + 1;
+            }
+        }
+        nOpen = nStill;
+    }
+    for (Open const& open : std::span(opens).first(nOpen)) {
+        End(open);
+        m_Ways[open.nWay].nDrawn = kDeepest;
+    }
+    std::copy_n(atHeight.begin(), nAtHeight, opens.begin());
+    return nAtHeight;
+}
+
+// From there on, in the order of rows and within them.
+void WaysAhead::FindEnds(Opens& opens, std::size_t nOpen, double dTolerance) {
+    for (Open& open : std::span(opens).first(nOpen)) {
+        m_Ways[open.nWay].nDrawn = open.nLevel;
+        open.z = open.pVertex->z;
+    }
+    while (nOpen > 0) {
+        std::size_t nStill = 0;
+        for (std::size_t i = 0; i < nOpen; ++i) {
+            Open open = opens[i];
+            Known& known = m_Ways[open.nWay];
+            tagVertexNode const& vertex = *open.pVertex;
+            double const dx = vertex.x - known.point.x;
+            double const dy = vertex.y - known.point.y;
+            double const dz = vertex.z - open.z;
+            bool const bHeight = std::fabs(dz) <= dTolerance;
+            bool const bRow = bHeight & (std::fabs(dy) <= dTolerance);
+            bool const bOther = bHeight & (dz != 0.0);
+            bool const bMet = bRow & ((dy != 0.0) | (std::fabs(dx) <= dTolerance));
+            if (bMet || bOther || open.nLevel == kDeepest) {
+                End(open);
+                continue;
+            }
+            double const dAtHeight = bRow ? dx : dy;
+            double const d = bHeight ? dAtHeight : dz;
+            known.vertices[open.nLevel] = open.pVertex;
+            open.nLefts |= std::uint64_t{d < 0.0} << open.nLevel++;
+            open.pVertex = Choose(d < 0.0, vertex.m_pLeft, vertex.m_pRight);
+            PrefetchLinked(open.pVertex);
+            opens[nStill] = open;
+            if (open.pVertex != nullptr) {
+                ++nStill;
+            } else {
+                End(open);
+            }
+        }
+        nOpen = nStill;
+    }
+}
+
+}  // namespace varnet
