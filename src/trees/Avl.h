@@ -120,8 +120,8 @@ public:
         m_pNext = bLeft ? &pNode->m_pLeft : &pNode->m_pRight;
     }
 
-    /// Before all others, passes such nodes, as long as each is the next one. Bit i of nLefts tells whether the
-    /// way turns left at the i-th one. Returns how many have been passed.
+    /// Before all others, passes such nodes, as long as each is the next one. Bit i of nLefts tells whether
+    /// the way turns left at the i-th one. Returns how many have been passed.
     std::size_t PassSame(std::span<Node const* const> nodes, std::uint64_t nLefts) {
         VARNET_REQUIRE(m_nDepth == 0 && nodes.size() <= kDeepest);
         Node** pNext = m_pNext;
@@ -156,8 +156,8 @@ private:
     std::size_t m_nBack = 0;
 };
 
-/// Goes on down a way and puts a node into the empty link where it ends, then restores the balance up to where
-/// the way began. Nothing but this may be done with the way afterwards.
+/// Goes on down a way and puts a node into the empty link where it ends, then restores the balance up to
+/// where the way began. Nothing but this may be done with the way afterwards.
 ///
 /// compare(node) is called once a level: above 0 goes right, below 0 goes left, and 0 ends the walk at that
 /// node. make() gives the new node, with both children null and balance 0. Returns the node that was put in

@@ -48,22 +48,11 @@ bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
 }
 
-// The first when the condition holds, else the second, without a branch.
-tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexNode const* pSecond) {
-    auto const nFirst = reinterpret_cast<std::uintptr_t>(pFirst);
-    auto const nSecond = reinterpret_cast<std::uintptr_t>(pSecond);
-    std::uintptr_t const nMask = std::uintptr_t{0} - static_cast<std::uintptr_t>(bFirst);
-    return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
-}
-
-// Where a point goes on from a vertex, or would if it had not come to its end.
-tagVertexNode const* SideOf(tagVertexNode const& node, CPoint3D const& point, double dTolerance) {
-    double const dx = node.x - point.x;
-    double const dy = node.y - point.y;
-    double const dz = node.z - point.z;
-    double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
-    double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
-    return Choose(d < 0.0, node.m_pLeft, node.m_pRight);
+// All of a vertex but its list; it may lie across two ends of lines of the cache.
+void PrefetchVertex(tagVertexNode const& vertex) {
+    Prefetch(&vertex.x);
+    Prefetch(&vertex.z);
+    Prefetch(&vertex.m_ppFacet);
 }
 
 }  // namespace
@@ -180,7 +169,7 @@ tagVertexNode* VertexCache::Insert(CPoint3D& point, HeightSet::Near nearHeights,
 void VertexCache::NoteNewHeight(double z) {
     if (m_NewHeights.size() > kLargestGroup) return;
     m_NewHeights.push_back(z);
-    if (m_NewHeights.size() > kLargestGroup) m_Ways.Forget();
+    if (m_NewHeights.size() > kLargestGroup) m_Ways.Begin();
 }
 
 // With a tolerance of 0, a point that the table does not know is new, unless its line was full.
@@ -208,10 +197,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     std::size_t nFound = 0;
     auto const take = [&found, &nFound](tagVertexNode const* pVertex) {
         if (pVertex == nullptr) return false;
-        // A vertex may lie across two ends of lines of the cache.
-        Prefetch(&pVertex->x);
-        Prefetch(&pVertex->z);
-        Prefetch(&pVertex->m_ppFacet);
+        PrefetchVertex(*pVertex);
         found[nFound++] = pVertex;
         return true;
     };
@@ -226,37 +212,31 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
         if (!m_bExact && IsNumber(*points[i])) m_Heights.Prefetch(points[i]->z);
         open[nOpen++] = i;
     }
-    // Points that take another height are looked for there.
-    std::array<std::size_t, kLargestGroup> drawn;
-    std::array<std::size_t, kLargestGroup> drawnHashes;
-    std::array<CPoint3D const*, kLargestGroup> fresh;
-    std::array<std::size_t, kLargestGroup> freshHashes;
-    std::size_t nDrawn = 0;
-    std::size_t nFresh = 0;
-    auto const isFresh = [&](std::size_t i, HeightSet::Answer const& near) {
-        m_NearHeights[nFresh] = near;
-        freshHashes[nFresh] = hashes[i];
-        fresh[nFresh++] = points[i];
+    m_Ways.Begin();
+    m_NewHeights.clear();
+    struct DrawnPoint {
+        std::size_t nPlace;
+        std::size_t nHash;  // at the height that it will most likely take
+        HeightSet::Answer near;
     };
-    std::array<HeightSet::Answer, kLargestGroup> drawnNear;
+    std::array<DrawnPoint, kLargestGroup> drawn;
+    std::size_t nDrawn = 0;
     for (std::size_t const i : std::span(open).first(nOpen)) {
         if (take(FindTagged(hashes[i])) || !IsNumber(*points[i])) continue;
         HeightSet::Answer const near = m_bExact ? HeightSet::Answer{} : m_Heights.Find(points[i]->z);
         double const dHeight = GuessHeight(points[i]->z, near);
         if (dHeight == points[i]->z) {
-            isFresh(i, near);
+            m_NearHeights[m_Ways.Want(*points[i], hashes[i])] = near;
             continue;
         }
-        drawn[nDrawn] = i;
-        drawnNear[nDrawn] = near;
-        drawnHashes[nDrawn] = coordinate_hash::Hash(points[i]->x, points[i]->y, dHeight);
-        PrefetchLine(drawnHashes[nDrawn++]);
+        drawn[nDrawn] = {i, coordinate_hash::Hash(points[i]->x, points[i]->y, dHeight), near};
+        PrefetchLine(drawn[nDrawn++].nHash);
     }
-    for (std::size_t i = 0; i < nDrawn; ++i) {
-        if (!take(FindTagged(drawnHashes[i]))) isFresh(drawn[i], drawnNear[i]);
+    // Points that take another height are looked for there.
+    for (auto const& [i, nHash, near] : std::span(drawn).first(nDrawn)) {
+        if (!take(FindTagged(nHash))) m_NearHeights[m_Ways.Want(*points[i], hashes[i])] = near;
     }
-    m_NewHeights.clear();
-    m_Ways.Find(m_Tree, std::span(fresh).first(nFresh), std::span(freshHashes).first(nFresh));
+    m_Ways.Find(m_Tree);
     return nFound;
 }
 
@@ -277,24 +257,6 @@ tagVertexNode* VertexCache::FindTagged(std::size_t nHash) const {
     VisitTagged(line, TagOf(nHash), take);
     if (pFound == nullptr && IsFull(line)) VisitTagged(LineOf(Beside(nHash)), TagOf(nHash), take);
     return pFound;
-}
-
-// By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the
-// points that none of the points before has passed.
-bool VertexCache::IsScattered(std::span<CPoint3D const* const> points) const {
-    VARNET_REQUIRE(points.size() <= kLargestGroup);
-    constexpr int kDepth = 11;
-    std::array<tagVertexNode const*, kLargestGroup> passed{};
-    std::size_t const nHalf = points.size() / 2;
-    std::size_t nNew = 0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        tagVertexNode const* p = m_Tree.m_pRoot;
-        for (int n = 0; n < kDepth && p != nullptr; ++n) p = SideOf(*p, *points[i], m_Tree.m_dTolerance);
-        auto const end = passed.begin() + static_cast<std::ptrdiff_t>(i);
-        if (i >= nHalf && std::find(passed.begin(), end, p) == end) ++nNew;
-        passed[i] = p;
-    }
-    return 8 * nNew > 3 * nHalf;  // neighbours come in pairs
 }
 
 // Calls visit(vertex) for the vertices of the line that have the tag, until it returns true. The tags are

@@ -85,7 +85,7 @@ public:
     std::size_t PrefetchGroup(std::span<CPoint3D const* const> points, std::span<std::size_t const> hashes,
                               std::span<tagVertexNode const*> found);
 
-    static constexpr std::size_t kLargestGroup = 96;
+    static constexpr std::size_t kLargestGroup = WaysAhead::kMost;
 
     /// Whether corners that took another height are remembered with their vertices for a while. That pays
     /// where they come again soon and have their places all over the tree; the answers are the same.
@@ -94,8 +94,8 @@ public:
         if (m_bKeepDrawn) m_Drawn.Begin();
     }
 
-    /// Whether hardly any corner comes again soon. Then none is looked for among the recent ones, which lie far
-    /// apart in memory.
+    /// Whether hardly any corner comes again soon. Then none is looked for among the recent ones, which lie
+    /// far apart in memory.
     void SetStrewn(bool bStrewn) {
         if (bStrewn && !m_bStrewn) m_Recent.fill(nullptr);
         m_bStrewn = bStrewn;
@@ -103,7 +103,9 @@ public:
 
     /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
     /// to each has to be brought near anew.
-    bool IsScattered(std::span<CPoint3D const* const> points) const;
+    bool IsScattered(std::span<CPoint3D const* const> points) const {
+        return WaysAhead::AreFarApart(m_Tree, points);
+    }
 
     /// How many points have gone down the tree and found a vertex there.
     std::size_t NeedlessDescents() const { return m_nNeedless; }

@@ -18,6 +18,16 @@ tagVertexNode const* Choose(bool bFirst, tagVertexNode const* pFirst, tagVertexN
     return reinterpret_cast<tagVertexNode const*>(nSecond ^ ((nFirst ^ nSecond) & nMask));
 }
 
+// Where a point goes on from a vertex, or would if it had not come to its end.
+tagVertexNode const* SideOf(tagVertexNode const& node, CPoint3D const& point, double dTolerance) {
+    double const dx = node.x - point.x;
+    double const dy = node.y - point.y;
+    double const dz = node.z - point.z;
+    double const dInRow = std::fabs(dy) > dTolerance ? dy : dx;
+    double const d = std::fabs(dz) > dTolerance ? dz : dInRow;
+    return Choose(d < 0.0, node.m_pLeft, node.m_pRight);
+}
+
 // Half of the vertices lie across the end of a line of the cache.
 void PrefetchLinked(tagVertexNode const* pVertex) {
     Prefetch(&pVertex->x);
@@ -26,19 +36,21 @@ void PrefetchLinked(tagVertexNode const* pVertex) {
 
 }  // namespace
 
-void WaysAhead::Find(CVertexTree const& tree, std::span<CPoint3D const* const> points,
-                     std::span<std::size_t const> hashes) {
-    VARNET_REQUIRE(points.size() <= kMost && hashes.size() == points.size());
-    Forget();
-    if (tree.m_pRoot == nullptr) return;
+std::size_t WaysAhead::Want(CPoint3D const& point, std::size_t nHash) {
+    VARNET_REQUIRE(m_nWays < kMost);
     m_Ways.resize(kMost);
+    m_Ways[m_nWays].point = point;
+    m_Ways[m_nWays].nLevels = 0;
+    m_Numbers[nHash % m_Numbers.size()] = static_cast<std::uint8_t>(m_nWays + 1);
+    return m_nWays++;
+}
+
+void WaysAhead::Find(CVertexTree const& tree) {
+    if (tree.m_pRoot == nullptr) return;
     Opens opens;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        m_Ways[i].point = *points[i];
-        m_Numbers[hashes[i] % m_Numbers.size()] = static_cast<std::uint8_t>(i + 1);
-        opens[i] = {points[i]->z, tree.m_pRoot, 0, static_cast<std::uint32_t>(i), 0};
-    }
-    std::size_t const nAtHeight = FindHeights(opens, points.size(), tree.m_dTolerance);
+    for (std::size_t i = 0; i < m_nWays; ++i)
+        opens[i] = {m_Ways[i].point.z, tree.m_pRoot, 0, static_cast<std::uint32_t>(i), 0};
+    std::size_t const nAtHeight = FindHeights(opens, m_nWays, tree.m_dTolerance);
     FindEnds(opens, nAtHeight, tree.m_dTolerance);
 }
 
@@ -124,6 +136,24 @@ void WaysAhead::FindEnds(Opens& opens, std::size_t nOpen, double dTolerance) {
         }
         nOpen = nStill;
     }
+}
+
+// By the vertices that the ways pass at a depth above which all stay at hand: those of the second half of the
+// points that none of the points before has passed.
+bool WaysAhead::AreFarApart(CVertexTree const& tree, std::span<CPoint3D const* const> points) {
+    VARNET_REQUIRE(points.size() <= kMost);
+    constexpr int kDepth = 11;
+    std::array<tagVertexNode const*, kMost> passed{};
+    std::size_t const nHalf = points.size() / 2;
+    std::size_t nNew = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        tagVertexNode const* p = tree.m_pRoot;
+        for (int n = 0; n < kDepth && p != nullptr; ++n) p = SideOf(*p, *points[i], tree.m_dTolerance);
+        auto const end = passed.begin() + static_cast<std::ptrdiff_t>(i);
+        if (i >= nHalf && std::find(passed.begin(), end, p) == end) ++nNew;
+        passed[i] = p;
+    }
+    return 8 * nNew > 3 * nHalf;  // neighbours come in pairs
 }
 
 }  // namespace varnet

@@ -24,17 +24,23 @@ class WaysAhead {
 public:
     static constexpr std::size_t kMost = 96;
 
-    /// Finds the ways for points, kMost at most, that are numbers. The hashes are those of their coordinates.
-    /// What was found before is forgotten. The tree's vertices must stay as long as ways are asked for.
-    void Find(CVertexTree const& tree, std::span<CPoint3D const* const> points,
-              std::span<std::size_t const> hashes);
+    /// Forgets all ways and all points.
+    void Begin() {
+        m_Numbers.fill(0);
+        m_nWays = 0;
+    }
 
-    void Forget() { m_Numbers.fill(0); }
+    /// The way of this point, whose coordinates are numbers and have this hash, will be found: it gets the
+    /// number that is returned, counting from 0. kMost points at most.
+    std::size_t Want(CPoint3D const& point, std::size_t nHash);
+
+    /// Finds the ways of all points that are wanted. The tree's vertices must stay as long as ways are asked
+    /// for.
+    void Find(CVertexTree const& tree);
 
     static constexpr std::size_t kNone = kMost;
 
-    /// The number of the way of the point, which is its place among the points for which ways were found, or
-    /// kNone. It is given once.
+    /// The number of the point's way, or kNone. It is given once.
     std::size_t Take(CPoint3D const& point, std::size_t nHash) {
         std::uint8_t& nNumber = m_Numbers[nHash % m_Numbers.size()];
         if (nNumber == 0) return kNone;
@@ -51,6 +57,10 @@ public:
             way.PassSame(std::span(known.vertices).first(known.nLevels), known.nLefts);
         if (nPassed > known.nDrawn) point.z = known.vertices[known.nDrawn]->z;
     }
+
+    /// Whether the ways of the points, kMost at most, lead to all parts of the tree, so that each has to be
+    /// brought near anew.
+    static bool AreFarApart(CVertexTree const& tree, std::span<CPoint3D const* const> points);
 
 private:
     // A tree of 2^27 vertices is not deeper. What is deeper is brought near, but not known.
@@ -78,7 +88,8 @@ private:
     void FindEnds(Opens& opens, std::size_t nOpen, double dTolerance);
     void End(Open const& open);
 
-    std::vector<Known> m_Ways;
+    std::vector<Known> m_Ways;  // with room for all, once one was wanted
+    std::size_t m_nWays = 0;
     std::array<std::uint8_t, 256> m_Numbers{};  // of ways, from 1 on, by hash
 };
 

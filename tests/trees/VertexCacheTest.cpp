@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <vector>
 
 #include "Shapes.h"
@@ -32,6 +33,18 @@ public:
         ASSERT_EQ(pExpected->m_nIndex, pNode->m_nIndex);
         ASSERT_TRUE(SameBits(*pExpected, *pNode));
         ASSERT_TRUE(SameBits(expected, offered));
+    }
+
+    // What is known of a group in advance changes nothing.
+    void BringNear(std::span<CPoint3D const> points) {
+        std::vector<CPoint3D const*> group;
+        std::vector<std::size_t> hashes;
+        for (CPoint3D const& point : points) {
+            group.push_back(&point);
+            hashes.push_back(VertexCache::HashOf(point));
+        }
+        std::vector<tagVertexNode const*> found(points.size());
+        m_Cache.PrefetchGroup(group, hashes, found);
     }
 
     void ExpectSame() {
@@ -95,6 +108,51 @@ TEST_P(VertexCacheTwin, GivesTheSameNodesWhenPointsComeAgain) {
             if (!bAgain) seen.push_back(point);
             ASSERT_NO_FATAL_FAILURE(trees.Add(point));
         }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Points come in groups that were brought near, or nearly: some points are left out, others come between.
+TEST_P(VertexCacheTwin, GivesTheSameNodesWhenGroupsAreBroughtNear) {
+    constexpr double kTolerances[] = {0.0001, 0.0, 0.00001, 0.001};
+    for (int nSeed = 400; nSeed < 480; ++nSeed) {
+        PointSoup soup = Soup(nSeed);
+        CachedAndPlain trees(kTolerances[nSeed % 4], nSeed % 8 < 4);
+        std::vector<CPoint3D> seen;
+        for (int nGroup = 0; nGroup < 40; ++nGroup) {
+            if (soup.Below(8) == 0) trees.m_Cache.KeepDrawn(soup.Below(2) == 0);
+            if (soup.Below(8) == 0) trees.m_Cache.SetStrewn(soup.Below(2) == 0);
+            std::vector<CPoint3D> points;
+            for (unsigned n = 1 + soup.Below(VertexCache::kLargestGroup); n > 0; --n) {
+                bool const bAgain = !seen.empty() && soup.Below(3) == 0;
+                points.push_back(bAgain ? seen[soup.Below(static_cast<unsigned>(seen.size()))] : soup.Next());
+                if (!bAgain) seen.push_back(points.back());
+            }
+            if (soup.Below(8) != 0) trees.BringNear(points);
+            for (CPoint3D const& point : points) {
+                if (soup.Below(16) == 0) {
+                    ASSERT_NO_FATAL_FAILURE(trees.Add(soup.Next()));
+                }
+                if (soup.Below(16) != 0) {
+                    ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+                }
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// The ways of one group are known for as long as they may last, while thousands of heights come.
+TEST(VertexCache, ManyPointsBehindAGroupGiveTheSameNodesAsTheTree) {
+    for (unsigned nSeed = 0; nSeed < 20; ++nSeed) {
+        PointSoup soup(nSeed, PointSoup::kManyHeights);
+        CachedAndPlain trees;
+        for (int n = 0; n < 300; ++n) ASSERT_NO_FATAL_FAILURE(trees.Add(soup.Next()));
+        std::vector<CPoint3D> group;
+        for (std::size_t n = 0; n < VertexCache::kLargestGroup; ++n) group.push_back(soup.Next());
+        trees.BringNear(group);
+        for (unsigned n = soup.Below(400); n > 0; --n) ASSERT_NO_FATAL_FAILURE(trees.Add(soup.Next()));
+        for (CPoint3D const& point : group) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
         ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
     }
 }
