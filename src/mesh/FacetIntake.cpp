@@ -169,13 +169,16 @@ bool FacetIntake::AreFarFromEachOther() const {
     return nRepeats * kFewRepeats < 3 * sample.size();
 }
 
-// Neighbours may have their places far apart in the tree, which goes by height first.
+// Neighbours may have their places far apart in the tree, which goes by height first. Where these are those
+// of vertices that came lately, as on a part of many columns, they are at hand all the same.
 bool FacetIntake::AreFarApartInTree(std::span<tagFACET const> facets) const {
-    constexpr std::size_t kCorners = 64;
-    std::array<CPoint3D const*, kCorners> corners;
-    std::size_t const nCorners = std::min(kCorners, facets.size());
-    for (std::size_t i = 0; i < nCorners; ++i) corners[i] = &facets[i].m_ptVertex[0];
-    return nCorners == kCorners && m_Cache.IsScattered(corners);
+    constexpr std::size_t kTriangles = 64;
+    if (facets.size() < kTriangles) return false;
+    std::array<CPoint3D const*, kTriangles> firsts;
+    std::array<CPoint3D const*, 3 * kTriangles / 2> corners;
+    for (std::size_t i = 0; i < kTriangles; ++i) firsts[i] = &facets[i].m_ptVertex[0];
+    for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = &facets[i / 3].m_ptVertex[i % 3];
+    return m_Cache.AreFarApart(firsts) && m_Cache.AreFarFromRecent(corners);
 }
 
 // The corners' vertices, then the lists of their facets.

@@ -89,9 +89,10 @@ tagVertexNode* VertexCache::AddSeldom(CPoint3D& point, std::size_t nHash) {
 
 // The heights near that of a point with this way, which were looked for when the way was found.
 HeightSet::Answer VertexCache::NearHeights(double z, std::size_t nWay) const {
-    bool bKnown = nWay != WaysAhead::kNone;
-    for (double const d : m_NewHeights) bKnown &= std::fabs(d - z) > 2.0 * m_Tree.m_dTolerance;
-    return bKnown ? m_NearHeights[nWay] : m_Heights.Find(z);
+    if (nWay == WaysAhead::kNone) return m_Heights.Find(z);
+    bool bChanged = false;
+    for (double const d : m_NewHeights) bChanged |= std::fabs(d - z) <= 2.0 * m_Tree.m_dTolerance;
+    return bChanged ? m_Heights.Find(z) : m_NearHeights[nWay];
 }
 
 // The height that a point takes: of two near ones, the one that its way meets first.

@@ -101,10 +101,12 @@ public:
         m_bStrewn = bStrewn;
     }
 
-    /// Whether the points, as many as a group at most, have their places all over the tree, so that the way
-    /// to each has to be brought near anew.
-    bool IsScattered(std::span<CPoint3D const* const> points) const {
+    /// As those of WaysAhead.
+    bool AreFarApart(std::span<CPoint3D const* const> points) const {
         return WaysAhead::AreFarApart(m_Tree, points);
+    }
+    bool AreFarFromRecent(std::span<CPoint3D const* const> points) const {
+        return WaysAhead::AreFarFromRecent(m_Tree, points);
     }
 
     /// How many points have gone down the tree and found a vertex there.

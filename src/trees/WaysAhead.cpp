@@ -156,4 +156,25 @@ bool WaysAhead::AreFarApart(CVertexTree const& tree, std::span<CPoint3D const* c
     return 8 * nNew > 3 * nHalf;  // neighbours come in pairs
 }
 
+// By the age of the last vertex on the way of each point that is new.
+bool WaysAhead::AreFarFromRecent(CVertexTree const& tree, std::span<CPoint3D const* const> points) {
+    constexpr std::uint32_t kRecent = 4096;
+    std::size_t nNew = 0;
+    std::size_t nOld = 0;
+    for (CPoint3D const* const pPoint : points) {
+        std::uint32_t nIndex = tree.m_nCount;
+        bool bKnown = false;
+        for (tagVertexNode const* p = tree.m_pRoot; p != nullptr && !bKnown;) {
+            bKnown =
+                p->x == pPoint->x && p->y == pPoint->y && std::fabs(p->z - pPoint->z) <= tree.m_dTolerance;
+            nIndex = static_cast<std::uint32_t>(p->m_nIndex);
+            p = SideOf(*p, *pPoint, tree.m_dTolerance);
+        }
+        if (bKnown) continue;
+        ++nNew;
+        if (tree.m_nCount - nIndex > kRecent) ++nOld;
+    }
+    return 2 * nOld > nNew;
+}
+
 }  // namespace varnet

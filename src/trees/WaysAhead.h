@@ -58,12 +58,14 @@ public:
         if (nPassed > known.nDrawn) point.z = known.vertices[known.nDrawn]->z;
     }
 
-    /// Whether the ways of the points, kMost at most, lead to all parts of the tree, so that each has to be
-    /// brought near anew.
+    /// Whether the ways of the points, kMost at most, lead to all parts of the tree.
     static bool AreFarApart(CVertexTree const& tree, std::span<CPoint3D const* const> points);
+    /// Whether most of the points that are new have their places among vertices that have been in the tree
+    /// for long, so that what is there has to be brought near.
+    static bool AreFarFromRecent(CVertexTree const& tree, std::span<CPoint3D const* const> points);
 
 private:
-    // A tree of 2^27 vertices is not deeper. What is deeper is brought near, but not known.
+    // A tree of 2^27 vertices is not deeper. Ways are not followed deeper.
     static constexpr std::uint32_t kDeepest = 40;
 
     struct Known {

@@ -165,3 +165,53 @@ TEST(WaysAhead, AgreeWithDescentsStepByStep) {
         }
     }
 }
+
+namespace {
+
+std::vector<CPoint3D const*> PointersTo(std::vector<CPoint3D> const& points) {
+    std::vector<CPoint3D const*> pointers;
+    for (CPoint3D const& point : points) pointers.push_back(&point);
+    return pointers;
+}
+
+// 8,192 vertices, each above the last.
+CVertexTree Tower() {
+    std::vector<CPoint3D> points;
+    for (int i = 0; i < 8192; ++i) points.emplace_back(0.0, 0.0, i);
+    return TreeOf(points);
+}
+
+}  // namespace
+
+TEST(WaysAhead, PointsOfAllHeightsAreFarApartAndThoseOfOnePlaceAreNot) {
+    CVertexTree const tree = Tower();
+    std::vector<CPoint3D> apart;
+    std::vector<CPoint3D> together;
+    for (int i = 0; i < 64; ++i) {
+        apart.emplace_back(0.0, 0.0, i * 128 + 0.5);
+        together.emplace_back(0.0, 0.0, 4000.5 + i / 100.0);
+    }
+    EXPECT_TRUE(WaysAhead::AreFarApart(tree, PointersTo(apart)));
+    EXPECT_FALSE(WaysAhead::AreFarApart(tree, PointersTo(together)));
+}
+
+TEST(WaysAhead, PointsAreFarFromRecentOnesWhereTheirNeighboursAreOld) {
+    CVertexTree const tree = Tower();
+    auto const between = [](std::vector<double> const& heights) {
+        std::vector<CPoint3D> points;
+        for (double const z : heights) points.emplace_back(0.0, 0.0, z + 0.5);
+        return points;
+    };
+    auto const isFar = [&tree](std::vector<CPoint3D> const& points) {
+        return WaysAhead::AreFarFromRecent(tree, PointersTo(points));
+    };
+    EXPECT_TRUE(isFar(between({10.0, 2000.0, 4000.0})));
+    EXPECT_FALSE(isFar(between({4500.0, 6000.0, 8000.0})));
+    EXPECT_TRUE(isFar(between({10.0, 2000.0, 8000.0})));
+    EXPECT_FALSE(isFar(between({10.0, 8000.0}))) << "half of them";
+    // Points that are there already do not count.
+    std::vector<CPoint3D> points = between({10.0, 2000.0, 8000.0});
+    for (int i = 4500; i < 4530; ++i) points.emplace_back(0.0, 0.0, i);
+    EXPECT_TRUE(isFar(points));
+    EXPECT_FALSE(isFar({CPoint3D(0.0, 0.0, 10.0)})) << "none is new";
+}
