@@ -157,6 +157,25 @@ TEST(VertexCache, ManyPointsBehindAGroupGiveTheSameNodesAsTheTree) {
     }
 }
 
+// What is known of a group holds for as many new heights as are remembered.
+TEST(VertexCache, AGroupIsForgottenWhenMoreHeightsHaveComeThanOneAdds) {
+    auto const toPoint = [](int n) { return CPoint3D(0.0, 0.0, n); };
+    CachedAndPlain trees;
+    ASSERT_NO_FATAL_FAILURE(trees.Add(toPoint(-1)));
+    std::vector<CPoint3D> const group = {toPoint(1000), toPoint(2000)};
+    auto const isKnown = [&](CPoint3D const& point) {
+        return trees.m_Cache.m_Ways.Take(point, VertexCache::HashOf(point)) != WaysAhead::kNone;
+    };
+    for (int nTwice = 0; nTwice < 2; ++nTwice) {
+        trees.BringNear(group);
+        int const nFirst = nTwice * 97;
+        for (int n = nFirst; n < nFirst + 96; ++n) ASSERT_NO_FATAL_FAILURE(trees.Add(toPoint(n)));
+        EXPECT_TRUE(isKnown(group[0]));
+        ASSERT_NO_FATAL_FAILURE(trees.Add(toPoint(nFirst + 96)));
+        EXPECT_FALSE(isKnown(group[1]));
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(AllSoups, VertexCacheTwin, testing::Range(0, static_cast<int>(PointSoup::kKinds)));
 
 // Two rows of one height lie within the tolerance of a third: which row a point belongs to then depends on
