@@ -26,6 +26,7 @@ void Sort(Entry* begin, Entry* end) {
         std::sort(begin, end);
         return;
     }
+    if (begin == end) return;
     for (Entry* p = begin + 1; p < end; ++p) {
         Entry const entry = *p;
         Entry* q = p;

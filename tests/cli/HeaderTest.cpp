@@ -42,6 +42,15 @@ TEST(CLIHeader, EveryKeywordIsReadAndTextStartsBehindTheEndsLine) {
     EXPECT_EQ(g_nCLILayers, 77);
 }
 
+TEST(CLIHeader, ALineEndsForTheSearchAtItsFirstZero) {
+    CLayerModel model;
+    std::string const hidden =
+        Join({std::string_view("junk\0$$HEADERSTART\n", 19), "$$ASCII\n$$HEADEREND\n"});
+    EXPECT_EQ(ReadHead(model, hidden).nResult, 0);
+    std::string const shown = Join({std::string_view("junk$$HEADERSTART\0\n", 19), "$$ASCII\n$$HEADEREND\n"});
+    EXPECT_EQ(ReadHead(model, shown).nResult, 1);
+}
+
 TEST(CLIHeader, BinaryGeometryStartsElevenBytesBehindTheStartOfTheEndsLine) {
     for (char const* const pMode : {"$$BINARY", "$$COC"}) {
         CLayerModel model;

@@ -153,6 +153,21 @@ TEST(LimitInBox, AStretchThatRestartsATenthAwayOnBothAxesIsAHatchOfItsOwn) {
     EXPECT_EQ(ids, (std::vector<int>{9, 9, 10}));
 }
 
+TEST(LimitInBox, JustATenthAwayIsNotNearOnEitherAxis) {
+    // From 0.0 on, the difference is the tenth itself.
+    CBoundBox2D const box(CPoint2D(-5, -5), CPoint2D(10, 10));
+    for (auto const& [start, nHatches] : {std::pair(0.1, 2), std::pair(0.09375, 1)}) {
+        CLayer flat;
+        Give(flat, Hatch({{{1, 0}, {2, 0}}, {{20, 5}, {30, 5}}, {{5, start}, {6, 1}}}));
+        flat.LimitInBox(box, 0, 1);
+        EXPECT_EQ(flat.m_HatchList.GetCount(), nHatches) << start << " on y";
+        CLayer upright;
+        Give(upright, Hatch({{{0, 1}, {0, 2}}, {{20, 5}, {30, 5}}, {{start, 5}, {1, 6}}}));
+        upright.LimitInBox(box, 0, 1);
+        EXPECT_EQ(upright.m_HatchList.GetCount(), nHatches) << start << " on x";
+    }
+}
+
 TEST(LimitInBox, EveryHatchStartsAnew) {
     CLayer layer;
     Give(layer, Hatch({{{1, 5}, {2, 5}}}, 1));

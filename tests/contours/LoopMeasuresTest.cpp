@@ -1,7 +1,14 @@
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <memory>
+#include <random>
+#include <vector>
 
 #include "contours/LoopTreeNode.h"
+#include "contours/LoopWalk.h"
 #include "contours/Paths.h"
 
 TEST(GetArea, IsTwiceTheSignedArea) {
@@ -44,6 +51,97 @@ TEST(GetBoundBox, RefreshesTheCacheThatStaysStaleOtherwise) {
     tagLoopTreeNode none;
     none.m_Box = box;
     EXPECT_TRUE(SameBox(none.GetBoundBox(), CBoundBox2D()));
+    EXPECT_TRUE(SameBox(none.m_Box, CBoundBox2D()));
+}
+
+namespace {
+
+// Points one behind the other, put in between others, and in front of all: their nodes lie in any order.
+LoopPtr RandomPath(std::mt19937& random, int nPoints) {
+    auto pLoop = std::make_unique<tagLoopTreeNode>(0);
+    pLoop->m_pPointList = new XR_CList<CPoint2D, CPoint2D&>(1 + static_cast<int>(random() % 12));
+    XR_CList<CPoint2D, CPoint2D&>& points = *pLoop->m_pPointList;
+    bool const bInOrder = random() % 2 == 0;
+    for (int i = 0; i < nPoints; ++i) {
+        auto const number = [&random] {
+            switch (random() % 40) {
+                case 0:
+                    return std::numeric_limits<double>::quiet_NaN();
+                case 1:
+                    return std::numeric_limits<double>::infinity();
+                case 2:
+                    return -0.0;
+                default:
+                    return std::uniform_real_distribution<double>(-9.0, 9.0)(random);
+            }
+        };
+        CPoint2D point(number(), number());
+        auto const nKind = bInOrder ? 9 : random() % 10;
+        if (nKind == 0) {
+            points.AddHead(point);
+        } else if (nKind < 4 && points.GetCount() > 0) {
+            int const nPlace = static_cast<int>(random() % static_cast<unsigned>(points.GetCount()));
+            points.InsertAfter(points.FindIndex(nPlace), point);
+        } else {
+            points.AddTail(point);
+        }
+    }
+    return pLoop;
+}
+
+std::vector<CPoint2D const*> NodesOf(tagLoopTreeNode const& loop) {
+    std::vector<CPoint2D const*> nodes;
+    if (loop.m_pPointList == nullptr) return nodes;
+    for (XR__POSITION* position = loop.m_pPointList->GetHeadPosition(); position != nullptr;) {
+        nodes.push_back(&loop.m_pPointList->GetNext(position));
+    }
+    return nodes;
+}
+
+}  // namespace
+
+TEST(ForEachPoint, VisitsAllInOrderWhereverTheyStand) {
+    std::mt19937 random(21);
+    for (int n = 0; n < 600; ++n) {
+        LoopPtr const pLoop = RandomPath(random, n % 40);
+        std::vector<CPoint2D const*> visited;
+        varnet::ForEachPoint(varnet::FirstPoint(*pLoop),
+                             [&visited](CPoint2D const& p) { visited.push_back(&p); });
+        ASSERT_EQ(visited, NodesOf(*pLoop));
+    }
+}
+
+TEST(ReverseLoop, TurnsTheOrderWhereverThePointsStand) {
+    std::mt19937 random(22);
+    for (int n = 0; n < 600; ++n) {
+        LoopPtr const pLoop = RandomPath(random, n % 40);
+        std::vector<CPoint2D const*> nodes = NodesOf(*pLoop);
+        pLoop->ReverseLoop();
+        std::reverse(nodes.begin(), nodes.end());
+        ASSERT_EQ(nodes, NodesOf(*pLoop));
+        std::vector<CPoint2D const*> backwards;
+        for (XR__POSITION* position = pLoop->m_pPointList->GetTailPosition(); position != nullptr;) {
+            backwards.push_back(&pLoop->m_pPointList->GetPrev(position));
+        }
+        std::reverse(backwards.begin(), backwards.end());
+        ASSERT_EQ(nodes, backwards);
+    }
+}
+
+TEST(MeasureBoxAndArea, AreTheBoxAndTheAreaOfTheLoop) {
+    std::mt19937 random(23);
+    for (int n = 0; n < 2000; ++n) {
+        LoopPtr const pLoop = RandomPath(random, n % 30);
+        double const dArea = varnet::MeasureBoxAndArea(*pLoop);
+        CBoundBox2D const box = pLoop->m_Box;
+        double const dExpected = pLoop->GetArea();
+        ASSERT_TRUE(std::bit_cast<std::uint64_t>(dArea) == std::bit_cast<std::uint64_t>(dExpected) ||
+                    (std::isnan(dArea) && std::isnan(dExpected)))
+            << n;
+        ASSERT_TRUE(SameBox(box, pLoop->GetBoundBox())) << n;
+    }
+    tagLoopTreeNode none;
+    EXPECT_EQ(varnet::MeasureBoxAndArea(none), 0.0);
     EXPECT_TRUE(SameBox(none.m_Box, CBoundBox2D()));
 }
 

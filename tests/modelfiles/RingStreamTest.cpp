@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -207,6 +208,16 @@ TEST(RingStream, LongRunIsClosedBackwardAndForwardInPieces) {
     EXPECT_EQ(-127, choice.nPosition);
     EXPECT_EQ(127, choice.nRun);
     EXPECT_EQ(300u, encoder.m_Ring.Size());
+}
+
+TEST(RingStream, EdgesWithoutAFacetAreTakenUpTo127AStep) {
+    for (int const nEdges : {1, 126, 127, 128, 300}) {
+        RingEncoder encoder;
+        for (int i = 0; i < nEdges; ++i) encoder.m_Ring.AddTail({nullptr, nullptr, nullptr, nullptr});
+        RingEncoder::Choice const choice = encoder.ChooseStep();
+        EXPECT_EQ(0, choice.nPosition);
+        EXPECT_EQ(std::min(nEdges, 127), choice.nRun);
+    }
 }
 
 TEST(RingStream, EveryMeshIsWrittenAsTheStepsSay) {

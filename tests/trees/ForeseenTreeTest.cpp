@@ -134,6 +134,18 @@ TEST(ForeseenTree, AmbiguousKeysAreInsertedAsOftenAsAnnounced) {
     EXPECT_EQ(2u, tree.Right(9));
 }
 
+TEST(ForeseenTree, AfterClearingNoAmbiguousKeyIsAnnounced) {
+    ForeseenTree tree(9);
+    tree.SetAmbiguous(5);
+    for (std::uint32_t const nKey : {5u, 2u, 5u}) tree.Announce(nKey);
+    EXPECT_EQ(2u, tree.AmbiguousCount());
+    tree.Clear();
+    EXPECT_EQ(0u, tree.AmbiguousCount());
+    EXPECT_EQ(9u, tree.NodeCount());
+    tree.Announce(5);
+    EXPECT_EQ(1u, tree.AmbiguousCount());
+}
+
 TEST(ForeseenTree, HasTheShapeOfATreeFilledByComparing) {
     for (unsigned nSeed = 0; nSeed < 200; ++nSeed) {
         SCOPED_TRACE(nSeed);

@@ -107,6 +107,9 @@ TEST(BoxPairs, ABoxThatHoldsNothingMayBeAnywhere) {
     PlanBox const empty{1e20, 1e20, -1e20, -1e20};
     ExpectAllPairs({{0.0, 0.0, 4.0, 4.0}, empty, PlanBox(), {1.0, 1.0, 2.0, 2.0}});
     ExpectAllPairs({{0.0, 0.0, 4.0, 4.0}, {3.0, 1.0, 2.0, 2.0}, {1.0, 3.0, 2.0, 2.0}});
+    // Nor does one without a width, or without a height.
+    ExpectAllPairs(
+        {{0.0, 0.0, 4.0, 4.0}, {1e20, 0.0, 1e20, 1.0}, {0.0, 1e20, 1.0, 1e20}, {1.0, 1.0, 2.0, 2.0}});
 }
 
 TEST(BoxPairs, BoxesThatReachTooFarAreLeftToASearch) {

@@ -222,6 +222,16 @@ TEST_F(OutputFileTest, GivesItsPlaceToAWriterThatOpensByName) {
 }
 #endif
 
+TEST_F(OutputFileTest, AFileThatGrowsIsReadWhereItIsAsked) {
+    WriteWhole(folder / "a", "0123456789");
+    SeekableFile file(folder / "a");
+    std::string piece(20, '?');
+    EXPECT_EQ(file.ReadAt(0, piece), 10u);
+    std::ofstream(folder / "a", std::ios::binary | std::ios::app) << "abcdefghijklmnopqrstuvwxyz";
+    EXPECT_EQ(file.ReadAt(20, piece), 16u);
+    EXPECT_EQ(piece.substr(0, 16), "klmnopqrstuvwxyz");
+}
+
 TEST_F(OutputFileTest, ReadsAtAnyPlace) {
     WriteWhole(folder / "a", "0123456789");
     SeekableFile file(folder / "a");

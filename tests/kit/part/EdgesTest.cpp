@@ -88,6 +88,16 @@ TEST(FindEdges, RandomFacetsArePairedAsMapsPairThem) {
     EXPECT_EQ(Find({}, 0).groups, Edges{0});
 }
 
+// As when slivers have taken all facets with them: seen by the sanitizers where something is done with none.
+TEST(FindEdges, PointsOfNoFacetsHaveNone) {
+    for (std::size_t const nPoints : {std::size_t{1}, std::size_t{9}}) {
+        EdgeTable const table = Find({}, nPoints);
+        EXPECT_TRUE(table.across.empty());
+        EXPECT_EQ(table.open, 0);
+        EXPECT_EQ(table.groups, Edges{0});
+    }
+}
+
 TEST(FindEdges, EdgesGoRoundTheirFacet) {
     std::vector<Triangle> const triangles = {{7, 8, 9}, {4, 5, 6}};
     for (std::int32_t k = 0; k < 3; ++k) {

@@ -296,6 +296,17 @@ TEST(Repair, TheFillingIsTheCheapestOfAll) {
 TEST(Repair, ALooseFacetGetsNoBackAndRimsOfTooManyEdgesStay) {
     Part loose(std::vector<Point3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, std::vector<Triangle>{{0, 1, 2}});
     EXPECT_EQ(loose.Repair(Filling(100.0)).facetsAdded, 0);
+    for (std::int32_t nBefore = 1; nBefore < 6; ++nBefore) {
+        std::vector<Point3> points;
+        std::vector<Triangle> triangles;
+        for (std::int32_t i = 0; i <= nBefore; ++i) {
+            double const x = 10.0 * i;
+            points.insert(points.end(), {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0}});
+            triangles.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+        }
+        Part several(points, triangles);
+        EXPECT_EQ(several.Repair(Filling(100.0)).facetsAdded, 0) << nBefore;
+    }
 
     Soup soup;
     auto const n = static_cast<std::int32_t>(kMostRimEdges + 1);

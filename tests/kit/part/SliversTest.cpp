@@ -163,7 +163,11 @@ TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
         // The bits below the highest one, none to four of them: which way each facet faces.
         int balance = 0;
         for (unsigned rest = order; rest > 1; rest /= 2) {
-            mesh.triangles.push_back(rest % 2 != 0 ? up : down);
+            Triangle t = rest % 2 != 0 ? up : down;
+            // Each begins at another of its corners than the one before.
+            std::rotate(t.begin(), t.begin() + static_cast<std::ptrdiff_t>(mesh.triangles.size() % 3),
+                        t.end());
+            mesh.triangles.push_back(t);
             balance += rest % 2 != 0 ? 1 : -1;
         }
         EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
@@ -172,7 +176,9 @@ TEST(Slivers, CornersOfANeedleThatNoTurnHelpsAreJoined) {
         EXPECT_EQ(counts.stuck, 0);
         std::int64_t const left = std::abs(balance);
         ASSERT_EQ(mesh.triangles.size(), static_cast<std::size_t>(4 + left)) << order;
-        for (Triangle const& t : mesh.triangles) EXPECT_EQ(t[0], 0);
+        for (Triangle& t : mesh.triangles) {
+            while (t[0] != 0) std::rotate(t.begin(), t.begin() + 1, t.end());
+        }
         for (std::size_t i = 4; i < mesh.triangles.size(); ++i) {
             EXPECT_EQ(mesh.triangles[i], (balance > 0 ? Triangle{0, 7, 6} : Triangle{0, 6, 7})) << order;
         }
@@ -194,6 +200,20 @@ TEST(DoubledArea, IsTakenFromTheLowestCorner) {
         for (std::size_t i = 0; i < 3; ++i) {
             EXPECT_EQ(DoubledArea(p[i], p[(i + 1) % 3], p[(i + 2) % 3]), expected);
         }
+    }
+}
+
+TEST(DoubledArea, OfCornersAtOneHeightTheFirstIsMeant) {
+    std::mt19937 random(4);
+    std::uniform_real_distribution<double> place(-10.0, 10.0);
+    for (int run = 0; run < 1000; ++run) {
+        std::array<Point3, 3> p;
+        for (Point3& corner : p) corner = {place(random), place(random), static_cast<double>(random() % 2)};
+        auto const low = static_cast<std::size_t>(
+            std::min_element(p.begin(), p.end(), [](Point3 const& a, Point3 const& b) { return a.z < b.z; }) -
+            p.begin());
+        double const expected = Length(Cross(p[(low + 1) % 3] - p[low], p[(low + 2) % 3] - p[low]));
+        EXPECT_EQ(DoubledArea(p[0], p[1], p[2]), expected);
     }
 }
 

@@ -112,6 +112,9 @@ TEST(ClassicLayer, HalfMadeLoopsAndHatchesAreLeftOut) {
     odd.contours[0].parent = 2;
     odd.contours[1].parent = 99;
     EXPECT_EQ(ToClassic(odd)->m_RawLoopList.GetCount(), 3);
+    odd.contours[0].parent = 0;
+    odd.contours[1].parent = 1;
+    EXPECT_EQ(ToClassic(odd)->m_RawLoopList.GetCount(), 3) << "and no contour is its own";
 }
 
 TEST(ClassicLayer, AClosedLoopOfOnePointKeepsIt) {

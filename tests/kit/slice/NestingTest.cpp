@@ -56,6 +56,28 @@ TEST(NestingSweep, AHoleHasTheContourAroundItAsItsParent) {
     EXPECT_EQ(outcome.nested[2].parent, -1);
 }
 
+// The two in the middle change nothing of what is solid, and are none of the contours.
+TEST(NestingSweep, AHoleWithinContoursThatAreLeftOutHasTheOneBehindThemAsItsParent) {
+    auto const square = [](double margin, bool clockwise) {
+        Path path{
+            {margin, margin}, {100 - margin, margin}, {100 - margin, 90 - margin}, {margin, 90 - margin}};
+        if (clockwise) path = Path(path.rbegin(), path.rend());
+        return path;
+    };
+    Outcome const outcome = Nest({square(0, false), square(10, false), square(20, true), square(30, true)});
+    ASSERT_TRUE(outcome.isNested);
+    std::vector<bool> kept;
+    for (Nested const& nested : outcome.nested) kept.push_back(nested.kept);
+    EXPECT_EQ(kept, (std::vector<bool>{true, false, false, true}));
+    EXPECT_EQ(outcome.nested[3].parent, 0);
+}
+
+// Three places on a line enclose nothing, and the sweep does not say which side of them is the upper one.
+TEST(NestingSweep, AContourThatEnclosesNothingIsLeftToTheOtherWay) {
+    EXPECT_FALSE(Nest({{{50, 50}, {60, 50}, {55, 50}}}).isNested);
+    EXPECT_FALSE(Nest({{{50, 10}, {60, 20}, {55, 15}}, {{80, 0}, {90, 0}, {80, 9}}}).isNested);
+}
+
 // A small contour lies between two large ones and ends; then the upper one comes down through the lower one,
 // or the lower one goes up through the upper one, whose side goes straight on.
 TEST(NestingSweep, NeighboursAreHeldAgainstEachOtherOnceWhatWasBetweenThemHasEnded) {

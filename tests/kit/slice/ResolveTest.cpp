@@ -254,6 +254,19 @@ TEST(Resolve, RandomPolygonsHaveTheAreaOfASlowCount) {
     }
 }
 
+// Many sides and many crossings in a small part of a wide layer, which is divided until few are together.
+TEST(Resolve, ManyTrianglesInACornerHaveTheAreaOfASlowCount) {
+    std::mt19937 random(15);
+    std::uniform_real_distribution<double> near(0.0, 1.0);
+    std::vector<std::vector<Point2>> polygons{Square(1000, 1000, 1)};
+    for (int i = 0; i < 65; ++i) {
+        std::vector<Point2> triangle;
+        for (int k = 0; k < 3; ++k) triangle.push_back({near(random), near(random)});
+        polygons.push_back(triangle);
+    }
+    ExpectResolved(MakePaths(polygons), 1e-3);
+}
+
 TEST(Resolve, RandomPolygonsOnALatticeFallTogether) {
     std::mt19937 random(6);
     for (int round = 0; round < 150; ++round) {

@@ -267,6 +267,15 @@ TEST_F(JoinRefusals, AlignedFilesAreNamed) {
     EXPECT_NE(std::string::npos, RefusalOf({aligned}).find("aligned.cli: is aligned"));
 }
 
+// The bytes of the layers are copied in one block, which is all there is to do.
+TEST_F(JoinRefusals, CopyingTellsSharesOfTheLayersAlone) {
+    SliceFile const file(Shard("a.cli", 1, 4, std::nullopt));
+    SliceWriter writer(folder / "copy.cli", 4);
+    std::vector<double> shares;
+    writer.Copy(file, [&shares](double share) { shares.push_back(share); });
+    EXPECT_EQ(shares, std::vector<double>{1.0});
+}
+
 #if !defined(_WIN32)
 TEST_F(JoinRefusals, AFileThatBecomesShorterWhileItIsCopiedIsNamed) {
     fs::path const path = Shard("a.cli", 1, 4, std::nullopt);
