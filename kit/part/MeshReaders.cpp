@@ -146,7 +146,7 @@ RawMesh ReadMeshFile(std::filesystem::path const& path, IntakeSettings const& se
     }
     if (raw.mesh.triangles.empty()) {
         bool const all = report.facetsInFile > 0;
-        throw Error(ErrorKind::kContent, path, all ? "none of its facets can be used" : "holds no facets");
+        throw Error(ErrorKind::kContent, path, all ? kNoFacetToUse : "holds no facets");
     }
     return raw;
 }

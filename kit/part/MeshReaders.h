@@ -17,6 +17,9 @@ struct Reading {
     Pace pace;
 };
 
+/// Of a file whose facets all have no area, or lie where no part can be.
+inline constexpr char const* kNoFacetToUse = "none of its facets can be used";
+
 /// What a file is, as its content tells it, or where that tells nothing its name. Throws an Error of kind
 /// kContent that says what is wrong with a file that is no model.
 MeshFormat Recognise(InputFile& file);

@@ -69,6 +69,7 @@ Part Part::Read(std::filesystem::path const& path, IntakeSettings const& setting
     RawMesh raw = ReadMeshFile(path, settings, state->report, pace.Between(0.0, 0.6));
     state->name = NameOfFile(path);
     TakeIn(std::move(raw), settings, *state, pace.Between(0.6, 1.0));
+    if (state->mesh.triangles.empty()) throw Error(ErrorKind::kContent, path, kNoFacetToUse);
     return Part(std::move(state));
 }
 

@@ -61,6 +61,15 @@ def test_the_corpus_of_the_fuzzers(folder: str) -> None:
         use_as_slices(path)
 
 
+def test_a_file_of_facets_without_area_is_an_error(tmp_path: Path) -> None:
+    path = tmp_path / "needles.stl"
+    points = np.array([[0.0, 0, 0], [1, 0, 0], [2, 0, 0]])
+    for triangles in ([[0, 1, 2]], [[0, 1, 1], [0, 0, 0]], [[0, 1, 2], [2, 1, 0], [0, 0, 1]]):
+        path.write_bytes(shapes.binary_stl((points, np.array(triangles))))
+        with pytest.raises(varnet.Error, match="none of its facets can be used"):
+            varnet.read(path)
+
+
 @pytest.mark.skipif(not MODELS, reason="VARNET_MODELS names no folder of models")
 def test_real_models() -> None:
     files = files_below(Path(MODELS))

@@ -159,6 +159,12 @@ TEST(ReadPart, FilesThatAreNoModelSaySo) {
     EXPECT_TRUE(Holds(message(""), "empty"));
     EXPECT_TRUE(Holds(message("solid nothing\nendsolid nothing\n"), "no facets"));
     EXPECT_TRUE(Holds(message(shapes::ToBinaryStl({})), "no facets"));
+    // Facets without area: two corners in one place, or all three on a line.
+    shapes::Corner const a{0, 0, 0}, b{1, 0, 0}, c{2, 0, 0};
+    EXPECT_TRUE(Holds(message(shapes::ToBinaryStl({{a, b, b}})), "none of its facets can be used"));
+    EXPECT_TRUE(Holds(message(shapes::ToBinaryStl({{a, b, c}})), "none of its facets can be used"));
+    EXPECT_TRUE(
+        Holds(message(shapes::ToBinaryStl({{a, b, c}, {c, b, a}})), "none of its facets can be used"));
     std::string const cube = shapes::ToBinaryStl(shapes::Cube(1.0f));
     EXPECT_TRUE(Holds(message(cube.substr(0, cube.size() - 1)), "announces 12 facets, and holds 11"));
     EXPECT_TRUE(Holds(message(cube + cube), "announces 12 facets"));

@@ -481,6 +481,19 @@ TEST(Slicer, ACallbackCanCancelAndTheNextCallBeginsAnew) {
     }
 }
 
+// They have no contours in the layers.
+TEST(Slicer, SupportsThatCrossAreNotCountedAmongContoursThatDo) {
+    FlatShape const part = FlatBox(0, 0, 0, 10, 10, 4);
+    FlatShape const a = FlatBox(20, 0, 0, 30, 10, 4);
+    FlatShape const b = FlatBox(25, 5, 0, 35, 15, 4);
+    SliceSettings settings;
+    settings.layer = 1.0;
+    SliceReport report;
+    AllLayers({part.Input(), a.Input(false, true), b.Input(false, true)}, settings, &report);
+    EXPECT_GT(report.supportStrokes, 0);
+    EXPECT_EQ(report.resolvedLayers, 0);
+}
+
 TEST(Slicer, SupportsGetStrokesInEvenLayersWhereNoPartIs) {
     FlatShape const part = FlatBox(0, 0, 0, 10, 10, 4);
     FlatShape const support = FlatBox(5, 0, 0, 20, 10, 4);

@@ -3,14 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 #include <random>
 #include <set>
+#include <string_view>
 #include <tuple>
 
 #include "TestFiles.h"
 #include "stream/LivePoints.h"
+#include "stream/ScratchFile.h"
+#include "varnet/Error.h"
 
 namespace varnet {
 namespace {
@@ -112,6 +116,31 @@ TEST(LivePoints, ZerosOfEitherSignAreEqualAndTheFirstIsKept) {
     EXPECT_EQ(points.Add({0.0, 1.0, -0.0}, 1), number);
     EXPECT_TRUE(std::signbit(points.All()[static_cast<std::size_t>(number)].x));
     EXPECT_FALSE(std::signbit(points.All()[static_cast<std::size_t>(number)].z));
+}
+
+TEST(ScratchFile, GivesWhatStandsAtAPlaceAndFailsWhereThatIsNotWhole) {
+    TestFolder const folder;
+    ScratchFile file(folder.Path());
+    file.Append(std::string_view("abc"));
+    file.Append(std::string_view("defg"));
+    EXPECT_EQ(file.Size(), 7u);
+    std::array<char, 3> bytes{};
+    file.ReadAt(2, bytes);
+    EXPECT_EQ(std::string_view(bytes.data(), 3), "cde");
+    file.ReadAt(4, bytes);
+    EXPECT_EQ(std::string_view(bytes.data(), 3), "efg");
+    for (std::uint64_t const place : {5u, 7u, 100u}) {
+        try {
+            file.ReadAt(place, bytes);
+            ADD_FAILURE() << place;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kFile);
+            EXPECT_EQ(error.what(), folder.Path().string() + ": a temporary file could not be read");
+        }
+    }
+    file.Append(std::string_view("h"));
+    file.ReadAt(5, bytes);
+    EXPECT_EQ(std::string_view(bytes.data(), 3), "fgh");
 }
 
 }  // namespace

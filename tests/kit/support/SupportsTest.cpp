@@ -112,6 +112,17 @@ TEST(Supports, AKeelHangsByItsEdge) {
     EXPECT_TRUE(Supports(Keel(), longer).Edges().empty());
 }
 
+// Its sides are 73.3 degrees from straight down.
+TEST(Supports, FacetsThatFaceDownHoldAKeelUpToTheirOwnAngle) {
+    SupportSettings settings;
+    settings.edgesUp = 80.0;
+    settings.edgesDown = 70.0;
+    EXPECT_EQ(Supports(Keel(), settings).Edges().size(), 1u);
+    settings.edgesUp = 45.0;
+    settings.edgesDown = 75.0;
+    EXPECT_EQ(Supports(Keel(), settings).Edges().size(), 0u);
+}
+
 TEST(Supports, TheLeastAreaLeavesOutWhatAWallHolds) {
     // The board's underside has 200 square millimetres, and the tower's wall is not its own neighbour.
     SupportSettings settings;
