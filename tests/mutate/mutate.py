@@ -217,9 +217,19 @@ def listed(path):
     return found
 
 
+def place_among_equals(mutant):
+    """1 for the first line of the file that reads so, 2 for the second one."""
+    lines = (ROOT / mutant.file).read_text(encoding="utf-8").split("\n")[: mutant.number]
+    return sum(line.strip() == mutant.line.strip() for line in lines)
+
+
 def known_equivalent(mutant):
     for entry in json.loads(EQUIVALENTS.read_text(encoding="utf-8")):
-        same = entry["file"] == mutant.file and entry["kind"] == mutant.kind and entry["line"] == mutant.line.strip()
+        # The mutants of a list may have been drawn, and have lost their kind.
+        same_kind = entry["kind"] == mutant.kind or (mutant.kind == "chosen" and "becomes" in entry)
+        same = entry["file"] == mutant.file and same_kind and entry["line"] == mutant.line.strip()
+        if same and "nth" in entry and entry["nth"] != place_among_equals(mutant):
+            continue
         if same and entry.get("becomes", mutant.becomes.strip()) == mutant.becomes.strip():
             return entry["why"]
     return None

@@ -176,7 +176,7 @@ expect 1 "$varnet" slice a.cli -o kept.cli
 expect 1 "$varnet" slice $part -o kept.cli --layer 0.00001
 cmp a.cli kept.cli || fail "the older file"
 for wrong in '--layer 0' '--layer -1' '--layer nan' '--layer 1e300' '--hatch x' '--hatch nan' '--hatch inf' '--angle 1000' \
-    '--angle nan' '--mode text' '--order --splice' '--threads 0' '--layers x' '--close -1'; do
+    '--angle nan' '--angle 360.1' '--angle -360.1' '--mode text' '--order --splice' '--threads 0' '--layers x' '--close -1'; do
     # shellcheck disable=SC2086
     expect 2 "$varnet" slice $part -o wrong.cli $wrong
     ! grep -qE '[0-9]{30}' err || fail "a message with a number of thirty digits: $wrong"

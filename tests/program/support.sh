@@ -46,7 +46,9 @@ for wrong in '--down -1' '--angle 100' '--angle nan' '--connect corner' '--min-a
     # shellcheck disable=SC2086
     expect 2 "$varnet" support $part -o wrong.stl $wrong
 done
+for wrong in 0.0000009 1000000001; do expect 2 "$varnet" support $part -o wrong.stl --down $wrong; done
 [ ! -e wrong.stl ] || fail "a file for wrong arguments"
+for right in 0.000001 1000000000; do expect 0 "$varnet" support $part -o "$right.stl" --down $right; done
 expect 1 "$varnet" support missing.stl -o wrong.stl
 expect 1 "$varnet" support $part -o nofolder/support.stl
 nothing_left

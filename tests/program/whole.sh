@@ -9,6 +9,9 @@ tail -n 1 out | grep -qE '^[0-9]+ checks passed in [0-9.]+ seconds' || fail "the
     fail "the demo's tables"
 cp out tables
 grep -q '<style>' made/index.html && grep -q '</html>' made/index.html || fail "the demo's page"
+# Fonts have weights of whole hundreds: another number takes the next one, which may be bold.
+grep -oE 'font-weight: [0-9]+' made/index.html >weights
+[ -s weights ] && ! grep -vE ' [1-9]00$' weights || fail "the weights of the demo's page"
 test -s made/index.html && test -s made/bracket.cli || fail "the files of the demo"
 # Each file of the list has its name twice, as what it leads to and as what is read, and is there.
 grep -o '<li>.*</li>' made/index.html >listed

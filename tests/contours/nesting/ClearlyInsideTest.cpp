@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "contours/Paths.h"
 
@@ -92,6 +93,25 @@ TEST(ClearlyInside, TheBoxesKeepMoreThanAHundredThousandthOnEachSide) {
     EXPECT_FALSE(IsClear(Box(-8, -8, 0, 0), Box(-4, -4, -kClear, -kMore)));
     EXPECT_FALSE(IsClear(Box(-8, -8, 0, 0), Box(-4, -4, -kMore, -kClear)));
     EXPECT_FALSE(IsClear(outer, outer));
+}
+
+// A box beside the tip of a triangle, outside of it and far from its lines: the distance of the boxes alone
+// says that it is not inside.
+TEST(ClearlyInside, TheBoxesKeepTheirDistanceWhereTheLinesAreFarApart) {
+    for (double const sign : {1.0, -1.0}) {
+        for (bool const bSideways : {false, true}) {
+            auto const turned = [sign, bSideways](Places places) {
+                for (Place& place : places) {
+                    place = {sign * place.first, sign * place.second};
+                    if (bSideways) std::swap(place.first, place.second);
+                }
+                return places;
+            };
+            Places const outer = turned({{-8, -8}, {8, -8}, {0, 0}});
+            EXPECT_TRUE(IsClear(outer, turned(Box(4, -2, 5, -kMore)))) << sign << bSideways;
+            EXPECT_FALSE(IsClear(outer, turned(Box(4, -2, 5, -kClear)))) << sign << bSideways;
+        }
+    }
 }
 
 // A corner on the diagonal, inside of a square that stands on its tip: its way to the side is 1.4 times what

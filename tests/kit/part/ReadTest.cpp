@@ -351,6 +351,22 @@ TEST(ReadPart, ProgressNeverFallsAndStopsTheRead) {
     }
 }
 
+TEST(ReadPart, ProgressEndsAtOneWhereTheMeshIsHealed) {
+    shapes::Mesh mesh = shapes::Cube(1.0f);
+    mesh.push_back({{{0, 0, 5}, {1, 0, 5}, {2, 0, 5}}});
+    IntakeSettings settings;
+    std::vector<double> shares;
+    settings.progress = [&shares](double share) {
+        shares.push_back(share);
+        return true;
+    };
+    TestFolder const folder;
+    Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh)), settings);
+    ASSERT_FALSE(shares.empty());
+    EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+    EXPECT_EQ(shares.back(), 1.0);
+}
+
 // A block of a text is a megabyte: a longer line is read whole all the same.
 TEST(ReadPart, ALineOfThreeMegabytesIsReadWhole) {
     TestFolder const folder;

@@ -9,11 +9,12 @@
 namespace varnet {
 namespace {
 
-// The cut at z = 0.5 of facets that share the edge from (0, 0, 0) to (0, 0, 1): each has its third corner at
-// z = 0, and is cut from the origin to half way there.
+// The cut at z = 0.5 of facets that share an edge from z = 0 to z = 1, at the origin or elsewhere: each has
+// its third corner at z = 0, and is cut from the edge to half way there.
 class Sheaf {
 public:
-    // The segment begins at the origin: it has the solid on its left.
+    explicit Sheaf(Point2 const& at = {0, 0}) : m_Points{{at.x, at.y, 0}, {at.x, at.y, 1}} {}
+    // The segment begins at the edge: it has the solid on its left.
     void Leaving(Point2 const& far) { Add(far, true); }
     // It ends there.
     void Arriving(Point2 const& far) { Add(far, false); }
@@ -37,13 +38,13 @@ public:
 private:
     void Add(Point2 const& far, bool leaves) {
         auto const corner = static_cast<std::int32_t>(m_Points.size());
-        m_Points.push_back({2.0 * far.x, 2.0 * far.y, 0.0});
+        m_Points.push_back({2.0 * far.x - m_Points[0].x, 2.0 * far.y - m_Points[0].y, 0.0});
         AddFacet(corner, leaves);
     }
     void AddFacet(std::int32_t corner, bool leaves) {
         m_Triangles.push_back(leaves ? Triangle{0, corner, 1} : Triangle{0, 1, corner});
     }
-    std::vector<Point3> m_Points{{0, 0, 0}, {0, 0, 1}};
+    std::vector<Point3> m_Points;
     std::vector<Triangle> m_Triangles;
 };
 
@@ -64,6 +65,21 @@ TEST(CutSweep, FourFacetsOfAnEdgeAreJoinedAroundTheSolidBetweenThem) {
     sheaf.Leaving({-1, 0});
     sheaf.Arriving({0, -1});
     EXPECT_EQ(sheaf.Cut(), (Found{{{0, 1}, {0, 0}, {1, 0}}, {{0, -1}, {0, 0}, {-1, 0}}}));
+}
+
+TEST(CutSweep, FacetsOfAnEdgeGoAroundItWhereverItStands) {
+    for (Point2 const& at : {Point2{3, 7}, Point2{-7, 3}, Point2{-3, -7}, Point2{7, -3}}) {
+        Sheaf sheaf(at);
+        Point2 const above{at.x, at.y + 1};
+        Point2 const left{at.x - 1, at.y};
+        Point2 const below{at.x, at.y - 1};
+        Point2 const right{at.x + 1, at.y};
+        sheaf.Leaving(above);
+        sheaf.Arriving(left);
+        sheaf.Leaving(below);
+        sheaf.Arriving(right);
+        EXPECT_EQ(sheaf.Cut(), (Found{{left, at, above}, {right, at, below}})) << at.x;
+    }
 }
 
 // Facets on each other leave the edge in one direction: they count in the order of the mesh. The next one to

@@ -149,6 +149,7 @@ TEST(FacetIndex, AFacetStandsWithTheFirstLayerThatCutsIt) {
     // What reaches just up to a cut is cut, and what begins there is not.
     EXPECT_EQ(startOf(0, 0, 0.5), 11);
     EXPECT_EQ(startOf(0.5, 0.6, 1.5), 22);
+    EXPECT_EQ(startOf(0, 1, 1.5), 12);
     EXPECT_EQ(startOf(1.5, 2, 2), 0);
     EXPECT_EQ(startOf(2.5, 3, 3), 0);
     EXPECT_EQ(startOf(0.5, 0.5, 0.5), 0);

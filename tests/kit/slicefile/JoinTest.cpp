@@ -265,6 +265,15 @@ TEST_F(JoinRefusals, BrokenFilesMissingOnesAndNoneAtAll) {
     RefusalOf({a, Shard("b.cli", 5, 8, 8)}, ErrorKind::kCancelled, [](double) { return false; });
 }
 
+TEST_F(JoinRefusals, LineEndsBehindTheLayersStayOutOfWhatIsJoined) {
+    std::vector<fs::path> const inputs{
+        folder.Write("a2.cli", BytesOf(Shard("a.cli", 1, 4, 8)) + "\r\n"),
+        folder.Write("b2.cli", BytesOf(Shard("b.cli", 5, 8, 8)) + "\r\n"),
+    };
+    EXPECT_EQ(8, JoinSliceFiles(inputs, folder / "joined.cli").layers);
+    EXPECT_TRUE(BytesOf(Shard("whole.cli", 1, 8, std::nullopt)) == BytesOf(folder / "joined.cli"));
+}
+
 TEST_F(JoinRefusals, AlignedFilesAreNamed) {
     std::string bytes = BytesOf(Shard("a.cli", 1, 1, std::nullopt));
     bytes.resize(bytes.find("$$HEADEREND"));

@@ -275,6 +275,18 @@ TEST_F(SliceFileTest, WhereNoStartGivesALayerTheStatedOneIsMeant) {
     EXPECT_EQ(ErrorOf(), place + ": there is no command here");
 }
 
+TEST_F(SliceFileTest, WhereNoStartGivesALayerOneWhoseCommandsAreWholeIsTaken) {
+    std::string noPoints;
+    for (int const n : {130, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}) noPoints += static_cast<char>(n);
+    for (std::string const lineEnd : {"\n", "\r\n"}) {
+        Put("$$HEADERSTART\n$$BINARY\n$$HEADEREND" + lineEnd + noPoints);
+        EXPECT_EQ(ErrorOf(), "");
+        SliceFile const file(path);
+        EXPECT_EQ(file.LayerCount(), 0);
+        EXPECT_EQ(file.Report().strayBytes, static_cast<std::int64_t>(lineEnd.size()));
+    }
+}
+
 TEST_F(SliceFileTest, APathWithoutPointsMayEndTheFile) {
     std::string bytes = "$$HEADERSTART\n$$BINARY\n$$HEADEREND";
     auto const word = [&bytes](std::uint16_t n) { bytes.append(reinterpret_cast<char const*>(&n), 2); };
