@@ -48,6 +48,10 @@ bool IsNumber(CPoint3D const& point) {
     return !std::isnan(point.x) && !std::isnan(point.y) && !std::isnan(point.z);
 }
 
+bool IsFinite(CPoint3D const& point) {
+    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
+}
+
 // All of a vertex but its list; it may lie across two ends of lines of the cache.
 void PrefetchVertex(tagVertexNode const& vertex) {
     Prefetch(&vertex.x);
@@ -223,7 +227,7 @@ std::size_t VertexCache::PrefetchGroup(std::span<CPoint3D const* const> points,
     std::array<DrawnPoint, kLargestGroup> drawn;
     std::size_t nDrawn = 0;
     for (std::size_t const i : std::span(open).first(nOpen)) {
-        if (take(FindTagged(hashes[i])) || !IsNumber(*points[i])) continue;
+        if (take(FindTagged(hashes[i])) || !IsFinite(*points[i])) continue;
         HeightSet::Answer const near = m_bExact ? HeightSet::Answer{} : m_Heights.Find(points[i]->z);
         double const dHeight = GuessHeight(points[i]->z, near);
         if (dHeight == points[i]->z) {

@@ -30,7 +30,7 @@ public:
         m_nWays = 0;
     }
 
-    /// The way of this point, whose coordinates are numbers and have this hash, will be found: it gets the
+    /// The way of this point, whose coordinates are finite and have this hash, will be found: it gets the
     /// number that is returned, counting from 0. kMost points at most.
     std::size_t Want(CPoint3D const& point, std::size_t nHash);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -154,6 +155,24 @@ TEST(VertexCache, ManyPointsBehindAGroupGiveTheSameNodesAsTheTree) {
         for (unsigned n = soup.Below(400); n > 0; --n) ASSERT_NO_FATAL_FAILURE(trees.Add(soup.Next()));
         for (CPoint3D const& point : group) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
         ASSERT_NO_FATAL_FAILURE(trees.ExpectSame());
+    }
+}
+
+// Two infinite heights differ by what is no number, which a descent takes for nearness.
+TEST(VertexCache, InfinitePointsOfAGroupGiveTheSameNodesAsTheTree) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    for (double const dTolerance : {0.0001, 0.0}) {
+        CachedAndPlain trees(dTolerance);
+        std::vector<CPoint3D> group;
+        for (double const x : {0.0, 1.0, kInfinite}) {
+            for (double const z : {kInfinite, -kInfinite, 2.0, 3.0}) group.emplace_back(x, -x, z);
+        }
+        for (int n = 0; n < 3; ++n) {
+            for (CPoint3D& point : group) point.y += 1.0;
+            trees.BringNear(group);
+            for (CPoint3D const& point : group) ASSERT_NO_FATAL_FAILURE(trees.Add(point));
+        }
+        trees.ExpectSame();
     }
 }
 
