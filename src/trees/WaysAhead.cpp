@@ -29,9 +29,9 @@ tagVertexNode const* SideOf(tagVertexNode const& node, CPoint3D const& point, do
 }
 
 // Half of the vertices lie across the end of a line of the cache.
-void PrefetchLinked(tagVertexNode const* pVertex) {
-    Prefetch(&pVertex->x);
-    Prefetch(&pVertex->m_pRight);
+void PrefetchLinked(tagVertexNode const& vertex) {
+    Prefetch(&vertex.x);
+    Prefetch(&vertex.m_pRight);
 }
 
 }  // namespace
@@ -77,11 +77,11 @@ std::size_t WaysAhead::FindHeights(Opens& opens, std::size_t nOpen, double dTole
                 continue;
             }
             tagVertexNode const* const pNext = Choose(d < 0.0, vertex.m_pLeft, vertex.m_pRight);
-            PrefetchLinked(pNext);
             m_Ways[open.nWay].vertices[nLevel] = open.pVertex;
             opens[nStill] = {open.z, pNext, open.nLefts | std::uint64_t{d < 0.0} << nLevel, open.nWay,
                              nLevel + 1};
             if (pNext != nullptr) {
+                PrefetchLinked(*pNext);
                 ++nStill;
             } else {
                 End(opens[nStill]);
@@ -126,9 +126,9 @@ void WaysAhead::FindEnds(Opens& opens, std::size_t nOpen, double dTolerance) {
             known.vertices[open.nLevel] = open.pVertex;
             open.nLefts |= std::uint64_t{d < 0.0} << open.nLevel++;
             open.pVertex = Choose(d < 0.0, vertex.m_pLeft, vertex.m_pRight);
-            PrefetchLinked(open.pVertex);
             opens[nStill] = open;
             if (open.pVertex != nullptr) {
+                PrefetchLinked(*open.pVertex);
                 ++nStill;
             } else {
                 End(open);
