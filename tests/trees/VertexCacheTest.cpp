@@ -36,8 +36,8 @@ public:
         ASSERT_TRUE(SameBits(expected, offered));
     }
 
-    // What is known of a group in advance changes nothing.
-    void BringNear(std::span<CPoint3D const> points) {
+    // What is known of a group in advance changes nothing. Returns the vertices that were found.
+    std::vector<tagVertexNode const*> BringNear(std::span<CPoint3D const> points) {
         std::vector<CPoint3D const*> group;
         std::vector<std::size_t> hashes;
         for (CPoint3D const& point : points) {
@@ -45,7 +45,8 @@ public:
             hashes.push_back(VertexCache::HashOf(point));
         }
         std::vector<tagVertexNode const*> found(points.size());
-        m_Cache.PrefetchGroup(group, hashes, found);
+        found.resize(m_Cache.PrefetchGroup(group, hashes, found));
+        return found;
     }
 
     void ExpectSame() {
@@ -436,14 +437,7 @@ TEST(VertexCache, BringingAGroupNearFindsItsVerticesAndChangesNothing) {
             points.emplace_back(known.x + 0.5, known.y, known.z);
             points.emplace_back(known.x, known.y, known.z + 1.0);
         }
-        std::vector<CPoint3D const*> group;
-        std::vector<std::size_t> hashes;
-        for (CPoint3D const& point : points) {
-            group.push_back(&point);
-            hashes.push_back(VertexCache::HashOf(point));
-        }
-        std::vector<tagVertexNode const*> found(points.size());
-        found.resize(trees.m_Cache.PrefetchGroup(group, hashes, found));
+        std::vector<tagVertexNode const*> found = trees.BringNear(points);
         // A vertex that came to a full line of the table is not remembered; most are.
         EXPECT_GE(found.size(), 20u);
         std::sort(expected.begin(), expected.end());
@@ -467,15 +461,7 @@ TEST(VertexCache, BringingAGroupNearFindsTheCornersThatTookAHeight) {
         points.push_back(drawn);
         expected.push_back(trees.m_Cache.AddNode(vertex));
     }
-    std::vector<CPoint3D const*> group;
-    std::vector<std::size_t> hashes;
-    for (CPoint3D const& point : points) {
-        group.push_back(&point);
-        hashes.push_back(VertexCache::HashOf(point));
-    }
-    std::vector<tagVertexNode const*> found(points.size());
-    found.resize(trees.m_Cache.PrefetchGroup(group, hashes, found));
-    EXPECT_EQ(found, expected) << "each once";
+    EXPECT_EQ(trees.BringNear(points), expected) << "each once";
     trees.ExpectSame();
 }
 
