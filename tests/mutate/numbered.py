@@ -3,7 +3,7 @@
 
 usage: numbered.py build [--from FILE]...      puts the mutants into a copy of the tree, and builds it
        numbered.py reach [--jobs J]            runs each test once, and notes which mutants it reaches
-       numbered.py try [N] [--seed S] [--only TEXT]... [--from FILE] [--jobs J] [--to FILE]
+       numbered.py try [N] [--seed S] [--only TEXT]... [--from FILE] [--quick] [--jobs J] [--to FILE]
                                                tries N of them, by the tests that reach them alone
 
 The mutants are those of mutate.py that are part of an expression or a whole line, and those of the lists that are named;
@@ -407,6 +407,8 @@ def run(command, environment, cpu, tmp):
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
     with tempfile.TemporaryFile() as output:
+        while not os.access(command[0], os.X_OK):
+            time.sleep(0.5)  # it is linked anew
         child = subprocess.Popen(command, cwd=TREE, env=dict(os.environ, TMPDIR=tmp, **environment), stdin=subprocess.DEVNULL,
                                  stdout=output, stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limits)
         watch = threading.Timer(60.0 + 20.0 * cpu, lambda: os.killpg(child.pid, signal.SIGKILL))
@@ -487,11 +489,11 @@ def what_failed(name, command, code, text):
     return failed.group(1).rstrip(",") if failed else (begun[-1] if begun else name) + f", ends by {code}"
 
 
-def try_one(number, tests, tmp):
+def try_one(number, tests, tmp, is_quick):
     """By what a mutant is noticed, or None. Quick tests first, those of a program at once."""
     folder = tmp.fresh()
     programs, reaching = tests
-    for low, high in ((0.0, 0.05), (0.05, 0.5), (0.5, 5.0), (5.0, 1e9)):
+    for low, high in ((0.0, 0.05), (0.05, 0.5), (0.5, 5.0), (5.0, 1e9))[: 2 if is_quick else None]:
         for name in programs:
             those = [(test, seconds) for test, seconds in reaching.get(name, []) if low <= seconds < high]
             while those:
@@ -539,7 +541,7 @@ def attempt(options):
             room = mutate.targets_for(mutant.file)
             programs = [t.removeprefix("test_") for t in room]
             programs += [name for name in reached[number] if name not in programs]
-            by = try_one(number, (programs, reached[number]), tmp)
+            by = try_one(number, (programs, reached[number]), tmp, options.quick)
             outcome = "survived" if by is None else "noticed"
         with lock:
             counts[outcome] = counts.get(outcome, 0) + 1
@@ -565,6 +567,7 @@ def main():
     parser.add_argument("--only", action="append", metavar="TEXT", help="only files whose path holds TEXT")
     parser.add_argument("--from", dest="listed", action="append", metavar="FILE", help="those of a list, such as chosen.json")
     parser.add_argument("--jobs", type=int, default=1, metavar="J", help="tests that run at a time")
+    parser.add_argument("--quick", action="store_true", help="only by tests that take less than half a second")
     parser.add_argument("--to", metavar="FILE", help="writes all outcomes to a file, as JSON")
     options = parser.parse_args()
     if options.what != "build" and mutate.SHIELD and "NUMBERED_SHIELD" not in os.environ:
