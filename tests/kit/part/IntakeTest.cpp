@@ -261,5 +261,23 @@ TEST(Intake, APointThatANeedleHasLostIsNoneOfThePart) {
     EXPECT_EQ(part.Points().size(), 5u);
 }
 
+// Of facets that meet at an edge, the one on its one side has a corner a little beside it.
+TEST(Intake, AWeldByHandDividesEdgesAtPointsWithinIt) {
+    Soup soup;
+    soup.points = {{0, 0, 0}, {10, 0, 0}, {5, 5, 0}, {5, -0.05, 0}, {5, -5, 0}};
+    soup.triangles = {{0, 1, 2}, {0, 4, 3}, {3, 4, 1}};
+    for (double const weld : {0.0625, 0.04}) {
+        IntakeSettings settings;
+        settings.weld = weld;
+        Part const part = PartOf(soup, settings);
+        bool const reaches = weld > 0.05;
+        EXPECT_EQ(part.Report().openEdgesExact, 7);
+        EXPECT_EQ(part.Report().split, reaches ? 1 : 0);
+        EXPECT_EQ(part.Report().openEdges, reaches ? 4 : 7);
+        EXPECT_EQ(part.Triangles().size(), reaches ? 4u : 3u);
+        EXPECT_EQ(part.Report().welded, 0);
+    }
+}
+
 }  // namespace
 }  // namespace varnet

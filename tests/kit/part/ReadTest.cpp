@@ -518,5 +518,17 @@ TEST(ReadPart, ARingStreamTellsHowManyFacetsItHas) {
     EXPECT_EQ(report.facetsRead, 12);
 }
 
+TEST(ReadPart, FacetsOfTheFileAreCountedInEachFormat) {
+    TestFolder const folder;
+    for (MeshFormat const format :
+         {MeshFormat::kBinaryStl, MeshFormat::kPlainCsm, MeshFormat::kStripCsm, MeshFormat::kRingCsm}) {
+        PartOf(shapes::Cube(2.0f)).Write(folder / "a.out", format);
+        Part const part = Part::Read(folder / "a.out");
+        EXPECT_EQ(part.Format(), format);
+        EXPECT_EQ(part.Report().facetsInFile, 12);
+        EXPECT_EQ(part.Report().facetsRead, 12);
+    }
+}
+
 }  // namespace
 }  // namespace varnet
