@@ -126,10 +126,20 @@ def mutants_of(file, number, line, goes_on):
             yield make("arguments", line[: match.start(2)] + b + ", " + a + line[match.end(3) :])
 
 
+def lines_of_texts(text):
+    """The numbers of the lines in which a literal of several lines goes on."""
+    numbers = set()
+    for match in re.finditer(r'R"(\w*)\(.*?\)\1"', text, re.S):
+        first, last = (text.count("\n", 0, match.start()), text.count("\n", 0, match.end()))
+        numbers.update(range(first + 1, last + 2) if last > first else ())
+    return numbers
+
+
 def mutants_in(file, wanted):
-    lines = (ROOT / file).read_text(encoding="utf-8").split("\n")
+    text = (ROOT / file).read_text(encoding="utf-8")
+    lines, texts = text.split("\n"), lines_of_texts(text)
     for i, line in enumerate(lines):
-        if wanted is not None and i + 1 not in wanted:
+        if (wanted is not None and i + 1 not in wanted) or i + 1 in texts:
             continue
         before = code_of(lines[i - 1]).strip("\x00 ") if i > 0 else ""
         goes_on = not (before == "" or before.endswith((";", "{", "}", ":", ")")))
