@@ -279,5 +279,19 @@ TEST(Intake, AWeldByHandDividesEdgesAtPointsWithinIt) {
     }
 }
 
+TEST(Intake, ASizeBelowAMillimetreIsToldInThreeDigits) {
+    auto const told = [](Point3 const& size) {
+        std::vector<std::string> const notes = PartOf(BoxOf(size)).Report().notes;
+        return notes.empty() ? "" : notes[0].substr(0, notes[0].find(" mm"));
+    };
+    EXPECT_EQ(told({0.25, 0.123456, 0.125}), "the largest side is 0.25");
+    EXPECT_EQ(told({0.123456, 0.1, 0.1}), "the largest side is 0.123");
+    EXPECT_EQ(told({0.1, 0.98765, 0.1}), "the largest side is 0.988");
+    EXPECT_EQ(told({0.1, 0.1, 0.0012345}), "the largest side is 0.1");
+    EXPECT_EQ(told({0.1, 0.1, 1.0}), "");
+    EXPECT_EQ(told({0.1, 1.0, 0.1}), "");
+    EXPECT_EQ(told({1.0, 0.1, 0.1}), "");
+}
+
 }  // namespace
 }  // namespace varnet

@@ -9,6 +9,7 @@
 
 #include "PartChecks.h"
 #include "TestFiles.h"
+#include "part/MeshReaders.h"
 
 namespace varnet {
 namespace {
@@ -527,6 +528,51 @@ TEST(ReadPart, FacetsOfTheFileAreCountedInEachFormat) {
         EXPECT_EQ(part.Format(), format);
         EXPECT_EQ(part.Report().facetsInFile, 12);
         EXPECT_EQ(part.Report().facetsRead, 12);
+    }
+}
+
+// Three vertices, and no facet behind them.
+TEST(ReadPart, APlainCsmOfNoFacetsIsWholeAndHoldsNone) {
+    TestFolder const folder;
+    std::string bytes = "Quarnell Ziped Model";
+    bytes.resize(80, '\0');
+    bytes += std::string("\x03\0\0\0", 4) + std::string(36 + 4, '\0');
+    auto const says = [&](std::string const& content) {
+        std::filesystem::path const file = folder.Write("a.csm", content);
+        try {
+            Part::Read(file);
+            return std::string("read");
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kContent);
+            return std::string(error.what()).substr(file.string().size());
+        }
+    };
+    EXPECT_EQ(says(bytes), ": holds no facets");
+    EXPECT_EQ(says(bytes.substr(0, 123)), ": ends inside its vertices");
+    EXPECT_EQ(says(bytes.substr(0, 84)), ": ends inside its vertices");
+    EXPECT_EQ(says(bytes.substr(0, 83)), ": ends inside its header");
+    std::string one = bytes;
+    one[120] = 1;
+    EXPECT_EQ(says(one), ": ends inside its facets");
+    EXPECT_EQ(says(one + std::string(11, '\0')), ": ends inside its facets");
+}
+
+TEST(ReadPart, ABinaryFileThatBecomesShorterMeanwhileIsRefused) {
+    TestFolder const folder;
+    PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
+    IntakeSettings const settings;
+    IntakeReport report;
+    for (std::uintmax_t const size : {684u, 683u, 84u}) {
+        InputFile file(folder / "a.stl");
+        std::filesystem::resize_file(folder / "a.stl", size);
+        Reading reading{file, settings, report, Pace::None()};
+        if (size == 684) {
+            EXPECT_EQ(ReadBinaryStl(reading, 80).mesh.triangles.size(), 12u);
+            continue;
+        }
+        // Its size is what it was when it was opened.
+        EXPECT_THROW(ReadBinaryStl(reading, 80), Error);
+        PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
     }
 }
 

@@ -217,5 +217,56 @@ TEST(DoubledArea, OfCornersAtOneHeightTheFirstIsMeant) {
     }
 }
 
+// In whatever order the facets and their corners come, what is open across another facet's edge is not taken
+// for the sliver's.
+TEST(Slivers, OnTheRimOnlyTheEdgesOfTheSliverItselfCount) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    for (std::size_t order = 0; order < 6 * 27; ++order) {
+        for (bool const both : {true, false}) {
+            FlatMesh mesh;
+            mesh.points = {{0, 0, 0}, {10, 0, 0}, {4, 0, 0}, {5, 5, 0}};
+            std::vector<Triangle> facets = {{0, 1, 2}, {0, 2, 3}};
+            if (both) facets.push_back({2, 1, 3});
+            std::size_t rest = order;
+            for (Triangle& t : facets) {
+                std::rotate(t.begin(), t.begin() + static_cast<std::ptrdiff_t>(rest % 3), t.end());
+                rest /= 3;
+            }
+            for (; rest > 0; --rest) {
+                std::next_permutation(facets.begin(), facets.end());
+            }
+            mesh.triangles.assign(facets.begin(), facets.end());
+            EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+            SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+            EXPECT_EQ(counts.turned, both ? 0 : 1) << order;
+            EXPECT_EQ(counts.stuck, both ? 1 : 0) << order;
+            EXPECT_EQ(counts.small, 0);
+            EXPECT_EQ(edges.open, 3);
+            EXPECT_EQ(mesh.triangles.size(), both ? 3u : 1u);
+        }
+    }
+}
+
+// Two slivers on one line that a turn would make no shorter: from 0 to 2 and from 0 to 3 they become one from
+// 0 to 3 and one from 1 to 3. The others hold them, and the longest edge of the second one is open.
+TEST(Slivers, ATurnThatMakesNothingShorterIsNotDone) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    FlatMesh mesh;
+    mesh.points = {{0, 0, 0}, {2, 0, 0}, {1, 0, 0}, {3, 0, 0}, {2, 5, 0}, {1, -5, 0}, {0, -5, 0}};
+    mesh.triangles = {{0, 1, 2}, {1, 0, 3}, {1, 3, 4}, {2, 1, 5}, {0, 2, 6}};
+    LargeVector<Triangle> const before = mesh.triangles;
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    std::int64_t const open = edges.open;
+    SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 0);
+    EXPECT_EQ(counts.stuck, 2);
+    EXPECT_EQ(edges.open, open);
+    EXPECT_EQ(mesh.triangles, before);
+}
+
 }  // namespace
 }  // namespace varnet
