@@ -375,6 +375,7 @@ TEST(Repair, ProgressStaysWithinItsBoundsAndEndsAtOne) {
         double last = 0.0;
         settings.progress = [&](double share) {
             EXPECT_GE(share, last);
+            EXPECT_LT(last, 1.0) << "all was done before";
             EXPECT_LE(share, 1.0);
             last = share;
             return true;
@@ -382,6 +383,20 @@ TEST(Repair, ProgressStaysWithinItsBoundsAndEndsAtOne) {
         part.Repair(settings);
         EXPECT_EQ(last, 1.0);
     }
+}
+
+TEST(Repair, HolesThatNobodyAskedToFillAreNotCounted) {
+    Part part = PartOf(shapes::Without(shapes::Cube(10.0f), 0, 2));
+    RepairReport const report = part.Repair();
+    EXPECT_EQ(report.openEdgesBefore, 4);
+    EXPECT_EQ(report.openEdgesAfter, 4);
+    EXPECT_EQ(report.holesFilled, 0);
+    EXPECT_EQ(report.holesLeft, 0);
+    EXPECT_EQ(report.facetsAdded, 0);
+    EXPECT_TRUE(report.notes.empty());
+    RepairReport const asked = part.Repair(Filling(39.0));
+    EXPECT_EQ(asked.holesLeft, 1);
+    EXPECT_EQ(asked.notes, std::vector<std::string>{"1 rim longer than asked for stay open"});
 }
 
 }  // namespace

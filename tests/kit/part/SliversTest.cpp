@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdlib>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "part/Edges.h"
@@ -266,6 +267,57 @@ TEST(Slivers, ATurnThatMakesNothingShorterIsNotDone) {
     EXPECT_EQ(counts.stuck, 2);
     EXPECT_EQ(edges.open, open);
     EXPECT_EQ(mesh.triangles, before);
+}
+
+// A third sliver lies at one of the four short edges of the two, and cannot be turned while they are there:
+// then what is across is the facet on the other side of them.
+TEST(Slivers, WhatLiesAcrossSliversBackToBackMeetsWhenTheyGo) {
+    constexpr std::int32_t kM = 4;
+    constexpr std::int32_t kN = 5;
+    using Facets = std::vector<Triangle>;
+    for (int place = 0; place < 4; ++place) {
+        bool const isLeft = place % 2 == 0;
+        bool const isTop = place < 2;
+        std::int32_t const left = isLeft ? Divided::kLeft : kM;
+        std::int32_t const right = isLeft ? kM : Divided::kRight;
+        Facets const third = {isTop ? Triangle{left, right, kN} : Triangle{right, left, kN}};
+        Facets const two = {{Divided::kLeft, Divided::kRight, kM}, {Divided::kRight, Divided::kLeft, kM}};
+        // Those beside the third one, and those beside the two.
+        Facets beside;
+        Facets others;
+        for (auto const& [a, b] : {std::pair{Divided::kLeft, kM}, std::pair{kM, Divided::kRight}}) {
+            bool const isThere = a == left;
+            if (isThere && isTop) {
+                beside.push_back({a, kN, Divided::kTop});
+                beside.push_back({kN, b, Divided::kTop});
+            } else {
+                others.push_back({a, b, Divided::kTop});
+            }
+            if (isThere && !isTop) {
+                beside.push_back({b, kN, Divided::kBottom});
+                beside.push_back({kN, a, Divided::kBottom});
+            } else {
+                others.push_back({b, a, Divided::kBottom});
+            }
+        }
+        // Of several facets at an edge the first ones are neighbours.
+        Facets const* const orders[4][4] = {{&third, &two, &beside, &others},
+                                            {&two, &third, &beside, &others},
+                                            {&beside, &third, &two, &others},
+                                            {&beside, &others, &two, &third}};
+        for (auto const& order : orders) {
+            Divided square;
+            EXPECT_EQ(square.On(4), kM);
+            EXPECT_EQ(square.On(isLeft ? 2 : 7), kN);
+            for (Facets const* const facets : order) {
+                for (Triangle const& t : *facets) square.Add(t[0], t[1], t[2]);
+            }
+            SliverCounts const counts = square.TakeOut();
+            EXPECT_EQ(counts.stuck, 0) << place;
+            EXPECT_EQ(counts.small, 0);
+            EXPECT_EQ(square.Facets(), 6u) << place;
+        }
+    }
 }
 
 }  // namespace
