@@ -576,5 +576,59 @@ TEST(ReadPart, ABinaryFileThatBecomesShorterMeanwhileIsRefused) {
     }
 }
 
+TEST(ReadPart, AFacetOfTheTextThatIsNotEndedIsLostWhereTheNextOneBegins) {
+    TestFolder const folder;
+    std::string const begin = "facet normal 0 0 1\n";
+    std::string const two = "vertex 0 0 0\nvertex 1 0 0\n";
+    std::string const three = two + "vertex 0 1 0\n";
+    std::string const end = "endfacet\n";
+    auto const notes = [&](std::string const& text, std::int64_t facets) {
+        Part const part = Part::Read(folder.Write("a.stl", "solid a\n" + text + "endsolid a\n"));
+        EXPECT_EQ(part.Report().facetsRead, facets);
+        return part.Report().notes.empty() ? "" : part.Report().notes[0];
+    };
+    EXPECT_EQ(notes(begin + two + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 2");
+    EXPECT_EQ(notes(begin + three + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 2");
+    // One without corners is none.
+    EXPECT_EQ(notes(begin + begin + three + end + begin + end, 1), "");
+    EXPECT_EQ(notes(begin + begin + two + end + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 3");
+    // Four corners at places that are told from each other, and at none.
+    for (std::string const fourth : {"vertex 1 1 0\n", "vertex 0 0 0\n", "vertex 1e-300 1e300 7\n"}) {
+        EXPECT_EQ(notes(begin + three + end + begin + three + fourth + end + begin + two + end, 1),
+                  "2 facets of 3 could not be read, the first in line 7");
+    }
+}
+
+// All is done when 1 is told, and not before.
+TEST(ReadPart, OneIsToldAtTheEndAlone) {
+    shapes::Mesh mesh = shapes::WithNearCorners(shapes::Cube(10.0f), 5, 0.0005f);
+    mesh.push_back({{{0, 0, 5}, {1, 0, 5}, {2, 0, 5}}});
+    TestFolder const folder;
+    for (bool const fromFile : {true, false}) {
+        IntakeSettings settings;
+        double last = 0.0;
+        settings.progress = [&last](double share) {
+            EXPECT_GE(share, last);
+            EXPECT_LT(last, 1.0);
+            EXPECT_LE(share, 1.0);
+            last = share;
+            return true;
+        };
+        for (bool const byHand : {false, true}) {
+            if (byHand) settings.weld = 0.001;
+            last = 0.0;
+            if (fromFile) {
+                Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh)), settings);
+            } else {
+                PartOf(mesh, settings);
+            }
+            EXPECT_EQ(last, 1.0);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace varnet

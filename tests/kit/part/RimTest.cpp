@@ -181,5 +181,15 @@ TEST_F(RimTest, ItGivesUpWhereSearchesLookAtVeryManyPointsAlone) {
     EXPECT_FALSE(gaveUp(60, 100));
 }
 
+// One group of points stays apart, since a facet would lose a corner; another one is joined all the same.
+TEST_F(RimTest, AGroupThatIsNotJoinedKeepsNoOtherFromIt) {
+    mesh.points = {{0, 0, 0},   {0.01, 0, 0}, {0, 5, 0},    {0.005, -0.001, 0}, {5, -5, 0},   {-5, -5, 0},
+                   {100, 0, 0}, {110, 0, 0},  {105, 10, 0}, {100.01, -0.01, 0}, {95, -10, 0}, {105, -10, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 5, 4}, {6, 7, 8}, {9, 10, 11}};
+    Rim::Plan const plan = Try(0.1);
+    EXPECT_EQ(plan.joined, (std::vector<std::pair<std::int32_t, std::int32_t>>{{9, 6}}));
+    EXPECT_EQ(plan.open, 12);
+}
+
 }  // namespace
 }  // namespace varnet

@@ -320,5 +320,43 @@ TEST(Slivers, WhatLiesAcrossSliversBackToBackMeetsWhenTheyGo) {
     }
 }
 
+// The second one can go when the first one is gone, on whose open edges it was.
+TEST(Slivers, OnesOnTheRimGoOneAfterTheOther) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    for (std::size_t order = 0; order < 18; ++order) {
+        FlatMesh mesh;
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {4, 0, 0}, {2, 0, 0}, {0, 20, 0}, {5, 20, 0}, {0, 25, 0}};
+        std::vector<Triangle> two = {{0, 1, 2}, {0, 2, 3}};
+        std::rotate(two[0].begin(), two[0].begin() + static_cast<std::ptrdiff_t>(order % 3), two[0].end());
+        std::rotate(two[1].begin(), two[1].begin() + static_cast<std::ptrdiff_t>(order / 3 % 3),
+                    two[1].end());
+        if (order >= 9) std::swap(two[0], two[1]);
+        mesh.triangles = {two[0], two[1], {4, 5, 6}};
+        EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+        SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+        EXPECT_EQ(counts.turned, 2) << order;
+        EXPECT_EQ(counts.stuck + counts.small, 0) << order;
+        ASSERT_EQ(mesh.triangles.size(), 1u) << order;
+        EXPECT_EQ(mesh.triangles[0], (Triangle{4, 5, 6}));
+        EXPECT_EQ(edges.open, 3);
+    }
+}
+
+TEST(Slivers, AFacetAtOnePlaceIsOne) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    FlatMesh mesh;
+    mesh.points = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 20, 0}, {5, 20, 0}, {0, 25, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}};
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 1);
+    EXPECT_EQ(counts.stuck + counts.small, 0);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
 }  // namespace
 }  // namespace varnet
