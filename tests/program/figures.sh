@@ -145,6 +145,8 @@ TABLE
 
 expect 0 "$varnet" slice two.stl -o filled.cli --layer 5 --hatch 0.8
 row '^  fill strokes +[1-9]'
+expect 0 "$varnet" join two.cli -o joined.cli --json
+row '^  "layers": 20,$'
 expect 0 "$varnet" convert two.cli text.cli --mode ascii
 row '^  formats +CLI slices, binary -> CLI slices, text$'
 row '^  layers +20, read back 20$'
