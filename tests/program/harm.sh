@@ -109,3 +109,14 @@ for signal in INT TERM HUP; do
     interrupted $job
     [ ! -e long.cli ] || fail "a file is left after $signal"
 done
+
+# A reader that has seen enough: more than a pipe holds stays behind, which is an error like any other.
+cube tall.stl 0 0 0 10
+expect 0 "$varnet" slice tall.stl -o tall.cli --layer 0.001 --hatch 0
+set +e
+"$varnet" layers tall.cli 2>err | head -n 1 >first
+code=${PIPESTATUS[0]}
+set -e
+[ "$code" -eq 1 ] || fail "exit code $code when nobody reads on"
+says 'standard output could not be written whole'
+[ "$(cat first)" = tall.cli ] || fail "the first line of the table"
