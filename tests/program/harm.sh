@@ -114,9 +114,9 @@ done
 cube tall.stl 0 0 0 10
 expect 0 "$varnet" slice tall.stl -o tall.cli --layer 0.001 --hatch 0
 set +e
-"$varnet" layers tall.cli 2>err | head -n 1 >first
+"$varnet" layers tall.cli --json 2>err | head -n 1 >first
 code=${PIPESTATUS[0]}
 set -e
 [ "$code" -eq 1 ] || fail "exit code $code when nobody reads on"
 says 'standard output could not be written whole'
-[ "$(cat first)" = tall.cli ] || fail "the first line of the table"
+[ "$(cat first)" = "{" ] || fail "the first line of the list"
