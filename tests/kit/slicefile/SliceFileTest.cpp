@@ -215,6 +215,51 @@ TEST_F(SliceFileTest, LinesBeyondALongestLengthComeInPieces) {
     EXPECT_FALSE(lines.Next().has_value());
 }
 
+TEST_F(SliceFileTest, TheSeedAloneDecidesHowALayerIsDisguised) {
+    std::vector<Layer> const layers = RandomLayers(11, 3);
+    auto const written = [&](std::uint64_t seed) {
+        Write(layers, {SliceMode::kDisguised, seed, {}});
+        return Bytes();
+    };
+    std::string const one = written(1);
+    EXPECT_EQ(written(1), one);
+    EXPECT_NE(written(2), one);
+    EXPECT_NE(written(std::uint64_t{1} << 40), one);
+}
+
+// A path is written with its first point again at its end where it is closed, were it the only one; a path
+// without points is not written.
+TEST_F(SliceFileTest, AClosedPathOfOnePointIsWrittenWithTwo) {
+    Layer layer;
+    layer.number = 1;
+    layer.z = 0.5;
+    layer.AddContour(std::vector<Point2>{{1, 2}}, {});
+    layer.contours[0].closed = true;
+    layer.AddContour(std::vector<Point2>{{3, 4}}, {});
+    layer.contours[1].closed = false;
+    layer.AddContour(std::vector<Point2>{}, {});
+    layer.contours[2].closed = true;
+    Write({layer}, {SliceMode::kText, {}, {}});
+    std::string const bytes = Bytes();
+    auto const count = [&bytes](std::string const& word) {
+        int found = 0;
+        for (std::size_t at = bytes.find(word); at != std::string::npos; at = bytes.find(word, at + 1))
+            ++found;
+        return found;
+    };
+    EXPECT_EQ(count("$$POLYLINE/"), 2);
+    EXPECT_EQ(count(" 2  1.000 2.000 1.000 2.000"), 1) << bytes;
+    EXPECT_EQ(count(" 1  3.000 4.000"), 1) << bytes;
+    for (SliceMode const mode : {SliceMode::kText, SliceMode::kBinary, SliceMode::kDisguised}) {
+        Write({layer}, {mode, 3, {}});
+        SliceFile const file(path);
+        ASSERT_EQ(file.LayerCount(), 1);
+        Layer const read = file.LayerAt(1);
+        ASSERT_EQ(read.ContourCount(), mode == SliceMode::kText ? 2u : 3u);
+        EXPECT_EQ(read.ContourPoints(1).size(), 1u);
+    }
+}
+
 TEST_F(SliceFileTest, ReadsALineOfAnyLength) {
     Layer layer;
     layer.number = 1;

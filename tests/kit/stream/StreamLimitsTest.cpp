@@ -44,6 +44,16 @@ TEST_F(StreamLimits, AnOpenPartIsJudgedFromTheOrigin) {
     EXPECT_FALSE(IsTurned(InsideOut(throughOrigin)));
 }
 
+// How far the directed areas of an open part are from nothing is held against its area, and not against a
+// number.
+TEST_F(StreamLimits, AnOpenPartOfMicronsIsOpenAsALargeOneIs) {
+    for (float const size : {0x1p-14f, 1.0f, 0x1p14f}) {
+        shapes::Mesh const away{{{{5 * size, 0, 0}, {5 * size, size, 0}, {5 * size, 0, size}}}};
+        EXPECT_FALSE(IsTurned(away)) << size;
+        EXPECT_TRUE(IsTurned(InsideOut(away))) << size;
+    }
+}
+
 // The directed areas of a closed part add up to nothing, wherever it stands.
 TEST_F(StreamLimits, AClosedPartIsJudgedByItsVolumeFarFromTheOrigin) {
     for (float const far : {0.0f, 1000.0f, -1000.0f}) {
