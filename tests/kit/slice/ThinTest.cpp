@@ -162,5 +162,38 @@ TEST(Thin, WhatIsTooThinGoesWithAllInIt) {
     EXPECT_EQ(thinned.levels, (std::vector<int>{0, 1}));
 }
 
+TEST(Thin, WithoutAToleranceEveryPointStays) {
+    std::vector<Point2> const line = {{0, 0}, {1, 0}, {2, 0}, {4, 0}};
+    std::vector<Point2> const square = {{0, 0}, {1, 0}, {2, 0}, {2, 2}, {1, 2}, {0, 2}, {0, 1}};
+    Paths paths;
+    paths.Add(line, false);
+    for (double const tolerance : {0.0, 0.001}) {
+        Paths thinned;
+        ThinPaths(paths, tolerance, thinned);
+        ASSERT_EQ(thinned.Count(), 1u);
+        EXPECT_EQ(thinned.closed[0], 0);
+        std::vector<Point2> const found(thinned.At(0).begin(), thinned.At(0).end());
+        EXPECT_EQ(found, tolerance > 0.0 ? (std::vector<Point2>{{0, 0}, {4, 0}}) : line);
+        SolidContours const contours = Thinned(square, tolerance);
+        ASSERT_EQ(contours.paths.Count(), 1u);
+        std::vector<Point2> const around(contours.paths.At(0).begin(), contours.paths.At(0).end());
+        EXPECT_EQ(around, tolerance > 0.0 ? (std::vector<Point2>{{0, 0}, {2, 0}, {2, 2}, {0, 2}}) : square);
+    }
+}
+
+TEST(Thin, PathsOfOneOrTwoPointsAndTheirEndsStay) {
+    Paths paths;
+    std::vector<Point2> const two = {{0, 0}, {1e-4, 0}};
+    std::vector<Point2> const three = {{5, 5}, {5, 5.00001}, {5, 5}};
+    paths.Add(two, false);
+    paths.Add(three, false);
+    Paths thinned;
+    ThinPaths(paths, 0.1, thinned);
+    ASSERT_EQ(thinned.Count(), 2u);
+    EXPECT_EQ(std::vector<Point2>(thinned.At(0).begin(), thinned.At(0).end()), two);
+    EXPECT_EQ(thinned.At(1).front(), (Point2{5, 5}));
+    EXPECT_EQ(thinned.At(1).back(), (Point2{5, 5}));
+}
+
 }  // namespace
 }  // namespace varnet
