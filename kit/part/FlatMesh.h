@@ -42,7 +42,7 @@ struct RawMesh {
 };
 
 /// Coordinates beyond this are none.
-inline constexpr double kLargestCoordinate = 1e10;
+inline constexpr double kFarthestCoordinate = 1e10;
 
 /// Twice the area, square millimetres, up to which the classic model refuses a facet.
 inline constexpr double kCollinear = 1e-10;
@@ -65,8 +65,8 @@ inline double DoubledArea(Point3 const& a, Point3 const& b, Point3 const& c) {
 
 /// False for NaN too.
 inline bool IsInRange(Point3 const& p) {
-    return std::fabs(p.x) <= kLargestCoordinate && std::fabs(p.y) <= kLargestCoordinate &&
-           std::fabs(p.z) <= kLargestCoordinate;
+    return std::fabs(p.x) <= kFarthestCoordinate && std::fabs(p.y) <= kFarthestCoordinate &&
+           std::fabs(p.z) <= kFarthestCoordinate;
 }
 
 }  // namespace varnet

@@ -43,10 +43,10 @@ std::unique_ptr<CSTLModel> Body::Model(std::int64_t* refused) const {
 namespace {
 
 void CheckSettings(IntakeSettings const& settings) {
-    if (settings.weld && !(*settings.weld >= 0.0 && *settings.weld <= kLargestCoordinate)) {
+    if (settings.weld && !(*settings.weld >= 0.0 && *settings.weld <= kFarthestCoordinate)) {
         throw Error(ErrorKind::kArgument, "the weld tolerance is a length from 0 to 1e10 mm");
     }
-    if (!(settings.scale > 0.0 && settings.scale <= kLargestCoordinate)) {
+    if (!(settings.scale > 0.0 && settings.scale <= kFarthestCoordinate)) {
         throw Error(ErrorKind::kArgument, "the scale is a number above 0, and no more than 1e10");
     }
 }

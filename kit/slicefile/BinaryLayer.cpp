@@ -22,7 +22,7 @@ Number Load(char const* bytes) {
 }
 
 std::optional<BinaryWord> CommandOf(std::uint16_t word, BinaryForm const& form) {
-    return form.isDisguised ? DisguisedCommandOf(word) : PlainCommandOf(word);
+    return form.isDisguised ? DisguisedWordOf(word) : PlainWordOf(word);
 }
 
 std::int64_t WholeAt(char const* bytes, BinaryWord const& command) {

@@ -105,7 +105,7 @@ void SliceFile::Work::ReadHeader() {
             continue;
         }
         std::size_t const end =
-            line->text.substr(0, kWordColumns + kHeaderEndWord.size()).find(kHeaderEndWord);
+            line->text.substr(0, kColumnsForWords + kHeaderEndWord.size()).find(kHeaderEndWord);
         if (end == std::string_view::npos) {
             Apply(*line);
             continue;
@@ -122,7 +122,7 @@ void SliceFile::Work::ReadHeader() {
 
 void SliceFile::Work::Apply(Line const& line) {
     std::string_view const text = Trimmed(line.text);
-    std::string_view const word = text.substr(0, std::min(text.find('/'), kWordColumns));
+    std::string_view const word = text.substr(0, std::min(text.find('/'), kColumnsForWords));
     NumberScanner numbers(text.size() > word.size() ? text.substr(word.size() + 1) : std::string_view());
     auto const is = [word](std::string_view name) { return word.find(name) != std::string_view::npos; };
     auto const mode = [this](SliceMode value) {

@@ -106,8 +106,8 @@ public:
             Add(kWords[static_cast<std::size_t>(command)]);
             return;
         }
-        m_Offset = static_cast<std::int32_t>((*m_Random)() % kDisguiseOffsets);
-        Add(static_cast<std::uint16_t>(m_Offset * kDisguiseStep + static_cast<std::int32_t>(command) + 1));
+        m_Offset = static_cast<std::int32_t>((*m_Random)() % kDisguiseCount);
+        Add(static_cast<std::uint16_t>(m_Offset * kDisguiseStride + static_cast<std::int32_t>(command) + 1));
     }
     void Whole(std::int64_t value) { Add(static_cast<std::int32_t>(value)); }
     void Real(double value) { Add(static_cast<float>(value + m_Offset)); }

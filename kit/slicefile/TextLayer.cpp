@@ -36,7 +36,7 @@ TextLine KindOf(std::string_view& text) {
     text = WithoutComments(text);
     if (text.empty()) return hadText ? TextLine::kComment : TextLine::kBlank;
     if (IsNumeric(text.front())) return TextLine::kNumbers;
-    std::string const word = InCapitals(text.substr(0, std::min(kWordColumns, text.find('/'))));
+    std::string const word = InCapitals(text.substr(0, std::min(kColumnsForWords, text.find('/'))));
     if (Holds(word, "GEOMETRYEND")) return TextLine::kGeometryEnd;
     if (Holds(word, "GEOMETRYSTART")) return TextLine::kGeometryStart;
     if (Holds(word, "LAYERS")) return TextLine::kUnknown;

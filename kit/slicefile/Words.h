@@ -26,11 +26,11 @@ struct BinaryWord {
 };
 
 /// A disguised word is this many times the offset, with 1, 2 or 3 for the command on top.
-inline constexpr std::int32_t kDisguiseStep = 245;
+inline constexpr std::int32_t kDisguiseStride = 245;
 /// The offsets that are written lie below this.
-inline constexpr std::int32_t kDisguiseOffsets = 111;
+inline constexpr std::int32_t kDisguiseCount = 111;
 
-inline std::optional<BinaryWord> PlainCommandOf(std::uint16_t word) {
+inline std::optional<BinaryWord> PlainWordOf(std::uint16_t word) {
     switch (word) {
         case 127:
         case 128:
@@ -46,10 +46,10 @@ inline std::optional<BinaryWord> PlainCommandOf(std::uint16_t word) {
     }
 }
 
-inline std::optional<BinaryWord> DisguisedCommandOf(std::uint16_t word) {
-    std::int32_t const command = word % kDisguiseStep;
+inline std::optional<BinaryWord> DisguisedWordOf(std::uint16_t word) {
+    std::int32_t const command = word % kDisguiseStride;
     if (command < 1 || command > 3) return std::nullopt;
-    return BinaryWord{static_cast<SliceCommand>(command - 1), false, word / kDisguiseStep};
+    return BinaryWord{static_cast<SliceCommand>(command - 1), false, word / kDisguiseStride};
 }
 
 inline constexpr std::string_view kHeaderStartWord = "$$HEADERSTART";
@@ -58,6 +58,6 @@ inline constexpr std::string_view kGeometryStartWord = "$$GEOMETRYSTART";
 inline constexpr std::string_view kGeometryEndWord = "$$GEOMETRYEND";
 
 /// How much of a line is looked at for a word.
-inline constexpr std::size_t kWordColumns = 20;
+inline constexpr std::size_t kColumnsForWords = 20;
 
 }  // namespace varnet

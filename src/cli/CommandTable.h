@@ -111,7 +111,7 @@ inline constexpr std::array<std::string_view, 13> kKeywords = {
 inline constexpr std::string_view kHeaderStart = "$$HEADERSTART";
 inline constexpr std::string_view kGeometryEnd = "$$GEOMETRYEND";
 
-inline constexpr std::string_view TextOf(Keyword keyword) {
+inline constexpr std::string_view SpellingOf(Keyword keyword) {
     return kKeywords[static_cast<std::size_t>(keyword)];
 }
 

@@ -90,7 +90,7 @@ int CLayerModel::ReadCLIHead() {
     std::optional<std::int64_t> const end = bFound ? ReadKeywords(file, *this) : std::nullopt;
     std::int64_t nGeometry = file.Position();
     bool const bBinary = m_nFileMode == kModeBinary || m_nFileMode == kModeDisguised;
-    if (end && bBinary) nGeometry = *end + static_cast<std::int64_t>(TextOf(Keyword::kHeaderEnd).size());
+    if (end && bBinary) nGeometry = *end + static_cast<std::int64_t>(SpellingOf(Keyword::kHeaderEnd).size());
     file.Leave(nGeometry);
     if (!bFound) return 0;
     return !end || bBinary || m_nFileMode == kModeText ? 1 : 0;
@@ -100,12 +100,12 @@ int CLayerModel::SaveCLIHead(FILE* pFile, int nMode, int nLayers) {
     if (pFile == nullptr || !IsFileMode(nMode)) return 0;
     std::string header;
     header.append(kHeaderStart).append("\n");
-    header.append(TextOf(KeywordOfMode(nMode))).append("\n");
-    header.append(TextOf(Keyword::kUnits)).append(kUnitsWritten);
-    header.append(TextOf(Keyword::kVersion)).append(kVersionWritten);
-    header.append(TextOf(Keyword::kLayers)).append("/");
+    header.append(SpellingOf(KeywordOfMode(nMode))).append("\n");
+    header.append(SpellingOf(Keyword::kUnits)).append(kUnitsWritten);
+    header.append(SpellingOf(Keyword::kVersion)).append(kVersionWritten);
+    header.append(SpellingOf(Keyword::kLayers)).append("/");
     header.append(std::to_string(nLayers != 0 ? nLayers : GetLayerCount())).append("\n");
-    header.append(TextOf(Keyword::kHeaderEnd));
+    header.append(SpellingOf(Keyword::kHeaderEnd));
     if (nMode == kModeText) header.append("\n").append(EntryOf(Command::kGeometryStart).text).append("\n");
     std::fwrite(header.data(), 1, header.size(), pFile);
     return 1;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <utility>
 
 #include "mesh/Facet.h"
 
@@ -62,9 +61,6 @@ inline void SetCorners(CFacet& facet, tagVertexNode* p1, tagVertexNode* p2, tagV
     facet.m_pVertex2 = p2;
     facet.m_pVertex3 = p3;
 }
-
-/// Turns the winding and leaves all else, the normal too, as it is.
-inline void SwapWinding(CFacet& facet) { std::swap(facet.m_pVertex2, facet.m_pVertex3); }
 
 /// The record with which a facet is offered to a model.
 inline tagFACET RecordOf(CFacet const& facet) {

@@ -90,6 +90,7 @@ GUARD = re.compile(r"^\s*if \(.*\) (return\b.*|continue|break);$")
 STATEMENT = re.compile(r"^\s+(?:\+\+|--|\*?\(?)[A-Za-z_][\w.:]*(?:->\w+|\.\w+|\[[^\]]*\])*(?:\(.*\)|\s[-+*/|&^]?= .*|\+\+|--);$")
 NO_STATEMENT = re.compile(r"^\s*(return|using|throw|case|break|continue|delete|friend|static|constexpr|auto|goto)\b")
 CALL = re.compile(r"\b([A-Za-z_]\w*)\(([\w.\->\[\]]+), ([\w.\->\[\]]+)\)")
+SYMMETRIC = {"min", "max", "swap", "Distance", "D2ofPtoP"}  # the outcome is the same, or so but for zeros' signs
 UNTOUCHED = re.compile(r"^\s*(#|//|template\b|static_assert|namespace\b|using\b|VARNET_REQUIRE|class\b|struct\b|enum\b)")
 
 
@@ -122,14 +123,24 @@ def mutants_of(file, number, line, goes_on):
         yield make("early return", indent + "return;")
     for match in CALL.finditer(code):
         a, b = line[match.start(2) : match.end(2)], line[match.start(3) : match.end(3)]
-        if a != b and "\x00" not in match.group():
+        if a != b and "\x00" not in match.group() and match.group(1) not in SYMMETRIC:
             yield make("arguments", line[: match.start(2)] + b + ", " + a + line[match.end(3) :])
 
 
+def lines_of_texts(text):
+    """The numbers of the lines in which a literal of several lines goes on."""
+    numbers = set()
+    for match in re.finditer(r'R"(\w*)\(.*?\)\1"', text, re.S):
+        first, last = (text.count("\n", 0, match.start()), text.count("\n", 0, match.end()))
+        numbers.update(range(first + 1, last + 2) if last > first else ())
+    return numbers
+
+
 def mutants_in(file, wanted):
-    lines = (ROOT / file).read_text(encoding="utf-8").split("\n")
+    text = (ROOT / file).read_text(encoding="utf-8")
+    lines, texts = text.split("\n"), lines_of_texts(text)
     for i, line in enumerate(lines):
-        if wanted is not None and i + 1 not in wanted:
+        if (wanted is not None and i + 1 not in wanted) or i + 1 in texts:
             continue
         before = code_of(lines[i - 1]).strip("\x00 ") if i > 0 else ""
         goes_on = not (before == "" or before.endswith((";", "{", "}", ":", ")")))

@@ -50,6 +50,23 @@ TEST(Extrusion, VertexWhoseNormalsCancelStaysNearItsPlace) {
     EXPECT_TRUE(SameBits(CPoint3D(1, 2, 3), alone.CalExtrudePoint(5.0)));
 }
 
+TEST(Extrusion, ASumThatCancelsIsNotMadeLonger) {
+    CSTLModel model;
+    AddTriangle(model, CPoint3D(0, 0, 0), CPoint3D(1, 0, 0), CPoint3D(0, 1, 0));
+    CFacet& facet = FacetAt(model, 0);
+    CPoint3D corner(0, 0, 0);
+    CPoint3D alongX(1, 0, 0);
+    CPoint3D alongY(0, 1, 0);
+    double const dWeight = CalAngle(corner, alongX, corner, alongY);
+    // As a host may set it: far shorter than the limit, and 2^-20, 2^-21 and 2^-22 to the bit.
+    float const normal[] = {0x1p-20f, -0x1p-21f, 0x1p-22f};
+    for (int i = 0; i < 3; ++i) facet.m_fNormal[i] = normal[i];
+    CPoint3D const moved = facet.m_pVertex1->CalExtrudePoint(4.0);
+    EXPECT_EQ(moved.x, 0x1p-18 * dWeight);
+    EXPECT_EQ(moved.y, -0x1p-19 * dWeight);
+    EXPECT_EQ(moved.z, 0x1p-20 * dWeight);
+}
+
 // Two facets at right angles to their vertex, whose normals a host has set: along x, and a little along y.
 TEST(Extrusion, NormalsWhoseSumIsAsLongAsTheLimitDoNotCancel) {
     CSTLModel model;

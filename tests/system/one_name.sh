@@ -13,12 +13,31 @@ if [ -n "$twice" ]; then
     bad=1
 fi
 
-# What the linker would take for one: names of ours that are weak symbols in both. Those of the door are one.
+# Numbers by name that headers define: where their address is taken, they are variables that the linker takes for one.
+twice=$(cd "$source" && comm -12 <(grep -rhoE '^inline constexpr [^=({]* k[A-Z][A-Za-z0-9]*' src --include=*.h | sed 's/.* //' | sort -u) \
+    <(grep -rhoE '^inline constexpr [^=({]* k[A-Z][A-Za-z0-9]*' kit --include=*.h | sed 's/.* //' | sort -u))
+if [ -n "$twice" ]; then
+    echo "numbers that engine and kit both define:" $twice
+    bad=1
+fi
+
+# What the linker would take for one: names of ours that both define. Those of the door are one. An inline function that is
+# not there in this build, since the compiler has put it where it is called, is one of the kit's headers: those count, too.
+defined() {
+    find "$build" -path "*/$1.dir/*.o" -exec nm -C --defined-only {} + 2>/dev/null |
+        sed -nE 's/^[0-9a-f]+ [TVWBDRu] //p' | grep 'varnet::' | grep -v '^DW\.ref' | sort -u
+}
 weak() {
     find "$build" -path "*/$1.dir/*.o" -exec nm -C --defined-only {} + 2>/dev/null |
         sed -nE 's/^[0-9a-f]+ [VWu] //p' | grep 'varnet::' | grep -v '^DW\.ref' | sort -u
 }
-both=$(comm -12 <(weak varnet_objects) <(weak varnet_kit_objects))
+inline_functions() {
+    (cd "$source" && grep -rhoE '^inline [^(=]*\b[A-Z][A-Za-z0-9]*\(' "$1" --include=*.h | sed -E 's/.*[ &*]([A-Z][A-Za-z0-9]*)\($/\1/' | sort -u)
+}
+functions() { defined "$1" | sed -nE 's/^varnet::([A-Z][A-Za-z0-9]*)\(.*/\1/p' | sort -u; }
+both=$(comm -12 <(defined varnet_objects) <(defined varnet_kit_objects);
+    comm -12 <(inline_functions kit) <(functions varnet_objects);
+    comm -12 <(inline_functions src) <(functions varnet_kit_objects))
 if [ -n "$both" ]; then
     echo "functions that both define:"
     echo "$both"

@@ -240,6 +240,14 @@ TEST(FillOrder, OnlyHatchsOfItsOwnAreaAndGroupCount) {
     for (CHatch const* const p : {pInHole, pOutside, pSecondGroup, pEmpty}) EXPECT_EQ(p->m_nFlag, 0);
 }
 
+TEST(FillOrder, AHatchWithoutLengthIsUsedAndGivesNoPath) {
+    Plate plate;
+    CHatch const* const pPoint = Give(plate.layer, Hatch({{{5, 3}, {5, 3}}}, 3));
+    plate.Order();
+    EXPECT_EQ(plate.out.m_RawLoopList.GetCount(), 2) << "the contours alone";
+    EXPECT_EQ(pPoint->m_nFlag, HATCH_USED_FLAG);
+}
+
 TEST(FillOrder, NoPathWithAnEdgeIsLost) {
     Plate plate;
     for (int i = 0; i < 6; ++i) Give(plate.layer, Hatch({{{1.0 + i, 3}, {1.0 + i, 6}}}, 10 + i));

@@ -1,6 +1,7 @@
 #include <Varnet64.h>
 
 #include "PartChecks.h"
+#include "part/Bodies.h"
 
 namespace varnet {
 namespace {
@@ -124,6 +125,26 @@ TEST(Bodies, FacetsOnTheSameCornersThatFaceEachOtherLeaveAClassicModelClosed) {
     std::int64_t refused = 0;
     EXPECT_EQ(part.Bodies()[0].Model(&refused)->GetFacetsNum(), 0);
     EXPECT_EQ(refused, 2);
+}
+
+// A corner of a tetrahedron, and nothing but the facets that are named.
+TEST(Measure, OneFacetIsMeasuredByItself) {
+    std::vector<Point3> const points = {{1, 1, 1}, {4, 1, 1}, {1, 5, 1}, {99, 99, 99}};
+    std::vector<Triangle> const triangles = {{0, 1, 2}, {1 << 30, 1 << 30, 1 << 30}};
+    MeshMeasures const open = Measure(points, std::span(triangles).first(1), 3);
+    EXPECT_EQ(open.area, 6.0);
+    EXPECT_EQ(open.openEdges, 3);
+    // A pyramid to the origin: a third of the area times the height.
+    EXPECT_DOUBLE_EQ(open.volume, 2.0);
+    EXPECT_EQ(open.box.min, (Point3{1, 1, 1}));
+    EXPECT_EQ(open.box.max, (Point3{4, 5, 1}));
+    // Of what is closed the volume is the same from anywhere, and is taken from its first corner.
+    EXPECT_EQ(Measure(points, std::span(triangles).first(1), 0).volume, 0.0);
+    MeshMeasures const none = Measure(points, std::span<Triangle const>(), 7);
+    EXPECT_TRUE(none.box.IsEmpty());
+    EXPECT_EQ(none.area, 0.0);
+    EXPECT_EQ(none.volume, 0.0);
+    EXPECT_EQ(none.openEdges, 7);
 }
 
 }  // namespace

@@ -261,5 +261,37 @@ TEST(Intake, APointThatANeedleHasLostIsNoneOfThePart) {
     EXPECT_EQ(part.Points().size(), 5u);
 }
 
+// Of facets that meet at an edge, the one on its one side has a corner a little beside it.
+TEST(Intake, AWeldByHandDividesEdgesAtPointsWithinIt) {
+    Soup soup;
+    soup.points = {{0, 0, 0}, {10, 0, 0}, {5, 5, 0}, {5, -0.05, 0}, {5, -5, 0}};
+    soup.triangles = {{0, 1, 2}, {0, 4, 3}, {3, 4, 1}};
+    for (double const weld : {0.0625, 0.04}) {
+        IntakeSettings settings;
+        settings.weld = weld;
+        Part const part = PartOf(soup, settings);
+        bool const reaches = weld > 0.05;
+        EXPECT_EQ(part.Report().openEdgesExact, 7);
+        EXPECT_EQ(part.Report().split, reaches ? 1 : 0);
+        EXPECT_EQ(part.Report().openEdges, reaches ? 4 : 7);
+        EXPECT_EQ(part.Triangles().size(), reaches ? 4u : 3u);
+        EXPECT_EQ(part.Report().welded, 0);
+    }
+}
+
+TEST(Intake, ASizeBelowAMillimetreIsToldInThreeDigits) {
+    auto const told = [](Point3 const& size) {
+        std::vector<std::string> const notes = PartOf(BoxOf(size)).Report().notes;
+        return notes.empty() ? "" : notes[0].substr(0, notes[0].find(" mm"));
+    };
+    EXPECT_EQ(told({0.25, 0.123456, 0.125}), "the largest side is 0.25");
+    EXPECT_EQ(told({0.123456, 0.1, 0.1}), "the largest side is 0.123");
+    EXPECT_EQ(told({0.1, 0.98765, 0.1}), "the largest side is 0.988");
+    EXPECT_EQ(told({0.1, 0.1, 0.0012345}), "the largest side is 0.1");
+    EXPECT_EQ(told({0.1, 0.1, 1.0}), "");
+    EXPECT_EQ(told({0.1, 1.0, 0.1}), "");
+    EXPECT_EQ(told({1.0, 0.1, 0.1}), "");
+}
+
 }  // namespace
 }  // namespace varnet

@@ -145,6 +145,17 @@ TEST(Twins, EqualPointsAreFound) {
     EXPECT_FALSE(MayHaveTwins(points));
 }
 
+// Points are looked at 64 at a time; those behind the last one are not.
+TEST(Twins, EachPointIsLookedAtAndNoneBehindThem) {
+    for (std::size_t const count : {1, 63, 64, 65, 74, 127, 128, 129}) {
+        std::vector<Point3> points;
+        for (std::size_t i = 0; i < count; ++i) points.push_back({1.0 * static_cast<double>(i), 2, 3});
+        for (std::size_t i = 0; i < 200; ++i) points.push_back({0, 2, 3});
+        EXPECT_FALSE(MayHaveTwins(std::span(points).first(count))) << count;
+        EXPECT_TRUE(MayHaveTwins(std::span(points).first(count + 1))) << count;
+    }
+}
+
 TEST(Twins, ZerosOfBothSignsAreOnePlace) {
     std::vector<Point3> const acrossX = {{0.0, 1, 2}, {-0.0, 1, 2}};
     std::vector<Point3> const acrossY = {{1, -0.0, 2}, {1, 0.0, 2}};

@@ -137,5 +137,14 @@ TEST(JoinNear, CanBeStopped) {
     EXPECT_THROW(JoinNear(points, 1.0, Pace(watch)), Error);
 }
 
+// How large a tolerance has to be for cells to be counted goes by the points alone.
+TEST(JoinNear, TolerancesMayBeAsSmallAsThePoints) {
+    for (double const size : {1e-3, 1e-17, 1e-100}) {
+        EXPECT_EQ(Join({{size, -size, 0}, {1.5 * size, -size, size}, {3 * size, 0, 0}}, size),
+                  (Joined{0, 0, 2}));
+    }
+    EXPECT_EQ(Join({{0, 0, 0}, {0, 0, 0}}, 1e-300), (Joined{0, 0}));
+}
+
 }  // namespace
 }  // namespace varnet

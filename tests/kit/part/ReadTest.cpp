@@ -9,6 +9,7 @@
 
 #include "PartChecks.h"
 #include "TestFiles.h"
+#include "part/MeshReaders.h"
 
 namespace varnet {
 namespace {
@@ -516,6 +517,117 @@ TEST(ReadPart, ARingStreamTellsHowManyFacetsItHas) {
     IntakeReport const report = Part::Read(folder / "a.csm").Report();
     EXPECT_EQ(report.facetsInFile, 12);
     EXPECT_EQ(report.facetsRead, 12);
+}
+
+TEST(ReadPart, FacetsOfTheFileAreCountedInEachFormat) {
+    TestFolder const folder;
+    for (MeshFormat const format :
+         {MeshFormat::kBinaryStl, MeshFormat::kPlainCsm, MeshFormat::kStripCsm, MeshFormat::kRingCsm}) {
+        PartOf(shapes::Cube(2.0f)).Write(folder / "a.out", format);
+        Part const part = Part::Read(folder / "a.out");
+        EXPECT_EQ(part.Format(), format);
+        EXPECT_EQ(part.Report().facetsInFile, 12);
+        EXPECT_EQ(part.Report().facetsRead, 12);
+    }
+}
+
+// Three vertices, and no facet behind them.
+TEST(ReadPart, APlainCsmOfNoFacetsIsWholeAndHoldsNone) {
+    TestFolder const folder;
+    std::string bytes = "Quarnell Ziped Model";
+    bytes.resize(80, '\0');
+    bytes += std::string("\x03\0\0\0", 4) + std::string(36 + 4, '\0');
+    auto const says = [&](std::string const& content) {
+        std::filesystem::path const file = folder.Write("a.csm", content);
+        try {
+            Part::Read(file);
+            return std::string("read");
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kContent);
+            return std::string(error.what()).substr(file.string().size());
+        }
+    };
+    EXPECT_EQ(says(bytes), ": holds no facets");
+    EXPECT_EQ(says(bytes.substr(0, 123)), ": ends inside its vertices");
+    EXPECT_EQ(says(bytes.substr(0, 84)), ": ends inside its vertices");
+    EXPECT_EQ(says(bytes.substr(0, 83)), ": ends inside its header");
+    std::string one = bytes;
+    one[120] = 1;
+    EXPECT_EQ(says(one), ": ends inside its facets");
+    EXPECT_EQ(says(one + std::string(11, '\0')), ": ends inside its facets");
+}
+
+TEST(ReadPart, ABinaryFileThatBecomesShorterMeanwhileIsRefused) {
+    TestFolder const folder;
+    PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
+    IntakeSettings const settings;
+    IntakeReport report;
+    for (std::uintmax_t const size : {684u, 683u, 84u}) {
+        InputFile file(folder / "a.stl");
+        std::filesystem::resize_file(folder / "a.stl", size);
+        Reading reading{file, settings, report, Pace::None()};
+        if (size == 684) {
+            EXPECT_EQ(ReadBinaryStl(reading, 80).mesh.triangles.size(), 12u);
+            continue;
+        }
+        // Its size is what it was when it was opened.
+        EXPECT_THROW(ReadBinaryStl(reading, 80), Error);
+        PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
+    }
+}
+
+TEST(ReadPart, AFacetOfTheTextThatIsNotEndedIsLostWhereTheNextOneBegins) {
+    TestFolder const folder;
+    std::string const begin = "facet normal 0 0 1\n";
+    std::string const two = "vertex 0 0 0\nvertex 1 0 0\n";
+    std::string const three = two + "vertex 0 1 0\n";
+    std::string const end = "endfacet\n";
+    auto const notes = [&](std::string const& text, std::int64_t facets) {
+        Part const part = Part::Read(folder.Write("a.stl", "solid a\n" + text + "endsolid a\n"));
+        EXPECT_EQ(part.Report().facetsRead, facets);
+        return part.Report().notes.empty() ? "" : part.Report().notes[0];
+    };
+    EXPECT_EQ(notes(begin + two + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 2");
+    EXPECT_EQ(notes(begin + three + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 2");
+    // One without corners is none.
+    EXPECT_EQ(notes(begin + begin + three + end + begin + end, 1), "");
+    EXPECT_EQ(notes(begin + begin + two + end + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 3");
+    // Four corners at places that are told from each other, and at none.
+    for (std::string const fourth : {"vertex 1 1 0\n", "vertex 0 0 0\n", "vertex 1e-300 1e300 7\n"}) {
+        EXPECT_EQ(notes(begin + three + end + begin + three + fourth + end + begin + two + end, 1),
+                  "2 facets of 3 could not be read, the first in line 7");
+    }
+}
+
+// All is done when 1 is told, and not before.
+TEST(ReadPart, OneIsToldAtTheEndAlone) {
+    shapes::Mesh mesh = shapes::WithNearCorners(shapes::Cube(10.0f), 5, 0.0005f);
+    mesh.push_back({{{0, 0, 5}, {1, 0, 5}, {2, 0, 5}}});
+    TestFolder const folder;
+    for (bool const fromFile : {true, false}) {
+        IntakeSettings settings;
+        double last = 0.0;
+        settings.progress = [&last](double share) {
+            EXPECT_GE(share, last);
+            EXPECT_LT(last, 1.0);
+            EXPECT_LE(share, 1.0);
+            last = share;
+            return true;
+        };
+        for (bool const byHand : {false, true}) {
+            if (byHand) settings.weld = 0.001;
+            last = 0.0;
+            if (fromFile) {
+                Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh)), settings);
+            } else {
+                PartOf(mesh, settings);
+            }
+            EXPECT_EQ(last, 1.0);
+        }
+    }
 }
 
 }  // namespace

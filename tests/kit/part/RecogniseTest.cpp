@@ -135,5 +135,44 @@ TEST(Recognise, OtherKindsAreNamedByTheirFirstBytes) {
     ExpectSays(wide.substr(0, 14) + std::string("\0a", 2), "is too short");
 }
 
+TEST(Recognise, APageIsToldByTheFirst1024Bytes) {
+    ExpectSays(std::string(1019, 'x') + "<html" + std::string(50, 'x'), "HTML");
+    ExpectSays(std::string(1020, 'x') + "<html" + std::string(50, 'x'), "no ASCII STL");
+    ExpectSays(std::string(1010, 'x') + "<!DOCTYPE html", "HTML");
+    ExpectSays(std::string(1011, 'x') + "<!DOCTYPE html", "no ASCII STL");
+}
+
+TEST(Recognise, WordsAreLookedForInTheFirst65536Bytes) {
+    std::string const lines = "x\n" + std::string(65529, ' ');
+    EXPECT_EQ(Look(lines + "facet\n").format, MeshFormat::kAsciiStl);
+    ExpectSays(lines + " facet\n", "no ASCII STL");
+    // A line that ends there may go on.
+    ExpectSays("solid" + std::string(65530, 'x'), "holds no facets");
+    ExpectSays("solid" + std::string(65531, 'x'), "is text on one line");
+}
+
+TEST(Recognise, WideTextIsToldByItsFirst64Bytes) {
+    std::string wide;
+    for (int i = 0; i < 32; ++i) wide.append({'a', '\0'});
+    ExpectSays(wide + "aaaaaaaa", "UTF-16");
+    ExpectSays(wide.substr(0, 17), "UTF-16");
+    std::string odd = wide;
+    odd[63] = 'a';
+    ExpectSays(odd, "is too short");
+    odd = wide;
+    odd[0] = '\0';
+    ExpectSays(odd, "is too short");
+    ExpectSays(wide.substr(1), "UTF-16");
+}
+
+TEST(Recognise, ATextHasNoControlsButThoseOfLinesAndBlanks) {
+    for (int c = 1; c < 0x21; ++c) {
+        std::string const bytes = std::string("a\nfacet ") + static_cast<char>(c) + "\nvertex\n";
+        bool const isText = (c >= 9 && c <= 13) || c >= 0x20;
+        EXPECT_EQ(Look(bytes).format.has_value(), isText) << c;
+        if (!isText) ExpectSays(bytes, "is too short");
+    }
+}
+
 }  // namespace
 }  // namespace varnet

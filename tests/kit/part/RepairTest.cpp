@@ -86,7 +86,7 @@ TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
 }
 
 TEST(Repair, OfTwoSidesOfAsManyFacetsTheLargerOneWins) {
-    for (double const below : {0.5, 3.0}) {
+    for (double const below : {0.5, 0.99, 1.01, 3.0}) {
         Soup soup;
         soup.points = {{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -below}};
         // Those above face outward, those below inward.
@@ -362,6 +362,41 @@ TEST(Repair, WhatIsStoppedIsLeftAsItWas) {
     EXPECT_THROW(part.Repair(settings), Error);
     settings.fillHoles = std::nan("");
     EXPECT_THROW(part.Repair(settings), Error);
+}
+
+TEST(Repair, ProgressStaysWithinItsBoundsAndEndsAtOne) {
+    shapes::Mesh holed = shapes::Without(shapes::WithTurned(shapes::Bracket(), 3), 0, 1);
+    shapes::Append(holed, shapes::Moved(shapes::Without(shapes::Cube(10.0f), 0, 2), 500.0f, 0.0f, 0.0f));
+    for (shapes::Mesh const& mesh :
+         {shapes::Cube(10.0f), shapes::WithTurned(shapes::CubesAtEdge(), 4), holed}) {
+        Part part = PartOf(mesh);
+        RepairSettings settings = Filling(1000.0);
+        settings.outward = true;
+        double last = 0.0;
+        settings.progress = [&](double share) {
+            EXPECT_GE(share, last);
+            EXPECT_LT(last, 1.0) << "all was done before";
+            EXPECT_LE(share, 1.0);
+            last = share;
+            return true;
+        };
+        part.Repair(settings);
+        EXPECT_EQ(last, 1.0);
+    }
+}
+
+TEST(Repair, HolesThatNobodyAskedToFillAreNotCounted) {
+    Part part = PartOf(shapes::Without(shapes::Cube(10.0f), 0, 2));
+    RepairReport const report = part.Repair();
+    EXPECT_EQ(report.openEdgesBefore, 4);
+    EXPECT_EQ(report.openEdgesAfter, 4);
+    EXPECT_EQ(report.holesFilled, 0);
+    EXPECT_EQ(report.holesLeft, 0);
+    EXPECT_EQ(report.facetsAdded, 0);
+    EXPECT_TRUE(report.notes.empty());
+    RepairReport const asked = part.Repair(Filling(39.0));
+    EXPECT_EQ(asked.holesLeft, 1);
+    EXPECT_EQ(asked.notes, std::vector<std::string>{"1 rim longer than asked for stay open"});
 }
 
 }  // namespace

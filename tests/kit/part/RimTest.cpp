@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "part/Edges.h"
@@ -128,6 +129,66 @@ TEST_F(RimTest, FacetsThatRunTheSameWayLeaveNoGap) {
     mesh.triangles = {{0, 1, 2}, {1, 0, 3}};
     edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
     EXPECT_EQ(Rim(mesh, edges, pace).Count(), 4);
+}
+
+// Facets whose edges come to lie on each other when their corners are joined: each one that goes up meets one
+// that goes down.
+TEST_F(RimTest, EdgesThatAreJoinedMeetOneByOne) {
+    auto const tried = [this](int up, int down) {
+        mesh = FlatMesh();
+        for (int i = 0; i < up + down; ++i) {
+            double const off = 1e-4 * i;
+            auto const n = static_cast<std::int32_t>(mesh.points.size());
+            mesh.points.push_back({0, 0, off});
+            mesh.points.push_back({10, 0, off});
+            mesh.points.push_back({5, 10.0 + i, 5.0 * i});
+            mesh.triangles.push_back(i < up ? Triangle{n, n + 1, n + 2} : Triangle{n + 1, n, n + 2});
+        }
+        return Try(0.01);
+    };
+    for (int up = 0; up < 4; ++up) {
+        for (int down = 0; down < 4; ++down) {
+            if (up + down == 0) continue;
+            Rim::Plan const plan = tried(up, down);
+            EXPECT_EQ(plan.joined.size(), static_cast<std::size_t>(2 * (up + down - 1)));
+            EXPECT_EQ(plan.open, 3 * (up + down) - 2 * std::min(up, down)) << up << ' ' << down;
+            EXPECT_TRUE(plan.divisions.empty());
+        }
+    }
+}
+
+// Facets along a line, each with points of its own on it: a search looks at as many points as there are on
+// the line for each of its edges.
+TEST_F(RimTest, ItGivesUpWhereSearchesLookAtVeryManyPointsAlone) {
+    auto const gaveUp = [this](std::int32_t lines, std::int32_t facets) {
+        mesh = FlatMesh();
+        for (std::int32_t line = 0; line < lines; ++line) {
+            for (std::int32_t i = 0; i < facets; ++i) {
+                auto const n = static_cast<std::int32_t>(mesh.points.size());
+                double const y = 1000.0 * line;
+                mesh.points.push_back({0.25 * i, y, 0});
+                mesh.points.push_back({1000.0 + 0.25 * i, y, 0});
+                mesh.points.push_back({500, y, 1000.0 + i});
+                mesh.triangles.push_back({n, n + 1, n + 2});
+            }
+        }
+        return Try(0.0).gaveUp;
+    };
+    // 500 edges of 1000 points are fewer looks than a million.
+    EXPECT_FALSE(gaveUp(1, 500));
+    EXPECT_TRUE(gaveUp(1, 2500));
+    // In all it may look 400 times for each edge: 200 points on each of 60 lines are not too many.
+    EXPECT_FALSE(gaveUp(60, 100));
+}
+
+// One group of points stays apart, since a facet would lose a corner; another one is joined all the same.
+TEST_F(RimTest, AGroupThatIsNotJoinedKeepsNoOtherFromIt) {
+    mesh.points = {{0, 0, 0},   {0.01, 0, 0}, {0, 5, 0},    {0.005, -0.001, 0}, {5, -5, 0},   {-5, -5, 0},
+                   {100, 0, 0}, {110, 0, 0},  {105, 10, 0}, {100.01, -0.01, 0}, {95, -10, 0}, {105, -10, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 5, 4}, {6, 7, 8}, {9, 10, 11}};
+    Rim::Plan const plan = Try(0.1);
+    EXPECT_EQ(plan.joined, (std::vector<std::pair<std::int32_t, std::int32_t>>{{9, 6}}));
+    EXPECT_EQ(plan.open, 12);
 }
 
 }  // namespace

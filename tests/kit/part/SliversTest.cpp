@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdlib>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "part/Edges.h"
@@ -215,6 +216,146 @@ TEST(DoubledArea, OfCornersAtOneHeightTheFirstIsMeant) {
         double const expected = Length(Cross(p[(low + 1) % 3] - p[low], p[(low + 2) % 3] - p[low]));
         EXPECT_EQ(DoubledArea(p[0], p[1], p[2]), expected);
     }
+}
+
+// In whatever order the facets and their corners come, what is open across another facet's edge is not taken
+// for the sliver's.
+TEST(Slivers, OnTheRimOnlyTheEdgesOfTheSliverItselfCount) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    for (std::size_t order = 0; order < 6 * 27; ++order) {
+        for (bool const both : {true, false}) {
+            FlatMesh mesh;
+            mesh.points = {{0, 0, 0}, {10, 0, 0}, {4, 0, 0}, {5, 5, 0}};
+            std::vector<Triangle> facets = {{0, 1, 2}, {0, 2, 3}};
+            if (both) facets.push_back({2, 1, 3});
+            std::size_t rest = order;
+            for (Triangle& t : facets) {
+                std::rotate(t.begin(), t.begin() + static_cast<std::ptrdiff_t>(rest % 3), t.end());
+                rest /= 3;
+            }
+            for (; rest > 0; --rest) {
+                std::next_permutation(facets.begin(), facets.end());
+            }
+            mesh.triangles.assign(facets.begin(), facets.end());
+            EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+            SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+            EXPECT_EQ(counts.turned, both ? 0 : 1) << order;
+            EXPECT_EQ(counts.stuck, both ? 1 : 0) << order;
+            EXPECT_EQ(counts.small, 0);
+            EXPECT_EQ(edges.open, 3);
+            EXPECT_EQ(mesh.triangles.size(), both ? 3u : 1u);
+        }
+    }
+}
+
+// Two slivers on one line that a turn would make no shorter: from 0 to 2 and from 0 to 3 they become one from
+// 0 to 3 and one from 1 to 3. The others hold them, and the longest edge of the second one is open.
+TEST(Slivers, ATurnThatMakesNothingShorterIsNotDone) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    FlatMesh mesh;
+    mesh.points = {{0, 0, 0}, {2, 0, 0}, {1, 0, 0}, {3, 0, 0}, {2, 5, 0}, {1, -5, 0}, {0, -5, 0}};
+    mesh.triangles = {{0, 1, 2}, {1, 0, 3}, {1, 3, 4}, {2, 1, 5}, {0, 2, 6}};
+    LargeVector<Triangle> const before = mesh.triangles;
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    std::int64_t const open = edges.open;
+    SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 0);
+    EXPECT_EQ(counts.stuck, 2);
+    EXPECT_EQ(edges.open, open);
+    EXPECT_EQ(mesh.triangles, before);
+}
+
+// A third sliver lies at one of the four short edges of the two, and cannot be turned while they are there:
+// then what is across is the facet on the other side of them.
+TEST(Slivers, WhatLiesAcrossSliversBackToBackMeetsWhenTheyGo) {
+    constexpr std::int32_t kM = 4;
+    constexpr std::int32_t kN = 5;
+    using Facets = std::vector<Triangle>;
+    for (int place = 0; place < 4; ++place) {
+        bool const isLeft = place % 2 == 0;
+        bool const isTop = place < 2;
+        std::int32_t const left = isLeft ? Divided::kLeft : kM;
+        std::int32_t const right = isLeft ? kM : Divided::kRight;
+        Facets const third = {isTop ? Triangle{left, right, kN} : Triangle{right, left, kN}};
+        Facets const two = {{Divided::kLeft, Divided::kRight, kM}, {Divided::kRight, Divided::kLeft, kM}};
+        // Those beside the third one, and those beside the two.
+        Facets beside;
+        Facets others;
+        for (auto const& [a, b] : {std::pair{Divided::kLeft, kM}, std::pair{kM, Divided::kRight}}) {
+            bool const isThere = a == left;
+            if (isThere && isTop) {
+                beside.push_back({a, kN, Divided::kTop});
+                beside.push_back({kN, b, Divided::kTop});
+            } else {
+                others.push_back({a, b, Divided::kTop});
+            }
+            if (isThere && !isTop) {
+                beside.push_back({b, kN, Divided::kBottom});
+                beside.push_back({kN, a, Divided::kBottom});
+            } else {
+                others.push_back({b, a, Divided::kBottom});
+            }
+        }
+        // Of several facets at an edge the first ones are neighbours.
+        Facets const* const orders[4][4] = {{&third, &two, &beside, &others},
+                                            {&two, &third, &beside, &others},
+                                            {&beside, &third, &two, &others},
+                                            {&beside, &others, &two, &third}};
+        for (auto const& order : orders) {
+            Divided square;
+            EXPECT_EQ(square.On(4), kM);
+            EXPECT_EQ(square.On(isLeft ? 2 : 7), kN);
+            for (Facets const* const facets : order) {
+                for (Triangle const& t : *facets) square.Add(t[0], t[1], t[2]);
+            }
+            SliverCounts const counts = square.TakeOut();
+            EXPECT_EQ(counts.stuck, 0) << place;
+            EXPECT_EQ(counts.small, 0);
+            EXPECT_EQ(square.Facets(), 6u) << place;
+        }
+    }
+}
+
+// The second one can go when the first one is gone, on whose open edges it was.
+TEST(Slivers, OnesOnTheRimGoOneAfterTheOther) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    for (std::size_t order = 0; order < 18; ++order) {
+        FlatMesh mesh;
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {4, 0, 0}, {2, 0, 0}, {0, 20, 0}, {5, 20, 0}, {0, 25, 0}};
+        std::vector<Triangle> two = {{0, 1, 2}, {0, 2, 3}};
+        std::rotate(two[0].begin(), two[0].begin() + static_cast<std::ptrdiff_t>(order % 3), two[0].end());
+        std::rotate(two[1].begin(), two[1].begin() + static_cast<std::ptrdiff_t>(order / 3 % 3),
+                    two[1].end());
+        if (order >= 9) std::swap(two[0], two[1]);
+        mesh.triangles = {two[0], two[1], {4, 5, 6}};
+        EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+        SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+        EXPECT_EQ(counts.turned, 2) << order;
+        EXPECT_EQ(counts.stuck + counts.small, 0) << order;
+        ASSERT_EQ(mesh.triangles.size(), 1u) << order;
+        EXPECT_EQ(mesh.triangles[0], (Triangle{4, 5, 6}));
+        EXPECT_EQ(edges.open, 3);
+    }
+}
+
+TEST(Slivers, AFacetAtOnePlaceIsOne) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    FlatMesh mesh;
+    mesh.points = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 20, 0}, {5, 20, 0}, {0, 25, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}};
+    EdgeTable edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    SliverCounts const counts = TakeOutSlivers(mesh, edges, pace);
+    EXPECT_EQ(counts.turned, 1);
+    EXPECT_EQ(counts.stuck + counts.small, 0);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
 }
 
 }  // namespace

@@ -288,5 +288,18 @@ TEST(TransformPart, WhatFlattensIsRefusedWhateverRowIsNone) {
     EXPECT_EQ(part.Measures().box.max.y, 1e10);
 }
 
+// Turned inside out is what a mirror shows, and nothing else, however small.
+TEST(TransformPart, FacetsAreTurnedByMirrorsAlone) {
+    for (double const scale : {0.001, 0.5, 1.0, 3.0, -0.001, -0.5, -1.0, -3.0}) {
+        Part part = AsItIs(kSquare, kFacets);
+        Placement placement;
+        placement.rows = {{{1, 0, 0, 0}, {0, scale, 0, 0}, {0, 0, 1, 0}}};
+        part.Transform(placement);
+        EXPECT_EQ(part.Triangles()[0], (scale > 0.0 ? Triangle{0, 1, 2} : Triangle{0, 2, 1})) << scale;
+        EXPECT_EQ(part.Triangles()[1], (scale > 0.0 ? Triangle{1, 2, 3} : Triangle{1, 3, 2})) << scale;
+        EXPECT_EQ(part.Points()[3], (Point3{2, 2 * scale, 1}));
+    }
+}
+
 }  // namespace
 }  // namespace varnet

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
@@ -190,6 +191,52 @@ TEST(CutSweep, APathThatEnclosesLessThanATenBillionthOfAThousandthOfItsSquareIsN
     Found const found = CutOfWalls({{0, 0}, {2, 0}, {2, 0}, {2, 2}, {0, 0}});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].size(), 6u) << "each wall is cut at its corner and on its diagonal";
+}
+
+// A square that the cut passes at its corners, which are as high as the cut: facets below that have but one
+// of them are cut in a point. Two such facets are at one corner, and one at each other.
+TEST(CutSweep, WhatIsCutInAPointOfAContourAddsNoneToIt) {
+    std::vector<Point2> const square = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+    for (std::size_t turn = 0; turn < 9; ++turn) {
+        std::vector<Point3> points;
+        std::vector<Triangle> triangles;
+        for (int copy = 0; copy < 2; ++copy) {
+            auto const first = static_cast<std::int32_t>(points.size());
+            for (Point2 const& p : square) points.push_back({p.x + 10.0 * copy, p.y, 0.5});
+            for (Point2 const& p : square) points.push_back({p.x + 10.0 * copy, p.y, 0.0});
+            points.push_back({2 + 10.0 * copy, 0, 0});
+            std::vector<Triangle> ring;
+            for (std::int32_t i = 0; i < 4; ++i) {
+                std::int32_t const k = (i + 1) % 4;
+                ring.push_back({first + 4 + i, first + k, first + i});
+                if (i == 0) {
+                    ring.push_back({first + 4, first + 8, first + 1});
+                    ring.push_back({first + 8, first + 5, first + 1});
+                } else {
+                    ring.push_back({first + 4 + i, first + 4 + k, first + k});
+                }
+            }
+            std::rotate(ring.begin(), ring.begin() + static_cast<std::ptrdiff_t>(turn), ring.end());
+            triangles.insert(triangles.end(), ring.begin(), ring.end());
+        }
+        Pulse pulse;
+        FacetIndex const index({points, triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+        Paths paths;
+        CutSweep(index).Cut(1, paths, pulse);
+        ASSERT_EQ(paths.Count(), 2u);
+        for (std::size_t copy = 0; copy < 2; ++copy) {
+            EXPECT_NE(paths.closed[copy], 0);
+            std::vector<Point2> path(paths.At(copy).begin(), paths.At(copy).end());
+            ASSERT_EQ(path.size(), 4u) << turn;
+            auto const low = std::find(path.begin(), path.end(), Point2{10.0 * static_cast<double>(copy), 0});
+            ASSERT_NE(low, path.end());
+            std::rotate(path.begin(), low, path.end());
+            for (std::size_t i = 0; i < 4; ++i) {
+                EXPECT_EQ(path[i].x, square[i].x + 10.0 * static_cast<double>(copy)) << turn;
+                EXPECT_EQ(path[i].y, square[i].y) << turn;
+            }
+        }
+    }
 }
 
 }  // namespace

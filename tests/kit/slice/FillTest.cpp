@@ -110,6 +110,10 @@ TEST(Fill, AStrokeThatEndsWhereOneOfTheNextLineBeginsIsNotBelowIt) {
     // Of two strokes above it, one begins or ends where it ends or begins.
     EXPECT_EQ(chains({{1, 6}}, {{1, 4}, {6, 8}}), (Chains{{{0.5, 1, 6}, {1.5, 1, 4}}, {{1.5, 6, 8}}}));
     EXPECT_EQ(chains({{4, 8}}, {{1, 4}, {6, 8}}), (Chains{{{0.5, 4, 8}, {1.5, 6, 8}}, {{1.5, 1, 4}}}));
+    // Both are above it: it goes on in neither, though either is near enough.
+    EXPECT_EQ(chains({{1, 7}}, {{1, 4.5}, {6, 7}}), (Chains{{{0.5, 1, 7}}, {{1.5, 1, 4.5}}, {{1.5, 6, 7}}}));
+    // It is above both.
+    EXPECT_EQ(chains({{1, 4.5}, {6, 7}}, {{1, 7}}), (Chains{{{0.5, 1, 4.5}}, {{0.5, 6, 7}}, {{1.5, 1, 7}}}));
 }
 
 TEST(Fill, AChainGoesOnOverThreeSpacingsAndNoMore) {

@@ -170,7 +170,7 @@ TEST(BinaryLayer, NumbersThatAreNoneAreRefused) {
 TEST(BinaryWords, ADisguisedWordIs245TimesTheOffsetAndTheCommand) {
     for (int const offset : {0, 1, 110, 266}) {
         for (int const command : {0, 1, 2, 3, 4, 244}) {
-            auto const word = DisguisedCommandOf(static_cast<std::uint16_t>(offset * 245 + command));
+            auto const word = DisguisedWordOf(static_cast<std::uint16_t>(offset * 245 + command));
             ASSERT_EQ(word.has_value(), command >= 1 && command <= 3) << offset << " " << command;
             if (!word) continue;
             EXPECT_EQ(static_cast<int>(word->command), command - 1);
@@ -182,7 +182,7 @@ TEST(BinaryWords, ADisguisedWordIs245TimesTheOffsetAndTheCommand) {
 
 TEST(BinaryWords, PlainWordsGoFrom127To132) {
     for (int n = 0; n < 65536; ++n) {
-        auto const word = PlainCommandOf(static_cast<std::uint16_t>(n));
+        auto const word = PlainWordOf(static_cast<std::uint16_t>(n));
         ASSERT_EQ(word.has_value(), n >= 127 && n <= 132) << n;
         if (!word) continue;
         EXPECT_EQ(word->isShort, n == 128 || n == 129 || n == 131);

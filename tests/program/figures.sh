@@ -1,0 +1,214 @@
+#!/usr/bin/env bash
+# Whole tables, of parts whose figures can be worked out by hand.
+# usage: figures.sh VARNET
+. "$(dirname "$(readlink -f "$0")")/program.sh"
+
+# table COMMAND...: what it prints is what stands on standard input, line for line, but for blanks
+table() {
+    local code=0
+    "$@" >out 2>err || code=$?
+    [ "$code" -eq 0 ] || { cat out err; fail "exit code $code: $*"; }
+    shown
+}
+# shown: so for the last command
+shown() {
+    tr -s ' ' <out >found
+    sed -E 's/^  (\S)/ \1/' | diff - found || fail "not the table that was wanted"
+}
+# facets POINTS...: facets of an ASCII STL, three points each
+facets() { printf 'facet normal 0 0 0\nouter loop\nvertex %s\nvertex %s\nvertex %s\nendloop\nendfacet\n' "$@"; }
+
+# Cubes of 10 and of 4 side by side: 600 + 96 of area, 1000 + 64 of volume, rims of 12 sides of 40 and of 16.
+cube two.stl 1 2 3 10 20 2 3 4
+table "$varnet" info two.stl <<'TABLE'
+two.stl
+  type ASCII STL
+  facets in the file 24
+  open edges in the file 0
+  facets 24
+  vertices 16
+  open edges 0
+  box 1 2 3 to 24 12 13
+  area, mm2 696
+  volume, mm3 1064
+  bodies 2
+  body 1 solid, 12 facets, volume 1000, open edges 0
+  body 2 solid, 12 facets, volume 64, open edges 0
+TABLE
+table "$varnet" surfaces two.stl --judge winding <<'TABLE'
+two.stl
+  surfaces 2
+  area, mm2 696
+  length of all rims, mm 0
+  surface 1 12 facets, area 600, rim 0
+  surface 2 12 facets, area 96, rim 0
+TABLE
+expect 0 "$varnet" surfaces two.stl
+row '^  surfaces +12$'
+row '^  length of all rims, mm +336$'
+[ "$(grep -c 'area 100, rim 40$' out)" -eq 6 ] && [ "$(grep -c 'area 16, rim 16$' out)" -eq 6 ] || fail "the sides"
+# More than are listed: 15 cubes have 90 sides.
+cube many.stl $(for n in $(seq 15); do echo $((20 * n)) 0 0 $((1 + n % 3)); done)
+expect 0 "$varnet" surfaces many.stl
+row '^  surfaces +90$'
+listed=$(grep -c '^  surface [0-9]' out)
+row "^  \.\.\. +$((90 - listed)) smaller ones$"
+table "$varnet" repair two.stl repaired.stl <<'TABLE'
+two.stl -> repaired.stl
+  type ASCII STL
+  facets in the file 24
+  open edges in the file 0
+  facets turned to agree 0
+  facets once too often, left out 0
+  bodies turned outward 0
+  holes closed 0
+  facets added 0
+  open edges, before and after 0 -> 0
+  facets 24
+  vertices 16
+  open edges 0
+  box 1 2 3 to 24 12 13
+  area, mm2 696
+  volume, mm3 1064
+  bodies 2
+  body 1 solid, 12 facets, volume 1000, open edges 0
+  body 2 solid, 12 facets, volume 64, open edges 0
+TABLE
+# Of binary STL, 84 bytes and 50 a facet; of a plain CSM 88 bytes, 12 a vertex and 12 a facet.
+bytes=$(stat -c %s two.stl | sed -E 's/(.)(...)$/\1,\2/')
+table "$varnet" convert two.stl two_binary.stl <<TABLE
+two.stl -> two_binary.stl
+  formats ASCII STL -> binary STL
+  type ASCII STL
+  facets in the file 24
+  open edges in the file 0
+  bytes $bytes -> 1,284
+  facets 24, read back 24
+  open edges 0, read back 0
+  volume, mm3 1064, read back 1064
+  largest coordinate error, mm 0
+  size, of binary STL 1
+TABLE
+expect 0 "$varnet" convert two_binary.stl two.csm --plain
+row '^  bytes +1,284 -> 568$'
+row '^  size, of binary STL +0\.4423676012$'
+
+# 20 layers of contours of 40, of which the lower 8 have one of 16 beside it. As they are written, the head goes from
+# (0, 0) to (1, 2), and 19 to the other cube and back; in order, it goes over 9 between each two of the lower layers.
+expect 0 "$varnet" slice two.stl -o two.cli --layer 0.5 --hatch 0
+sed -i '/^  bytes/d' out
+shown <<'TABLE'
+1 part -> two.cli
+  layers 20 of 0.5 mm
+  contours 28
+  open paths 0
+  layers with open paths 0
+  gaps closed 0
+  points 112
+  length of all contours, mm 928
+  volume of the mesh, mm3 1064
+  volume of the layers, mm3 1064
+  fill strokes none: contours only
+  support strokes 0
+  support solids 0
+  travel with the material off, mm 306.236068
+  starts and stops 28
+TABLE
+table "$varnet" layers two.cli <<TABLE
+two.cli
+  type CLI slices, binary
+  units 1
+  version 200
+  layers 20 of 20 announced
+  heights 3.5 to 13
+  closed contours 28
+  open paths 0
+  points 112
+  chains of fill 0
+  strokes of fill 0
+  area of all layers, mm2 2128
+  length of contours and paths, mm 928
+  length of strokes, mm 0
+  box 1 2 to 24 12
+ layer z contours open chains points area length box
+$(for n in $(seq 20); do
+    z=$(awk -v n="$n" 'BEGIN { printf "%g", 3 + n / 2 }')
+    if [ "$n" -le 8 ]; then echo " $n $z 2 0 0 8 116 56 1 2 to 24 12"; else echo " $n $z 1 0 0 4 100 40 1 2 to 11 12"; fi
+done)
+TABLE
+table "$varnet" order two.cli ordered.cli <<'TABLE'
+two.cli -> ordered.cli
+  layers 20
+  travel with the material off, mm 306.236068 -> 84.23606798
+  starts and stops 28 -> 28
+TABLE
+
+expect 0 "$varnet" slice two.stl -o filled.cli --layer 5 --hatch 0.8
+row '^  fill strokes +[1-9]'
+expect 0 "$varnet" convert two.cli text.cli --mode ascii
+row '^  formats +CLI slices, binary -> CLI slices, text$'
+row '^  layers +20, read back 20$'
+row '^  contours and paths +28, read back 28$'
+row '^  points +112, read back 112$'
+row '^  strokes of fill +0, read back 0$'
+row '^  largest difference, mm +0$'
+
+# A pyramid cut in the middle of each of 400 layers: of its volume V, a quarter of V / 400^2 is missing. A facet that lies
+# flat has no layer. A facet without area and one that is not there alone count as healed.
+mkdir parts
+{ echo 'solid p' && facets '0 0 0' '0 10 0' '10 0 0' '10 0 0' '0 10 0' '10 10 0' '0 0 0' '10 0 0' '5 5 9' \
+    '10 0 0' '10 10 0' '5 5 9' '10 10 0' '0 10 0' '5 5 9' '0 10 0' '0 0 0' '5 5 9' && echo 'endsolid p'; } >parts/pyramid.stl
+{ echo 'solid f' && facets '0 0 1' '10 0 1' '0 10 1' && echo 'endsolid f'; } >parts/flat.stl
+cube parts/sick.stl 0 0 0 10
+sed -i '$d' parts/sick.stl
+facets '0 0 0' '0 0 0' '5 0 0' '0 0 0' '10 0 0' '0 0 0' >>parts/sick.stl
+expect 0 "$varnet" whole parts
+row '^flat\.stl +1 +3 +3 +1 +0 +0 +0 +0 +[0-9]+\.[0-9][0-9]$'
+row '^pyramid\.stl +6 +0 +0 +1 +0 +300 +299\.9995 +0 +'
+row '^sick\.stl +12 +0 +0 +1 +2 +1000 +1000 +0 +'
+[ "$(wc -l <out)" -eq 5 ] || fail "two lines above those of the files"
+expect 0 "$varnet" whole parts --json
+row '"layer_volume": 299\.99953'
+[ "$(head -c 1 out)" = '{' ] || fail "a table with the JSON"
+# A facet with a coordinate that is no number is lost, and counts among those of the file.
+cube lost.stl 0 0 0 10
+facets '0 0 30' '1 0 30' '0 one 30' >>lost.stl
+expect 0 "$varnet" info lost.stl
+row '^  facets in the file +13$'
+row '^  facets that could not be read +1$'
+row '^  facets +12$'
+# A part of half a millimetre, high above the plate, is likely to be in another unit.
+cube small.stl 0 0 7 0.5
+expect 0 "$varnet" info small.stl
+says 'small\.stl: the part is 0\.5 mm long'
+expect 0 "$varnet" info small.stl --units in
+[ ! -s err ] || fail "a warning for a part of half an inch"
+row '^  volume, mm3 +2048\.383$'
+
+# Fifty of the files are listed.
+cube bodies.stl $(for n in $(seq 53); do echo $((5 * n)) 0 0 2; done)
+expect 0 "$varnet" split bodies.stl -o bodies
+[ "$(grep -c '^  bodies_[0-9]*.STL  *12 facets, volume 8$' out)" -eq 50 ] || fail "the list of the files"
+row '^  \.\.\. +3 more$'
+[ "$(ls bodies | wc -l)" -eq 53 ] || fail "a file for each body"
+# The manual shows a value behind the options that take one, and behind no other.
+expect 0 "$varnet" manual man
+grep -qF '.B \-\-weld \fIvalue\fR' out && grep -qxF '.B \-\-json' out || fail "values of the options in the manual"
+expect 0 "$varnet" manual zsh
+row "'--json\[[^]]*\]'"
+row "'--weld\[[^]]*\]:value:_files'"
+
+# What the options take, and what they are where nobody says.
+limits() { "$varnet" "$1" --help | grep -oE -- '--[a-z-]+ (FLOAT|INT):[A-Z]+ in \[[^]]*\](=[0-9.]+)?' | tr -s ' ' | sort; }
+taken() { sort | diff - <(limits "$1") || fail "the limits of $1"; }
+reading() { printf '%s\n' '--weld FLOAT:FLOAT in [0 - 1000]' '--scale FLOAT:FLOAT in [1e-09 - 1e+09]=1'; }
+for command in info convert split surfaces whole view; do reading | taken $command; done
+{ reading && echo '--fill-holes FLOAT:FLOAT in [0 - 1e+09]'; } | taken repair
+{ reading && printf '%s\n' '--angle FLOAT:FLOAT in [0 - 90]=44' '--min-area FLOAT:FLOAT in [0 - 1e+12]=1' \
+    '--down FLOAT:FLOAT in [1e-06 - 1e+09]' '--edges-up FLOAT:FLOAT in [0 - 90]=45' \
+    '--edges-down FLOAT:FLOAT in [0 - 90]=45' '--edge-length FLOAT:FLOAT in [0 - 1e+09]=1'; } | taken support
+{ reading && printf '%s\n' '--layer FLOAT:FLOAT in [1e-06 - 1e+06]=0.2' '--hatch FLOAT:FLOAT in [0 - 1e+06]=0.5' \
+    '--angle FLOAT:FLOAT in [-360 - 360]=45' '--close FLOAT:FLOAT in [0 - 1e+06]=0.05' \
+    '--threads INT:INT in [1 - 1024]=1'; } | taken slice
+echo '--layer INT:INT in [1 - 2147483647]' | taken layers
+printf '%s\n' '--width FLOAT:FLOAT in [1e-09 - 1e+09]' '--cut FLOAT:FLOAT in [0 - 1e+09]' | taken order
