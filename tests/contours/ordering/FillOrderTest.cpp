@@ -254,3 +254,25 @@ TEST(FillOrder, NoPathWithAnEdgeIsLost) {
     plate.Order();
     EXPECT_EQ(plate.out.m_RawLoopList.GetCount(), 2 + 6);
 }
+
+// In so long a ring the millimetre that a cut leaves is lost to rounding: all but one point is cut off.
+TEST(FillOrder, ARingThatIsCutAwayIsNoPath) {
+    double const dSide = 9007199254740992.0;
+    double const dFrom = 8589934592.0;
+    double const dTo = dFrom + dSide;
+    CLayer layer;
+    Give(layer, Square(0, 0, 4 * dSide));
+    layer.MakeTopology(1);
+    Give(layer, Hatch({{{dFrom, dFrom}, {dTo, dFrom}},
+                       {{dTo, dFrom}, {dTo, dTo}},
+                       {{dTo, dTo}, {dFrom, dTo}},
+                       {{dFrom, dTo}, {dFrom, dFrom}}},
+                      1));
+    CLayer out;
+    CPoint2D pos(0, 0);
+    layer.OptimizeLoopAndChildLoopHatch(LoopsOf(layer.m_LoopList)[0], &pos, &out, 1.0, 1e300);
+    EXPECT_EQ(1, out.m_RawLoopList.GetCount());
+    EXPECT_EQ(0.0, pos.x);
+    EXPECT_EQ(0.0, pos.y);
+    EXPECT_EQ(HATCH_USED_FLAG, HatchesOf(layer)[0]->m_nFlag);
+}

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <vector>
 
 #include "varnet/Error.h"
@@ -44,6 +45,20 @@ TEST(AddTravel, CountsAStartForEachPathAndForEachStrokeThatBeginsElsewhere) {
     EXPECT_EQ(travel.length, 1.0);
     EXPECT_EQ(travel.starts, 3);
     EXPECT_EQ(head, (Point2{4, 9}));
+}
+
+TEST(AddTravel, AContourWithoutPointsIsNoStart) {
+    Layer layer;
+    layer.AddContour({}, {});
+    layer.AddContour(std::vector<Point2>{{3, 4}, {8, 4}, {8, 9}}, {});
+    layer.AddContour({}, {});
+    layer.AddContour(std::vector<Point2>{{3, 10}, {8, 10}, {8, 15}}, {});
+    Point2 head{0, 0};
+    Travel travel;
+    AddTravel(layer, head, travel);
+    EXPECT_EQ(travel.length, 5.0 + 6.0);
+    EXPECT_EQ(travel.starts, 2);
+    EXPECT_EQ(head, (Point2{3, 10}));
 }
 
 // A ten-thousandth of a millimetre on either axis.
@@ -127,6 +142,32 @@ TEST(OrderedTravel, OneSeedGivesOneOrderOfContoursToo) {
 }
 
 // Beyond 1e14 no pass finds anything: such fill comes last, as it was.
+// Splicing draws nothing.
+TEST(OrderedTravel, OnlyAnOrderByChanceSeedsTheDraws) {
+    auto const drawn = [](unsigned seed) {
+        std::srand(seed);
+        return std::rand();
+    };
+    int const ofHost = drawn(5);
+    int const ofOrder = drawn(9);
+    ASSERT_NE(ofHost, ofOrder);
+    for (NextPath const contours : {NextPath::kNearest, NextPath::kFarthest, NextPath::kRandom}) {
+        for (NextPath const fill : {NextPath::kNearest, NextPath::kFarthest, NextPath::kRandom}) {
+            for (bool const splice : {false, true}) {
+                OrderSettings settings;
+                settings.contours = contours;
+                settings.fill = fill;
+                settings.splice = splice;
+                settings.seed = 9;
+                std::srand(5);
+                PathOrder const order(settings);
+                bool const chance = contours == NextPath::kRandom || fill == NextPath::kRandom;
+                EXPECT_EQ(std::rand(), chance && !splice ? ofOrder : ofHost);
+            }
+        }
+    }
+}
+
 TEST(OrderedTravel, FillThatIsTooFarAwayComesLast) {
     PathOrder order;
     Layer layer;

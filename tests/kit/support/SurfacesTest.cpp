@@ -100,6 +100,43 @@ TEST(SupportLimits, APartWithoutFacetsNeedsNothing) {
     EXPECT_TRUE(none.Solids().empty());
 }
 
+// What has nothing to do is done before anybody could stop it.
+TEST(SupportLimits, APartWithoutFacetsIsNotStopped) {
+    SupportSettings settings;
+    settings.progress = [](double) { return false; };
+    EXPECT_NO_THROW(Supports(Part(), settings));
+}
+
+TEST(SupportLimits, AStopIsHeardAfterEachFifthOfTheWay) {
+    Part const part = PartOf(shapes::Moved(shapes::Cube(4.0f), 0, 0, 5.0f));
+    std::vector<double> shares;
+    SupportSettings settings;
+    settings.progress = [&shares](double share) {
+        shares.push_back(share);
+        return true;
+    };
+    Supports const supports(part, settings);
+    ASSERT_FALSE(shares.empty());
+    EXPECT_EQ(shares.back(), 1.0);
+    double before = 0.0;
+    for (double const share : shares) {
+        EXPECT_GT(share, before);
+        EXPECT_LT(share - before, 0.21);
+        before = share;
+    }
+    for (std::size_t n = 1; n <= shares.size(); ++n) {
+        std::size_t told = 0;
+        settings.progress = [&told, n](double) { return ++told < n; };
+        try {
+            Supports const stopped(part, settings);
+            ADD_FAILURE() << n;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kCancelled);
+        }
+        EXPECT_EQ(told, n);
+    }
+}
+
 // Two boards at different heights beside a cube on the plate.
 TEST(SupportLimits, SolidsDownToThePlateAreOfWantedRegionsAlone) {
     shapes::Mesh mesh = shapes::Cube(10.0f);
