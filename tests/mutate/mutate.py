@@ -224,7 +224,9 @@ def listed(path):
         if len(numbers) < nth:
             print(f"no such line: {entry['file']}: {entry['line']}", flush=True)
             continue
-        found.append(Mutant(entry["file"], numbers[nth - 1], "chosen", lines[numbers[nth - 1] - 1], entry["becomes"]))
+        line = lines[numbers[nth - 1] - 1]
+        indent = line[: len(line) - len(line.lstrip())] if entry["becomes"] else ""
+        found.append(Mutant(entry["file"], numbers[nth - 1], "chosen", line, indent + entry["becomes"].lstrip()))
     return found
 
 

@@ -179,9 +179,15 @@ def change_of(line, becomes):
 
 def piece_of(code, line, mutant, before, behind):
     """The piece of the line that is another expression in the mutant, or None where the whole line is another."""
-    if mutant.kind in ("statement", "early return", "guard"):
+    if mutant.kind in ("statement", "early return", "guard") or mutant.becomes.strip() in ("", ";", "return;"):
+        return None
+    if mutant.kind == "chosen" and re.match(r"\s*(if|for|while) \(.*;$", line):
         return None
     begin, end = change_of(line, mutant.becomes)
+    while begin > 0 and code[begin - 1] == "\x00":
+        begin -= 1  # a literal goes as a whole
+    while end < len(code) and code[end] == "\x00":
+        end += 1
     if mutant.kind in ("constant", "chosen"):
         while begin > 0 and re.match(r"[\w.]", code[begin - 1]):
             begin -= 1

@@ -155,6 +155,14 @@ row '^  points +112, read back 112$'
 row '^  strokes of fill +0, read back 0$'
 row '^  largest difference, mm +0$'
 
+# One path whose line some readers would take for two.
+{ printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$LAYERS/1\n$$HEADEREND\n$$GEOMETRYSTART\n$$LAYER/1\n$$POLYLINE/1,1,2001'
+  awk 'BEGIN { for (i = 0; i < 2000; ++i) printf ",%d,%d", i, i % 2; print ",0,0" }' && echo '$$GEOMETRYEND'; } >long.cli
+expect 0 "$varnet" convert long.cli long_text.cli --mode ascii
+says 'long_text\.cli: 1 paths have lines of over 10,239 characters'
+expect 0 "$varnet" convert long.cli long_binary.cli --mode binary
+[ ! -s err ] || fail "a warning of lines in a binary file"
+
 # A pyramid cut in the middle of each of 400 layers: of its volume V, a quarter of V / 400^2 is missing. A facet that lies
 # flat has no layer. A facet without area and one that is not there alone count as healed.
 mkdir parts

@@ -204,6 +204,8 @@ TEST(PictureOfLayers, PanelsStandSideBySide) {
 
 TEST(PictureOfLayers, NothingAndTheWorstComeThrough) {
     ExpectSoundSvg(PictureOf(Layer(), "empty"));
+    EXPECT_EQ(CountOf(PictureOf(Layer(), "empty"), ">0.5 mm<"), 1u)
+        << "a square of a millimetre, half of it for the bar";
     ExpectSoundSvg(PictureOf(std::span<PicturePanel const>()));
     std::vector<PicturePanel> const missing{{"no layer", nullptr}};
     ExpectSoundSvg(PictureOf(missing));

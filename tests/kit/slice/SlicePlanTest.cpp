@@ -96,6 +96,14 @@ TEST(PlanFor, LayersAreCountedUpToAMillion) {
     EXPECT_EQ(PlanFor(Box({0, 0, 0}, {1, 1, 1e-9}), settings).heights.count, 1);
     EXPECT_FALSE(IsPlanned(Box({0, 0, 0}, {1, 1, 0}), settings));
     EXPECT_FALSE(IsPlanned(PlanMeasures(), settings));
+    settings.layer = 1e-6;
+    try {
+        PlanFor(Box({0, 0, -5}, {1, 1, 5}), settings);
+        ADD_FAILURE() << "ten million layers";
+    } catch (Error const& error) {
+        EXPECT_NE(std::string(error.what()).find("have to be 1e-05 mm or more"), std::string::npos)
+            << error.what();
+    }
 }
 
 TEST(PlanFor, FillLinesAreCountedAcrossAndFromTheOrigin) {
