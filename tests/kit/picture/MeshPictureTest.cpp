@@ -171,6 +171,41 @@ TEST(MeshPicture, AFacetOverNoPixelIsNotDrawn) {
     EXPECT_EQ(Picture({{larger, {{0, 1, 2}, {3, 4, 5}}, 0xFF0000}}).colors.size(), 2u);
 }
 
+// Long facets a fifth of a pixel high, or wide, between the middles of pixels and over them. A pixel is a
+// 900th of the 640 units of the longer side.
+TEST(MeshPicture, AFacetBetweenTheMiddlesOfPixelsIsNotDrawn) {
+    constexpr double kPixel = 640.0 / 900;
+    std::vector<Point3> const base{{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
+    std::array<double, 6> const at = Picture({{base, {{0, 1, 2}}, 0xFF0000}}).facets[0];
+    double const bx = at[2] - at[0], by = at[3] - at[1], cx = at[4] - at[0], cy = at[5] - at[1];
+    // What lies at a place of the picture, in the plane of the large facet.
+    auto const under = [&](double x, double y) {
+        double const u = ((x - at[0]) * cy - (y - at[1]) * cx) / (bx * cy - by * cx);
+        double const v = ((y - at[1]) * bx - (x - at[0]) * by) / (bx * cy - by * cx);
+        return Point3{100 * u, 100 * v, 0};
+    };
+    double const middleX = std::floor((at[0] + at[2] + at[4]) / 3 / kPixel) * kPixel;
+    double const middleY = std::floor((at[1] + at[3] + at[5]) / 3 / kPixel) * kPixel;
+    for (bool const isHigh : {false, true}) {
+        for (double const offset : {0.0, 0.25, 0.5, 0.75}) {
+            double const low = (offset - 0.1) * kPixel;
+            double const high = (offset + 0.1) * kPixel;
+            auto const place = [&](double along, double across) {
+                return isHigh ? under(middleX + across, middleY + along)
+                              : under(middleX + along, middleY + across);
+            };
+            std::vector<Point3> points = base;
+            for (Point3 const& p : {place(0, low), place(30, low), place(0, high)}) points.push_back(p);
+            Point3 const& a = points[3];
+            bool const isTurned =
+                (points[4].x - a.x) * (points[5].y - a.y) < (points[4].y - a.y) * (points[5].x - a.x);
+            if (isTurned) std::swap(points[4], points[5]);
+            Drawn const drawn = Picture({{points, {{0, 1, 2}, {3, 4, 5}}, 0xFF0000}});
+            EXPECT_EQ(drawn.facets.size(), offset == 0.5 ? 2u : 1u) << offset << (isHigh ? " high" : " wide");
+        }
+    }
+}
+
 // Two facets that meet in an edge along y, the second one bent down from the first.
 TEST(MeshPicture, AnEdgeIsDrawnFrom25DegreesOn) {
     auto const lines = [](double degrees) {
