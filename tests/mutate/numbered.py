@@ -18,7 +18,6 @@ import json
 import os
 import pathlib
 import pickle
-import random
 import re
 import resource
 import shutil
