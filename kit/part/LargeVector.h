@@ -54,7 +54,7 @@ template <class T>
 using LargeVector = std::vector<T, LargeAllocator<T>>;
 
 /// Brings the memory at the address into the processor's cache.
-inline void Prefetch([[maybe_unused]] void const* address) {
+inline void BringNear([[maybe_unused]] void const* address) {
 #if defined(__GNUC__)
     __builtin_prefetch(address);
 #endif

@@ -28,7 +28,7 @@ public:
     explicit Hashes(std::size_t points)
         : m_Slots(std::bit_ceil(std::max(kGroup, kSlotsPerPoint * points)), 0), m_Mask(m_Slots.size() - 1) {}
 
-    void BringNear(std::uint64_t hash) const { Prefetch(&m_Slots[hash & m_Mask]); }
+    void BringNear(std::uint64_t hash) const { varnet::BringNear(&m_Slots[hash & m_Mask]); }
     /// False when the hash is there, or no place for it is found.
     bool Add(std::uint64_t hash) {
         std::uint32_t const mark = static_cast<std::uint32_t>(hash >> 32) | 1;

@@ -38,11 +38,11 @@ void Welder::Add(std::span<Point3 const> points, std::int32_t* numbers) {
         std::size_t const count = std::min(kGroup, points.size() - first);
         for (std::size_t i = 0; i < count; ++i) {
             hashes[i] = ShortHashOf(points[first + i]);
-            Prefetch(&m_Slots[hashes[i] & m_Mask]);
+            BringNear(&m_Slots[hashes[i] & m_Mask]);
         }
         for (std::size_t i = 0; i < count; ++i) {
             std::uint64_t const slot = m_Slots[hashes[i] & m_Mask];
-            if (slot != 0) Prefetch(m_Points.data() + (static_cast<std::uint32_t>(slot) - 1));
+            if (slot != 0) BringNear(m_Points.data() + (static_cast<std::uint32_t>(slot) - 1));
         }
         for (std::size_t i = 0; i < count; ++i) numbers[first + i] = Find(points[first + i], hashes[i]);
     }

@@ -114,10 +114,10 @@ void CutSweep::TakeUp(FacetBatch const& batch, int number) {
     auto const& [facets, triangles, points] = batch;
     m_Points = points;
     for (std::size_t i = 0; i < facets.size(); ++i) {
-        if (i + kTrianglesAhead < facets.size()) Prefetch(&triangles[facets[i + kTrianglesAhead]]);
+        if (i + kTrianglesAhead < facets.size()) BringNear(&triangles[facets[i + kTrianglesAhead]]);
         if (i + kPointsAhead < facets.size()) {
             for (std::int32_t const corner : triangles[facets[i + kPointsAhead]]) {
-                Prefetch(&points[Index(corner)]);
+                BringNear(&points[Index(corner)]);
             }
         }
         Activate(triangles[facets[i]], number);
