@@ -559,10 +559,10 @@ TEST(ReadPart, APlainCsmOfNoFacetsIsWholeAndHoldsNone) {
 
 TEST(ReadPart, ABinaryFileThatBecomesShorterMeanwhileIsRefused) {
     TestFolder const folder;
-    PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
     IntakeSettings const settings;
     IntakeReport report;
     for (std::uintmax_t const size : {684u, 683u, 84u}) {
+        PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
         InputFile file(folder / "a.stl");
         std::filesystem::resize_file(folder / "a.stl", size);
         Reading reading{file, settings, report, Pace::None()};
@@ -572,7 +572,6 @@ TEST(ReadPart, ABinaryFileThatBecomesShorterMeanwhileIsRefused) {
         }
         // Its size is what it was when it was opened.
         EXPECT_THROW(ReadBinaryStl(reading, 80), Error);
-        PartOf(shapes::Cube(2.0f)).Write(folder / "a.stl");
     }
 }
 
