@@ -77,6 +77,27 @@ TEST_P(JoinTest, ShardsAreTheBytesOfTheWhole) {
     }
 }
 
+// Each input counts as much as any other; the layers of a binary one are copied at once.
+TEST_P(JoinTest, TellsTheShareOfTheInputsThatAreDone) {
+    std::vector<fs::path> const inputs = {Shard("a.cli", 1, 2, 6, GetParam()),
+                                          Shard("b.cli", 3, 6, 6, GetParam())};
+    std::vector<double> shares;
+    Progress const all = [&shares](double share) {
+        shares.push_back(share);
+        return true;
+    };
+    EXPECT_EQ(6, JoinSliceFiles(inputs, folder / "whole.cli", all).layers);
+    std::vector<double> const expected = GetParam() == SliceMode::kText
+                                             ? std::vector<double>{0.25, 0.5, 0.625, 0.75, 0.875, 1.0}
+                                             : std::vector<double>{0.5, 1.0};
+    EXPECT_EQ(shares, expected);
+    int calls = 0;
+    std::string const refusal =
+        RefusalOf(inputs, ErrorKind::kCancelled, [&calls](double) { return ++calls < 2; });
+    EXPECT_EQ((folder / "joined.cli").string() + ": joining was stopped", refusal);
+    EXPECT_EQ(2, calls);
+}
+
 TEST_P(JoinTest, FilesWithoutARangeAreHeldAgainstTheirHeights) {
     std::vector<fs::path> const inputs{Shard("a.cli", 1, 4, std::nullopt, GetParam()),
                                        Shard("b.cli", 5, 9, std::nullopt, GetParam())};

@@ -274,6 +274,31 @@ TEST_F(SliceHeaderTest, ReadingTextCanBeStoppedEvery1024Lines) {
     EXPECT_NE(ErrorOf(ErrorKind::kCancelled, settings), "") << "what is stopped is not read in part";
 }
 
+TEST_F(SliceHeaderTest, ReadingBinaryTellsItsShareEvery4096Commands) {
+    constexpr std::size_t kBytes = 4;  // of a layer by its short word
+    std::string layers;
+    for (int n = 0; n < 8193; ++n) layers += LayerAt(static_cast<char>(1 + n % 100));
+    std::string const bytes = kHead + layers;
+    Put(bytes);
+    std::vector<double> shares;
+    std::size_t goOn = 3;
+    SliceReadSettings settings;
+    settings.progress = [&](double share) {
+        shares.push_back(share);
+        return shares.size() <= goOn;
+    };
+    EXPECT_EQ(SliceFile(path, settings).LayerCount(), 8193);
+    std::vector<double> expected;
+    for (std::size_t const command : {0, 4096, 8192})
+        expected.push_back(static_cast<double>(kHead.size() + command * kBytes) /
+                           static_cast<double>(bytes.size()));
+    EXPECT_EQ(shares, expected);
+    shares.clear();
+    goOn = 1;
+    EXPECT_NE(ErrorOf(ErrorKind::kCancelled, settings).find("reading was stopped"), std::string::npos);
+    EXPECT_EQ(shares.size(), 2u);
+}
+
 // The bytes of a layer are read again when it is asked for.
 TEST_F(SliceHeaderTest, AFileThatChangesWhileItIsOpenIsAnErrorWithItsPlace) {
     auto const change = [this](std::size_t place, char c) {
