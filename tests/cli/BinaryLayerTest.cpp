@@ -271,6 +271,30 @@ TEST(DisguisedLayer, ALayerIsWrittenToTheByteWithTheDrawsInTheirOrder) {
     EXPECT_EQ(BytesOf(layer, 3), std::string(expected));
 }
 
+// The sum is rounded once. A little below half way between two floats of twice the size, a number that became
+// a float first would come to lie on the half way itself, and go up from there.
+TEST(DisguisedLayer, TheSumOfANumberAndItsOffsetIsRoundedOnce) {
+    Draws draws(43);
+    int const nLayer = draws.Next() % 111;
+    for (int i = 0; i < nLayer; ++i) draws.Next();
+    int const k = draws.Next() % 111;
+    ASSERT_GT(k, 0);
+    int nPower = 0;
+    while (2 << nPower <= k) ++nPower;
+    double const d = std::ldexp(1.0 + 3 * 0x1p-23 - 0x1p-40, nPower);
+    float const once = static_cast<float>(d + k);
+    ASSERT_NE(once, static_cast<float>(d) + static_cast<float>(k));
+    CLayer layer;
+    Give(layer, Hatch({{{d, 0}, {0, d}}}, 7));
+    SliceBytes expected;
+    expected.Short({k * 245 + 3})
+        .Long({7, 1})
+        .Float({once, static_cast<float>(k), static_cast<float>(k), once});
+    std::srand(43);
+    std::string const bytes = BytesOf(layer, 3);
+    EXPECT_EQ(bytes.substr(static_cast<std::size_t>(2 + 4 + nLayer)), std::string(expected));
+}
+
 TEST(DisguisedLayer, CommandsAreReadScaledThenLowered) {
     CLayer layer;
     layer.m_dUnits = 0.5;

@@ -180,6 +180,20 @@ TEST(STLModel, ReleasingANewModelDoesNothing) {
     EXPECT_EQ(7.0, model.m_dArea);
 }
 
+// A vertex that came with no facet, as of one that was refused, goes as well.
+TEST(STLModel, ReleasingAModelOfVerticesAloneEmptiesIt) {
+    CSTLModel model;
+    CPoint3D point(1, 2, 3);
+    model.m_VertexTree.AddNode(point);
+    model.m_Status.m_nExtra = 5;
+    model.ReleaseAllFacet();
+    EXPECT_EQ(nullptr, model.m_VertexTree.m_pRoot);
+    EXPECT_EQ(0u, model.m_VertexTree.m_nCount);
+    EXPECT_EQ(0, model.m_VertexTree.m_BoundBox.IsValid());
+    EXPECT_EQ(0, model.m_Status.m_nExtra);
+    ASSERT_EQ(1, model.m_SurfaceArray.m_aSurface.m_nSize);
+}
+
 TEST(STLModel, ReleasingEmptiesTheModelButKeepsMeasuresSupportAndSolids) {
     int nEdges = 0;
     int nModels = 0;

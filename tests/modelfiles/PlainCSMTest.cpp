@@ -217,6 +217,20 @@ TEST(PlainCSM, ShortRecordKeepsTheBytesOfTheRecordBefore) {
     EXPECT_EQ(0, first.GetFacetsNum());
 }
 
+// So of a count: what is missing of it is zero. Without a byte there is none.
+TEST(PlainCSM, ShortCountIsTakenWithZeros) {
+    auto const result = [](std::string const& bytes) {
+        CSTLModel model;
+        return Read(model, bytes);
+    };
+    EXPECT_EQ(0, result(Start(0)));
+    for (std::size_t n = 1; n <= 4; ++n) {
+        EXPECT_EQ(1, result(std::string(Start(0)) + std::string(n, '\0'))) << n;
+        EXPECT_EQ(0, result(std::string(Start(0)) + '\1' + std::string(n - 1, '\0'))) << n;
+    }
+    EXPECT_EQ(1, result(std::string(Start(0)) + std::string("\0\0\0\xFF", 4))) << "below 0";
+}
+
 TEST(PlainCSM, EveryTruncationGivesZeroUnlessTheLastFacetHasBegun) {
     CSTLModel model;
     AddTetrahedron(model);

@@ -65,6 +65,27 @@ TEST(LoopSlabs, AgreeWithTheWalkOnRings) {
     }
 }
 
+// Points of a ring up to a gap, whose last one has the x or the y of the first.
+TEST(LoopSlabs, AgreeWithTheWalkOnRingsThatDoNotClose) {
+    Lattice random(55);
+    for (int i = 0; i < 200; ++i) {
+        Places places;
+        double const dStart = random.Real(0, 6.28);
+        double const dWay = random.Real(1, 6);
+        int const nCorners = 40 + i;
+        for (int n = 0; n < nCorners; ++n) {
+            double const dAngle = dStart + dWay * n / nCorners;
+            places.emplace_back(6 + 6 * std::cos(dAngle), 6 + 6 * std::sin(dAngle));
+        }
+        double const dBesides = random.Real(-2, 14);
+        places.push_back(i % 2 == 0 ? Place(places[0].first, dBesides) : Place(dBesides, places[0].second));
+        LoopPtr const pLoop = ClosedLoop(places);
+        pLoop->m_pPointList->RemoveTail();
+        ExpectSameAsWalk(*pLoop, random);
+        if (HasFailure()) FAIL() << i;
+    }
+}
+
 TEST(LoopSlabs, AgreeWithTheWalkOnATallComb) {
     Lattice random(53);
     Places places = {{12, -1}, {0, -1}};
