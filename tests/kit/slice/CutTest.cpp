@@ -155,6 +155,48 @@ TEST(CutSweep, SegmentsOfOneKindThatAreLeftOverAreJoinedTwoByTwo) {
     EXPECT_EQ(four.Cut(), (Found{{{1, 1}, {0, 0}, {1, 0}}, {{0, 1}, {0, 0}, {-1, 1}}}));
 }
 
+// Both segments leave the edge they share, so that the path runs against one of them.
+TEST(CutSweep, APathWhoseSegmentsContradictEachOtherRunsAsTheLongerPartOfItDoes) {
+    auto const cutOf = [](double first, double second) {
+        Sheaf sheaf;
+        sheaf.Leaving({first, 0});
+        sheaf.Leaving({0, second});
+        return sheaf.Cut();
+    };
+    EXPECT_EQ(cutOf(1, 2), (Found{{{1, 0}, {0, 0}, {0, 2}}}));
+    EXPECT_EQ(cutOf(2, 1), (Found{{{0, 1}, {0, 0}, {2, 0}}}));
+    EXPECT_EQ(cutOf(1, 1), (Found{{{1, 0}, {0, 0}, {0, 1}}})) << "as it was found, if there is no longer one";
+    auto const arrivingAt = [](double first, double second) {
+        Sheaf sheaf;
+        sheaf.Arriving({first, 0});
+        sheaf.Arriving({0, second});
+        return sheaf.Cut();
+    };
+    EXPECT_EQ(arrivingAt(2, 1), (Found{{{2, 0}, {0, 0}, {0, 1}}}));
+    EXPECT_EQ(arrivingAt(1, 2), (Found{{{0, 2}, {0, 0}, {1, 0}}}));
+    EXPECT_EQ(arrivingAt(1, 1), (Found{{{1, 0}, {0, 0}, {0, 1}}}));
+}
+
+// A tetrahedron has three facets at half its height: its cut has half the sides of the floor.
+TEST(CutSweep, ATriangleIsAContour) {
+    std::vector<Point3> const points = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {0, 0, 1}};
+    for (bool const isTurned : {false, true}) {
+        std::vector<Triangle> triangles = {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}};
+        if (isTurned) {
+            for (Triangle& t : triangles) std::swap(t[1], t[2]);
+        }
+        Pulse pulse;
+        FacetIndex const index({points, triangles, isTurned, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+        Paths paths;
+        CutSweep(index).Cut(1, paths, pulse);
+        ASSERT_EQ(paths.Count(), 1u);
+        EXPECT_EQ(paths.closed[0], 1);
+        std::vector<Point2> path(paths.At(0).begin(), paths.At(0).end());
+        std::rotate(path.begin(), std::find(path.begin(), path.end(), Point2{0, 0}), path.end());
+        EXPECT_EQ(path, (std::vector<Point2>{{0, 0}, {2, 0}, {0, 2}}));
+    }
+}
+
 // The walls between an outline at z = 0 and the same at z = 1, cut half way.
 Found CutOfWalls(std::vector<Point2> const& outline) {
     std::vector<Point3> points;
