@@ -385,6 +385,29 @@ TEST(Repair, ProgressStaysWithinItsBoundsAndEndsAtOne) {
     }
 }
 
+TEST(Repair, BodiesWithoutVolumeAreNotTurned) {
+    RepairSettings outward;
+    outward.outward = true;
+    // Two facets back to back, and a cube that is turned, which alone counts.
+    for (bool const hasCube : {false, true}) {
+        Soup soup = hasCube ? SoupOf(shapes::InsideOut(shapes::Cube(10.0f))) : Soup();
+        auto const first = static_cast<std::int32_t>(soup.points.size());
+        for (Point3 const& p : {Point3{50, 0, 0}, Point3{60, 0, 0}, Point3{50, 10, 0}})
+            soup.points.push_back(p);
+        soup.triangles.push_back({first, first + 1, first + 2});
+        soup.triangles.push_back({first, first + 2, first + 1});
+        Part part(soup.points, soup.triangles);
+        std::vector<Corners> const before = FacetsOf(part);
+        RepairReport const report = part.Repair(outward);
+        EXPECT_EQ(report.bodiesTurned, hasCube ? 1 : 0);
+        EXPECT_EQ(report.openEdgesAfter, 0);
+        std::vector<Corners> const after = FacetsOf(part);
+        ASSERT_EQ(after.size(), before.size());
+        EXPECT_TRUE(std::equal(after.end() - 2, after.end(), before.end() - 2));
+        EXPECT_NEAR(part.Measures().volume, hasCube ? 1000.0 : 0.0, 1e-9);
+    }
+}
+
 TEST(Repair, HolesThatNobodyAskedToFillAreNotCounted) {
     Part part = PartOf(shapes::Without(shapes::Cube(10.0f), 0, 2));
     RepairReport const report = part.Repair();

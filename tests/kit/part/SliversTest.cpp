@@ -438,6 +438,29 @@ TEST(Slivers, AFacetWithTheLeastDoubledAreaIsNoneAndOneWithMoreStays) {
     }
 }
 
+// A small facet is a sliver up to a height of a hundred thousandth of its longest edge, or of a few roundings
+// of its coordinates; a higher one is small.
+TEST(Slivers, AFacetOfNextToNoAreaIsASliverUpToAHeight) {
+    auto const isSliver = [](double right, double width, double height) {
+        FlatMesh mesh;
+        EdgeTable edges;
+        mesh.points = {{right - width, 0, 0}, {right, 0, 0}, {right - width / 2, height, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        SliverCounts const counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.stuck, 0);
+        EXPECT_EQ(counts.turned + counts.small, 1);
+        EXPECT_EQ(mesh.triangles.size(), counts.small == 1 ? 1u : 0u);
+        return counts.turned == 1;
+    };
+    double const width = 1.0 / 512;
+    EXPECT_TRUE(isSliver(0, width, 1e-5 * width));
+    EXPECT_FALSE(isSliver(0, width, std::nextafter(1e-5 * width, 1.0)));
+    // Four roundings of floats up to 8 are half of 2^-17.
+    double const rounding = 8.0 * 4.0 / (1 << 23);
+    EXPECT_TRUE(isSliver(8, 1.0 / (1 << 16), rounding));
+    EXPECT_FALSE(isSliver(8, 1.0 / (1 << 16), std::nextafter(rounding, 1.0)));
+}
+
 // A sliver that cannot be turned, with an edge of no length: as short as a millionth of its longest edge, or
 // as a few roundings of its coordinates.
 TEST(Slivers, CornersAreJoinedUpToTheLengthThatIsNone) {
