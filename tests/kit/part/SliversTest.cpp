@@ -509,5 +509,38 @@ TEST(Slivers, JoiningCornersLeavesOtherFacetsAsTheyAre) {
     }
 }
 
+// Whichever of its edges has no length: other facets at the corner that goes get the one that stays, which is
+// the one with the lower number.
+TEST(Slivers, OfTheCornersThatAreJoinedTheFirstStays) {
+    for (bool const isLast : {false, true}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            FlatMesh mesh;
+            EdgeTable edges;
+            // Of 0, 1 and 2 the last two are as good as one, or the first two.
+            mesh.points = {{isLast ? -10.0 : 1e-12, 0, 0},
+                           {0, 0, 0},
+                           {isLast ? 1e-12 : 10.0, 0, 0},
+                           {0, 5, 0},
+                           {0, -7, 3},
+                           {1, -7, 3},
+                           {2, -7, 3},
+                           {3, -7, 3}};
+            Triangle sliver = isLast ? Triangle{0, 2, 1} : Triangle{1, 2, 0};
+            std::rotate(sliver.begin(), sliver.begin() + turn, sliver.end());
+            Triangle const onFirst = isLast ? Triangle{0, 1, 3} : Triangle{1, 0, 3};
+            Triangle const onSecond = isLast ? Triangle{1, 2, 3} : Triangle{0, 2, 3};
+            mesh.triangles = {onFirst, sliver, onSecond, {0, 4, 5}, {1, 5, 6}, {2, 6, 7}};
+            SliverCounts const counts = TakeOutOf(mesh, edges);
+            EXPECT_EQ(counts.turned, 2);
+            EXPECT_EQ(counts.stuck, 0);
+            std::vector<Triangle> const expected =
+                isLast ? std::vector<Triangle>{{0, 1, 3}, {0, 4, 5}, {1, 5, 6}, {1, 6, 7}}
+                       : std::vector<Triangle>{{0, 2, 3}, {0, 4, 5}, {0, 5, 6}, {2, 6, 7}};
+            EXPECT_EQ(std::vector<Triangle>(mesh.triangles.begin(), mesh.triangles.end()), expected)
+                << isLast << ' ' << turn;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace varnet
