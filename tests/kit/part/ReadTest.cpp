@@ -594,6 +594,14 @@ TEST(ReadPart, AFacetOfTheTextThatIsNotEndedIsLostWhereTheNextOneBegins) {
     EXPECT_EQ(notes(begin + begin + three + end + begin + end, 1), "");
     EXPECT_EQ(notes(begin + begin + two + end + begin + three + end, 1),
               "1 facet of 2 could not be read, the first in line 3");
+    // The first that is lost is named, and not one before it that is none.
+    EXPECT_EQ(notes(begin + end + begin + two + end + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 4");
+    // The last one, by its second corner or by its first.
+    EXPECT_EQ(notes(begin + three + end + begin + two, 1),
+              "1 facet of 2 could not be read, the first in line 7");
+    EXPECT_EQ(notes(begin + three + end + begin + "vertex x 0 0\n", 1),
+              "1 facet of 2 could not be read, the first in line 7");
     // Four corners at places that are told from each other, and at none.
     for (std::string const fourth : {"vertex 1 1 0\n", "vertex 0 0 0\n", "vertex 1e-300 1e300 7\n"}) {
         EXPECT_EQ(notes(begin + three + end + begin + three + fourth + end + begin + two + end, 1),

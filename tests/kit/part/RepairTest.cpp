@@ -85,6 +85,30 @@ TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
     EXPECT_LT(other.Measures().volume, 0.0);
 }
 
+// The areas count where the numbers are equal alone.
+TEST(Repair, TheSideOfMoreFacetsWinsHoweverSmallTheyAre) {
+    for (bool const isFirst : {true, false}) {
+        Soup soup;
+        soup.points = {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {5, -0.1, 0}, {5.1, 5.1, 0}};
+        // A large facet that is turned, and two small ones on its sides.
+        std::vector<Triangle> const small = {{1, 0, 3}, {2, 1, 4}};
+        soup.triangles = small;
+        soup.triangles.insert(isFirst ? soup.triangles.begin() : soup.triangles.end(), Triangle{0, 2, 1});
+        Part part(soup.points, soup.triangles);
+        ASSERT_EQ(part.Triangles().size(), 3u);
+        RepairReport const report = part.Repair();
+        EXPECT_EQ(report.turned, 1);
+        EXPECT_EQ(report.openEdgesAfter, 5);
+        for (std::size_t i = 0; i < 3; ++i) {
+            Triangle const& t = part.Triangles()[i];
+            Point3 const& a = part.Points()[static_cast<std::size_t>(t[0])];
+            Point3 const& b = part.Points()[static_cast<std::size_t>(t[1])];
+            Point3 const& c = part.Points()[static_cast<std::size_t>(t[2])];
+            EXPECT_GT((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x), 0.0) << i;
+        }
+    }
+}
+
 TEST(Repair, OfTwoSidesOfAsManyFacetsTheLargerOneWins) {
     for (double const below : {0.5, 0.99, 1.01, 3.0}) {
         Soup soup;

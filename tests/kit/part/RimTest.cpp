@@ -262,5 +262,30 @@ TEST_F(RimTest, AFacetWithoutAreaIsNotHarmedByAMove) {
     }
 }
 
+// A corner that is not on the rim stands in front, in the middle or behind.
+TEST_F(RimTest, AFacetWithACornerOffTheRimLosesNoneOfTheOthers) {
+    for (bool const isNear : {true, false}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            mesh.points = {{0, 0, 0}, {isNear ? 0.01 : 0.2, 0, 0}, {0, 5, 0}, {0.005, 1, 1}};
+            mesh.triangles = {{0, 1, 3}, {1, 2, 3}, {2, 0, 3}};
+            std::rotate(mesh.triangles[0].begin(), mesh.triangles[0].begin() + turn, mesh.triangles[0].end());
+            EXPECT_TRUE(Try(0.1).joined.empty()) << turn;
+            // Without that facet the two are joined, and nothing else of them.
+            mesh.triangles.erase(mesh.triangles.begin());
+            EXPECT_EQ(Try(0.1).joined.size(), isNear ? 1u : 0u);
+        }
+    }
+}
+
+// It has no area to lose, and yet needs three corners.
+TEST_F(RimTest, AFacetWithoutAreaLosesNoCorner) {
+    for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+        mesh.points = {{0, 0, 0}, {0.01, 0, 0}, {5, 0, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        std::rotate(mesh.triangles[0].begin(), mesh.triangles[0].begin() + turn, mesh.triangles[0].end());
+        EXPECT_TRUE(Try(0.1).joined.empty()) << turn;
+    }
+}
+
 }  // namespace
 }  // namespace varnet

@@ -281,5 +281,21 @@ TEST(CutSweep, WhatIsCutInAPointOfAContourAddsNoneToIt) {
     }
 }
 
+// To the bit: what is added up on the way from the lower vertex would be another number.
+TEST(CutSweep, AnEdgeThatEndsAtTheCutIsCutInItsUpperVertex) {
+    double const tiny = 1e-20;
+    std::vector<Point3> const points = {{0.3, 0.7, 0}, {tiny, 3 * tiny, 0.5}, {5, tiny, 0.5}};
+    ASSERT_NE(points[0].x + (points[1].x - points[0].x), points[1].x);
+    std::vector<Triangle> const triangles = {{0, 1, 2}};
+    Pulse pulse;
+    FacetIndex const index({points, triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+    Paths paths;
+    CutSweep(index).Cut(1, paths, pulse);
+    ASSERT_EQ(paths.Count(), 1u);
+    std::vector<Point2> path(paths.At(0).begin(), paths.At(0).end());
+    if (path.front().x > 1) std::reverse(path.begin(), path.end());
+    EXPECT_EQ(path, (std::vector<Point2>{{tiny, 3 * tiny}, {5, tiny}}));
+}
+
 }  // namespace
 }  // namespace varnet
