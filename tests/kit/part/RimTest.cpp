@@ -287,5 +287,60 @@ TEST_F(RimTest, AFacetWithoutAreaLosesNoCorner) {
     }
 }
 
+// A notch of the rim between two points in the middle of a surface: a facet has but this corner on the rim.
+TEST_F(RimTest, AFacetWithOneCornerOnTheRimIsNotTurnedOver) {
+    for (double const y : {0.005, 0.02}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            // The point that the notch is near to, with a facet of its own; the notch; the rim; the middle.
+            mesh.points = {{0, y, 0},  {0, 3, 9}, {1, 3, 9},  {0, 0, 0},     {-5, -5, 0},
+                           {-5, 5, 0}, {5, 5, 0}, {5, -5, 0}, {-1, 0.01, 0}, {1, 0.01, 0}};
+            mesh.triangles = {{0, 1, 2}, {3, 9, 8}, {3, 8, 4}, {8, 5, 4},
+                              {8, 9, 5}, {9, 6, 5}, {9, 7, 6}, {9, 3, 7}};
+            std::rotate(mesh.triangles[1].begin(), mesh.triangles[1].begin() + turn, mesh.triangles[1].end());
+            std::vector<std::pair<std::int32_t, std::int32_t>> joined;
+            if (y < 0.01) joined.emplace_back(3, 0);
+            EXPECT_EQ(Try(0.03).joined, joined) << y << ' ' << turn;
+            EXPECT_EQ(edges.open, 8);
+        }
+    }
+}
+
+TEST_F(RimTest, AFacetAllOfWhoseCornersMoveIsNotTurnedOver) {
+    for (double const y : {0.001, -0.01}) {
+        mesh.points = {{0, 0.001, 0}, {0, 5, 5},   {0, 6, 5},   {1, 0.001, 0}, {1, 5, 5}, {1, 6, 5},
+                       {0.5, y, 0},   {0.5, 5, 9}, {0.5, 6, 9}, {0, 0, 0},     {1, 0, 0}, {0.5, 0.02, 0}};
+        mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}};
+        if (y > 0.0) mesh.points[6].y = 0.01;
+        EXPECT_EQ(Try(0.03).joined.size(), y > 0.0 ? 3u : 0u);
+    }
+}
+
+// The corner of a facet stays, as it would turn over another one; then the facet must not move with the two
+// other corners alone.
+TEST_F(RimTest, WhereOnePointStaysFacetsBesideItAreLookedAtAgain) {
+    mesh.points = {
+        {0, -0.03, 0}, {0, 5, 5},      {0, 6, 5},  // where the first corner would go
+        {1, -0.03, 0}, {1, 5, 5},      {1, 6, 5},       {0.5, -0.02, 0}, {0.5, 5, 9},
+        {0.5, 6, 9},   {0, 0, 0},      {-1, -0.012, 0}, {2, -0.021, 0},  // a facet that it would turn over
+        {1, 0, 0},     {0.5, 0.015, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 12, 13}};
+    EXPECT_EQ(Try(0.04).joined.size(), 3u);
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}, {9, 12, 13}};
+    EXPECT_TRUE(Try(0.04).joined.empty());
+}
+
+// What roundings of the coordinates leave uncertain grows with them.
+TEST_F(RimTest, PointsAreOnAnEdgeUpToARoundingOfItsCoordinates) {
+    for (double const size : {1.0 / 64, 1.0, 1024.0}) {
+        double const near = size * 4.0 / (1 << 23);
+        for (double const beside : {near, std::nextafter(near, 1e9)}) {
+            mesh.points = {
+                {0, 0, 0}, {size, 0, 0}, {size / 2, size, 0}, {size / 2, -beside, 0}, {size / 2, -size, 0}};
+            mesh.triangles = {{0, 1, 2}, {1, 3, 4}};
+            EXPECT_EQ(Try(0.0).divisions.size(), beside == near ? 1u : 0u) << size;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace varnet

@@ -542,5 +542,19 @@ TEST(Slivers, OfTheCornersThatAreJoinedTheFirstStays) {
     }
 }
 
+// A facet has no area once its corner is joined with another: the next round takes it out.
+TEST(Slivers, WhatJoiningCornersFlattensGoesToo) {
+    FlatMesh mesh;
+    EdgeTable edges;
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {9e-6, 0, 0}, {5, 5, 0}, {0, -2, 0}, {0, -4, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {2, 1, 3}, {2, 4, 5}};
+    SliverCounts const counts = TakeOutOf(mesh, edges);
+    EXPECT_EQ(counts.turned, 3);
+    EXPECT_EQ(counts.stuck + counts.small, 0);
+    ASSERT_EQ(mesh.triangles.size(), 1u);
+    EXPECT_EQ(mesh.triangles[0], (Triangle{0, 1, 3}));
+    EXPECT_EQ(edges.open, 3);
+}
+
 }  // namespace
 }  // namespace varnet

@@ -275,5 +275,27 @@ TEST(RoundSides, SheavesOfSidesAreRoundedAsSlowly) {
     }
 }
 
+// Long sides that all pass one small part of the layer, each with a part of its own in front of it and
+// behind.
+TEST(RoundSides, LongSidesThroughOneWaistAreRoundedAsSlowly) {
+    std::mt19937 random(25);
+    std::uniform_int_distribution<std::int32_t> off(-40, 40);
+    std::uniform_int_distribution<std::int32_t> along(-100000, 100000);
+    for (int run = 0; run < 4; ++run) {
+        Sides sides;
+        for (int i = 0; i < 32; ++i) {
+            // From all around, or from two sides alone.
+            std::int32_t const dx = run % 2 == 0 ? along(random) : 90000 + 20 * off(random);
+            std::int32_t const dy = run % 2 == 0 ? along(random) : along(random) / 9;
+            GridPoint const waist{20000 * (run / 2) + off(random), off(random)};
+            std::int32_t const share = 1 + i % 3;
+            GridSide const side{{waist.x - dx / share, waist.y - dy / share}, {waist.x + dx, waist.y + dy}};
+            sides.push_back(i % 2 == 0 ? side : GridSide{side.to, side.from});
+        }
+        ExpectAsRoundedSlowly(sides);
+        if (HasFatalFailure()) FAIL() << run;
+    }
+}
+
 }  // namespace
 }  // namespace varnet
