@@ -130,6 +130,25 @@ TEST(JoinNear, RandomPointsJoinThoseThatALookAtAllFinds) {
     }
 }
 
+// Cells are four tolerances wide. More lists than points that could meet in one by chance.
+TEST(JoinNear, PointsOnBothSidesOfABorderBetweenCellsAreNear) {
+    for (double Point3::*const axis : {&Point3::x, &Point3::y, &Point3::z}) {
+        for (double const way : {1.0, -1.0}) {
+            std::vector<Point3> points;
+            Joined expected;
+            for (int i = -40; i < 40; ++i) {
+                for (double const side : {-0.1, 0.1}) {
+                    Point3 p{0.3, 0.3, 0.3};
+                    p.*axis = 2.0 * i + way * side;
+                    points.push_back(p);
+                    expected.push_back(static_cast<std::int32_t>(points.size() - 1) / 2 * 2);
+                }
+            }
+            EXPECT_EQ(Join(points, 0.5), expected);
+        }
+    }
+}
+
 TEST(JoinNear, CanBeStopped) {
     Progress const progress = [](double) { return false; };
     Watch watch(progress);
