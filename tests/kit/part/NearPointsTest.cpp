@@ -144,7 +144,12 @@ TEST(JoinNear, PointsOnBothSidesOfABorderBetweenCellsAreNear) {
                     expected.push_back(static_cast<std::int32_t>(points.size() - 1) / 2 * 2);
                 }
             }
-            EXPECT_EQ(Join(points, 0.5), expected);
+            // So many others that cells above each other have lists of their own, too.
+            while (axis == &Point3::z && points.size() < 140000) {
+                expected.push_back(static_cast<std::int32_t>(points.size()));
+                points.push_back({1000.0 + static_cast<double>(points.size()), 0, 0});
+            }
+            EXPECT_TRUE(Join(points, 0.5) == expected);
         }
     }
 }
