@@ -61,7 +61,9 @@ struct IntakeReport {
 struct MeshMeasures {
     Box3 box;
     double area = 0.0;
-    double volume = 0.0;  ///< signed; above 0 when facets face outward
+    /// Signed: above 0 when the facets of a closed mesh face outward. That of an open one is measured about
+    /// the origin.
+    double volume = 0.0;
     std::int64_t openEdges = 0;
 };
 
@@ -133,12 +135,13 @@ public:
     std::span<Point3 const> Points() const { return m_Points; }
     std::span<Triangle const> Triangles() const { return m_Triangles; }
     MeshMeasures const& Measures() const { return m_Measures; }
-    /// Whether it bounds a hollow: its volume is negative, and it lies inside another body.
+    /// Whether it bounds a hollow: its facets face inward, and it lies inside another body.
     bool IsCavity() const { return m_Enclosing.has_value(); }
     /// Of a cavity the number of the body around it, the smallest of several; else nothing.
     std::optional<std::size_t> Enclosing() const { return m_Enclosing; }
-    /// Whether its volume is negative and it is no cavity.
-    bool IsInsideOut() const { return m_Measures.volume < 0.0 && !IsCavity(); }
+    /// Whether its facets face inward and it is no cavity. They do where the volume is below 0: of an open
+    /// body not the one that is measured, which depends on where it stands, but with its rims closed.
+    bool IsInsideOut() const { return m_FacesInward && !IsCavity(); }
 
     /// The body as a model of the classic kind, made on each call: with a tolerance of 0, each facet given to
     /// AddFacet in order. Of facets on the same three corners such a model holds one, or none where as many
@@ -155,6 +158,7 @@ private:
     std::span<Point3 const> m_Points;
     std::span<Triangle const> m_Triangles;
     MeshMeasures m_Measures;
+    bool m_FacesInward = false;
     std::optional<std::size_t> m_Enclosing;
 };
 

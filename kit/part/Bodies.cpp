@@ -235,4 +235,79 @@ double SureVolume(MeshMeasures const& measures) {
     return std::fabs(measures.volume) > kRounding * measures.area * extent ? measures.volume : 0.0;
 }
 
+namespace {
+
+// What hangs together by the open edges at the corners of a rim, and where its middle is.
+class Rims {
+public:
+    Rims(std::span<Triangle const> triangles, std::span<std::int32_t const> open) {
+        for (std::int32_t const edge : open) {
+            m_Corners.push_back(StartOf(triangles, edge));
+            m_Corners.push_back(EndOf(triangles, edge));
+        }
+        std::sort(m_Corners.begin(), m_Corners.end());
+        m_Corners.erase(std::unique(m_Corners.begin(), m_Corners.end()), m_Corners.end());
+        m_RimOf.resize(m_Corners.size());
+        std::iota(m_RimOf.begin(), m_RimOf.end(), 0);
+        for (std::int32_t const edge : open) {
+            std::int32_t const a = FindRoot(m_RimOf, PlaceOf(StartOf(triangles, edge)));
+            std::int32_t const b = FindRoot(m_RimOf, PlaceOf(EndOf(triangles, edge)));
+            m_RimOf[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
+        }
+    }
+
+    // The middle of the corners of each rim, at the place of the rim.
+    std::vector<Point3> Middles(std::span<Point3 const> points) {
+        std::vector<Point3> middles(m_Corners.size());
+        std::vector<double> counts(m_Corners.size());
+        for (std::size_t i = 0; i < m_Corners.size(); ++i) {
+            auto const rim = static_cast<std::size_t>(FindRoot(m_RimOf, static_cast<std::int32_t>(i)));
+            middles[rim] = middles[rim] + points[static_cast<std::size_t>(m_Corners[i])];
+            counts[rim] += 1.0;
+        }
+        for (std::size_t i = 0; i < middles.size(); ++i) {
+            if (counts[i] > 0.0) middles[i] = (1.0 / counts[i]) * middles[i];
+        }
+        return middles;
+    }
+    std::size_t RimOf(std::int32_t corner) {
+        return static_cast<std::size_t>(FindRoot(m_RimOf, PlaceOf(corner)));
+    }
+
+private:
+    std::int32_t PlaceOf(std::int32_t corner) const {
+        auto const at = std::lower_bound(m_Corners.begin(), m_Corners.end(), corner);
+        return static_cast<std::int32_t>(at - m_Corners.begin());
+    }
+
+    std::vector<std::int32_t> m_Corners;  // of all rims, in order
+    std::vector<std::int32_t> m_RimOf;    // a disjoint set of places of those
+};
+
+}  // namespace
+
+double ClosedVolume(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                    std::span<std::int32_t const> open) {
+    if (triangles.empty()) return 0.0;
+    auto const point = [points](std::int32_t i) { return points[static_cast<std::size_t>(i)]; };
+    Point3 const about = point(triangles[0][0]);
+    MeshMeasures measures;
+    auto const add = [&](Point3 const& a, Point3 const& b, Point3 const& c) {
+        Point3 const normal = Cross(b - a, c - a);
+        measures.area += Length(normal) / 2.0;
+        measures.volume += Dot(a - about, normal) / 6.0;
+    };
+    for (Triangle const& t : triangles) {
+        for (std::int32_t const corner : t) measures.box.Add(point(corner));
+        add(point(t[0]), point(t[1]), point(t[2]));
+    }
+    Rims rims(triangles, open);
+    std::vector<Point3> const middles = rims.Middles(points);
+    for (std::int32_t const edge : open) {
+        std::int32_t const start = StartOf(triangles, edge);
+        add(point(EndOf(triangles, edge)), point(start), middles[rims.RimOf(start)]);
+    }
+    return SureVolume(measures);
+}
+
 }  // namespace varnet

@@ -35,6 +35,12 @@ MeshMeasures MeasuresFrom(FacetSums const& sums, std::span<Point3 const> points,
 /// The volume, or 0 where it is no more than what rounding leaves.
 double SureVolume(MeshMeasures const& measures);
 
+/// The volume of facets with open edges, given by their numbers, if each rim were closed by facets to the
+/// middle of its corners: the same wherever the facets stand, which that about the origin is not. 0 where it
+/// is no more than what rounding leaves, as of a flat sheet.
+double ClosedVolume(std::span<Point3 const> points, std::span<Triangle const> triangles,
+                    std::span<std::int32_t const> open);
+
 /// A body as the search for what encloses it wants it.
 struct Shell {
     std::span<Point3 const> points;

@@ -117,14 +117,20 @@ std::vector<Body> Part::MakeBodies(State const& state) {
     std::vector<Body> bodies;
     bodies.reserve(static_cast<std::size_t>(labels.count));
     for (std::int32_t i = 0; i < labels.count; ++i) bodies.push_back(Body());
+    std::vector<std::vector<std::int32_t>> open(bodies.size());
+    std::vector<std::int32_t> counts(bodies.size());
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        Body& body = bodies[static_cast<std::size_t>(labels.ofFacet[i])];
-        if (labels.count > 1) body.m_OwnTriangles.push_back(mesh.triangles[i]);
-        for (std::size_t k = 0; k < 3; ++k) body.m_Measures.openEdges += edges.across[3 * i + k] < 0;
+        auto const label = static_cast<std::size_t>(labels.ofFacet[i]);
+        if (labels.count > 1) bodies[label].m_OwnTriangles.push_back(mesh.triangles[i]);
+        std::int32_t const first = 3 * counts[label]++;
+        for (std::int32_t k = 0; k < 3; ++k) {
+            if (edges.across[3 * i + static_cast<std::size_t>(k)] < 0) open[label].push_back(first + k);
+        }
     }
     std::vector<std::int32_t> numbers(labels.count > 1 ? mesh.points.size() : 0, -1);
     std::vector<Shell> shells;
-    for (Body& body : bodies) {
+    for (std::size_t n = 0; n < bodies.size(); ++n) {
+        Body& body = bodies[n];
         body.m_Points = mesh.points;
         body.m_Triangles = mesh.triangles;
         if (labels.count > 1) {
@@ -144,10 +150,13 @@ std::vector<Body> Part::MakeBodies(State const& state) {
             body.m_Points = body.m_OwnPoints;
             body.m_Triangles = body.m_OwnTriangles;
         }
-        body.m_Measures = labels.count == 1
-                              ? state.measures
-                              : Measure(body.m_Points, body.m_Triangles, body.m_Measures.openEdges);
-        shells.push_back({body.m_Points, body.m_Triangles, SureVolume(body.m_Measures)});
+        auto const openEdges = static_cast<std::int64_t>(open[n].size());
+        body.m_Measures =
+            labels.count == 1 ? state.measures : Measure(body.m_Points, body.m_Triangles, openEdges);
+        double const closed = openEdges > 0 ? ClosedVolume(body.m_Points, body.m_Triangles, open[n])
+                                            : SureVolume(body.m_Measures);
+        body.m_FacesInward = openEdges > 0 ? closed < 0.0 : body.m_Measures.volume < 0.0;
+        shells.push_back({body.m_Points, body.m_Triangles, closed});
     }
     std::vector<std::int32_t> const enclosing = FindEnclosing(shells);
     for (std::size_t i = 0; i < bodies.size(); ++i) {

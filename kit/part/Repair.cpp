@@ -123,21 +123,25 @@ std::int64_t TurnContradictions(FlatMesh& mesh, EdgeTable const& edges, Pace con
 std::int64_t TurnOutward(FlatMesh& mesh, EdgeTable const& edges) {
     BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
     std::vector<std::vector<Triangle>> triangles(static_cast<std::size_t>(labels.count));
-    std::vector<std::int64_t> open(triangles.size());
+    std::vector<std::vector<std::int32_t>> open(triangles.size());
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
         auto const body = static_cast<std::size_t>(labels.ofFacet[i]);
+        auto const first = static_cast<std::int32_t>(3 * triangles[body].size());
         triangles[body].push_back(mesh.triangles[i]);
-        for (std::size_t k = 0; k < 3; ++k) open[body] += edges.across[3 * i + k] < 0;
+        for (std::int32_t k = 0; k < 3; ++k) {
+            if (edges.across[3 * i + static_cast<std::size_t>(k)] < 0) open[body].push_back(first + k);
+        }
     }
     std::vector<Shell> shells;
     for (std::size_t i = 0; i < triangles.size(); ++i) {
-        shells.push_back(
-            {mesh.points, triangles[i], SureVolume(Measure(mesh.points, triangles[i], open[i]))});
+        shells.push_back({mesh.points, triangles[i],
+                          open[i].empty() ? SureVolume(Measure(mesh.points, triangles[i], 0))
+                                          : ClosedVolume(mesh.points, triangles[i], open[i])});
     }
     std::vector<std::int32_t> const enclosing = FindEnclosing(shells);
     std::int64_t turned = 0;
     auto const turns = [&](std::size_t i) {
-        return open[i] == 0 && shells[i].volume < 0.0 && enclosing[i] < 0;
+        return open[i].empty() && shells[i].volume < 0.0 && enclosing[i] < 0;
     };
     for (std::size_t i = 0; i < shells.size(); ++i) turned += turns(i);
     for (std::size_t i = 0; turned > 0 && i < mesh.triangles.size(); ++i) {

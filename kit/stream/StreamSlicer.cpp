@@ -32,6 +32,9 @@ constexpr double kSorted = 0.6;
 // Directed areas that add up to no more than this share of the area are those of a closed part.
 constexpr double kClosedShare = 1e-9;
 
+// Of twice the area times the extent, by which a volume of nothing may differ from 0.
+constexpr double kVolumeRounding = 1e-9;
+
 // Of what is solid in a layer, by which contours may enclose less through rounding.
 constexpr double kAreaRounding = 1e-9;
 
@@ -130,10 +133,13 @@ public:
         m_Collinear += DoubledArea(a, b, c) <= kCollinear;
     }
     std::int64_t Collinear() const { return m_Collinear; }
-    // A closed part has a volume about any point; that of an open one is measured about the origin.
+    // A closed part has a volume about any point. That of an open one is judged about the middle of its box,
+    // so that it does not depend on where the part stands; of a flat sheet, rounding alone is left.
     bool IsInsideOut() const {
-        bool const closed = Length(m_Normals) <= kClosedShare * m_Area2;
-        return m_Volume6 + (closed ? 0.0 : Dot(m_Apex.Point(), m_Normals)) < 0.0;
+        if (Length(m_Normals) <= kClosedShare * m_Area2) return m_Volume6 < 0.0;
+        Point3 const middle = 0.5 * (m_Box.min + m_Box.max);
+        double const rounding = kVolumeRounding * m_Area2 * Length(m_Box.max - m_Box.min);
+        return m_Volume6 + Dot(m_Apex.Point() - middle, m_Normals) < -rounding;
     }
     PlanMeasures ForPlan(StreamReport const& report) const {
         PlanMeasures measures;

@@ -10,6 +10,7 @@ for option in '' --floats --ring --plain; do
     expect 0 "$varnet" convert $part to.csm $option
     row 'facets +1,060, read back 1,060$'
     row 'open edges +0, read back 0$'
+    [ ! -s err ] || fail "a warning for a conversion that lost nothing: $(cat err)"
     row 'largest coordinate error, mm +(0|0\.00[01][0-9]*|[0-9.]+e-[0-9]+)$'
     expect 0 "$varnet" info to.csm
     row 'facets +1,060$'

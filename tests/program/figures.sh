@@ -201,6 +201,36 @@ expect 0 "$varnet" split bodies.stl -o bodies
 [ "$(grep -c '^  bodies_[0-9]*.STL  *12 facets, volume 8$' out)" -eq 50 ] || fail "the list of the files"
 row '^  \.\.\. +3 more$'
 [ "$(ls bodies | wc -l)" -eq 53 ] || fail "a file for each body"
+# Nothing is said of more where there is no more: fifty bodies, fifty regions that hang, twenty surfaces.
+cube fifty.stl $(for n in $(seq 50); do echo $((5 * n)) 0 $((n % 2)) 2; done)
+expect 0 "$varnet" split fifty.stl -o fifty
+[ "$(grep -c '^  fifty_[0-9]*.STL  *12 facets, volume 8$' out)" -eq 50 ] && ! grep -qF ... out || fail "fifty bodies"
+expect 0 "$varnet" support fifty.stl -o fifty_supports.stl
+[ "$(grep -c '^  region [0-9]*  *dropped: rests on the plate; area 4, ' out)" -eq 25 ] || fail "regions on the plate"
+[ "$(grep -c '^  region [0-9]*  *kept: faces down; area 4, ' out)" -eq 25 ] && ! grep -qF ... out || fail "fifty regions"
+cube fifty_one.stl $(for n in $(seq 51); do echo $((5 * n)) 0 0 2; done)
+expect 0 "$varnet" support fifty_one.stl -o fifty_supports.stl
+row '^  \.\.\. +1 more$'
+cube surfaces.stl 0 0 0 2 5 0 0 2 10 0 0 2
+sed -i '$d' surfaces.stl
+facets '20 0 0' '22 0 0' '20 2 0' '25 0 0' '27 0 0' '25 2 0' >>surfaces.stl
+expect 0 "$varnet" surfaces surfaces.stl
+row '^  surfaces +20$'
+row '^  surface 18 +2 facets, area 4, rim 8$'
+row '^  surface 20 +1 facets, area 2, rim 6\.8284'
+! grep -qF ... out || fail "twenty surfaces"
+
+# The colours of the facets stand at the end of a PLY file: a size, three numbers and a colour are 16 bytes.
+colors() {
+    tail -c $((16 * $2)) "$1" | od -An -v -tx1 -w16 | awk '{ print $14 $15 $16 }' | uniq -c |
+        awk '{ printf "%s%s:%s", (NR > 1 ? " " : ""), $2, $1 }'
+}
+cube colors.stl 0 0 0 10 30 0 5 10
+expect 0 "$varnet" support colors.stl -o colors_supports.stl --ply colors.ply
+[ "$(colors colors.ply 24)" = 'e8c840:2 c0c0c0:10 d03020:2 c0c0c0:10' ] || fail "colours of what hangs: $(colors colors.ply 24)"
+expect 0 "$varnet" surfaces colors.stl -o colors.ply
+[ "$(colors colors.ply 24 | tr ' ' '\n' | grep -c ':2$')" -eq 12 ] || fail "colours of surfaces: $(colors colors.ply 24)"
+! colors colors.ply 24 | grep -q c0c0c0 || fail "a surface without a colour"
 # The manual shows a value behind the options that take one, and behind no other.
 expect 0 "$varnet" manual man
 grep -qF '.B \-\-weld \fIvalue\fR' out && grep -qxF '.B \-\-json' out || fail "values of the options in the manual"

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "TestFiles.h"
@@ -61,9 +62,14 @@ TEST(Page, ALayerWithoutAListIsAnError) {
 
 TEST(Page, SurfacesOfAnotherPartAreAnError) {
     Page page;
-    Surfaces surfaces;
-    surfaces.ofTriangle = {0};
-    EXPECT_EQ(KindOf([&] { page.AddPart(Tetrahedron(), {"", nullptr, &surfaces}); }), ErrorKind::kArgument);
+    for (std::size_t const facets : {0u, 1u, 3u, 5u, 100u}) {
+        Surfaces surfaces;
+        surfaces.ofTriangle.assign(facets, -1);
+        EXPECT_EQ(KindOf([&] {
+                      page.AddPart(Tetrahedron(), {"", nullptr, &surfaces});
+                  }),
+                  ErrorKind::kArgument);
+    }
     EXPECT_EQ(page.PartCount(), 0u);
 }
 
@@ -157,6 +163,29 @@ TEST_F(PageFile, ShowsTheLayersOfASliceFile) {
     empty.Finish();
     EXPECT_EQ(KindOf([&] { page.AddSlices(SliceFile(m_Folder / "none.cli")); }), ErrorKind::kContent);
     EXPECT_EQ(page.LayerCount(), 3u);
+}
+
+// It is the name of what came first, whatever that is.
+TEST_F(PageFile, WithoutATitleHasTheFirstName) {
+    SliceWriter writer(m_Folder / "slices.cli", 1);
+    writer.Write(Square(1));
+    writer.Finish();
+    auto const part = [](Page& page) { page.AddPart(Tetrahedron(), {"part", nullptr, nullptr}); };
+    auto const file = [this](Page& page) { page.AddSlices(SliceFile(m_Folder / "slices.cli")); };
+    auto const list = [](Page& page) {
+        page.BeginSlices("list");
+        page.AddLayer(Square(1));
+    };
+    std::vector<std::pair<std::string, std::function<void(Page&)>>> const all = {
+        {"part", part}, {"slices.cli", file}, {"list", list}};
+    for (auto const& [name, first] : all) {
+        for (auto const& [_, second] : all) {
+            Page page;
+            first(page);
+            second(page);
+            EXPECT_NE(page.Html().find("<title>" + name + "</title>"), std::string::npos) << name;
+        }
+    }
 }
 
 }  // namespace

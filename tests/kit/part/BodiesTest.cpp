@@ -101,6 +101,101 @@ TEST(Bodies, ACavityBelongsToTheSmallestBodyAroundIt) {
     EXPECT_NEAR(parts[2].Measures().volume, -125.0, 1e-6);
 }
 
+// A cube without some of its facets: 0 and 1 are its lower side, 2 and 3 the upper one.
+shapes::Mesh CubeWithout(std::vector<std::size_t> const& facets, float far) {
+    shapes::Mesh mesh = shapes::Moved(shapes::Cube(10.0f), far, -far, far + 7.0f);
+    for (std::size_t i = facets.size(); i-- > 0;)
+        mesh.erase(mesh.begin() + static_cast<std::ptrdiff_t>(facets[i]));
+    return mesh;
+}
+
+std::vector<std::vector<std::size_t>> const kOpenings = {{0}, {2, 3},         {0, 1, 2, 3},
+                                                         {5}, {0, 1, 10, 11}, {4, 9}};
+
+// About the origin, the volume of an open body may have any value and either sign.
+TEST(Bodies, AnOpenBodyIsJudgedAlikeWhereverItStands) {
+    for (std::vector<std::size_t> const& opening : kOpenings) {
+        for (float const far : {0.0f, 100.0f, -100.0f, 8192.0f}) {
+            shapes::Mesh const open = CubeWithout(opening, far);
+            Part const part = PartOf(open);
+            ASSERT_EQ(part.Bodies().size(), 1u);
+            EXPECT_GT(part.Measures().openEdges, 0);
+            EXPECT_FALSE(part.Bodies()[0].IsInsideOut()) << opening[0] << " " << far;
+            Part const turned = PartOf(shapes::InsideOut(open));
+            EXPECT_TRUE(turned.Bodies()[0].IsInsideOut()) << opening[0] << " " << far;
+        }
+    }
+}
+
+TEST(Bodies, AnOpenHollowIsACavityWhereverItStands) {
+    for (float const far : {0.0f, 500.0f, -500.0f}) {
+        shapes::Mesh mesh = shapes::Moved(shapes::Box({-20, -20, -20}, {20, 20, 20}), far, far, -far);
+        shapes::Append(mesh, shapes::InsideOut(shapes::Moved(CubeWithout({2, 3}, 0.0f), far, far, -far)));
+        Part const part = PartOf(mesh);
+        ASSERT_EQ(part.Bodies().size(), 2u);
+        EXPECT_EQ(part.Bodies()[1].Enclosing(), 0u) << far;
+        EXPECT_FALSE(part.Bodies()[1].IsInsideOut()) << far;
+    }
+}
+
+// In the plane of a rim it makes no difference where its middle is: what is missing of a cube is put back.
+TEST(ClosedVolume, PlainRimsAreClosedInTheirPlane) {
+    for (std::vector<std::size_t> const& opening : {kOpenings[0], kOpenings[1], kOpenings[2], kOpenings[3]}) {
+        for (float const far : {0.0f, 100.0f, 8192.0f}) {
+            Part const part = PartOf(CubeWithout(opening, far));
+            std::vector<std::int32_t> open;
+            auto const triangles = part.Triangles();
+            EdgeTable const edges = FindEdges(triangles, part.Points().size(), Pace::None());
+            for (std::int32_t e = 0; e < static_cast<std::int32_t>(3 * triangles.size()); ++e) {
+                if (edges.across[static_cast<std::size_t>(e)] < 0) open.push_back(e);
+            }
+            EXPECT_NEAR(ClosedVolume(part.Points(), triangles, open), 1000.0, 1e-6)
+                << opening[0] << " " << far;
+        }
+    }
+}
+
+// A roof over a square: a quarter of the cube of its side, with its rim in the plane of the square.
+TEST(ClosedVolume, EachRimHasItsOwnMiddle) {
+    std::vector<Point3> points;
+    std::vector<Triangle> triangles;
+    std::vector<std::int32_t> open;
+    for (double const x : {0.0, 100.0, -50.0}) {
+        auto const n = static_cast<std::int32_t>(points.size());
+        for (Point3 const& p :
+             {Point3{0, 0, 5}, Point3{4, 0, 5}, Point3{4, 4, 5}, Point3{0, 4, 5}, Point3{2, 2, 8}})
+            points.push_back({p.x + x, p.y, p.z + x});
+        for (std::int32_t const side : {0, 1, 2, 3}) {
+            open.push_back(static_cast<std::int32_t>(3 * triangles.size()));
+            triangles.push_back({n + side, n + (side + 1) % 4, n + 4});
+        }
+    }
+    // A pyramid has a third of its base times its height.
+    EXPECT_NEAR(ClosedVolume(points, triangles, open), 3 * 16.0 * 3.0 / 3.0, 1e-9);
+    for (Triangle& t : triangles) t = {t[1], t[0], t[2]};
+    EXPECT_NEAR(ClosedVolume(points, triangles, open), -48.0, 1e-9);
+}
+
+TEST(ClosedVolume, OfAFlatSheetIsNothing) {
+    std::vector<Point3> const points = {{5, 1, 2}, {5, 3, 2}, {5, 3, 7.5}, {5, 1, 7}};
+    std::vector<Triangle> const triangles = {{0, 1, 2}, {0, 2, 3}};
+    EXPECT_EQ(ClosedVolume(points, triangles, std::vector<std::int32_t>{0, 1, 4, 5}), 0.0);
+    std::vector<Point3> const tilted = {{0.1, 0.2, 0.3}, {10.1, 0.7, 3.3}, {2.7, 9.9, 0.1}};
+    EXPECT_EQ(ClosedVolume(tilted, std::vector<Triangle>{{0, 1, 2}}, std::vector<std::int32_t>{0, 1, 2}),
+              0.0);
+    EXPECT_EQ(ClosedVolume({}, {}, {}), 0.0);
+}
+
+// A facet that contradicts its neighbours lies flat on what closes the hole that it leaves.
+TEST(ClosedVolume, AFacetThatIsTurnedChangesNothing) {
+    shapes::Mesh mesh = CubeWithout({}, 300.0f);
+    std::swap(mesh[7][1], mesh[7][2]);
+    Part const part = PartOf(mesh);
+    ASSERT_EQ(part.Bodies().size(), 1u);
+    EXPECT_FALSE(part.Bodies()[0].IsInsideOut());
+    EXPECT_TRUE(PartOf(shapes::InsideOut(mesh)).Bodies()[0].IsInsideOut());
+}
+
 TEST(Bodies, OneBodyHasThePartsOwnArrays) {
     Part const part = PartOf(shapes::IcoSphere(10.0, 2));
     ASSERT_EQ(part.Bodies().size(), 1u);

@@ -98,8 +98,19 @@ TEST(BinaryLayer, AFileCutAnywhereIsKnownUpToTheLastWholeCommand) {
         EXPECT_EQ(index.end, whole) << size;
         EXPECT_EQ(index.broken.has_value(), whole != size) << size;
         EXPECT_EQ(index.places.size(), (size >= 6 ? 1u : 0u) + (size >= 58 ? 1u : 0u)) << size;
-        EXPECT_EQ(ErrorOf(bytes.substr(0, size)).empty(), whole == size) << size;
+        std::string const error = ErrorOf(bytes.substr(0, size), {}, 500);
+        EXPECT_EQ(error.empty(), whole == size) << size;
+        if (whole == size) continue;
+        // One byte is no word; with two, it is known what is to come.
+        char const* const why =
+            size - whole < 2 ? "there is no command here" : "the file ends within a command";
+        EXPECT_EQ(error, "a.cli, byte " + std::to_string(500 + whole) + ": " + why) << size;
     }
+    EXPECT_EQ(IndexOf(bytes.substr(0, 7)).broken, "there is no command here");
+    EXPECT_EQ(IndexOf(bytes.substr(0, 8)).broken, "the file ends within a command");
+    EXPECT_EQ(IndexOf(bytes.substr(0, 19)).broken, "the file ends within a command");
+    EXPECT_EQ(IndexOf(bytes.substr(0, 20)).broken,
+              "a command announces 1 points, which the file does not hold");
 }
 
 TEST(BinaryLayer, AlignedCommandsBeginAtAFourthByteFromTheStartOfTheGeometry) {

@@ -236,6 +236,9 @@ TEST_F(JoinRefusals, AGapOfOneStepAndAHalfIsNoneAndAnEndThatIsTheNextBeginningIs
     EXPECT_EQ(RefusalOf({a, file("one.cli", {1.25})}), "joined");
     fs::remove(folder / "joined.cli");
     EXPECT_NE(std::string::npos, RefusalOf({a, file("alone.cli", {1.5})}).find("gap"));
+    // Where neither has a step, any way up will do.
+    EXPECT_EQ(RefusalOf({file("single.cli", {1.0}), file("high.cli", {90.0})}), "joined");
+    fs::remove(folder / "joined.cli");
     // The way from one file to the next is held against the larger of their steps.
     for (std::vector<double> const& heights : {std::vector<double>{1.25, 1.375}, {1.625, 2.125}}) {
         EXPECT_EQ(RefusalOf({a, file("other.cli", heights)}), "joined") << heights[0];

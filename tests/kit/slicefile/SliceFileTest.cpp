@@ -428,6 +428,22 @@ TEST_F(SliceFileTest, AWriterThatIsNotFinishedLeavesNothing) {
     EXPECT_FALSE(fs::exists(path));
 }
 
+TEST_F(SliceFileTest, AWriterTakesNoMoreLayersThanItsHeaderAnnounces) {
+    for (std::int64_t const announced : {0, 1, 2, 4}) {
+        SliceWriter writer(path, announced, {});
+        for (int n = 0; n < 3; ++n) writer.Write(Layer());
+        EXPECT_EQ(writer.LayersWritten(), 3);
+        try {
+            writer.Finish();
+            ADD_FAILURE() << announced;
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Kind(), ErrorKind::kArgument);
+            EXPECT_EQ(error.what(), std::to_string(announced) + " layers were announced, and 3 were written");
+        }
+    }
+    EXPECT_FALSE(fs::exists(path));
+}
+
 TEST_F(SliceFileTest, CountsPathsThatClassicReadersCut) {
     Layer layer;
     std::vector<Point2> points(2000, Point2{1.0, 1.0});

@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -118,6 +124,21 @@ TEST_F(SliceHeaderTest, AFileIsOneByItsFirst4096Bytes) {
     EXPECT_FALSE(SliceFile::IsOne(folder.Path()));
     EXPECT_FALSE(SliceFile::IsOne(folder / "none.cli"));
 }
+
+#if !defined(_WIN32)
+// What has been read from a pipe is gone for whoever wants it.
+TEST_F(SliceHeaderTest, APipeIsNotLookedInto) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    int const pipe = open(path.c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_GE(pipe, 0);
+    ASSERT_EQ(write(pipe, kHead.data(), kHead.size()), static_cast<ssize_t>(kHead.size()));
+    EXPECT_FALSE(SliceFile::IsOne(path));
+    std::string bytes(100, '?');
+    ssize_t const left = read(pipe, bytes.data(), bytes.size());
+    EXPECT_EQ(left, static_cast<ssize_t>(kHead.size()));
+    close(pipe);
+}
+#endif
 
 TEST_F(SliceHeaderTest, AnotherNumberOfLayersThanItAnnouncesIsANote) {
     auto const notes = [this](char const* announced) {

@@ -30,15 +30,29 @@ shapes::Mesh InsideOut(shapes::Mesh mesh) {
     return mesh;
 }
 
-// A sheet has no inside: about the origin, what looks away from it is outside.
-TEST_F(StreamLimits, AnOpenPartIsJudgedFromTheOrigin) {
+// A cube without the two facets of one of its sides, the last one or the first.
+shapes::Mesh OpenCube(float size, bool last = true) {
+    shapes::Mesh mesh = shapes::Cube(size);
+    mesh.erase(last ? mesh.end() - 2 : mesh.begin(), last ? mesh.end() : mesh.begin() + 2);
+    return mesh;
+}
+
+// Two thirds of its volume lie about the origin where the open side is as far from there as it is long, and
+// less than nothing where it is farther.
+TEST_F(StreamLimits, AnOpenPartIsJudgedAlikeWhereverItStands) {
+    for (float const far : {0.0f, 10.0f, -10.0f, 4096.0f, -4096.0f}) {
+        for (bool const last : {true, false}) {
+            shapes::Mesh const cup = shapes::Moved(OpenCube(2, last), far, -far, 3.0f + far);
+            EXPECT_FALSE(IsTurned(cup)) << far;
+            EXPECT_TRUE(IsTurned(InsideOut(cup))) << far;
+        }
+    }
+}
+
+TEST_F(StreamLimits, ASheetHasNoInsideAndIsAsItStands) {
     shapes::Mesh const away{{{{5, 0, 0}, {5, 1, 0}, {5, 0, 1}}}};
     EXPECT_FALSE(IsTurned(away));
-    EXPECT_TRUE(IsTurned(InsideOut(away)));
-    shapes::Mesh const below{{{{-5, 0, 0}, {-5, 0, 1}, {-5, 1, 0}}}};
-    EXPECT_FALSE(IsTurned(below));
-    EXPECT_TRUE(IsTurned(InsideOut(below)));
-    // In a plane through the origin, it is as it stands.
+    EXPECT_FALSE(IsTurned(InsideOut(away)));
     shapes::Mesh const throughOrigin{{{{0, 0, 0}, {1, 0, 0}, {0, 0, 1}}}};
     EXPECT_FALSE(IsTurned(throughOrigin));
     EXPECT_FALSE(IsTurned(InsideOut(throughOrigin)));
@@ -48,9 +62,9 @@ TEST_F(StreamLimits, AnOpenPartIsJudgedFromTheOrigin) {
 // number.
 TEST_F(StreamLimits, AnOpenPartOfMicronsIsOpenAsALargeOneIs) {
     for (float const size : {0x1p-14f, 1.0f, 0x1p14f}) {
-        shapes::Mesh const away{{{{5 * size, 0, 0}, {5 * size, size, 0}, {5 * size, 0, size}}}};
-        EXPECT_FALSE(IsTurned(away)) << size;
-        EXPECT_TRUE(IsTurned(InsideOut(away))) << size;
+        shapes::Mesh const cup = shapes::Moved(OpenCube(size), 50 * size, 50 * size, 50 * size);
+        EXPECT_FALSE(IsTurned(cup)) << size;
+        EXPECT_TRUE(IsTurned(InsideOut(cup))) << size;
     }
 }
 

@@ -256,6 +256,27 @@ TEST(SlicerInputs, ABodyThatIsInsideOutIsTurnedAndNoOther) {
     EXPECT_FALSE(inputs[1].turned);
 }
 
+// Its top is missing, and the volume of what is there is below nothing about the origin: it is filled all the
+// same.
+TEST(SlicerInputs, AnOpenBodyFarFromTheOriginIsSolid) {
+    for (bool const turned : {false, true}) {
+        shapes::Mesh mesh = shapes::Moved(shapes::Cube(10), 0, 0, 110);
+        mesh.erase(mesh.begin() + 2, mesh.begin() + 4);
+        shapes::Append(mesh, shapes::Moved(shapes::Cube(10), 20, 0, 110));
+        Part const part = PartOf(turned ? shapes::InsideOut(mesh) : mesh);
+        ASSERT_EQ(2u, part.Bodies().size());
+        EXPECT_EQ(4, part.Bodies()[0].Measures().openEdges);
+        std::vector<SlicerInput> const inputs = SlicerInputs(part);
+        for (SlicerInput const& input : inputs) EXPECT_EQ(turned, input.turned);
+        SliceSettings settings;
+        settings.layer = 1.0;
+        settings.hatch = 0.0;
+        Slicer slicer(inputs, settings);
+        slicer.ForEachLayer([](Layer const& layer) { EXPECT_NEAR(layer.Area(), 200.0, 1e-9); });
+        EXPECT_EQ(10, slicer.Report().layers);
+    }
+}
+
 TEST(Surfaces, ACubeHasSix) {
     Part const part = PartOf(shapes::Cube(10));
     Surfaces const surfaces(part);
