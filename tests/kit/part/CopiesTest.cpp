@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 #include "part/Closing.h"
@@ -122,6 +123,33 @@ TEST(Copies, WithoutCopiesNothingIsTouched) {
     EXPECT_EQ(left.count, 0);
     EXPECT_EQ(left.triangles, open);
     EXPECT_EQ(LeaveOut({}).count, 0);
+}
+
+TEST(Copies, OfThreeOfWhichOneGoesItIsTheSecond) {
+    Triangles const shells = Tetrahedron(3) + Triangles{{2, 0, 1}, {1, 0, 4}, {2, 1, 4}, {0, 2, 4}};
+    Left const left = LeaveOut(shells + Triangles{{1, 2, 0}});
+    EXPECT_EQ(left.count, 1);
+    Triangles const expected = Tetrahedron(3) + Triangles{{1, 0, 4}, {2, 1, 4}, {0, 2, 4}, {1, 2, 0}};
+    EXPECT_EQ(left.triangles, expected);
+}
+
+// By whichever of their edges, and from whichever corner on.
+TEST(Copies, EveryTwoCopiesWithACommonEdgeGoTogether) {
+    Triangles const whole = Tetrahedron(3);
+    for (std::size_t i = 0; i < 4; ++i) {
+        for (std::size_t k = 0; k < 4; ++k) {
+            if (i == k) continue;
+            for (std::ptrdiff_t turn = 0; turn < 9; ++turn) {
+                Triangle one = whole[i];
+                Triangle other = whole[k];
+                std::rotate(one.begin(), one.begin() + turn % 3, one.end());
+                std::rotate(other.begin(), other.begin() + turn / 3, other.end());
+                Left const left = LeaveOut(whole + Triangles{one, other});
+                EXPECT_EQ(left.count, 2) << i << k << turn;
+                EXPECT_EQ(left.triangles, whole);
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -194,5 +194,18 @@ TEST(CloseOpenEdges, TheLeastToleranceThatLeavesTheFewestOpenIsTaken) {
     EXPECT_EQ(one.edges.open, 6);
 }
 
+// Without any tolerance the edge is divided as well, so that corners near each other elsewhere stay two.
+TEST(CloseOpenEdges, NoCornersAreJoinedWhereThatClosesNothingMore) {
+    std::vector<Point3> const points = {{0, 0, 0},  {8, 0, 0},     {4, 6, 0},  {2, 0, 0},
+                                        {5, 0, 0},  {4, -6, 0},    {50, 0, 0}, {60, 0, 0},
+                                        {50, 9, 0}, {49.95, 0, 0}, {40, 0, 0}, {40, -9, 0}};
+    Closed const closed =
+        Close(points, {{0, 1, 2}, {3, 0, 5}, {4, 3, 5}, {1, 4, 5}, {6, 7, 8}, {9, 10, 11}}, {0.1, 1.0});
+    EXPECT_EQ(closed.counts.split, 1);
+    EXPECT_EQ(closed.counts.welded, 0);
+    EXPECT_EQ(closed.counts.tolerance, 0.0);
+    EXPECT_EQ(closed.edges.open, 10);
+}
+
 }  // namespace
 }  // namespace varnet

@@ -136,6 +136,18 @@ TEST(FindEnclosing, ALineThroughACornerOrAlongAnEdgePassesOneFacet) {
     }
 }
 
+// What lies just between two is in one of them: that towards greater x and y.
+TEST(FindEnclosing, OfShellsSideBySideTheLineBetweenThemIsInOne) {
+    Solid const cavity = Asking({0, 0, 0});
+    EXPECT_EQ(Find({Cube({-20, -10, -10}, 20), Cube({0, -10, -10}, 20), cavity}), (Enclosing{-1, -1, 1}));
+    EXPECT_EQ(Find({Cube({0, -10, -10}, 20), Cube({-20, -10, -10}, 20), cavity}), (Enclosing{-1, -1, 0}));
+    EXPECT_EQ(Find({Cube({-10, -20, -10}, 20), Cube({-10, 0, -10}, 20), cavity}), (Enclosing{-1, -1, 1}));
+    EXPECT_EQ(Find({Cube({-10, 0, -10}, 20), Cube({-10, -20, -10}, 20), cavity}), (Enclosing{-1, -1, 0}));
+    EXPECT_EQ(Find({Cube({-20, -20, -10}, 20), Cube({0, -20, -10}, 20), Cube({-20, 0, -10}, 20),
+                    Cube({0, 0, -10}, 20), cavity}),
+              (Enclosing{-1, -1, -1, -1, 3}));
+}
+
 TEST(FindEnclosing, UprightFacetsAreNeverPassed) {
     // The point stands below the middle of an upright side, as seen from above, and below its edges.
     EXPECT_EQ(Find({Cube({0, -10, 10}, 20), Asking({0, 0, 0})}), (Enclosing{-1, -1}));

@@ -293,5 +293,27 @@ TEST(Intake, ASizeBelowAMillimetreIsToldInThreeDigits) {
     EXPECT_EQ(told({1.0, 0.1, 0.1}), "");
 }
 
+// The third corner of a facet comes to lie on its longest side: the facet has no area then, and cannot be
+// divided at a corner of its own.
+TEST(Intake, AFacetThatAWeldHasFlattenedIsTakenOut) {
+    Soup soup;
+    soup.points = {{5, 0, 0}, {5, -5, 0}, {6, -5, 0}, {0, 0, 0}, {10, 0, 0}, {5, 0.0625, 0}};
+    soup.triangles = {{0, 1, 2}, {3, 4, 5}};
+    IntakeSettings settings;
+    settings.weld = 0.125;
+    Part const part = PartOf(soup, settings);
+    EXPECT_EQ(part.Report().welded, 1);
+    EXPECT_EQ(part.Report().split, 0);
+    EXPECT_EQ(part.Report().collinearTurned, 1);
+    EXPECT_EQ(part.Report().collinearLeft, 0);
+    ASSERT_EQ(part.Triangles().size(), 1u);
+    EXPECT_EQ(part.Points().size(), 3u);
+    EXPECT_EQ(part.Report().openEdges, 3);
+    ExpectAllPointsUsed(part);
+    // A weld that reaches less far leaves both.
+    settings.weld = 0.03125;
+    EXPECT_EQ(PartOf(soup, settings).Triangles().size(), 2u);
+}
+
 }  // namespace
 }  // namespace varnet

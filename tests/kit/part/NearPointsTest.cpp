@@ -130,6 +130,30 @@ TEST(JoinNear, RandomPointsJoinThoseThatALookAtAllFinds) {
     }
 }
 
+// Cells are four tolerances wide. More lists than points that could meet in one by chance.
+TEST(JoinNear, PointsOnBothSidesOfABorderBetweenCellsAreNear) {
+    for (double Point3::*const axis : {&Point3::x, &Point3::y, &Point3::z}) {
+        for (double const way : {1.0, -1.0}) {
+            std::vector<Point3> points;
+            Joined expected;
+            for (int i = -40; i < 40; ++i) {
+                for (double const side : {-0.1, 0.1}) {
+                    Point3 p{0.3, 0.3, 0.3};
+                    p.*axis = 2.0 * i + way * side;
+                    points.push_back(p);
+                    expected.push_back(static_cast<std::int32_t>(points.size() - 1) / 2 * 2);
+                }
+            }
+            // So many others that cells above each other have lists of their own, too.
+            while (axis == &Point3::z && points.size() < 140000) {
+                expected.push_back(static_cast<std::int32_t>(points.size()));
+                points.push_back({1000.0 + static_cast<double>(points.size()), 0, 0});
+            }
+            EXPECT_TRUE(Join(points, 0.5) == expected);
+        }
+    }
+}
+
 TEST(JoinNear, CanBeStopped) {
     Progress const progress = [](double) { return false; };
     Watch watch(progress);

@@ -7,6 +7,7 @@
 #include <numbers>
 
 #include "PartChecks.h"
+#include "part/FlatMesh.h"
 
 namespace varnet {
 namespace {
@@ -114,6 +115,52 @@ TEST(Part, IsDividedIntoItsBodiesWithTheirCavities) {
     std::vector<Corners> all = FacetsOf(parts[0]);
     for (Corners const& c : FacetsOf(parts[1])) all.push_back(c);
     EXPECT_EQ(Sorted(FacetsOf(part)), Sorted(all));
+}
+
+// In the order in which the body's facets come to them, each once; and the facets in their order.
+TEST(Part, ABodyOfSeveralHasItsOwnPointsAndFacets) {
+    Soup soup;
+    for (double const x : {0.0, 10.0}) {
+        for (Point3 const& p : {Point3{x, 0, 0}, Point3{x + 1, 0, 0}, Point3{x, 1, 0}, Point3{x, 0, 1}})
+            soup.points.push_back(p);
+    }
+    // Of two tetrahedra, one facet of each in turn; the first one of the other body begins at its last point.
+    soup.triangles = {{2, 1, 0}, {7, 4, 5}, {0, 1, 3}, {5, 6, 7}, {1, 2, 3}, {6, 4, 7}, {2, 0, 3}, {4, 6, 5}};
+    Part const part(soup.points, soup.triangles);
+    ASSERT_EQ(part.Bodies().size(), 2u);
+    auto const points = [](Body const& body) {
+        return std::vector<Point3>(body.Points().begin(), body.Points().end());
+    };
+    auto const triangles = [](Body const& body) {
+        return std::vector<Triangle>(body.Triangles().begin(), body.Triangles().end());
+    };
+    EXPECT_EQ(points(part.Bodies()[0]), (std::vector<Point3>{{0, 1, 0}, {1, 0, 0}, {0, 0, 0}, {0, 0, 1}}));
+    EXPECT_EQ(triangles(part.Bodies()[0]),
+              (std::vector<Triangle>{{0, 1, 2}, {2, 1, 3}, {1, 0, 3}, {0, 2, 3}}));
+    EXPECT_EQ(points(part.Bodies()[1]),
+              (std::vector<Point3>{{10, 0, 1}, {10, 0, 0}, {11, 0, 0}, {10, 1, 0}}));
+    EXPECT_EQ(triangles(part.Bodies()[1]),
+              (std::vector<Triangle>{{0, 1, 2}, {2, 3, 0}, {3, 1, 0}, {1, 3, 2}}));
+    for (Body const& body : part.Bodies()) {
+        EXPECT_EQ(body.Measures().openEdges, 0);
+        EXPECT_DOUBLE_EQ(body.Measures().volume, 1.0 / 6.0);
+    }
+}
+
+TEST(IsInRange, UpToTheFarthestCoordinateOnEachAxis) {
+    double const most = 1e10;
+    for (double Point3::*const axis : {&Point3::x, &Point3::y, &Point3::z}) {
+        for (double const sign : {1.0, -1.0}) {
+            Point3 p{1, 2, 3};
+            p.*axis = sign * most;
+            EXPECT_TRUE(IsInRange(p));
+            p.*axis = sign * std::nextafter(most, HUGE_VAL);
+            EXPECT_FALSE(IsInRange(p));
+            p.*axis = std::numeric_limits<double>::quiet_NaN();
+            EXPECT_FALSE(IsInRange(p));
+        }
+    }
+    EXPECT_TRUE(IsInRange({most, -most, most}));
 }
 
 TEST(Part, GoesToTheClassesAndBack) {

@@ -477,6 +477,30 @@ TEST(MovedPart, KeepsWhatWasReportedWhenItWasRead) {
     EXPECT_EQ(part.Name(), "a");
 }
 
+TEST(RepairedPart, KeepsWhatItWasReadFrom) {
+    TestFolder const folder;
+    for (bool const isTurned : {false, true}) {
+        shapes::Mesh mesh = shapes::Cube(1.0f);
+        if (isTurned) std::swap(mesh[5][1], mesh[5][2]);
+        mesh.push_back({{{5, 5, 5}, {5, 5, 5}, {6, 6, 6}}});
+        std::string bytes = shapes::ToAsciiStl(mesh);
+        bytes.replace(0, bytes.find('\n'), "solid one of them");
+        Part part = Part::Read(folder.Write("one.stl", bytes));
+        EXPECT_EQ(part.Repair().turned, isTurned ? 1 : 0);
+        EXPECT_EQ(part.Name(), "one");
+        EXPECT_EQ(part.Header(), "one of them");
+        EXPECT_EQ(part.Format(), MeshFormat::kAsciiStl);
+        EXPECT_EQ(part.Report().facetsInFile, 13);
+        EXPECT_EQ(part.Report().degenerate, 1);
+        EXPECT_EQ(part.Triangles().size(), 12u);
+        EXPECT_EQ(part.Measures().openEdges, 0);
+        EXPECT_NEAR(part.Measures().volume, 1.0, 1e-12);
+        // What is whole is repaired by doing nothing.
+        RepairReport const again = part.Repair();
+        EXPECT_EQ(again.turned + again.openEdgesBefore + again.openEdgesAfter, 0);
+    }
+}
+
 TEST(SplitPart, PiecesHaveTheNameHeaderAndFormatOfTheFile) {
     TestFolder const folder;
     shapes::Mesh mesh = shapes::Cube(1.0f);
@@ -594,6 +618,14 @@ TEST(ReadPart, AFacetOfTheTextThatIsNotEndedIsLostWhereTheNextOneBegins) {
     EXPECT_EQ(notes(begin + begin + three + end + begin + end, 1), "");
     EXPECT_EQ(notes(begin + begin + two + end + begin + three + end, 1),
               "1 facet of 2 could not be read, the first in line 3");
+    // The first that is lost is named, and not one before it that is none.
+    EXPECT_EQ(notes(begin + end + begin + two + end + begin + three + end, 1),
+              "1 facet of 2 could not be read, the first in line 4");
+    // The last one, by its second corner or by its first.
+    EXPECT_EQ(notes(begin + three + end + begin + two, 1),
+              "1 facet of 2 could not be read, the first in line 7");
+    EXPECT_EQ(notes(begin + three + end + begin + "vertex x 0 0\n", 1),
+              "1 facet of 2 could not be read, the first in line 7");
     // Four corners at places that are told from each other, and at none.
     for (std::string const fourth : {"vertex 1 1 0\n", "vertex 0 0 0\n", "vertex 1e-300 1e300 7\n"}) {
         EXPECT_EQ(notes(begin + three + end + begin + three + fourth + end + begin + two + end, 1),

@@ -174,5 +174,16 @@ TEST(Recognise, ATextHasNoControlsButThoseOfLinesAndBlanks) {
     }
 }
 
+// Bytes that no text has are among the words: both have to be there, the first of them in front.
+TEST(Recognise, WhatIsNoTextIsTakenForOneByTwoWordsAlone) {
+    std::string const rest = " \x01\n" + std::string(100, ' ');
+    EXPECT_TRUE(Look("solid a\n vertex 0 0 0" + rest).format.has_value());
+    EXPECT_TRUE(Look("\xEF\xBB\xBF\r\n\tSOLID a\n VERTEX 0 0 0" + rest).format.has_value());
+    for (std::string const words :
+         {"solid a\n facet", "a\n vertex 0 0 0", "a solid\n vertex 0 0 0", "soli\n vertex"}) {
+        ExpectSays(words + rest, "announces 538976288 facets, and holds");
+    }
+}
+
 }  // namespace
 }  // namespace varnet

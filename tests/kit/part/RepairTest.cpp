@@ -1,7 +1,9 @@
 #include <Varnet64.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <random>
 
 #include "PartChecks.h"
@@ -85,10 +87,36 @@ TEST(Repair, OfTwoEqualSidesTheFirstFacetsWins) {
     EXPECT_LT(other.Measures().volume, 0.0);
 }
 
+// The areas count where the numbers are equal alone.
+TEST(Repair, TheSideOfMoreFacetsWinsHoweverSmallTheyAre) {
+    for (bool const isFirst : {true, false}) {
+        Soup soup;
+        soup.points = {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {5, -0.1, 0}, {5.1, 5.1, 0}};
+        // A large facet that is turned, and two small ones on its sides.
+        std::vector<Triangle> const small = {{1, 0, 3}, {2, 1, 4}};
+        soup.triangles = small;
+        soup.triangles.insert(isFirst ? soup.triangles.begin() : soup.triangles.end(), Triangle{0, 2, 1});
+        Part part(soup.points, soup.triangles);
+        ASSERT_EQ(part.Triangles().size(), 3u);
+        RepairReport const report = part.Repair();
+        EXPECT_EQ(report.turned, 1);
+        EXPECT_EQ(report.openEdgesAfter, 5);
+        for (std::size_t i = 0; i < 3; ++i) {
+            Triangle const& t = part.Triangles()[i];
+            Point3 const& a = part.Points()[static_cast<std::size_t>(t[0])];
+            Point3 const& b = part.Points()[static_cast<std::size_t>(t[1])];
+            Point3 const& c = part.Points()[static_cast<std::size_t>(t[2])];
+            EXPECT_GT((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x), 0.0) << i;
+        }
+    }
+}
+
 TEST(Repair, OfTwoSidesOfAsManyFacetsTheLargerOneWins) {
     for (double const below : {0.5, 0.99, 1.01, 3.0}) {
         Soup soup;
         soup.points = {{1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -below}};
+        // Away from the origin, too.
+        for (Point3& p : soup.points) p = {p.x + 7, p.y - 5, p.z + 30};
         // Those above face outward, those below inward.
         for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 4});
         for (std::int32_t i = 0; i < 4; ++i) soup.triangles.push_back({i, (i + 1) % 4, 5});
@@ -383,6 +411,114 @@ TEST(Repair, ProgressStaysWithinItsBoundsAndEndsAtOne) {
         part.Repair(settings);
         EXPECT_EQ(last, 1.0);
     }
+}
+
+TEST(Repair, BodiesWithoutVolumeAreNotTurned) {
+    RepairSettings outward;
+    outward.outward = true;
+    // Two facets back to back, and a cube that is turned, which alone counts.
+    for (bool const hasCube : {false, true}) {
+        Soup soup = hasCube ? SoupOf(shapes::InsideOut(shapes::Cube(10.0f))) : Soup();
+        auto const first = static_cast<std::int32_t>(soup.points.size());
+        for (Point3 const& p : {Point3{50, 0, 0}, Point3{60, 0, 0}, Point3{50, 10, 0}})
+            soup.points.push_back(p);
+        soup.triangles.push_back({first, first + 1, first + 2});
+        soup.triangles.push_back({first, first + 2, first + 1});
+        Part part(soup.points, soup.triangles);
+        std::vector<Corners> const before = FacetsOf(part);
+        RepairReport const report = part.Repair(outward);
+        EXPECT_EQ(report.bodiesTurned, hasCube ? 1 : 0);
+        EXPECT_EQ(report.openEdgesAfter, 0);
+        std::vector<Corners> const after = FacetsOf(part);
+        ASSERT_EQ(after.size(), before.size());
+        EXPECT_TRUE(std::equal(after.end() - 2, after.end(), before.end() - 2));
+        EXPECT_NEAR(part.Measures().volume, hasCube ? 1000.0 : 0.0, 1e-9);
+    }
+}
+
+// Whichever edge of the facets around the gap is open.
+TEST(Repair, BodiesWithAGapAreNotTurnedOutward) {
+    RepairSettings settings;
+    settings.outward = true;
+    for (std::size_t gap = 0; gap < 12; ++gap) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            Part const open = PartOf(
+                shapes::Without(shapes::Moved(shapes::InsideOut(shapes::Cube(10.0f)), 5, 6, 7), gap, 1));
+            Soup soup{{open.Points().begin(), open.Points().end()},
+                      {open.Triangles().begin(), open.Triangles().end()}};
+            // The open edge of each facet that has one comes to place k.
+            std::map<std::pair<std::int32_t, std::int32_t>, int> edges;
+            for (Triangle const& t : soup.triangles) {
+                for (std::size_t i = 0; i < 3; ++i) ++edges[{t[i], t[(i + 1) % 3]}];
+            }
+            for (Triangle& t : soup.triangles) {
+                for (std::size_t i = 0; i < 3; ++i) {
+                    if (edges.contains({t[(k + 1) % 3], t[k]}))
+                        std::rotate(t.begin(), t.begin() + 1, t.end());
+                }
+            }
+            Part part(soup.points, soup.triangles);
+            EXPECT_LT(part.Measures().volume, 0.0);
+            RepairReport const report = part.Repair(settings);
+            EXPECT_EQ(report.bodiesTurned, 0) << gap << ' ' << k;
+            EXPECT_EQ(report.openEdgesAfter, 3);
+            EXPECT_EQ(FacetsOf(part), FacetsOf(soup.points, soup.triangles));
+        }
+    }
+}
+
+TEST(Repair, EveryFacetOfABodyIsTurnedAndKeepsItsFirstCorner) {
+    RepairSettings settings;
+    settings.outward = true;
+    shapes::Mesh const cube = shapes::Moved(shapes::Cube(10.0f), 3, 4, 5);
+    Part part = PartOf(shapes::InsideOut(cube));
+    std::vector<Triangle> const before(part.Triangles().begin(), part.Triangles().end());
+    EXPECT_EQ(part.Repair(settings).bodiesTurned, 1);
+    EXPECT_EQ(FacetsOf(part), FacetsOf(cube));
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        EXPECT_EQ(part.Triangles()[i], (Triangle{before[i][0], before[i][2], before[i][1]})) << i;
+    }
+    // So does one that is turned by itself.
+    for (std::size_t odd = 0; odd < 12; ++odd) {
+        shapes::Mesh mesh = cube;
+        std::swap(mesh[odd][1], mesh[odd][2]);
+        Part other = PartOf(mesh);
+        Triangle const was = other.Triangles()[odd];
+        EXPECT_EQ(other.Repair().turned, 1);
+        EXPECT_EQ(other.Triangles()[odd], (Triangle{was[0], was[2], was[1]})) << odd;
+        EXPECT_EQ(FacetsOf(other), FacetsOf(cube));
+    }
+}
+
+TEST(Repair, ShortRimsAreFilledByShortLengths) {
+    Part part = PartOf(shapes::Without(shapes::Cube(0.125f), 4, 1));
+    ASSERT_EQ(part.Report().openEdges, 3);
+    EXPECT_EQ(part.Repair(Filling(0.25)).holesFilled, 0);
+    RepairReport const report = part.Repair(Filling(0.5));
+    EXPECT_EQ(report.holesFilled, 1);
+    EXPECT_EQ(report.openEdgesAfter, 0);
+}
+
+// Zeros below zero stand in the file that is written while its facets are those that were read.
+TEST(Repair, SignsOfZerosStayWhileNothingIsChanged) {
+    TestFolder const folder;
+    auto const written = [&](bool isNegative, bool isTurned) {
+        shapes::Mesh mesh = shapes::Cube(10.0f);
+        int zeros = 0;
+        for (float* const value : {&mesh[11][0].x, &mesh[11][0].y, &mesh[11][0].z}) {
+            if (*value != 0.0f) continue;
+            ++zeros;
+            if (isNegative) *value = -0.0f;
+        }
+        EXPECT_GT(zeros, 0);
+        if (isTurned) std::swap(mesh[5][1], mesh[5][2]);
+        Part part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh, "a")));
+        EXPECT_EQ(part.Repair().turned, isTurned ? 1 : 0);
+        part.Write(folder / "b.stl");
+        return ReadBytes(folder / "b.stl");
+    };
+    EXPECT_NE(written(true, false), written(false, false));
+    EXPECT_EQ(written(true, true), written(false, true));
 }
 
 TEST(Repair, HolesThatNobodyAskedToFillAreNotCounted) {

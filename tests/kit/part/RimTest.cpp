@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 #include <vector>
 
 #include "part/Edges.h"
@@ -189,6 +191,155 @@ TEST_F(RimTest, AGroupThatIsNotJoinedKeepsNoOtherFromIt) {
     Rim::Plan const plan = Try(0.1);
     EXPECT_EQ(plan.joined, (std::vector<std::pair<std::int32_t, std::int32_t>>{{9, 6}}));
     EXPECT_EQ(plan.open, 12);
+}
+
+// An edge of 10 on a slant, and a point as far along it from an end as it is beside it: too far from the end
+// to be joined with it, on any axis.
+TEST_F(RimTest, APointAsFarFromAnEndAsTheToleranceDividesNoEdge) {
+    auto const divisions = [this](double x, double y, double tolerance) {
+        std::size_t found[2];
+        for (bool const isBack : {false, true}) {
+            mesh.points = {{0, 0, 0}, {6, 8, 0}, {-8, 6, 0}, {x, y, 0}, {9, 1, 0}};
+            // The point is near the start of the edge, or near its end.
+            if (isBack) {
+                mesh.triangles = {{1, 0, 2}, {3, 1, 4}};
+            } else {
+                mesh.triangles = {{0, 1, 2}, {1, 3, 4}};
+            }
+            Rim::Plan const plan = Try(tolerance);
+            EXPECT_TRUE(plan.joined.empty());
+            found[isBack ? 1 : 0] = plan.divisions.size();
+        }
+        EXPECT_EQ(found[0], found[1]);
+        return found[0];
+    };
+    // Five eighths along and beside.
+    EXPECT_EQ(divisions(0.875, 0.125, 0.625), 0u);
+    // 0.68 along, and 0.49 beside.
+    EXPECT_EQ(divisions(0.8, 0.25, 0.625), 1u);
+    // 0.625 along and less beside is at the end, whatever the tolerance beyond that.
+    EXPECT_EQ(divisions(0.875, 0.125, 0.63), 0u);
+}
+
+// The facet at the first corner would be turned over by another of its corners. All that would be joined with
+// any of its corners stays.
+TEST_F(RimTest, WhatWouldJoinACornerOfASpoiltFacetStaysToo) {
+    mesh.points = {{0, 0, 0}, {0, 5, 5},      {5, 5, 5},     {0.5, -0.01, 0}, {5, -5, 0},  {-5, -5, 0},
+                   {1, 0, 0}, {0.5, 0.01, 0}, {-0.01, 0, 0}, {-5, 5, -5},     {-5, -5, -5}};
+    mesh.triangles = {{0, 1, 2}, {3, 5, 4}, {8, 9, 10}};
+    EXPECT_EQ(Try(0.03).joined, (std::vector<std::pair<std::int32_t, std::int32_t>>{{8, 0}}));
+    mesh.triangles = {{0, 1, 2}, {3, 5, 4}, {0, 6, 7}, {8, 9, 10}};
+    EXPECT_TRUE(Try(0.03).joined.empty());
+    for (int turn = 0; turn < 2; ++turn) {
+        std::rotate(mesh.triangles[2].begin(), mesh.triangles[2].begin() + 1, mesh.triangles[2].end());
+        EXPECT_TRUE(Try(0.03).joined.empty());
+    }
+}
+
+// A corner of the first facet's, which never moves, tells which way the facet looks as any other does.
+TEST_F(RimTest, AFacetAtTheFirstPointIsNotTurnedOver) {
+    for (double const y : {-0.01, 0.005}) {
+        for (int turn = 0; turn < 3; ++turn) {
+            mesh.points = {{0, 0, 0},  {0, 5, 5},   {5, 5, 5}, {0.5, y, 0},
+                           {5, -5, 0}, {-5, -5, 0}, {1, 0, 0}, {0.5, 0.01, 0}};
+            mesh.triangles = {{0, 1, 2}, {3, 5, 4}, {0, 6, 7}};
+            std::rotate(mesh.triangles[2].begin(), mesh.triangles[2].begin() + turn, mesh.triangles[2].end());
+            std::vector<std::pair<std::int32_t, std::int32_t>> joined;
+            if (y > 0.0) joined.emplace_back(7, 3);
+            EXPECT_EQ(Try(0.03).joined, joined) << y << ' ' << turn;
+        }
+    }
+}
+
+// It looks nowhere, so that it cannot be turned over: up to a doubled area that counts as none.
+TEST_F(RimTest, AFacetWithoutAreaIsNotHarmedByAMove) {
+    for (double const height : {0.0, kCollinear, std::nextafter(kCollinear, 1.0)}) {
+        mesh.points = {{0.5, -0.01, 0}, {5, -5, 0}, {-5, -5, 0}, {0, 0, 0}, {1, 0, 0}, {0.5, height, 0}};
+        mesh.triangles = {{0, 2, 1}, {3, 4, 5}};
+        std::vector<std::pair<std::int32_t, std::int32_t>> joined;
+        if (height <= kCollinear) joined.emplace_back(5, 0);
+        EXPECT_EQ(Try(0.03).joined, joined) << height;
+    }
+}
+
+// A corner that is not on the rim stands in front, in the middle or behind.
+TEST_F(RimTest, AFacetWithACornerOffTheRimLosesNoneOfTheOthers) {
+    for (bool const isNear : {true, false}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            mesh.points = {{0, 0, 0}, {isNear ? 0.01 : 0.2, 0, 0}, {0, 5, 0}, {0.005, 1, 1}};
+            mesh.triangles = {{0, 1, 3}, {1, 2, 3}, {2, 0, 3}};
+            std::rotate(mesh.triangles[0].begin(), mesh.triangles[0].begin() + turn, mesh.triangles[0].end());
+            EXPECT_TRUE(Try(0.1).joined.empty()) << turn;
+            // Without that facet the two are joined, and nothing else of them.
+            mesh.triangles.erase(mesh.triangles.begin());
+            EXPECT_EQ(Try(0.1).joined.size(), isNear ? 1u : 0u);
+        }
+    }
+}
+
+// It has no area to lose, and yet needs three corners.
+TEST_F(RimTest, AFacetWithoutAreaLosesNoCorner) {
+    for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+        mesh.points = {{0, 0, 0}, {0.01, 0, 0}, {5, 0, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        std::rotate(mesh.triangles[0].begin(), mesh.triangles[0].begin() + turn, mesh.triangles[0].end());
+        EXPECT_TRUE(Try(0.1).joined.empty()) << turn;
+    }
+}
+
+// A notch of the rim between two points in the middle of a surface: a facet has but this corner on the rim.
+TEST_F(RimTest, AFacetWithOneCornerOnTheRimIsNotTurnedOver) {
+    for (double const y : {0.005, 0.02}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            // The point that the notch is near to, with a facet of its own; the notch; the rim; the middle.
+            mesh.points = {{0, y, 0},  {0, 3, 9}, {1, 3, 9},  {0, 0, 0},     {-5, -5, 0},
+                           {-5, 5, 0}, {5, 5, 0}, {5, -5, 0}, {-1, 0.01, 0}, {1, 0.01, 0}};
+            mesh.triangles = {{0, 1, 2}, {3, 9, 8}, {3, 8, 4}, {8, 5, 4},
+                              {8, 9, 5}, {9, 6, 5}, {9, 7, 6}, {9, 3, 7}};
+            std::rotate(mesh.triangles[1].begin(), mesh.triangles[1].begin() + turn, mesh.triangles[1].end());
+            std::vector<std::pair<std::int32_t, std::int32_t>> joined;
+            if (y < 0.01) joined.emplace_back(3, 0);
+            EXPECT_EQ(Try(0.03).joined, joined) << y << ' ' << turn;
+            EXPECT_EQ(edges.open, 8);
+        }
+    }
+}
+
+TEST_F(RimTest, AFacetAllOfWhoseCornersMoveIsNotTurnedOver) {
+    for (double const y : {0.001, -0.01}) {
+        mesh.points = {{0, 0.001, 0}, {0, 5, 5},   {0, 6, 5},   {1, 0.001, 0}, {1, 5, 5}, {1, 6, 5},
+                       {0.5, y, 0},   {0.5, 5, 9}, {0.5, 6, 9}, {0, 0, 0},     {1, 0, 0}, {0.5, 0.02, 0}};
+        mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}};
+        if (y > 0.0) mesh.points[6].y = 0.01;
+        EXPECT_EQ(Try(0.03).joined.size(), y > 0.0 ? 3u : 0u);
+    }
+}
+
+// The corner of a facet stays, as it would turn over another one; then the facet must not move with the two
+// other corners alone.
+TEST_F(RimTest, WhereOnePointStaysFacetsBesideItAreLookedAtAgain) {
+    mesh.points = {
+        {0, -0.03, 0}, {0, 5, 5},      {0, 6, 5},  // where the first corner would go
+        {1, -0.03, 0}, {1, 5, 5},      {1, 6, 5},       {0.5, -0.02, 0}, {0.5, 5, 9},
+        {0.5, 6, 9},   {0, 0, 0},      {-1, -0.012, 0}, {2, -0.021, 0},  // a facet that it would turn over
+        {1, 0, 0},     {0.5, 0.015, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 12, 13}};
+    EXPECT_EQ(Try(0.04).joined.size(), 3u);
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}, {9, 12, 13}};
+    EXPECT_TRUE(Try(0.04).joined.empty());
+}
+
+// What roundings of the coordinates leave uncertain grows with them.
+TEST_F(RimTest, PointsAreOnAnEdgeUpToARoundingOfItsCoordinates) {
+    for (double const size : {1.0 / 64, 1.0, 1024.0}) {
+        double const near = size * 4.0 / (1 << 23);
+        for (double const beside : {near, std::nextafter(near, 1e9)}) {
+            mesh.points = {
+                {0, 0, 0}, {size, 0, 0}, {size / 2, size, 0}, {size / 2, -beside, 0}, {size / 2, -size, 0}};
+            mesh.triangles = {{0, 1, 2}, {1, 3, 4}};
+            EXPECT_EQ(Try(0.0).divisions.size(), beside == near ? 1u : 0u) << size;
+        }
+    }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <random>
 #include <utility>
@@ -356,6 +357,203 @@ TEST(Slivers, AFacetAtOnePlaceIsOne) {
     EXPECT_EQ(counts.turned, 1);
     EXPECT_EQ(counts.stuck + counts.small, 0);
     EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+SliverCounts TakeOutOf(FlatMesh& mesh, EdgeTable& edges) {
+    Progress const none;
+    Watch watch(none);
+    Pace const pace(watch);
+    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
+    return TakeOutSlivers(mesh, edges, pace);
+}
+
+// Whichever facet stands in front, and whichever corner: edge and facet 0 are like all others.
+TEST(Slivers, InWhateverOrderFacetsComeTheSliversGo) {
+    std::mt19937 random(6);
+    for (int run = 0; run < 2000; ++run) {
+        Divided square;
+        std::int32_t const m = square.On(4);
+        std::vector<Triangle> facets;
+        bool const isPair = run % 2 != 0;
+        bool const isThird = isPair && run % 4 == 3;
+        std::int32_t const n = isThird ? square.On(2) : -1;
+        facets.push_back({square.kLeft, square.kRight, m});
+        facets.push_back({m, square.kRight, square.kTop});
+        if (isThird) {
+            facets.push_back({square.kLeft, m, n});
+            facets.push_back({square.kLeft, n, square.kTop});
+            facets.push_back({n, m, square.kTop});
+        } else {
+            facets.push_back({square.kLeft, m, square.kTop});
+        }
+        if (isPair) {
+            facets.push_back({square.kRight, square.kLeft, m});
+            facets.push_back({square.kLeft, square.kBottom, m});
+            facets.push_back({m, square.kBottom, square.kRight});
+        } else {
+            facets.push_back({square.kLeft, square.kBottom, square.kRight});
+        }
+        std::shuffle(facets.begin(), facets.end(), random);
+        for (Triangle& t : facets) {
+            std::rotate(t.begin(), t.begin() + static_cast<std::ptrdiff_t>(random() % 3), t.end());
+            square.Add(t[0], t[1], t[2]);
+        }
+        SliverCounts const counts = square.TakeOut();
+        ASSERT_EQ(counts.stuck + counts.small, 0) << run;
+        ASSERT_EQ(square.Facets(), isThird ? 6u : 4u) << run;
+        if (!isPair) {
+            ASSERT_EQ(counts.turned, 1) << run;
+        }
+    }
+}
+
+// Two facets whose height over a side of 1 is the limit of the doubled area, or the next number above it.
+TEST(Slivers, AFacetWithTheLeastDoubledAreaIsNoneAndOneWithMoreStays) {
+    for (double const height : {kCollinear, std::nextafter(kCollinear, 1.0)}) {
+        bool const isSliver = height == kCollinear;
+        FlatMesh mesh;
+        EdgeTable edges;
+        mesh.points = {{0, 0, 0}, {1, 0, 0}, {0.5, height, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        SliverCounts counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.turned, isSliver ? 1 : 0);
+        EXPECT_EQ(counts.stuck + counts.small, 0);
+        EXPECT_EQ(mesh.triangles.size(), isSliver ? 0u : 1u);
+        // With two neighbours it cannot go, and counts where it is one.
+        mesh.points.push_back({0.5, 5, 0});
+        mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {2, 1, 3}};
+        counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.turned, 0);
+        EXPECT_EQ(counts.stuck, isSliver ? 1 : 0);
+        EXPECT_EQ(counts.small, 0);
+        EXPECT_EQ(mesh.triangles.size(), 3u);
+        // One that is as high as wide is small, and no sliver.
+        double const side = 1.0 / (1 << 17);
+        mesh.points = {{0, 0, 0}, {side, 0, 0}, {0, height / side, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.turned + counts.stuck, 0);
+        EXPECT_EQ(counts.small, isSliver ? 1 : 0);
+        EXPECT_EQ(mesh.triangles.size(), 1u);
+    }
+}
+
+// A small facet is a sliver up to a height of a hundred thousandth of its longest edge, or of a few roundings
+// of its coordinates; a higher one is small.
+TEST(Slivers, AFacetOfNextToNoAreaIsASliverUpToAHeight) {
+    auto const isSliver = [](double right, double width, double height) {
+        FlatMesh mesh;
+        EdgeTable edges;
+        mesh.points = {{right - width, 0, 0}, {right, 0, 0}, {right - width / 2, height, 0}};
+        mesh.triangles = {{0, 1, 2}};
+        SliverCounts const counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.stuck, 0);
+        EXPECT_EQ(counts.turned + counts.small, 1);
+        EXPECT_EQ(mesh.triangles.size(), counts.small == 1 ? 1u : 0u);
+        return counts.turned == 1;
+    };
+    double const width = 1.0 / 512;
+    EXPECT_TRUE(isSliver(0, width, 1e-5 * width));
+    EXPECT_FALSE(isSliver(0, width, std::nextafter(1e-5 * width, 1.0)));
+    // Four roundings of floats up to 8 are half of 2^-17.
+    double const rounding = 8.0 * 4.0 / (1 << 23);
+    EXPECT_TRUE(isSliver(8, 1.0 / (1 << 16), rounding));
+    EXPECT_FALSE(isSliver(8, 1.0 / (1 << 16), std::nextafter(rounding, 1.0)));
+}
+
+// A sliver that cannot be turned, with an edge of no length: as short as a millionth of its longest edge, or
+// as a few roundings of its coordinates.
+TEST(Slivers, CornersAreJoinedUpToTheLengthThatIsNone) {
+    auto const left = [](double at, double shortest) {
+        FlatMesh mesh;
+        EdgeTable edges;
+        mesh.points = {{at, 0, 0}, {at + 10, 0, 0}, {at + shortest, 0, 0}, {at + 5, 5, 0}};
+        mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {2, 1, 3}};
+        SliverCounts const counts = TakeOutOf(mesh, edges);
+        bool const isJoined = counts.stuck == 0;
+        EXPECT_EQ(counts.stuck, isJoined ? 0 : 1);
+        EXPECT_EQ(counts.turned, isJoined ? 2 : 0) << "two facets lose a corner";
+        EXPECT_EQ(edges.open, 3);
+        if (isJoined) {
+            EXPECT_EQ(mesh.triangles[0], (Triangle{0, 1, 3}));
+        }
+        return mesh.triangles.size();
+    };
+    EXPECT_EQ(left(0, 1e-6 * 10.0), 1u);
+    EXPECT_EQ(left(0, std::nextafter(1e-6 * 10.0, 1.0)), 3u);
+    // Four roundings of floats up to 1014.
+    double const rounding = 1014.0 * 4.0 / (1 << 23);
+    EXPECT_EQ(left(1004, rounding), 1u);
+    EXPECT_EQ(left(1004, rounding + 1.0 / (1ll << 40)), 3u);
+}
+
+// What stands somewhere else stays as it was, though corners are joined: a wall without thickness is two
+// facets back to back, and a facet that has gone before has no corners any more.
+TEST(Slivers, JoiningCornersLeavesOtherFacetsAsTheyAre) {
+    for (bool const hasGone : {false, true}) {
+        FlatMesh mesh;
+        EdgeTable edges;
+        mesh.points = {{0, 0, 0},  {1e-12, 0, 0}, {10, 0, 0},  {0, 10, 0},  {-10, 0, 0}, {0, -10, 0},
+                       {50, 0, 0}, {60, 0, 0},    {50, 10, 0}, {80, 10, 0}, {81, 10, 0}, {83, 10, 0}};
+        mesh.triangles = {{6, 7, 8}, {6, 8, 7}, {0, 3, 4}, {0, 4, 5},
+                          {1, 5, 2}, {1, 2, 3}, {0, 1, 3}, {1, 0, 5}};
+        if (hasGone) mesh.triangles.insert(mesh.triangles.begin() + 3, Triangle{9, 10, 11});
+        SliverCounts const counts = TakeOutOf(mesh, edges);
+        EXPECT_EQ(counts.turned, hasGone ? 3 : 2);
+        EXPECT_EQ(counts.stuck + counts.small, 0);
+        ASSERT_EQ(mesh.triangles.size(), 6u);
+        std::vector<Triangle> const expected = {{6, 7, 8}, {6, 8, 7}, {0, 3, 4},
+                                                {0, 4, 5}, {0, 5, 2}, {0, 2, 3}};
+        EXPECT_EQ(std::vector<Triangle>(mesh.triangles.begin(), mesh.triangles.end()), expected);
+        EXPECT_EQ(edges.open, 4);
+    }
+}
+
+// Whichever of its edges has no length: other facets at the corner that goes get the one that stays, which is
+// the one with the lower number.
+TEST(Slivers, OfTheCornersThatAreJoinedTheFirstStays) {
+    for (bool const isLast : {false, true}) {
+        for (std::ptrdiff_t turn = 0; turn < 3; ++turn) {
+            FlatMesh mesh;
+            EdgeTable edges;
+            // Of 0, 1 and 2 the last two are as good as one, or the first two.
+            mesh.points = {{isLast ? -10.0 : 1e-12, 0, 0},
+                           {0, 0, 0},
+                           {isLast ? 1e-12 : 10.0, 0, 0},
+                           {0, 5, 0},
+                           {0, -7, 3},
+                           {1, -7, 3},
+                           {2, -7, 3},
+                           {3, -7, 3}};
+            Triangle sliver = isLast ? Triangle{0, 2, 1} : Triangle{1, 2, 0};
+            std::rotate(sliver.begin(), sliver.begin() + turn, sliver.end());
+            Triangle const onFirst = isLast ? Triangle{0, 1, 3} : Triangle{1, 0, 3};
+            Triangle const onSecond = isLast ? Triangle{1, 2, 3} : Triangle{0, 2, 3};
+            mesh.triangles = {onFirst, sliver, onSecond, {0, 4, 5}, {1, 5, 6}, {2, 6, 7}};
+            SliverCounts const counts = TakeOutOf(mesh, edges);
+            EXPECT_EQ(counts.turned, 2);
+            EXPECT_EQ(counts.stuck, 0);
+            std::vector<Triangle> const expected =
+                isLast ? std::vector<Triangle>{{0, 1, 3}, {0, 4, 5}, {1, 5, 6}, {1, 6, 7}}
+                       : std::vector<Triangle>{{0, 2, 3}, {0, 4, 5}, {0, 5, 6}, {2, 6, 7}};
+            EXPECT_EQ(std::vector<Triangle>(mesh.triangles.begin(), mesh.triangles.end()), expected)
+                << isLast << ' ' << turn;
+        }
+    }
+}
+
+// A facet has no area once its corner is joined with another: the next round takes it out.
+TEST(Slivers, WhatJoiningCornersFlattensGoesToo) {
+    FlatMesh mesh;
+    EdgeTable edges;
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {9e-6, 0, 0}, {5, 5, 0}, {0, -2, 0}, {0, -4, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {2, 1, 3}, {2, 4, 5}};
+    SliverCounts const counts = TakeOutOf(mesh, edges);
+    EXPECT_EQ(counts.turned, 3);
+    EXPECT_EQ(counts.stuck + counts.small, 0);
+    ASSERT_EQ(mesh.triangles.size(), 1u);
+    EXPECT_EQ(mesh.triangles[0], (Triangle{0, 1, 3}));
+    EXPECT_EQ(edges.open, 3);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ TEST(WritePart, EveryFormatThatIsWrittenReadsBackAndSaysWhatItLost) {
         EXPECT_EQ(report.openEdgesAfter, 0);
         EXPECT_NEAR(report.volumeAfter, report.volumeBefore, 1e-4 * report.volumeBefore);
         EXPECT_EQ(Part::Read(folder / "a.out").Format(), format);
+        EXPECT_TRUE(Part::Read(folder / "a.out").Report().notes.empty());
         EXPECT_FALSE(std::filesystem::exists(folder / "a.out.part"));
     }
 }

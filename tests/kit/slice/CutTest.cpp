@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
+#include <random>
+#include <span>
 #include <vector>
 
 namespace varnet {
@@ -155,6 +158,48 @@ TEST(CutSweep, SegmentsOfOneKindThatAreLeftOverAreJoinedTwoByTwo) {
     EXPECT_EQ(four.Cut(), (Found{{{1, 1}, {0, 0}, {1, 0}}, {{0, 1}, {0, 0}, {-1, 1}}}));
 }
 
+// Both segments leave the edge they share, so that the path runs against one of them.
+TEST(CutSweep, APathWhoseSegmentsContradictEachOtherRunsAsTheLongerPartOfItDoes) {
+    auto const cutOf = [](double first, double second) {
+        Sheaf sheaf;
+        sheaf.Leaving({first, 0});
+        sheaf.Leaving({0, second});
+        return sheaf.Cut();
+    };
+    EXPECT_EQ(cutOf(1, 2), (Found{{{1, 0}, {0, 0}, {0, 2}}}));
+    EXPECT_EQ(cutOf(2, 1), (Found{{{0, 1}, {0, 0}, {2, 0}}}));
+    EXPECT_EQ(cutOf(1, 1), (Found{{{1, 0}, {0, 0}, {0, 1}}})) << "as it was found, if there is no longer one";
+    auto const arrivingAt = [](double first, double second) {
+        Sheaf sheaf;
+        sheaf.Arriving({first, 0});
+        sheaf.Arriving({0, second});
+        return sheaf.Cut();
+    };
+    EXPECT_EQ(arrivingAt(2, 1), (Found{{{2, 0}, {0, 0}, {0, 1}}}));
+    EXPECT_EQ(arrivingAt(1, 2), (Found{{{0, 2}, {0, 0}, {1, 0}}}));
+    EXPECT_EQ(arrivingAt(1, 1), (Found{{{1, 0}, {0, 0}, {0, 1}}}));
+}
+
+// A tetrahedron has three facets at half its height: its cut has half the sides of the floor.
+TEST(CutSweep, ATriangleIsAContour) {
+    std::vector<Point3> const points = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {0, 0, 1}};
+    for (bool const isTurned : {false, true}) {
+        std::vector<Triangle> triangles = {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}};
+        if (isTurned) {
+            for (Triangle& t : triangles) std::swap(t[1], t[2]);
+        }
+        Pulse pulse;
+        FacetIndex const index({points, triangles, isTurned, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+        Paths paths;
+        CutSweep(index).Cut(1, paths, pulse);
+        ASSERT_EQ(paths.Count(), 1u);
+        EXPECT_EQ(paths.closed[0], 1);
+        std::vector<Point2> path(paths.At(0).begin(), paths.At(0).end());
+        std::rotate(path.begin(), std::find(path.begin(), path.end(), Point2{0, 0}), path.end());
+        EXPECT_EQ(path, (std::vector<Point2>{{0, 0}, {2, 0}, {0, 2}}));
+    }
+}
+
 // The walls between an outline at z = 0 and the same at z = 1, cut half way.
 Found CutOfWalls(std::vector<Point2> const& outline) {
     std::vector<Point3> points;
@@ -235,6 +280,134 @@ TEST(CutSweep, WhatIsCutInAPointOfAContourAddsNoneToIt) {
                 EXPECT_EQ(path[i].x, square[i].x + 10.0 * static_cast<double>(copy)) << turn;
                 EXPECT_EQ(path[i].y, square[i].y) << turn;
             }
+        }
+    }
+}
+
+// To the bit: what is added up on the way from the lower vertex would be another number.
+TEST(CutSweep, AnEdgeThatEndsAtTheCutIsCutInItsUpperVertex) {
+    double const tiny = 1e-20;
+    std::vector<Point3> const points = {{0.3, 0.7, 0}, {tiny, 3 * tiny, 0.5}, {5, tiny, 0.5}};
+    ASSERT_NE(points[0].x + (points[1].x - points[0].x), points[1].x);
+    std::vector<Triangle> const triangles = {{0, 1, 2}};
+    Pulse pulse;
+    FacetIndex const index({points, triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+    Paths paths;
+    CutSweep(index).Cut(1, paths, pulse);
+    ASSERT_EQ(paths.Count(), 1u);
+    std::vector<Point2> path(paths.At(0).begin(), paths.At(0).end());
+    if (path.front().x > 1) std::reverse(path.begin(), path.end());
+    EXPECT_EQ(path, (std::vector<Point2>{{tiny, 3 * tiny}, {5, tiny}}));
+}
+
+// Tetrahedra in any order and at any height, whose facets face outward. Their edges rise by 4, 8 or nothing,
+// so that places half way between whole heights are exact.
+struct Heap {
+    std::vector<Point3> points;
+    std::vector<Triangle> triangles;
+
+    explicit Heap(int count) {
+        std::mt19937 random(17);
+        std::uniform_int_distribution<int> place(-500, 500);
+        std::uniform_int_distribution<int> height(0, 88);
+        while (static_cast<int>(triangles.size()) < 4 * count) {
+            auto const first = static_cast<std::int32_t>(points.size());
+            double const z = height(random);
+            std::vector<Point3> corners;
+            for (double const rise : {0.0, 4.0, 8.0, 8.0}) {
+                corners.push_back({1.0 * place(random), 1.0 * place(random), z + rise});
+            }
+            std::shuffle(corners.begin(), corners.end(), random);
+            auto const by = [&](std::size_t i) {
+                return Point3{corners[i].x - corners[0].x, corners[i].y - corners[0].y,
+                              corners[i].z - corners[0].z};
+            };
+            Point3 const a = by(1);
+            Point3 const b = by(2);
+            Point3 const c = by(3);
+            double const volume =
+                a.x * (b.y * c.z - b.z * c.y) + a.y * (b.z * c.x - b.x * c.z) + a.z * (b.x * c.y - b.y * c.x);
+            if (volume == 0.0) continue;
+            if (volume < 0.0) std::swap(corners[1], corners[2]);
+            points.insert(points.end(), corners.begin(), corners.end());
+            for (Triangle t : {Triangle{0, 2, 1}, Triangle{0, 1, 3}, Triangle{1, 2, 3}, Triangle{0, 3, 2}}) {
+                std::rotate(t.begin(), t.begin() + static_cast<std::ptrdiff_t>(random() % 3), t.end());
+                triangles.push_back({t[0] + first, t[1] + first, t[2] + first});
+            }
+        }
+        std::shuffle(triangles.begin(), triangles.end(), random);
+    }
+
+    using Segments = std::vector<std::array<double, 4>>;
+    // Round a facet, a segment begins at the side that goes down and ends at the one that goes up.
+    Segments SegmentsAt(double z) const {
+        Segments segments;
+        for (Triangle const& t : triangles) {
+            std::array<double, 4> segment{};
+            int ends = 0;
+            for (std::size_t k = 0; k < 3; ++k) {
+                Point3 const& from = points[static_cast<std::size_t>(t[k])];
+                Point3 const& to = points[static_cast<std::size_t>(t[(k + 1) % 3])];
+                if ((from.z > z) == (to.z > z)) continue;
+                double const share = (z - from.z) / (to.z - from.z);
+                std::size_t const place = from.z > z ? 0 : 2;
+                segment[place] = from.x + share * (to.x - from.x);
+                segment[place + 1] = from.y + share * (to.y - from.y);
+                ++ends;
+            }
+            if (ends == 2) segments.push_back(segment);
+        }
+        std::sort(segments.begin(), segments.end());
+        return segments;
+    }
+};
+
+// One sweep goes from layer to layer, one back, and one to and fro: each finds what one that is new finds,
+// and that is a side of a contour for each facet.
+TEST(CutSweep, EveryLayerIsTheSameByWhateverWayASweepComesThere) {
+    Heap const heap(600);
+    constexpr int kLayers = 96;
+    Pulse pulse;
+    FacetIndex const index({heap.points, heap.triangles, false, false}, {0.0, 1.0, kLayers, 96.0}, true, 1,
+                           pulse);
+    auto const cutBy = [&](CutSweep& sweep, int number) {
+        Paths paths;
+        sweep.Cut(number, paths, pulse);
+        return paths;
+    };
+    std::vector<Paths> layers;
+    for (int number = 1; number <= kLayers; ++number) {
+        CutSweep fresh(index);
+        Paths const paths = cutBy(fresh, number);
+        Heap::Segments sides;
+        for (std::size_t i = 0; i < paths.Count(); ++i) {
+            EXPECT_EQ(paths.closed[i], 1);
+            std::span<Point2 const> const path = paths.At(i);
+            for (std::size_t k = 0; k < path.size(); ++k) {
+                Point2 const& next = path[(k + 1) % path.size()];
+                sides.push_back({path[k].x, path[k].y, next.x, next.y});
+            }
+        }
+        std::sort(sides.begin(), sides.end());
+        ASSERT_EQ(sides, heap.SegmentsAt(number - 0.5)) << number;
+        layers.push_back(paths);
+    }
+    std::vector<std::vector<int>> ways(4);
+    std::mt19937 random(4);
+    for (int number = 1; number <= kLayers; ++number) {
+        ways[0].push_back(number);
+        ways[1].push_back(kLayers + 1 - number);
+        ways[2].push_back(1 + static_cast<int>(random() % kLayers));
+        if (number % 7 == 0) ways[3].insert(ways[3].end(), {number, number});
+    }
+    for (std::vector<int> const& way : ways) {
+        CutSweep sweep(index);
+        for (int const number : way) {
+            Paths const paths = cutBy(sweep, number);
+            Paths const& expected = layers[static_cast<std::size_t>(number - 1)];
+            ASSERT_EQ(paths.points, expected.points) << number;
+            ASSERT_EQ(paths.offsets, expected.offsets) << number;
+            ASSERT_EQ(paths.closed, expected.closed) << number;
         }
     }
 }

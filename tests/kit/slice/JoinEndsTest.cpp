@@ -169,6 +169,44 @@ TEST(JoinEnds, TheLongestGapIsThatOfTheLastTwoThatWouldHaveToBeJoined) {
     EXPECT_EQ(joined.open.size(), 3u);
 }
 
+// Three paths that meet, in any order and run any way: the chain of them counts as one path, and so does its
+// length, with what was closed in it.
+TEST(JoinEnds, AChainIsClosedOnItselfOverAThirdOfItsLengthAndNoMore) {
+    for (double const rise : {1.0, 1.5}) {
+        // Twice 1.2 and once the rise, with a gap in it; from end to end it is the rise.
+        std::array<Path, 3> const parts = {Path{{0, 0}, {1.2, 0}}, Path{{1.2, 0}, {1.2, rise - 0.01}},
+                                           Path{{1.2, rise}, {0, rise}}};
+        std::array<std::size_t, 3> order = {0, 1, 2};
+        do {
+            for (unsigned way = 0; way < 8; ++way) {
+                std::vector<Path> paths;
+                for (std::size_t const i : order) {
+                    paths.push_back(parts[i]);
+                    if ((way >> i & 1) != 0) std::reverse(paths.back().begin(), paths.back().end());
+                }
+                Joined const joined = Join(paths, 2.0);
+                // 1 mm is less than a third of 3.4, and 1.5 mm more than one of 3.9.
+                EXPECT_EQ(joined.closed.size(), rise == 1.0 ? 1u : 0u) << way;
+                EXPECT_EQ(joined.open.size(), rise == 1.0 ? 0u : 1u) << way;
+                EXPECT_EQ(joined.figures.closed, rise == 1.0 ? 2 : 1);
+                EXPECT_NEAR(joined.figures.closedLength, rise == 1.0 ? 1.01 : 0.01, 1e-12);
+            }
+        } while (std::next_permutation(order.begin(), order.end()));
+    }
+}
+
+// However the ends lie about the origin: on both sides of it in x or in y, and across the whole of a square.
+TEST(JoinEnds, TheLongestGapMayBeAsWideAsAllThatIsThere) {
+    for (Path const& path : {Path{{-30, 5}, {30, 5}}, Path{{5, -30}, {5, 30}}, Path{{-30, -5}, {30, -5}},
+                             Path{{-90, 5}, {-30, 5}}, Path{{5, -90}, {5, -30}}}) {
+        EXPECT_EQ(Join({path}, 1.0).figures.longestOpen, 60.0);
+    }
+    for (double const side : {20.0, 60.0, 100.0, 180.0, 256.0, 300.0}) {
+        EXPECT_EQ(Join({{{-side / 2, 7}, {side / 2, 7 + side}}}, 1.0).figures.longestOpen,
+                  std::sqrt(2.0 * side * side));
+    }
+}
+
 // ---- the same by looking at all pairs
 
 double Distance(Point2 const& a, Point2 const& b) {

@@ -78,6 +78,55 @@ TEST(ClassicLayer, GoesThereAndBack) {
     EXPECT_EQ(open.m_bClosed, 0);
 }
 
+TEST(Layer, StrokesOfSupportsAreThoseOfChainsWithAnIdOfAThousandOrMore) {
+    Layer layer;
+    layer.AddChain(std::vector<Stroke>{{{0, 0}, {1, 0}}}, 999);
+    layer.AddChain(std::vector<Stroke>{{{0, 1}, {1, 1}}, {{0, 2}, {1, 2}}}, 1000);
+    layer.AddChain(std::vector<Stroke>{{{0, 3}, {1, 3}}}, -1);
+    layer.AddChain(std::vector<Stroke>{{{0, 4}, {1, 4}}, {{0, 5}, {1, 5}}, {{0, 6}, {1, 6}}}, 1001);
+    layer.AddChain(std::vector<Stroke>{{{0, 7}, {1, 7}}}, 0);
+    EXPECT_EQ(layer.SupportStrokeCount(), 5u);
+    EXPECT_EQ(Layer().SupportStrokeCount(), 0u);
+}
+
+// Whatever the nodes say of their levels; one that is in nothing has its own, if it is closed.
+TEST(ClassicLayer, TheLevelOfAContourIsOneMoreThanThatOfItsParent) {
+    auto const loop = [](int level, char closed, double x) {
+        auto* const node = new tagLoopTreeNode(0);
+        node->m_pPointList = new XR_CList<CPoint2D, CPoint2D&>(10);
+        for (CPoint2D point : {CPoint2D(x, 0), CPoint2D(x + 1, 0), CPoint2D(x, 1)}) {
+            node->m_pPointList->AddTail(point);
+        }
+        node->m_bClosed = closed;
+        node->m_nLevel = level;
+        return node;
+    };
+    CLayer classic;
+    tagLoopTreeNode* const first = loop(0, 1, 0);
+    tagLoopTreeNode* const inner = loop(7, 1, 10);
+    tagLoopTreeNode* const innermost = loop(9, 1, 20);
+    first->m_ChildList.AddTail(inner);
+    inner->m_ChildList.AddTail(innermost);
+    classic.AddRawLoop(first);
+    classic.AddRawLoop(loop(3, 1, 30));
+    classic.AddRawLoop(loop(5, 0, 40));
+    Layer const layer = FromClassic(classic);
+    ASSERT_EQ(layer.ContourCount(), 5u);
+    for (std::size_t i = 0; i < 5; ++i) {
+        Contour const& contour = layer.contours[i];
+        auto const x = static_cast<int>(layer.points[layer.offsets[i]].x);
+        EXPECT_EQ(contour.closed, x != 40);
+        EXPECT_EQ(contour.level, x == 0 ? 0 : x == 10 ? 1 : x == 20 ? 2 : x == 30 ? 3 : 0) << x;
+        if (x != 10 && x != 20) {
+            EXPECT_EQ(contour.parent, -1);
+        } else {
+            ASSERT_GE(contour.parent, 0);
+            auto const parent = static_cast<std::size_t>(contour.parent);
+            EXPECT_EQ(static_cast<int>(layer.points[layer.offsets[parent]].x), x - 10);
+        }
+    }
+}
+
 TEST(ClassicLayer, NestsAsTheClassesDo) {
     FlatShape const gyroid = Flat(shapes::Gyroid(12));
     SliceSettings settings;

@@ -83,6 +83,39 @@ TEST(Thin, NoPointThatGoesIsFurtherThanTheTolerance) {
     }
 }
 
+// The chord may lean by the tolerance over the first step, less a thousand millionth of it.
+TEST(Thin, AChordJustAtTheToleranceIsTakenOnBothSides) {
+    double const most = 0.0625 * (1.0 - 1e-9);
+    auto const thinned = [](double rise) {
+        Paths paths;
+        paths.Add(std::vector<Point2>{{0, 0}, {1, 0}, {2, rise}}, false);
+        Paths thin;
+        ThinPaths(paths, 0.0625, thin);
+        return thin.points.size();
+    };
+    for (double const side : {1.0, -1.0}) {
+        EXPECT_EQ(thinned(side * 2.0 * most), 2u);
+        EXPECT_EQ(thinned(side * 2.0 * std::nextafter(most, 1.0)), 3u);
+    }
+}
+
+// A chord from the first point on would pass the last one, but not the one before it on the other side.
+TEST(Thin, EveryPointThatWentBoundsTheChord) {
+    for (double const side : {1.0, -1.0}) {
+        for (bool const goesBack : {false, true}) {
+            Paths paths;
+            double const back = goesBack ? -1.0 : 1.0;
+            std::vector<Point2> const path = {
+                {0, 0}, {10, 0}, {20, side * 0.09}, {30, side * 0.09 * back}, {40, side * 0.09 * back}};
+            paths.Add(path, false);
+            Paths thin;
+            ThinPaths(paths, 0.05, thin);
+            for (Point2 const& p : path) EXPECT_LE(DistanceOf(p, thin.points, false), 0.05);
+            EXPECT_EQ(thin.points.size(), goesBack ? 4u : 2u);
+        }
+    }
+}
+
 TEST(Thin, TinyStepsForthAndBackStay) {
     // Steps too short to have a direction go far along the line, and back again.
     std::vector<Point2> path{{0, 0}, {1, 0}};
