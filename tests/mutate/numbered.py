@@ -176,6 +176,32 @@ def change_of(line, becomes):
     return i, len(line) - j
 
 
+def is_balanced(text):
+    """Whether each bracket has its other one."""
+    depth = 0
+    for c in text:
+        depth += (c in "([{") - (c in ")]}")
+        if depth < 0:
+            return False
+    return depth == 0
+
+
+def with_brackets(code, line, becomes, begin, end):
+    """The change with the brackets about it, as many as it takes until what is put there has whole ones; None for none."""
+    while not (is_balanced(code[begin:end]) and is_balanced(becomes[begin : len(becomes) - (len(line) - end)])):
+        opening, depth = begin - 1, 0
+        while opening >= 0 and (code[opening] not in "([{" or depth > 0):
+            depth += (code[opening] in ")]}") - (code[opening] in "([{")
+            opening -= 1
+        closed = matching(code, opening) if opening >= 0 else None
+        if closed is None:
+            return None
+        begin, end = opening, max(end, closed)
+        while begin > 0 and re.match(r"[\w.:<>]", code[begin - 1]):
+            begin -= 1
+    return begin, end
+
+
 def piece_of(code, line, mutant, before, behind):
     """The piece of the line that is another expression in the mutant, or None where the whole line is another."""
     if mutant.kind in ("statement", "early return", "guard") or mutant.becomes.strip() in ("", ";", "return;"):
@@ -196,6 +222,11 @@ def piece_of(code, line, mutant, before, behind):
         for call in mutate.CALL.finditer(code):
             if call.start() <= begin and end <= call.end():
                 begin, end = call.start(), call.end()
+    if mutant.kind == "chosen":
+        whole = with_brackets(code, line, mutant.becomes, begin, end)
+        if whole is None:
+            return None
+        begin, end = whole
     assigns = re.search(r"[-+]=", code[max(0, begin - 1) : end + 1]) is not None
     is_logic = mutant.kind == "logic" or (mutant.kind == "chosen" and re.search(r"&&|\|\|", code) is not None)
     return segment(code, begin, max(end, begin), before, behind, is_logic, assigns)
