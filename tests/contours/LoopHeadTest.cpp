@@ -142,3 +142,24 @@ TEST(AdjustHeadToNearPoint, KeepsTheHeadWhereTheTailIsNearest) {
     pLoop->AdjustHeadToNearPoint(CPoint2D(5, 5));
     EXPECT_EQ(PlacesOf(*pLoop), kSquare);
 }
+
+TEST(AdjutstHeadToPoint, TwoPointsAreAHeadAndItsClosingCopy) {
+    auto const pair = [] {
+        LoopPtr pLoop = OpenPath({{0, 0}, {5, 6}});
+        pLoop->m_bClosed = 1;
+        return pLoop;
+    };
+    LoopPtr const pFound = pair();
+    EXPECT_EQ(pFound->AdjutstHeadToPoint(CPoint2D(0, 0)), 1);
+    EXPECT_EQ(PlacesOf(*pFound), (Places{{0, 0}, {0, 0}}));
+    ExpectSound(*pFound->m_pPointList);
+    LoopPtr const pAtClosing = pair();
+    EXPECT_EQ(pAtClosing->AdjutstHeadToPoint(CPoint2D(5, 6)), 0) << "the closing copy is no point to turn to";
+    EXPECT_EQ(PlacesOf(*pAtClosing), (Places{{0, 0}, {0, 0}}));
+    LoopPtr const pByPosition = pair();
+    EXPECT_EQ(pByPosition->AdjutstHeadToPointAtPos(pByPosition->m_pPointList->FindIndex(0)), 1);
+    EXPECT_EQ(PlacesOf(*pByPosition), (Places{{0, 0}, {0, 0}}));
+    LoopPtr const pAtLast = pair();
+    EXPECT_EQ(pAtLast->AdjutstHeadToPointAtPos(pAtLast->m_pPointList->FindIndex(1)), 0);
+    EXPECT_EQ(PlacesOf(*pAtLast), (Places{{0, 0}, {0, 0}}));
+}

@@ -281,3 +281,10 @@ TEST(JudgeLoopDirection, OfTwoLeftmostPointsTheFirstInTheListTells) {
     EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 0}, {0, 4}, {4, 4}, {0, 0}})->m_pPointList), LOOPDIRECT_CW);
     EXPECT_EQ(JudgeLoopDirection(ClosedLoop({{4, 4}, {0, 0}, {4, 0}, {0, 4}})->m_pPointList), LOOPDIRECT_CCW);
 }
+
+TEST(JudgeLoopDirection, ALoopThatGoesAndComesOnOneLineIsClockwise) {
+    LoopPtr const pLoop = OpenPath({{0, 0}, {1, 1}, {2, 2}, {0, 0}});
+    EXPECT_EQ(JudgeLoopDirection(pLoop->m_pPointList), LOOPDIRECT_CW);
+    LoopPtr const pUpright = OpenPath({{0, 0}, {0, 1}, {0, 1}, {0, 0}});
+    EXPECT_EQ(JudgeLoopDirection(pUpright->m_pPointList), LOOPDIRECT_CW);
+}

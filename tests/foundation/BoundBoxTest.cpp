@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <random>
@@ -244,4 +245,25 @@ TEST(BoundBox, RelationInThePlaneAgreesWithTheFourCornerTestsOnRandomBoxes) {
         ++counts[nExpected];
     }
     for (int const nCount : counts) EXPECT_GT(nCount, 0);
+}
+
+TEST(BoundBox2D, APointOnAnySideIsInItsLimitsAlready) {
+    CBoundBox2D const box = Box2(1, 2, 5, 7);
+    for (double const x : {1.0, 3.0, 5.0}) {
+        for (double const y : {2.0, 3.0, 7.0}) {
+            CPoint2D point(x, y);
+            EXPECT_EQ(box.LimitPointInBox(point), 1) << x << ' ' << y;
+            EXPECT_EQ(point.x, x);
+            EXPECT_EQ(point.y, y);
+        }
+    }
+    for (double const x : {0.5, 1.0, 5.0, 5.5}) {
+        for (double const y : {1.5, 2.0, 7.0, 7.5}) {
+            CPoint2D point(x, y);
+            bool const bInside = x >= 1 && x <= 5 && y >= 2 && y <= 7;
+            EXPECT_EQ(box.LimitPointInBox(point), bInside ? 1 : 0) << x << ' ' << y;
+            EXPECT_EQ(point.x, x < 3 ? std::max(x, 1.0) : std::min(x, 5.0));
+            EXPECT_EQ(point.y, y < 3 ? std::max(y, 2.0) : std::min(y, 7.0));
+        }
+    }
 }

@@ -598,3 +598,34 @@ TEST(Geometry, CoordinatesThatAreNoNumbersGiveNoNumbers) {
     EXPECT_TRUE(std::isnan(CalArea(q, c, d)));
     EXPECT_TRUE(std::isnan(DisofPtoPlane(q, c, d, c)) || DisofPtoPlane(q, c, d, c) == 0.0);
 }
+
+TEST(IsInterSect, EndsThatAreJustTheLeastAreaApartDoNotCross) {
+    CPoint2D const c(0.0, 0.0);
+    CPoint2D const d(1.0, 0.0);
+    CPoint2D const below(0.5, -1.0);
+    // Doubled areas of 0.01 and -1 on the two sides of the line from c to d.
+    EXPECT_EQ(0, IsInterSect(CPoint2D(0.5, 0.01), below, c, d));
+    EXPECT_EQ(0, IsInterSect(c, d, CPoint2D(0.5, 0.01), below));
+    EXPECT_EQ(1, IsInterSect(CPoint2D(0.5, 0.011), below, c, d));
+    EXPECT_EQ(1, IsInterSect(c, d, CPoint2D(0.5, 0.011), below));
+}
+
+TEST(IsInTriangle, APointJustTheLeastAreaOutsideIsIn) {
+    CPoint2D const a(0.0, 0.0);
+    CPoint2D const b(1.0, 0.0);
+    CPoint2D const c(0.0, 1.0);
+    EXPECT_EQ(1, IsInTriangle(a, b, c, CPoint2D(0.25, -1e-6)));
+    EXPECT_EQ(0, IsInTriangle(a, b, c, CPoint2D(0.25, -1.01e-6)));
+    EXPECT_EQ(1, IsInTriangle(b, c, a, CPoint2D(0.25, -1e-6)));
+    EXPECT_EQ(0, IsInTriangle(b, c, a, CPoint2D(0.25, -1.01e-6)));
+}
+
+TEST(D2ofPtoLine, ALineOfJustTheLeastLengthIsAPoint) {
+    ASSERT_EQ(1e-8, 1e-4 * 1e-4);
+    CPoint2D p(3.0, 4.0);
+    CPoint2D a(0.0, 0.0);
+    CPoint2D least(1e-4, 0.0);
+    EXPECT_EQ(25.0, D2ofPtoLine(p, a, least));
+    CPoint2D longer(1.01e-4, 0.0);
+    EXPECT_NEAR(16.0, D2ofPtoLine(p, a, longer), 1e-9);
+}

@@ -268,3 +268,17 @@ TEST(TextScanner, DoesNotDependOnTheGlobalLocale) {
     EXPECT_FALSE(scanner.Number(d));
     std::locale::global(before);
 }
+
+TEST(TextScanner, AZeroBeforeAnXIsHexadecimalWithEveryDigitAndWithNoNeighbourOfOne) {
+    for (char const c : std::string("0123456789abcdefABCDEF")) {
+        ExpectNoNumber((std::string("0x") + c).c_str());
+        ExpectNoNumber((std::string("0X") + c).c_str());
+    }
+    for (char const c : std::string("/:@G`g.")) {
+        double dValue = 77.0;
+        std::string const text = std::string("0x") + c;
+        TextScanner scanner(text);
+        EXPECT_TRUE(scanner.Number(dValue)) << text;
+        EXPECT_EQ(0.0, dValue) << text;
+    }
+}
