@@ -75,7 +75,13 @@ void Run(SliceOptions options) {
     std::size_t solids = 0;
     for (std::string const& input : options.inputs) {
         parts.push_back(ReadPart(input, options.read));
-        for (varnet::Body const& body : parts.back().Bodies()) {
+        varnet::Part const& sliced = parts.back().AsSliced();
+        if (&sliced != &parts.back()) {
+            Warn(input +
+                 ": facets contradict their shell, and are sliced as if they were turned: varnet repair "
+                 "turns them");
+        }
+        for (varnet::Body const& body : sliced.Bodies()) {
             if (!body.IsInsideOut() || options.settings.rule == varnet::SolidRule::kOdd) continue;
             Warn(input + ": a body is inside out, and is sliced as if it were turned");
             break;

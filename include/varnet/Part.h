@@ -213,6 +213,9 @@ public:
     /// open edges than it began. Throws an Error of kind kArgument for settings that make no sense, of kind
     /// kCancelled.
     RepairReport Repair(RepairSettings const& settings = {});
+    /// The part as a slicer takes it: where facets contradict their own shell, as Repair turns them, else the
+    /// part itself. Made when it is first asked for, and good as long as what the part hands out.
+    Part const& AsSliced() const;
     /// Moves every point. A map that mirrors turns all facets, so that the outside stays outside. Throws an
     /// Error of kind kArgument where a number of the map is not finite, the map flattens space, or a point
     /// would land beyond 1e10.

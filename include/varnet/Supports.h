@@ -52,7 +52,7 @@ struct SupportSolid {
     std::vector<Triangle> triangles;
 };
 
-/// What hangs on a part, and the solids that hold it.
+/// What hangs on a part, and the solids that hold it. Facets that contradict their shell count as turned.
 class VARNET_KIT_API Supports {
 public:
     Supports() = default;
@@ -105,8 +105,9 @@ struct VARNET_KIT_API Surfaces {
     std::vector<std::int32_t> ofTriangle;
 };
 
-/// What a Slicer is to cut: the parts, a body that is inside out as if it were turned, and the solids that
-/// support them. Parts and supports must live, and stay as they are, for as long as the Slicer does.
+/// What a Slicer is to cut: the parts, with facets that contradict their shell and bodies that are inside out
+/// as if they were turned, and the solids that support them. Parts and supports must live, and stay as they
+/// are, for as long as the Slicer does.
 VARNET_KIT_API std::vector<SlicerInput> SlicerInputs(std::span<Part const> parts,
                                                      std::span<Supports const> supports = {});
 VARNET_KIT_API std::vector<SlicerInput> SlicerInputs(Part const& part);

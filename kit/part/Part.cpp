@@ -102,6 +102,16 @@ std::span<Body const> Part::Bodies() const {
     return m_State->bodies;
 }
 
+Part const& Part::AsSliced() const {
+    Bodies();
+    if (!m_State->contradicts) return *this;
+    std::call_once(m_State->asSlicedOnce, [this] {
+        auto turned = std::make_unique<Part>(*this);
+        if (turned->Repair().turned > 0) m_State->asSliced = std::move(turned);
+    });
+    return m_State->asSliced != nullptr ? *m_State->asSliced : *this;
+}
+
 std::unique_ptr<CSTLModel> Part::Model(std::int64_t* refused) const {
     return ModelOf(Points(), Triangles(), refused);
 }
@@ -113,6 +123,7 @@ std::vector<Body> Part::MakeBodies(State const& state) {
     state.edges = EdgeTable();
     if (edges.across.empty()) edges = FindEdges(mesh.triangles, mesh.points.size(), Pace::None());
     PairByAngle(mesh, edges);
+    state.contradicts = !edges.twins.empty();
     BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
     std::vector<Body> bodies;
     bodies.reserve(static_cast<std::size_t>(labels.count));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -26,6 +27,9 @@ struct Part::State {
     mutable EdgeTable edges;
     mutable std::once_flag bodiesOnce;
     mutable std::vector<Body> bodies;
+    mutable bool contradicts = false;  // known with the bodies: facets that meet run the same way at an edge
+    mutable std::once_flag asSlicedOnce;
+    mutable std::unique_ptr<Part> asSliced;  // where facets were turned
 
     static State const& Of(Part const& part) { return *part.m_State; }
 };

@@ -70,17 +70,27 @@ private:
     std::vector<bool> m_Odd;
 };
 
-Sides FindSides(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace) {
+// Which edges tell how facets face each other. At an edge of many, shells may touch, and a facet that is
+// turned there may have been paired with one of another shell.
+enum class Joined { kAtEdgesOfTwo, kAtAll };
+
+Sides FindSides(FlatMesh const& mesh, EdgeTable const& edges, Joined joined, Pace const& pace) {
+    std::vector<bool> isLeftOut(joined == Joined::kAtAll ? 0 : edges.across.size());
+    if (joined == Joined::kAtEdgesOfTwo) {
+        for (std::int32_t const edge : edges.crowd) isLeftOut[static_cast<std::size_t>(edge)] = true;
+    }
+    auto const counts = [&](std::size_t edge) { return isLeftOut.empty() || !isLeftOut[edge]; };
     Sides sides(mesh.triangles.size());
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
         pace.Step(i, edges.across.size());
-        if (edges.across[i] > static_cast<std::int32_t>(i)) {
+        if (edges.across[i] > static_cast<std::int32_t>(i) && counts(i)) {
             sides.Join(static_cast<std::int32_t>(i / 3), edges.across[i] / 3, false);
         }
     }
     // Those of two facets come first in the list, then what is left of the crowds.
     for (std::size_t i = 0; i + 1 < edges.twins.size(); i += 2) {
-        sides.Join(edges.twins[i] / 3, edges.twins[i + 1] / 3, true);
+        if (counts(static_cast<std::size_t>(edges.twins[i])))
+            sides.Join(edges.twins[i] / 3, edges.twins[i + 1] / 3, true);
     }
     return sides;
 }
@@ -97,8 +107,8 @@ struct Weight {
 };
 
 // Turns the smaller side of each shell that contradicts itself. Returns how many facets.
-std::int64_t TurnContradictions(FlatMesh& mesh, EdgeTable const& edges, Pace const& pace) {
-    Sides sides = FindSides(mesh, edges, pace);
+std::int64_t TurnContradictions(FlatMesh& mesh, EdgeTable const& edges, Joined joined, Pace const& pace) {
+    Sides sides = FindSides(mesh, edges, joined, pace);
     std::vector<Weight> weights(mesh.triangles.size());
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
         Sides::Place const place = sides.Find(static_cast<std::int32_t>(i));
@@ -186,14 +196,22 @@ RepairReport Part::Repair(RepairSettings const& settings) {
     FlatMesh mesh = m_State->mesh;
     EdgeTable edges = Edges(mesh, pace.Between(0.0, 0.2));
     for (int round = 0; round < kRounds && !edges.twins.empty(); ++round) {
-        FlatMesh changed = mesh;
-        std::int64_t const turned =
-            TurnContradictions(changed, edges, pace.Between(0.2 + 0.05 * round, 0.25 + 0.05 * round));
-        EdgeTable table = Edges(changed, pace.Between(0.25 + 0.05 * round, 0.25 + 0.05 * round));
-        if (turned == 0 || table.open >= edges.open) break;
-        mesh = std::move(changed);
-        edges = std::move(table);
-        report.turned += turned;
+        double done = 0.2 + 0.05 * round;
+        std::int64_t turned = 0;
+        for (Joined const joined : {Joined::kAtEdgesOfTwo, Joined::kAtAll}) {
+            FlatMesh changed = mesh;
+            turned = TurnContradictions(changed, edges, joined, pace.Between(done, done + 0.025));
+            done += 0.025;
+            EdgeTable table = Edges(changed, pace.Between(done, done));
+            if (turned > 0 && table.open < edges.open) {
+                mesh = std::move(changed);
+                edges = std::move(table);
+                report.turned += turned;
+                break;
+            }
+            turned = 0;
+        }
+        if (turned == 0) break;
     }
     if (report.turned > 0) {
         // A facet that stands there twice is told from a turned one only now.

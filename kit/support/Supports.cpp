@@ -81,6 +81,13 @@ HangingEdge EdgeOf(CFeatureEdge& chain) {
     return edge;
 }
 
+// What is sliced is what is held: facets that contradict their shell face down as they would if they were
+// turned. Where some were left out as well, numbers of facets would be others.
+Part const& WithNumbersOf(Part const& part) {
+    Part const& sliced = part.AsSliced();
+    return sliced.Triangles().size() == part.Triangles().size() ? sliced : part;
+}
+
 // Takes the solids that the generators have made, which stand for the wanted ones of something in order.
 void TakeSolids(CSTLModel& model, std::function<bool(std::size_t)> const& isWanted,
                 std::vector<SupportSolid>& solids) {
@@ -97,7 +104,7 @@ void TakeSolids(CSTLModel& model, std::function<bool(std::size_t)> const& isWant
 Supports::Supports(Part const& part, SupportSettings const& settings) {
     Check(settings);
     if (part.Triangles().empty()) return;
-    ClassicFacets facets(part);
+    ClassicFacets facets(WithNumbersOf(part));
     CSTLModel& model = facets.Model();
     Watch watch(settings.progress);
     watch.Tell(0.2);
@@ -152,11 +159,14 @@ void Supports::Write(std::filesystem::path const& path, MeshFormat format) const
 
 std::vector<SlicerInput> SlicerInputs(std::span<Part const> parts, std::span<Supports const> supports) {
     std::vector<SlicerInput> inputs;
-    for (Part const& part : parts) {
+    for (Part const& asGiven : parts) {
+        Part const& part = asGiven.AsSliced();
         std::span<Body const> const bodies = part.Bodies();
-        bool const turns =
-            std::any_of(bodies.begin(), bodies.end(), [](Body const& body) { return body.IsInsideOut(); });
-        if (!turns) {
+        // Facets of an open body that lie on those of another would be taken for one wall of no thickness.
+        bool const apart = std::any_of(bodies.begin(), bodies.end(), [&bodies](Body const& body) {
+            return body.IsInsideOut() || (bodies.size() > 1 && body.Measures().openEdges > 0);
+        });
+        if (!apart) {
             inputs.push_back({part.Points(), part.Triangles(), false, false});
             continue;
         }

@@ -37,7 +37,7 @@ public:
         settings.progress = [this](double share) { return !m_Waiter.has_value() || m_Waiter->Tell(share); };
         // Bodies are made here, which takes a while and asks nobody.
         DoAside(py::none(), "Dividing", [parts = m_Sliced.parts](Progress const&) {
-            for (Part const& part : parts) part.Bodies();
+            for (Part const& part : parts) part.AsSliced().Bodies();
             return true;
         });
         Guarded([&] { m_Slicer.emplace(InputsOf(m_Sliced), settings); });

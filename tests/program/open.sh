@@ -68,6 +68,19 @@ row '"turned": false'
 row '"facets_lost": 0'
 cmp vase.cli streamed.cli || fail "a part without its lid, from disk"
 
+# Facets that contradict their shell are sliced as if they were turned, which is told. Three sides of four look inward here,
+# which no layer would show to be solid.
+awk '/^outer/ && ++n > 4 && n < 11 { turn = 1 } /^vertex/ && turn && ++k == 1 { first = $0; next }
+    { print } turn && k == 2 { print first; k = 0; turn = 0 }' lid.stl >contradicting.stl
+[ "$(wc -l <contradicting.stl)" -eq "$(wc -l <lid.stl)" ] || fail "the facets that were to be turned"
+expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1
+says 'contradicting.stl: facets contradict their shell, and are sliced as if they were turned: varnet repair turns them'
+row '^  volume of the layers, mm3 +1000$'
+expect 0 "$varnet" repair contradicting.stl agreeing.stl
+row '^  facets turned to agree +6$'
+expect 0 "$varnet" slice agreeing.stl -o agreeing.cli --layer 1
+! grep -q contradict err || fail "a warning for facets that agree"
+
 # One body has no row of its own.
 expect 0 "$varnet" info lid.stl
 row '^  bodies +1$'

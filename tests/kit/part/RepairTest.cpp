@@ -535,5 +535,26 @@ TEST(Repair, HolesThatNobodyAskedToFillAreNotCounted) {
     EXPECT_EQ(asked.notes, std::vector<std::string>{"1 rim longer than asked for stay open"});
 }
 
+// At the edge where bodies touch, a facet that is turned may find its partner in the other body.
+TEST(Repair, AFacetThatIsTurnedWhereBodiesTouchIsTheOnlyOneThatTurns) {
+    shapes::Mesh atEdge = shapes::Cube(10.0f);
+    shapes::Append(atEdge, shapes::Moved(shapes::Cube(10.0f), 10, 10, 0));
+    shapes::Mesh besides = shapes::Box({0, 0, 0}, {10, 10, 10});
+    shapes::Append(besides, shapes::Box({10, 0, 8}, {30, 10, 10}));
+    for (auto const& [mesh, volumes] :
+         {std::pair(atEdge, std::pair(1000.0, 1000.0)), {besides, {1000.0, 400.0}}}) {
+        for (std::size_t i = 0; i < mesh.size(); ++i) {
+            shapes::Mesh turned = mesh;
+            std::swap(turned[i][1], turned[i][2]);
+            Part part = PartOf(turned);
+            EXPECT_EQ(part.Repair().turned, 1) << i;
+            ASSERT_EQ(part.Bodies().size(), 2u) << i;
+            EXPECT_NEAR(part.Bodies()[0].Measures().volume, volumes.first, 1e-9) << i;
+            EXPECT_NEAR(part.Bodies()[1].Measures().volume, volumes.second, 1e-9) << i;
+            EXPECT_EQ(part.Measures().openEdges, 0) << i;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace varnet

@@ -82,6 +82,23 @@ TEST(Supports, ABoardIsHeldFromBelowAndAFootRestsOnThePlate) {
     EXPECT_EQ(0, supports.SmallRegions());
 }
 
+// A facet that contradicts its shell looks down where it would if it were turned.
+TEST(Supports, AFacetThatIsTurnedChangesNothingOfWhatHangs) {
+    Part const part = TowerWithBoard();
+    Supports const expected(part);
+    for (std::size_t i = 0; i < part.Triangles().size(); ++i) {
+        std::vector<Triangle> triangles(part.Triangles().begin(), part.Triangles().end());
+        std::swap(triangles[i][0], triangles[i][1]);
+        Supports const supports(Part(part.Points(), triangles));
+        ASSERT_EQ(expected.Overhangs().size(), supports.Overhangs().size()) << i;
+        for (std::size_t n = 0; n < expected.Overhangs().size(); ++n) {
+            EXPECT_EQ(expected.Overhangs()[n].triangles, supports.Overhangs()[n].triangles) << i;
+            EXPECT_EQ(expected.Overhangs()[n].why, supports.Overhangs()[n].why) << i;
+        }
+        EXPECT_EQ(expected.Solids().size(), supports.Solids().size()) << i;
+    }
+}
+
 TEST(Supports, SolidsOfAHeightAreClosedAndHaveIt) {
     SupportSettings settings;
     settings.down = 3.0;
@@ -275,6 +292,65 @@ TEST(SlicerInputs, AnOpenBodyFarFromTheOriginIsSolid) {
         slicer.ForEachLayer([](Layer const& layer) { EXPECT_NEAR(layer.Area(), 200.0, 1e-9); });
         EXPECT_EQ(10, slicer.Report().layers);
     }
+}
+
+// Whichever facets of a cube are turned, some or all: its layers are full.
+TEST(SlicerInputs, FacetsThatContradictTheirShellAreSlicedAsIfTheyWereTurned) {
+    for (unsigned turned = 0; turned < 4096; turned += 1 + turned % 7) {
+        shapes::Mesh mesh = shapes::Moved(shapes::Cube(10), 30, 40, 50);
+        for (std::size_t i = 0; i < mesh.size(); ++i) {
+            if ((turned >> i & 1) != 0) std::swap(mesh[i][1], mesh[i][2]);
+        }
+        Part const part = PartOf(mesh);
+        SliceSettings settings;
+        settings.layer = 4.0;
+        settings.hatch = 0.0;
+        Slicer slicer(SlicerInputs(part), settings);
+        slicer.ForEachLayer([&](Layer const& layer) { EXPECT_NEAR(layer.Area(), 100.0, 1e-9) << turned; });
+        EXPECT_NEAR(slicer.Report().meshVolume, 1000.0, 1e-6) << turned;
+        if (HasFailure()) return;
+    }
+}
+
+// A loose facet that lies on another one and faces it takes nothing away from the body.
+TEST(SlicerInputs, ALooseFacetOnAnotherOneOpensNoContour) {
+    shapes::Mesh const cube = shapes::Cube(10);
+    for (std::size_t i = 0; i < cube.size(); ++i) {
+        shapes::Mesh mesh = cube;
+        mesh.push_back({cube[i][0], cube[i][2], cube[i][1]});
+        Part const part = PartOf(mesh);
+        SliceSettings settings;
+        settings.layer = 2.0;
+        settings.hatch = 0.0;
+        Slicer slicer(SlicerInputs(part), settings);
+        slicer.ForEachLayer([&](Layer const& layer) { EXPECT_NEAR(layer.Area(), 100.0, 1e-9) << i; });
+        EXPECT_EQ(slicer.Report().openPaths, part.Measures().openEdges > 0 && i >= 4 ? 5 : 0) << i;
+    }
+}
+
+TEST(SlicerInputs, APartIsSlicedAsRepairLeavesItAndStaysAsItIs) {
+    Part const whole = PartOf(shapes::Cube(10));
+    EXPECT_EQ(&whole, &whole.AsSliced());
+    shapes::Mesh mesh = shapes::Cube(10);
+    std::swap(mesh[5][0], mesh[5][1]);
+    Part const part = PartOf(mesh);
+    std::vector<Triangle> const asGiven(part.Triangles().begin(), part.Triangles().end());
+    Part const& sliced = part.AsSliced();
+    EXPECT_NE(&part, &sliced);
+    EXPECT_EQ(&sliced, &part.AsSliced());
+    EXPECT_EQ(&sliced, &sliced.AsSliced());
+    EXPECT_EQ(sliced.Triangles().data(), SlicerInputs(part)[0].triangles.data());
+    EXPECT_EQ(0, sliced.Measures().openEdges);
+    EXPECT_NEAR(1000.0, sliced.Measures().volume, 1e-9);
+    EXPECT_TRUE(std::equal(asGiven.begin(), asGiven.end(), part.Triangles().begin(), part.Triangles().end()));
+    EXPECT_EQ(6, part.Measures().openEdges);
+    Part repaired = part;
+    EXPECT_EQ(1, repaired.Repair().turned);
+    EXPECT_TRUE(std::equal(repaired.Triangles().begin(), repaired.Triangles().end(),
+                           sliced.Triangles().begin(), sliced.Triangles().end()));
+    // A copy shares what was made, and a part that is repaired is what it is.
+    EXPECT_EQ(&sliced, &Part(part).AsSliced());
+    EXPECT_EQ(&repaired, &repaired.AsSliced());
 }
 
 TEST(Surfaces, ACubeHasSix) {
