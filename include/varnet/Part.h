@@ -87,7 +87,7 @@ struct RepairSettings {
     /// A rim is plain where each of its corners has one open edge that arrives and one that leaves. Rims of
     /// more than kMostRimEdges edges stay open and are counted: the work grows with the third power.
     double fillHoles = 0.0;
-    bool outward = false;  ///< turn whole bodies that are inside out and no cavities
+    bool outward = false;  ///< turn whole bodies that are inside out
     Progress progress;
 };
 
@@ -135,13 +135,16 @@ public:
     std::span<Point3 const> Points() const { return m_Points; }
     std::span<Triangle const> Triangles() const { return m_Triangles; }
     MeshMeasures const& Measures() const { return m_Measures; }
-    /// Whether it bounds a hollow: its facets face inward, and it lies inside another body.
+    /// Whether it bounds a hollow: it lies inside another body, and its facets face the other way than that
+    /// one's.
     bool IsCavity() const { return m_Enclosing.has_value(); }
     /// Of a cavity the number of the body around it, the smallest of several; else nothing.
     std::optional<std::size_t> Enclosing() const { return m_Enclosing; }
-    /// Whether its facets face inward and it is no cavity. They do where the volume is below 0: of an open
-    /// body not the one that is measured, which depends on where it stands, but with its rims closed.
-    bool IsInsideOut() const { return m_FacesInward && !IsCavity(); }
+    /// Whether its facets face inward, of a cavity outward. Facets face inward where the volume is below 0:
+    /// of an open body not the one that is measured, which depends on where it stands, but with its rims
+    /// closed. Of a part whose bodies have less than no volume together, all bodies are inside out, with
+    /// their cavities, but for those that lie in no other and face outward.
+    bool IsInsideOut() const { return m_IsInsideOut; }
 
     /// The body as a model of the classic kind, made on each call: with a tolerance of 0, each facet given to
     /// AddFacet in order. Of facets on the same three corners such a model holds one, or none where as many
@@ -158,7 +161,7 @@ private:
     std::span<Point3 const> m_Points;
     std::span<Triangle const> m_Triangles;
     MeshMeasures m_Measures;
-    bool m_FacesInward = false;
+    bool m_IsInsideOut = false;
     std::optional<std::size_t> m_Enclosing;
 };
 

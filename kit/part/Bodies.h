@@ -52,4 +52,13 @@ struct Shell {
 /// for none, and for shells of positive volume. Judged by a point of the shell.
 std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells);
 
+/// Which way shells face, and which bound hollows.
+struct Facing {
+    std::vector<std::int32_t> enclosing;  ///< of a hollow the shell around it, of several the smallest; or -1
+    std::vector<bool> isWrong;            ///< would have to be turned
+};
+/// Where the volumes add up to less than nothing, the part is inside out as a whole, hollows included. A
+/// shell that faces inward then and is in no other is a body of its own that is inside out.
+Facing JudgeFacing(std::span<Shell const> shells);
+
 }  // namespace varnet

@@ -94,12 +94,16 @@ Point3 CentreOfLargestFacet(Shell const& shell) {
 
 }  // namespace
 
-std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells) {
+namespace {
+
+// As FindEnclosing, of shells that are all turned first where that is asked for.
+std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells, bool turned) {
+    double const sign = turned ? -1.0 : 1.0;
     std::vector<std::int32_t> enclosing(shells.size(), -1);
     std::vector<std::size_t> asking;
     std::vector<Point3> points;
     for (std::size_t i = 0; i < shells.size(); ++i) {
-        if (!(shells[i].volume < 0.0)) continue;
+        if (!(sign * shells[i].volume < 0.0)) continue;
         asking.push_back(i);
         points.push_back(CentreOfLargestFacet(shells[i]));
     }
@@ -110,7 +114,7 @@ std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells) {
     std::vector<std::size_t> touched;
     for (std::size_t s = 0; s < shells.size(); ++s) {
         Shell const& shell = shells[s];
-        if (!(shell.volume > 0.0)) continue;
+        if (!(sign * shell.volume > 0.0)) continue;
         for (Triangle const& t : shell.triangles) {
             Point3 const& a = shell.points[static_cast<std::size_t>(t[0])];
             Point3 const& b = shell.points[static_cast<std::size_t>(t[1])];
@@ -119,19 +123,40 @@ std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells) {
                           {std::max({a.x, b.x, c.x}), std::max({a.y, b.y, c.y})}, [&](std::size_t i) {
                               int const turn = PassesAbove(queries[i], a, b, c);
                               if (turn == 0) return;
-                              turns[i] += turn;
+                              turns[i] += turned ? -turn : turn;
                               touched.push_back(i);
                           });
         }
         for (std::size_t const i : touched) {
             std::int32_t& now = enclosing[asking[i]];
-            bool const smaller = now < 0 || shell.volume < shells[static_cast<std::size_t>(now)].volume;
+            bool const smaller =
+                now < 0 || std::fabs(shell.volume) < std::fabs(shells[static_cast<std::size_t>(now)].volume);
             if (turns[i] > 0 && smaller) now = static_cast<std::int32_t>(s);
             turns[i] = 0;
         }
         touched.clear();
     }
     return enclosing;
+}
+
+}  // namespace
+
+std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells) {
+    return FindEnclosing(shells, false);
+}
+
+Facing JudgeFacing(std::span<Shell const> shells) {
+    double volume = 0.0;
+    for (Shell const& shell : shells) volume += shell.volume;
+    bool const turned = volume < 0.0;
+    Facing facing;
+    facing.enclosing = FindEnclosing(shells, turned);
+    for (std::size_t i = 0; i < shells.size(); ++i) {
+        double const asWhole = turned ? -shells[i].volume : shells[i].volume;
+        bool const isWrongInWhole = asWhole < 0.0 && facing.enclosing[i] < 0;
+        facing.isWrong.push_back(asWhole != 0.0 && isWrongInWhole != turned);
+    }
+    return facing;
 }
 
 }  // namespace varnet

@@ -166,12 +166,12 @@ std::vector<Body> Part::MakeBodies(State const& state) {
             labels.count == 1 ? state.measures : Measure(body.m_Points, body.m_Triangles, openEdges);
         double const closed = openEdges > 0 ? ClosedVolume(body.m_Points, body.m_Triangles, open[n])
                                             : SureVolume(body.m_Measures);
-        body.m_FacesInward = openEdges > 0 ? closed < 0.0 : body.m_Measures.volume < 0.0;
         shells.push_back({body.m_Points, body.m_Triangles, closed});
     }
-    std::vector<std::int32_t> const enclosing = FindEnclosing(shells);
+    Facing const facing = JudgeFacing(shells);
     for (std::size_t i = 0; i < bodies.size(); ++i) {
-        if (enclosing[i] >= 0) bodies[i].m_Enclosing = static_cast<std::size_t>(enclosing[i]);
+        if (facing.enclosing[i] >= 0) bodies[i].m_Enclosing = static_cast<std::size_t>(facing.enclosing[i]);
+        bodies[i].m_IsInsideOut = facing.isWrong[i];
     }
     return bodies;
 }

@@ -129,7 +129,7 @@ std::int64_t TurnContradictions(FlatMesh& mesh, EdgeTable const& edges, Joined j
     return turned;
 }
 
-// Turns bodies that are closed, inside out and no cavities. Returns how many.
+// Turns bodies that are closed and inside out. Returns how many.
 std::int64_t TurnOutward(FlatMesh& mesh, EdgeTable const& edges) {
     BodyLabels const labels = LabelBodies(mesh.triangles.size(), edges);
     std::vector<std::vector<Triangle>> triangles(static_cast<std::size_t>(labels.count));
@@ -148,11 +148,9 @@ std::int64_t TurnOutward(FlatMesh& mesh, EdgeTable const& edges) {
                           open[i].empty() ? SureVolume(Measure(mesh.points, triangles[i], 0))
                                           : ClosedVolume(mesh.points, triangles[i], open[i])});
     }
-    std::vector<std::int32_t> const enclosing = FindEnclosing(shells);
+    Facing const facing = JudgeFacing(shells);
     std::int64_t turned = 0;
-    auto const turns = [&](std::size_t i) {
-        return open[i].empty() && shells[i].volume < 0.0 && enclosing[i] < 0;
-    };
+    auto const turns = [&](std::size_t i) { return open[i].empty() && facing.isWrong[i]; };
     for (std::size_t i = 0; i < shells.size(); ++i) turned += turns(i);
     for (std::size_t i = 0; turned > 0 && i < mesh.triangles.size(); ++i) {
         if (turns(static_cast<std::size_t>(labels.ofFacet[i])))

@@ -85,6 +85,31 @@ TEST(Bodies, ACavityIsOneInsideAnotherBody) {
     EXPECT_TRUE(alone.Bodies()[0].IsInsideOut());
 }
 
+TEST(Bodies, APartThatIsInsideOutAsAWholeKeepsItsCavities) {
+    shapes::Mesh mesh = shapes::InsideOut(shapes::CubeInCube(true));
+    Part const part = PartOf(mesh);
+    ASSERT_EQ(part.Bodies().size(), 2u);
+    EXPECT_FALSE(part.Bodies()[0].IsCavity());
+    EXPECT_TRUE(part.Bodies()[0].IsInsideOut());
+    EXPECT_EQ(part.Bodies()[1].Enclosing(), 0u);
+    EXPECT_TRUE(part.Bodies()[1].IsInsideOut());
+    std::vector<Part> const parts = part.Split();
+    ASSERT_EQ(parts.size(), 1u);
+    EXPECT_NEAR(parts[0].Measures().volume, -26000.0, 1e-6);
+    // What faces outward and lies in no other body is none of it.
+    shapes::Append(mesh, shapes::Moved(shapes::Cube(10.0f), 100.0f, 0.0f, 0.0f));
+    Part const beside = PartOf(mesh);
+    ASSERT_EQ(beside.Bodies().size(), 3u);
+    EXPECT_TRUE(beside.Bodies()[0].IsInsideOut() && beside.Bodies()[1].IsInsideOut());
+    EXPECT_FALSE(beside.Bodies()[2].IsInsideOut() || beside.Bodies()[2].IsCavity());
+    // Where the larger body is as it should be, the smaller one alone is inside out.
+    shapes::Mesh large = shapes::Cube(40.0f);
+    shapes::Append(large, shapes::Moved(shapes::InsideOut(shapes::Cube(10.0f)), 100.0f, 0.0f, 0.0f));
+    Part const other = PartOf(large);
+    EXPECT_FALSE(other.Bodies()[0].IsInsideOut());
+    EXPECT_TRUE(other.Bodies()[1].IsInsideOut());
+}
+
 TEST(Bodies, ACavityBelongsToTheSmallestBodyAroundIt) {
     shapes::Mesh mesh = shapes::Box({-50, -50, -50}, {80, 80, 80});
     shapes::Append(mesh, shapes::CubeInCube(true));

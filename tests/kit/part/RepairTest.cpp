@@ -172,6 +172,15 @@ TEST(Repair, WholeBodiesAreTurnedOnlyWhereThatIsAskedFor) {
     EXPECT_EQ(behind.Repair(settings).bodiesTurned, 1);
     EXPECT_NEAR(behind.Measures().volume, 27000.0, 1e-6);
     EXPECT_TRUE(behind.Bodies()[1].IsCavity());
+
+    // A body that is inside out takes its cavity with it, and leaves a smaller one beside it as it is.
+    shapes::Mesh whole = shapes::InsideOut(shapes::CubeInCube(true));
+    shapes::Append(whole, shapes::Moved(shapes::Cube(10.0f), 100.0f, 0.0f, 0.0f));
+    Part inverted = PartOf(whole);
+    EXPECT_EQ(inverted.Repair(settings).bodiesTurned, 2);
+    EXPECT_NEAR(inverted.Measures().volume, 27000.0, 1e-6);
+    EXPECT_TRUE(inverted.Bodies()[1].IsCavity());
+    EXPECT_EQ(inverted.Repair(settings).bodiesTurned, 0);
 }
 
 TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {
