@@ -92,10 +92,6 @@ Point3 CentreOfLargestFacet(Shell const& shell) {
     return centre;
 }
 
-}  // namespace
-
-namespace {
-
 // As FindEnclosing, of shells that are all turned first where that is asked for.
 std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells, bool turned) {
     double const sign = turned ? -1.0 : 1.0;

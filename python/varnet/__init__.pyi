@@ -274,10 +274,13 @@ class Body:
         """Directed edges without their opposite."""
     @property
     def is_cavity(self) -> bool:
-        """Whether it bounds a hollow: its volume is negative, and it lies inside another body."""
+        """Whether it bounds a hollow: it lies inside another body, and faces the other way than that one."""
     @property
     def is_inside_out(self) -> bool:
-        """Whether its volume is negative and it is no cavity."""
+        """Whether it faces inward, of a cavity outward: by its volume, of an open body with its rims closed.
+
+        Of a part whose bodies have less than no volume together, all are, but for those that lie in no other and face
+        outward."""
     @property
     def enclosing(self) -> int | None:
         """Of a cavity the number of the body around it, the smallest of several; else None."""
