@@ -43,7 +43,7 @@ void Run(RepairOptions const& options) {
     report.Print(options.json, options.output == "-");
     if (repaired.openEdgesAfter > 0) {
         Warn(options.output + ": " + Count(repaired.openEdgesAfter) +
-             " edges are open: --fill-holes MM closes plain rims");
+             " edges are open: --fill-holes MM closes holes with rims up to that length");
     }
     for (varnet::Body const& body : part.Bodies()) {
         if (!body.IsInsideOut()) continue;
@@ -62,7 +62,7 @@ void AddRepair(CLI::App& app) {
     command->add_option("IN", options->input, "Mesh file to read")->required();
     command->add_option("OUT", options->output, "STL file to write, - for standard output")->required();
     command
-        ->add_option("--fill-holes", options->fillHoles, "Close plain holes whose rim is up to this long, mm")
+        ->add_option("--fill-holes", options->fillHoles, "Close holes whose rim is up to this long, mm")
         ->check(WhyNotFinite)
         ->check(CLI::Range(0.0, 1e9));
     command->add_flag("--outward", options->outward, "Turn whole bodies that are inside out");

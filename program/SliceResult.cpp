@@ -25,6 +25,7 @@ void Print(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
                    (sliced.gapsClosed > 0 ? ", up to " + Number(sliced.longestGapClosed) + " mm" : ""));
     report.AddJson("longest_gap_closed", sliced.longestGapClosed);
     report.AddJson("longest_gap", sliced.longestGap);
+    report.AddJson("missing_volume", sliced.missingVolume);
     report.Add("points", "points", static_cast<long long>(sliced.points));
     report.Add("length of all contours, mm", "contour_length", sliced.contourLength);
     report.Add("volume of the mesh, mm3", "mesh_volume", sliced.meshVolume);
@@ -50,13 +51,11 @@ void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
     if (sliced.skippedFacets > 0)
         Warn(Count(sliced.skippedFacets) + " facets were not sliced: a corner is no number");
     if (sliced.openPaths == 0) return;
-    bool const whole = options.IsWhole();
-    double const missing = std::max(0.0, std::fabs(sliced.meshVolume) - std::fabs(sliced.cutVolume));
     std::string const text = "paths stay open in " + Count(sliced.layersWithOpenPaths) + " of " +
                              Count(sliced.layers) + " layers, the longest gap " +
-                             Rounded(sliced.longestGap, 4) + " mm" +
-                             (whole ? ", " + Rounded(missing, 4) + " mm3 missing" : "") +
-                             ": varnet repair --fill-holes closes the part, --close MM the gaps";
+                             Rounded(sliced.longestGap, 4) + " mm, about " +
+                             Rounded(sliced.missingVolume, 4) +
+                             " mm3 missing: varnet repair --fill-holes closes the part, --close MM the gaps";
     if (options.strict) throw varnet::Error(varnet::ErrorKind::kContent, text);
     Warn(text);
 }

@@ -76,16 +76,17 @@ struct RepairReport {
     std::int64_t holesFilled = 0;
     std::int64_t facetsAdded = 0;    ///< by filling
     std::int64_t bodiesTurned = 0;   ///< whole bodies that were turned outward, where that was asked for
-    std::int64_t holesLeft = 0;      ///< plain rims that are longer than asked for, or of too many edges
+    std::int64_t holesLeft = 0;      ///< with rims that are longer than asked for
     std::vector<std::string> notes;  ///< a line each for a person
 };
 
 inline constexpr std::size_t kMostRimEdges = 400;
 
 struct RepairSettings {
-    /// Millimetres: plain rims up to this length are closed, by the triangulation of least area; 0 for none.
-    /// A rim is plain where each of its corners has one open edge that arrives and one that leaves. Rims of
-    /// more than kMostRimEdges edges stay open and are counted: the work grows with the third power.
+    /// Millimetres: holes with rims up to this length are closed, by the triangulation of least area; 0 for
+    /// none. A rim that touches itself is several. One of more than kMostRimEdges edges is filled in parts,
+    /// each with the least area: for the whole the work would grow with the third power. A facet that hangs
+    /// together with no other stays open, as do edges of facets that contradict each other.
     double fillHoles = 0.0;
     bool outward = false;  ///< turn whole bodies that are inside out
     Progress progress;

@@ -46,10 +46,12 @@ struct Shell {
     std::span<Point3 const> points;
     std::span<Triangle const> triangles;
     double volume = 0.0;
+    bool isOpen = false;  ///< has open edges
 };
 
 /// For each shell of negative volume the shell of positive volume around it, of several the smallest one; -1
-/// for none, and for shells of positive volume. Judged by a point of the shell.
+/// for none, and for shells of positive volume. Judged by a point of the shell, which is inside an open one
+/// where that is on most sides of it.
 std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells);
 
 /// Which way shells face, and which bound hollows.

@@ -1,5 +1,6 @@
 // Which shells lie inside others: a line is drawn straight up from a point of each shell, and the facets that
-// it passes are counted, those that face up against those that face down.
+// it passes are counted, those that face up against those that face down. A shell with open edges may have
+// nothing there: it is asked along all axes, both ways, and most of the six lines tell.
 
 #include <algorithm>
 #include <cmath>
@@ -68,13 +69,24 @@ int Passes(Point3 const& p, Point3 const& a, Point3 const& b) {
     return a.y <= b.y ? 1 : -1;
 }
 
-// 1 or -1 where the facet lies above the point, facing up or down; else 0.
-int PassesAbove(Point3 const& p, Point3 const& a, Point3 const& b, Point3 const& c) {
+// How a facet lies on the line through a point along z: `turns` is 1 where it faces up, -1 where it faces
+// down, and 0 where it is not on the line or holds the point.
+struct Passed {
+    int turns = 0;
+    bool above = false;
+};
+Passed PassedBy(Point3 const& p, Point3 const& a, Point3 const& b, Point3 const& c) {
     int const turns = Passes(p, a, b) + Passes(p, b, c) + Passes(p, c, a);
-    if (turns == 0) return 0;
+    if (turns == 0) return {};
     Point3 const normal = Cross(b - a, c - a);
     double const height = Dot(a - p, normal);
-    return (height > 0.0) == (normal.z > 0.0) && height != 0.0 ? turns : 0;
+    if (height == 0.0) return {};
+    return {turns, (height > 0.0) == (normal.z > 0.0)};
+}
+
+// The axes in turn: the one that is asked along becomes z.
+Point3 Along(std::size_t axis, Point3 const& p) {
+    return axis == 0 ? p : axis == 1 ? Point3{p.y, p.z, p.x} : Point3{p.z, p.x, p.y};
 }
 
 Point3 CentreOfLargestFacet(Shell const& shell) {
@@ -92,45 +104,97 @@ Point3 CentreOfLargestFacet(Shell const& shell) {
     return centre;
 }
 
+// Points that ask which shells are around them.
+class Asking {
+public:
+    // With all axes, where a shell that is asked is open.
+    Asking(std::vector<Point3> const& points, bool allAxes) : m_Votes(points.size()), m_Turns(points.size()) {
+        for (std::size_t axis = 0; axis < (allAxes ? 3 : 1); ++axis) {
+            std::vector<Point3> along;
+            along.reserve(points.size());
+            for (Point3 const& p : points) along.push_back(Along(axis, p));
+            m_Along.emplace_back(std::move(along));
+        }
+    }
+
+    // Calls found(i) for the points inside a shell; sign is -1 for one that is to be taken as turned.
+    template <class Found>
+    void InShell(Shell const& shell, int sign, Found const& found) {
+        std::size_t const axes = shell.isOpen ? 3 : 1;
+        for (std::size_t axis = 0; axis < axes; ++axis) {
+            CountTurns(shell, axis);
+            for (std::size_t const i : m_Touched) {
+                Turns& turns = m_Turns[i];
+                if (m_Votes[i] == 0 && (turns.above != 0 || turns.below != 0)) m_Voted.push_back(i);
+                m_Votes[i] += sign * turns.above > 0 ? 1 : 0;
+                if (shell.isOpen) m_Votes[i] += sign * turns.below < 0 ? 1 : 0;
+                turns = {};
+            }
+            m_Touched.clear();
+        }
+        for (std::size_t const i : m_Voted) {
+            if (m_Votes[i] >= (shell.isOpen ? kMostOfSix : 1)) found(i);
+            m_Votes[i] = 0;
+        }
+        m_Voted.clear();
+    }
+
+private:
+    static constexpr int kMostOfSix = 4;
+
+    struct Turns {
+        int above = 0;
+        int below = 0;
+    };
+
+    void CountTurns(Shell const& shell, std::size_t axis) {
+        Queries const& queries = m_Along[axis];
+        for (Triangle const& t : shell.triangles) {
+            Point3 const a = Along(axis, shell.points[static_cast<std::size_t>(t[0])]);
+            Point3 const b = Along(axis, shell.points[static_cast<std::size_t>(t[1])]);
+            Point3 const c = Along(axis, shell.points[static_cast<std::size_t>(t[2])]);
+            queries.InBox({std::min({a.x, b.x, c.x}), std::min({a.y, b.y, c.y})},
+                          {std::max({a.x, b.x, c.x}), std::max({a.y, b.y, c.y})}, [&](std::size_t i) {
+                              Passed const passed = PassedBy(queries[i], a, b, c);
+                              if (passed.turns == 0) return;
+                              (passed.above ? m_Turns[i].above : m_Turns[i].below) += passed.turns;
+                              m_Touched.push_back(i);
+                          });
+        }
+    }
+
+    std::vector<Queries> m_Along;
+    std::vector<int> m_Votes;
+    std::vector<Turns> m_Turns;          // of one shell along one axis
+    std::vector<std::size_t> m_Touched;  // points with turns, some twice
+    std::vector<std::size_t> m_Voted;    // points with votes, some twice
+};
+
 // As FindEnclosing, of shells that are all turned first where that is asked for.
 std::vector<std::int32_t> FindEnclosing(std::span<Shell const> shells, bool turned) {
-    double const sign = turned ? -1.0 : 1.0;
+    int const sign = turned ? -1 : 1;
     std::vector<std::int32_t> enclosing(shells.size(), -1);
     std::vector<std::size_t> asking;
     std::vector<Point3> points;
+    bool anyOpen = false;
     for (std::size_t i = 0; i < shells.size(); ++i) {
+        if (sign * shells[i].volume > 0.0) anyOpen |= shells[i].isOpen;
         if (!(sign * shells[i].volume < 0.0)) continue;
         asking.push_back(i);
         points.push_back(CentreOfLargestFacet(shells[i]));
     }
     if (asking.empty()) return enclosing;
 
-    Queries const queries(std::move(points));
-    std::vector<int> turns(queries.Count());
-    std::vector<std::size_t> touched;
+    Asking asked(points, anyOpen);
     for (std::size_t s = 0; s < shells.size(); ++s) {
         Shell const& shell = shells[s];
         if (!(sign * shell.volume > 0.0)) continue;
-        for (Triangle const& t : shell.triangles) {
-            Point3 const& a = shell.points[static_cast<std::size_t>(t[0])];
-            Point3 const& b = shell.points[static_cast<std::size_t>(t[1])];
-            Point3 const& c = shell.points[static_cast<std::size_t>(t[2])];
-            queries.InBox({std::min({a.x, b.x, c.x}), std::min({a.y, b.y, c.y})},
-                          {std::max({a.x, b.x, c.x}), std::max({a.y, b.y, c.y})}, [&](std::size_t i) {
-                              int const turn = PassesAbove(queries[i], a, b, c);
-                              if (turn == 0) return;
-                              turns[i] += turned ? -turn : turn;
-                              touched.push_back(i);
-                          });
-        }
-        for (std::size_t const i : touched) {
+        asked.InShell(shell, sign, [&](std::size_t i) {
             std::int32_t& now = enclosing[asking[i]];
-            bool const smaller =
+            bool const isSmaller =
                 now < 0 || std::fabs(shell.volume) < std::fabs(shells[static_cast<std::size_t>(now)].volume);
-            if (turns[i] > 0 && smaller) now = static_cast<std::int32_t>(s);
-            turns[i] = 0;
-        }
-        touched.clear();
+            if (isSmaller) now = static_cast<std::int32_t>(s);
+        });
     }
     return enclosing;
 }

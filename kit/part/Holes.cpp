@@ -1,8 +1,8 @@
 #include "part/Holes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
-#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -12,44 +12,115 @@ namespace {
 
 using Rim = std::vector<std::int32_t>;  // open edges, each beginning where the one before ends
 
-// The plain rims, in the order of their first edges.
-std::vector<Rim> FindRims(FlatMesh const& mesh, EdgeTable const& edges) {
-    constexpr std::int32_t kNone = -1;
-    constexpr std::int32_t kSeveral = -2;
-    std::vector<std::int32_t> leaving(mesh.points.size(), kNone);
-    std::vector<std::int32_t> arriving(mesh.points.size(), kNone);
-    auto const note = [](std::int32_t& place, std::int32_t edge) {
-        place = place == kNone ? edge : kSeveral;
-    };
-    std::vector<std::int32_t> open;
-    std::vector<bool> conflicts(edges.across.size());
-    for (std::int32_t const edge : edges.twins) conflicts[static_cast<std::size_t>(edge)] = true;
-    for (std::size_t i = 0; i < edges.across.size(); ++i) {
-        if (edges.across[i] >= 0 || conflicts[i]) continue;
-        auto const edge = static_cast<std::int32_t>(i);
-        open.push_back(edge);
-        note(leaving[static_cast<std::size_t>(StartOf(mesh.triangles, edge))], edge);
-        note(arriving[static_cast<std::size_t>(EndOf(mesh.triangles, edge))], edge);
-    }
-    std::vector<bool> seen(edges.across.size());
-    std::vector<Rim> rims;
-    for (std::int32_t const first : open) {
-        Rim rim;
-        bool plain = true;
-        for (std::int32_t edge = first; plain && !seen[static_cast<std::size_t>(edge)];) {
-            seen[static_cast<std::size_t>(edge)] = true;
-            rim.push_back(edge);
-            auto const corner = static_cast<std::size_t>(EndOf(mesh.triangles, edge));
-            plain = leaving[corner] >= 0 && arriving[corner] >= 0;
-            if (plain) edge = leaving[corner];
-            if (plain && edge == first) break;
+// Walks along open edges, and tells the rims: ways around that come by no corner twice. What a walk that
+// comes by a corner again has gone around is a rim of its own.
+class RimWalk {
+public:
+    RimWalk(FlatMesh const& mesh, EdgeTable const& edges)
+        : m_Mesh(mesh), m_First(mesh.points.size() + 1), m_Place(mesh.points.size(), kNowhere) {
+        std::vector<bool> conflicts(edges.across.size());
+        for (std::int32_t const edge : edges.twins) conflicts[static_cast<std::size_t>(edge)] = true;
+        for (std::size_t i = 0; i < edges.across.size(); ++i) {
+            if (edges.across[i] < 0 && !conflicts[i]) m_Open.push_back(static_cast<std::int32_t>(i));
         }
-        if (rim.empty() || !plain) continue;
-        if (EndOf(mesh.triangles, rim.back()) == StartOf(mesh.triangles, first))
-            rims.push_back(std::move(rim));
+        for (std::int32_t const edge : m_Open) ++m_First[Start(edge) + 1];
+        for (std::size_t i = 1; i < m_First.size(); ++i) m_First[i] += m_First[i - 1];
+        std::vector<std::size_t> next(m_First.begin(), m_First.end() - 1);
+        m_Leaving.resize(m_Open.size());
+        for (std::int32_t const edge : m_Open) m_Leaving[next[Start(edge)]++] = edge;
+        m_Walked.resize(edges.across.size());
     }
-    return rims;
-}
+
+    // In the order in which they are closed. Edges that no way around has, which those of two facets that
+    // contradict each other leave, are in none.
+    std::vector<Rim> Rims() {
+        std::vector<Rim> rims;
+        for (std::int32_t const first : m_Open) {
+            Rim way;
+            for (std::int32_t edge = first; edge >= 0 && !m_Walked[static_cast<std::size_t>(edge)];) {
+                m_Walked[static_cast<std::size_t>(edge)] = true;
+                m_Place[Start(edge)] = static_cast<std::int32_t>(way.size());
+                way.push_back(edge);
+                std::int32_t const back = m_Place[End(edge)];
+                if (back != kNowhere) {
+                    rims.emplace_back(way.begin() + back, way.end());
+                    Leave(way, static_cast<std::size_t>(back));
+                    if (way.empty()) break;
+                }
+                edge = FirstAfter(edge);
+            }
+            Leave(way, 0);
+        }
+        return rims;
+    }
+
+private:
+    static constexpr std::int32_t kNowhere = -1;
+    static constexpr double kOverlap = 4.0;  // how much more a turn counts that goes the other way
+
+    std::size_t Start(std::int32_t edge) const {
+        return static_cast<std::size_t>(StartOf(m_Mesh.triangles, edge));
+    }
+    std::size_t End(std::int32_t edge) const {
+        return static_cast<std::size_t>(EndOf(m_Mesh.triangles, edge));
+    }
+
+    // Takes the way back to so many edges.
+    void Leave(Rim& way, std::size_t count) {
+        for (std::size_t i = count; i < way.size(); ++i) m_Place[Start(way[i])] = kNowhere;
+        way.resize(count);
+    }
+
+    // Of the edges that leave the end of one, the first that a turn about that corner comes to, away from the
+    // facet: what is between the two is the hole. -1 where all have been walked. In a crack whose sides
+    // overlap a little, the turn goes the other way.
+    std::int32_t FirstAfter(std::int32_t edge) const {
+        std::size_t const corner = End(edge);
+        std::int32_t first = -1;
+        double least = 0.0;
+        for (std::size_t i = m_First[corner]; i < m_First[corner + 1]; ++i) {
+            std::int32_t const next = m_Leaving[i];
+            if (m_Walked[static_cast<std::size_t>(next)]) continue;
+            double const away = Turn(edge, next);
+            double const turn = std::min(away, kOverlap * (4.0 - away));
+            if (first >= 0 && !(turn < least)) continue;
+            first = next;
+            least = turn;
+        }
+        return first;
+    }
+
+    // From the way back along an edge to the next one, counter-clockwise, seen from outside; 4 for a full
+    // turn.
+    double Turn(std::int32_t edge, std::int32_t next) const {
+        Point3 const outside = Outside(edge) + Outside(next);
+        Point3 const back = m_Mesh.points[Start(edge)] - m_Mesh.points[End(edge)];
+        Point3 const way = m_Mesh.points[End(next)] - m_Mesh.points[Start(next)];
+        double const square = Dot(outside, outside);
+        double const x = square * Dot(way, back) - Dot(way, outside) * Dot(back, outside);
+        double const y = std::sqrt(square) * Dot(way, Cross(outside, back));
+        double const sum = std::fabs(x) + std::fabs(y);
+        if (!(sum > 0.0)) return 0.0;
+        return y >= 0.0 ? 1.0 - x / sum : 3.0 + x / sum;
+    }
+
+    // The normal of an edge's facet.
+    Point3 Outside(std::int32_t edge) const {
+        Triangle const& t = m_Mesh.triangles[static_cast<std::size_t>(edge / 3)];
+        Point3 const& a = m_Mesh.points[static_cast<std::size_t>(t[0])];
+        Point3 const normal = Cross(m_Mesh.points[static_cast<std::size_t>(t[1])] - a,
+                                    m_Mesh.points[static_cast<std::size_t>(t[2])] - a);
+        double const length = Length(normal);
+        return length > 0.0 ? (1.0 / length) * normal : Point3{};
+    }
+
+    FlatMesh const& m_Mesh;
+    std::vector<std::int32_t> m_Open;
+    std::vector<std::size_t> m_First;     // of the edges that leave a point, in m_Leaving
+    std::vector<std::int32_t> m_Leaving;  // open edges by the points where they start
+    std::vector<std::int32_t> m_Place;    // of the edge that leaves a point, on the way; kNowhere
+    std::vector<bool> m_Walked;
+};
 
 // The edges of the mesh between points of rims.
 class KnownEdges {
@@ -78,17 +149,19 @@ private:
     std::unordered_set<std::uint64_t> m_Keys;
 };
 
-// The triangulation of least area of a polygon in space.
+// A polygon in space, by the numbers of its corners.
+using Polygon = std::vector<std::int32_t>;
+
+// Its triangulation of least area.
 class LeastArea {
 public:
-    LeastArea(FlatMesh const& mesh, Rim const& rim, KnownEdges const* avoided, Pace const& pace)
-        : m_Count(rim.size()), m_Cost(m_Count * m_Count), m_Middle(m_Count * m_Count) {
-        // The rim the other way round: so the facets behind it are met.
-        for (std::size_t i = 0; i < m_Count; ++i) {
-            std::int32_t const corner = StartOf(mesh.triangles, rim[m_Count - 1 - i]);
-            m_Corners.push_back(corner);
+    LeastArea(FlatMesh const& mesh, Polygon const& corners, KnownEdges const* avoided, Pace const& pace)
+        : m_Count(corners.size()),
+          m_Cost(m_Count * m_Count),
+          m_Middle(m_Count * m_Count),
+          m_Corners(corners) {
+        for (std::int32_t const corner : corners)
             m_Points.push_back(mesh.points[static_cast<std::size_t>(corner)]);
-        }
         constexpr double kNever = std::numeric_limits<double>::infinity();
         for (std::size_t width = 2; width < m_Count; ++width) {
             pace.At(0.0);
@@ -135,9 +208,38 @@ private:
     std::size_t m_Count;
     std::vector<double> m_Cost;
     std::vector<std::int32_t> m_Middle;
-    std::vector<std::int32_t> m_Corners;
+    Polygon const& m_Corners;
     std::vector<Point3> m_Points;
 };
+
+// Adds the facets of a polygon. One of many corners is divided: facets between corners at even distances
+// along it, and the polygons between these and the rim.
+void Triangulate(FlatMesh const& mesh, Polygon const& whole, KnownEdges const& known,
+                 std::vector<Triangle>& added, Pace const& pace) {
+    std::vector<Polygon> open = {whole};
+    while (!open.empty()) {
+        Polygon const polygon = std::move(open.back());
+        open.pop_back();
+        Polygon coarse = polygon;
+        if (polygon.size() > kMostRimEdges) {
+            coarse.clear();
+            for (std::size_t i = 0; i < kCoarseCorners; ++i) {
+                std::size_t const from = i * polygon.size() / kCoarseCorners;
+                std::size_t const to = (i + 1) * polygon.size() / kCoarseCorners;
+                coarse.push_back(polygon[from]);
+                if (to - from < 2) continue;
+                Polygon& between = open.emplace_back();
+                for (std::size_t k = from; k <= to; ++k) between.push_back(polygon[k % polygon.size()]);
+            }
+        }
+        LeastArea const careful(mesh, coarse, &known, pace);
+        if (careful.IsPossible()) {
+            careful.AddTo(added);
+        } else {
+            LeastArea(mesh, coarse, nullptr, pace).AddTo(added);
+        }
+    }
+}
 
 double LengthOf(FlatMesh const& mesh, Rim const& rim) {
     double length = 0.0;
@@ -156,7 +258,7 @@ bool IsLooseFacet(Rim const& rim) {
 
 HoleCounts FillHoles(FlatMesh& mesh, EdgeTable const& edges, double longest, Pace const& pace) {
     HoleCounts counts;
-    std::vector<Rim> const rims = FindRims(mesh, edges);
+    std::vector<Rim> const rims = RimWalk(mesh, edges).Rims();
     KnownEdges const known(mesh, rims);
     std::vector<Triangle> added;
     for (std::size_t i = 0; i < rims.size(); ++i) {
@@ -167,16 +269,10 @@ HoleCounts FillHoles(FlatMesh& mesh, EdgeTable const& edges, double longest, Pac
             ++counts.tooLong;
             continue;
         }
-        if (rim.size() > kMostRimEdges) {
-            ++counts.tooMany;
-            continue;
-        }
-        LeastArea const careful(mesh, rim, &known, pace.Between(share, share));
-        if (careful.IsPossible()) {
-            careful.AddTo(added);
-        } else {
-            LeastArea(mesh, rim, nullptr, pace.Between(share, share)).AddTo(added);
-        }
+        // The rim the other way round: so the facets behind it are met.
+        Polygon polygon;
+        for (std::size_t k = rim.size(); k-- > 0;) polygon.push_back(StartOf(mesh.triangles, rim[k]));
+        Triangulate(mesh, polygon, known, added, pace.Between(share, share));
         ++counts.filled;
     }
     counts.facetsAdded = static_cast<std::int64_t>(added.size());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "part/Edges.h"
@@ -8,18 +9,21 @@
 
 namespace varnet {
 
-/// What became of the plain rims of a mesh.
+/// What became of the holes of a mesh.
 struct HoleCounts {
     std::int64_t filled = 0;
     std::int64_t facetsAdded = 0;
-    std::int64_t tooLong = 0;  ///< longer than asked for
-    std::int64_t tooMany = 0;  ///< of more than kMostRimEdges edges
+    std::int64_t tooLong = 0;  ///< with a rim longer than asked for
 };
 
-/// Closes plain rims up to the length with facets behind the others, of the least area of all that have the
-/// rim's corners alone, the first that is found of several, by dynamic programming (Barequet and Sharir,
-/// Filling gaps in the boundary of a polyhedron, 1995). Where possible, they have no edge that the mesh
-/// already has. A loose facet gets no back. The table fits the mesh before, not afterwards.
+/// A rim of more than kMostRimEdges edges is filled between so many of its corners first.
+inline constexpr std::size_t kCoarseCorners = 200;
+
+/// Closes holes with rims up to the length with facets behind the others, of the least area of all that have
+/// the rim's corners alone, the first that is found of several, by dynamic programming (Barequet and Sharir,
+/// Filling gaps in the boundary of a polyhedron, 1995); the area of a rim that is filled in parts is the
+/// least of each part. Where possible, they have no edge that the mesh already has. A rim that touches itself
+/// is several. A loose facet gets no back. The table fits the mesh before, not afterwards.
 HoleCounts FillHoles(FlatMesh& mesh, EdgeTable const& edges, double longest, Pace const& pace);
 
 }  // namespace varnet

@@ -166,7 +166,7 @@ std::vector<Body> Part::MakeBodies(State const& state) {
             labels.count == 1 ? state.measures : Measure(body.m_Points, body.m_Triangles, openEdges);
         double const closed = openEdges > 0 ? ClosedVolume(body.m_Points, body.m_Triangles, open[n])
                                             : SureVolume(body.m_Measures);
-        shells.push_back({body.m_Points, body.m_Triangles, closed});
+        shells.push_back({body.m_Points, body.m_Triangles, closed, openEdges > 0});
     }
     Facing const facing = JudgeFacing(shells);
     for (std::size_t i = 0; i < bodies.size(); ++i) {

@@ -146,7 +146,8 @@ std::int64_t TurnOutward(FlatMesh& mesh, EdgeTable const& edges) {
     for (std::size_t i = 0; i < triangles.size(); ++i) {
         shells.push_back({mesh.points, triangles[i],
                           open[i].empty() ? SureVolume(Measure(mesh.points, triangles[i], 0))
-                                          : ClosedVolume(mesh.points, triangles[i], open[i])});
+                                          : ClosedVolume(mesh.points, triangles[i], open[i]),
+                          !open[i].empty()});
     }
     Facing const facing = JudgeFacing(shells);
     std::int64_t turned = 0;
@@ -169,12 +170,10 @@ void Fill(FlatMesh& mesh, EdgeTable& edges, double longest, RepairReport& report
     HoleCounts const holes = FillHoles(mesh, edges, longest, pace.Between(0.0, 0.7));
     report.holesFilled = holes.filled;
     report.facetsAdded = holes.facetsAdded;
-    report.holesLeft = holes.tooLong + holes.tooMany;
-    auto const rims = [](std::int64_t n) { return std::to_string(n) + (n == 1 ? " rim" : " rims"); };
-    if (holes.tooLong > 0) report.notes.push_back(rims(holes.tooLong) + " longer than asked for stay open");
-    if (holes.tooMany > 0) {
-        report.notes.push_back(rims(holes.tooMany) + " of more than " + std::to_string(kMostRimEdges) +
-                               " edges stay open");
+    report.holesLeft = holes.tooLong;
+    if (holes.tooLong > 0) {
+        report.notes.push_back(std::to_string(holes.tooLong) + (holes.tooLong == 1 ? " rim" : " rims") +
+                               " longer than asked for stay open");
     }
     if (holes.filled == 0) return;
     edges = FindEdges(mesh.triangles, mesh.points.size(), pace.Between(0.7, 0.8));

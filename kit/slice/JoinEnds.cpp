@@ -48,12 +48,13 @@ public:
             m_PathOf.push_back(i);
         }
         m_Partner.assign(m_Place.size(), kNone);
+        m_Further.assign(m_Place.size(), kNone);
         m_Alone.resize(m_Place.size());
         for (std::size_t i = 0; i < m_Alone.size(); ++i) m_Alone[i] = static_cast<int>(i);
         for (Point2 const& p : m_Place) m_Box.Add(p);
     }
 
-    // Joins what lies within the distance. Where it is not for good, partners are not noted.
+    // Joins what lies within the distance.
     JoinFigures Join(double limit) {
         JoinFigures figures;
         double const extent = std::max(m_Box.max.x - m_Box.min.x, m_Box.max.y - m_Box.min.y);
@@ -73,6 +74,12 @@ public:
     std::size_t PathCount() const { return m_PathOf.size(); }
     std::size_t PathOf(int end) const { return m_PathOf[Index(end / 2)]; }
     int PartnerOf(int end) const { return m_Partner[Index(end)]; }
+    // Takes the partners that ends would have further off, too.
+    void JoinAll() {
+        for (std::size_t i = 0; i < m_Partner.size(); ++i) {
+            if (m_Partner[i] == kNone) m_Partner[i] = m_Further[i];
+        }
+    }
 
 private:
     struct Candidate {
@@ -146,16 +153,15 @@ private:
         int const farB = m_Far[Index(b)];
         if (farA == b && forGood && !(distance <= m_Length[Index(a)] * kShareOfLength)) return;
         m_Taken[Index(a)] = m_Taken[Index(b)] = 1;
+        std::vector<int>& partners = forGood ? m_Partner : m_Further;
+        partners[Index(a)] = b;
+        partners[Index(b)] = a;
         if (!forGood) {
             figures.longestOpen = std::max(figures.longestOpen, distance);
-        } else {
-            m_Partner[Index(a)] = b;
-            m_Partner[Index(b)] = a;
-            if (distance > kMicron) {
-                ++figures.closed;
-                figures.closedLength += distance;
-                figures.longestClosed = std::max(figures.longestClosed, distance);
-            }
+        } else if (distance > kMicron) {
+            ++figures.closed;
+            figures.closedLength += distance;
+            figures.longestClosed = std::max(figures.longestClosed, distance);
         }
         if (farA == b) return;
         double const length = m_Length[Index(a)] + m_Length[Index(b)] + distance;
@@ -169,6 +175,7 @@ private:
     std::vector<int> m_Far;  // by end: the other end of what it is joined up to
     std::vector<double> m_Length;
     std::vector<int> m_Partner;
+    std::vector<int> m_Further;  // beyond the distance
     std::vector<std::size_t> m_PathOf;
     std::vector<int> m_Alone;
     std::vector<char> m_Taken;
@@ -230,6 +237,21 @@ private:
     double m_Along = 0.0;
 };
 
+double AreaOf(Paths const& paths, std::size_t from) {
+    double area = 0.0;
+    for (std::size_t i = from; i < paths.Count(); ++i) area += SignedArea(paths.At(i));
+    return area;
+}
+
+// What the paths that stay open would enclose, joined with the ends that are further off.
+double OpenArea(Paths const& cut, Ends& ends, double closedArea) {
+    ends.JoinAll();
+    Paths closed;
+    Paths open;
+    Chains(cut, ends).Chain(closed, open);
+    return AreaOf(closed, 0) - closedArea;
+}
+
 }  // namespace
 
 JoinFigures JoinEnds(Paths& cut, double close, Paths& closed, Paths& open, Pulse& pulse) {
@@ -245,7 +267,10 @@ JoinFigures JoinEnds(Paths& cut, double close, Paths& closed, Paths& open, Pulse
     if (hasOpen) {
         Ends ends(cut, pulse);
         figures = ends.Join(std::max(close, kMicron));
+        std::size_t const before = closed.Count();
+        std::size_t const openBefore = open.Count();
         Chains(cut, ends).Chain(closed, open);
+        if (open.Count() > openBefore) figures.openArea = OpenArea(cut, ends, AreaOf(closed, before));
     }
     cut.Clear();
     return figures;

@@ -16,6 +16,7 @@ struct JoinFigures {
     double closedLength = 0.0;
     double longestClosed = 0.0;
     double longestOpen = 0.0;  ///< the longest way over which ends would have had to be joined further
+    double openArea = 0.0;     ///< signed: what open paths would enclose, if they were joined that far
 };
 
 /// Joins open paths end to end where their ends lie within a micron of each other or, beyond that, no further

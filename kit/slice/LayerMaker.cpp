@@ -115,6 +115,7 @@ void Count(SlicedLayer const& sliced, double thickness, SliceReport& report) {
     report.gapsClosed += joins.closed;
     report.gapsClosedLength += joins.closedLength;
     report.longestGapClosed = std::max(report.longestGapClosed, joins.longestClosed);
+    report.missingVolume += std::fabs(joins.openArea) * thickness;
     report.contourLength += sliced.facts.length;
     report.volume += sliced.facts.area * thickness;
     report.solidVolume += sliced.facts.solidArea * thickness;

@@ -196,6 +196,7 @@ void AddSliceReport(py::module_& module) {
         .Add("open_paths", &SliceReport::openPaths)
         .Add("layers_with_open_paths", &SliceReport::layersWithOpenPaths)
         .Add("longest_gap", &SliceReport::longestGap)
+        .Add("missing_volume", &SliceReport::missingVolume)
         .Add("gaps_closed", &SliceReport::gapsClosed)
         .Add("longest_gap_closed", &SliceReport::longestGapClosed)
         .Add("points", &SliceReport::points)

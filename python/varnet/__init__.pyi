@@ -143,7 +143,7 @@ class RepairReport:
         """Whole bodies that were turned outward."""
     @property
     def holes_left(self) -> int:
-        """Plain rims that are longer than asked for, or of more than 400 edges."""
+        """With rims that are longer than asked for."""
     @property
     def notes(self) -> list[str]:
         """A line each for a person."""
@@ -193,6 +193,9 @@ class SliceReport:
     @property
     def longest_gap(self) -> float:
         """The longest way over which an end that stayed open would have had to be joined with the next one."""
+    @property
+    def missing_volume(self) -> float:
+        """Cubic millimetres that open paths would enclose, joined over such ways: about what the layers lack."""
     @property
     def gaps_closed(self) -> int:
         """Longer than a micron."""
@@ -352,7 +355,7 @@ class Part:
     ) -> RepairReport:
         """Turns the facets that contradict their own shell; changes this part, or nothing after an error.
 
-        fill_holes: plain rims up to this length, mm, are closed, by the triangulation of least area; 0 for none.
+        fill_holes: holes with rims up to this length, mm, are closed, by the triangulation of least area; 0 for none.
         outward: turn whole bodies that are inside out and no cavities.
 
         Never ends with more open edges than it began. Raises varnet.ArgumentError.

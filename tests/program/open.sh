@@ -25,10 +25,11 @@ row '^  open paths +10$'
 row '^  layers with open paths +10$'
 row '^  gaps closed +2, up to 2 mm$'
 row '^  volume of the layers, mm3 +8$'
-says 'paths stay open in 10 of 10 layers, the longest gap 10 mm, '
+says 'paths stay open in 10 of 10 layers, the longest gap 10 mm, about 1000 mm3 missing: '
 expect 0 "$varnet" slice two.stl -o two.cli --layer 1 --close 3 --json
 row '"gaps_closed": 2,'
 row '"longest_gap": 10\.0,'
+row '"missing_volume": 1000\.0,'
 row '"longest_gap_closed": 2\.0,'
 row '"cut_volume": 8\.0,'
 expect 0 "$varnet" slice two.stl -o two.cli --layer 1

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "part/Bodies.h"
@@ -13,13 +14,15 @@ struct Solid {
     std::vector<Point3> points;
     std::vector<Triangle> triangles;
     double volume = 0.0;
+    bool isOpen = false;
 };
 
 using Enclosing = std::vector<std::int32_t>;
 
 Enclosing Find(std::vector<Solid> const& solids) {
     std::vector<Shell> shells;
-    for (Solid const& solid : solids) shells.push_back({solid.points, solid.triangles, solid.volume});
+    for (Solid const& solid : solids)
+        shells.push_back({solid.points, solid.triangles, solid.volume, solid.isOpen});
     return FindEnclosing(shells);
 }
 
@@ -224,6 +227,54 @@ TEST(FindEnclosing, RandomCubesHoldThoseWhosePointIsInThem) {
             }
         }
         ASSERT_EQ(Find(solids), expected) << round;
+    }
+}
+
+// A cube without some of its sides, two facets each: below, above, front, back, left, right.
+Solid OpenCube(Point3 const& min, double side, std::vector<std::size_t> const& without) {
+    Solid solid = Cube(min, side);
+    std::vector<Triangle> triangles;
+    for (std::size_t i = 0; i < solid.triangles.size(); ++i) {
+        if (std::find(without.begin(), without.end(), i / 2) == without.end())
+            triangles.push_back(solid.triangles[i]);
+    }
+    solid.triangles = triangles;
+    solid.isOpen = true;
+    return solid;
+}
+
+TEST(FindEnclosing, AnOpenShellIsAroundWhatItHasOnMostSides) {
+    Solid const asking = Asking({5, 6, 4});
+    for (std::size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(Find({OpenCube({0, 0, 0}, 10, {i}), asking})[1], 0) << i;
+        for (std::size_t j = i + 1; j < 6; ++j) {
+            EXPECT_EQ(Find({OpenCube({0, 0, 0}, 10, {i, j}), asking})[1], 0) << i << j;
+            for (std::size_t k = j + 1; k < 6; ++k) {
+                EXPECT_EQ(Find({OpenCube({0, 0, 0}, 10, {i, j, k}), asking})[1], -1) << i << j << k;
+            }
+        }
+    }
+    // Beside it, on every side.
+    for (double const d : {-20.0, 20.0}) {
+        EXPECT_EQ(Find({OpenCube({d, 0, 0}, 10, {1}), asking})[1], -1);
+        EXPECT_EQ(Find({OpenCube({0, d, 0}, 10, {1}), asking})[1], -1);
+        EXPECT_EQ(Find({OpenCube({0, 0, d}, 10, {1}), asking})[1], -1);
+    }
+}
+
+TEST(FindEnclosing, OpenShellsThatAreClosedGiveTheSame) {
+    std::mt19937 random(15);
+    auto const any = [&random](unsigned most) { return static_cast<double>(random() % most); };
+    for (int round = 0; round < 300; ++round) {
+        std::vector<Solid> closed;
+        std::size_t const cubes = 1 + random() % 4;
+        for (std::size_t i = 0; i < cubes; ++i)
+            closed.push_back(Cube({any(20), any(20), any(20)}, 1.0 + any(20)));
+        closed.push_back(Asking({any(30) + 0.25, any(30) + 0.125, any(30) + 0.5}));
+        closed.push_back(Asking({any(30) + 0.25, any(30) + 0.125, any(30) + 0.5}));
+        std::vector<Solid> open = closed;
+        for (Solid& solid : open) solid.isOpen = random() % 2 == 0;
+        EXPECT_EQ(Find(open), Find(closed)) << round;
     }
 }
 

@@ -1,4 +1,4 @@
-// Facets as readers hand them on, a thousand at a time; and holes at the limits of what is filled.
+// Facets as readers hand them on, a thousand at a time.
 
 #include "part/FacetSink.h"
 
@@ -7,7 +7,6 @@
 #include <cmath>
 
 #include "kit/part/PartChecks.h"
-#include "part/Holes.h"
 
 namespace varnet {
 namespace {
@@ -76,51 +75,6 @@ TEST(FacetSink, SumsAreThoseOfAllFacetsAboutTheFirstCorner) {
     double heights = 0.0;
     for (int i = 0; i < 3000; ++i) heights += 2.0 * (i % 7);
     EXPECT_EQ(taken->raw.sums.volume6, 16.0 * heights);
-}
-
-// A cone over a rim of so many corners, on a square grid so that the rim's length is a whole number.
-FlatMesh OpenCone(std::int32_t corners) {
-    FlatMesh mesh;
-    std::int32_t const quarter = corners / 4;
-    for (std::int32_t i = 0; i < corners; ++i) {
-        double const along = i % quarter;
-        double const side = quarter;
-        mesh.points.push_back(i < quarter       ? Point3{along, 0, 0}
-                              : i < 2 * quarter ? Point3{side, along, 0}
-                              : i < 3 * quarter ? Point3{side - along, side, 0}
-                                                : Point3{0, side - along, 0});
-    }
-    mesh.points.push_back({0.5 * quarter, 0.5 * quarter, 10.0});
-    for (std::int32_t i = 0; i < corners; ++i) mesh.triangles.push_back({i, (i + 1) % corners, corners});
-    return mesh;
-}
-
-HoleCounts Fill(FlatMesh& mesh, double longest) {
-    EdgeTable const edges = FindEdges(mesh.triangles, mesh.points.size(), Pace::None());
-    return FillHoles(mesh, edges, longest, Pace::None());
-}
-
-TEST(FillHoles, ARimOfJustTheLengthIsFilledAndOneThatIsLongerIsNot) {
-    FlatMesh filled = OpenCone(12);
-    HoleCounts const at = Fill(filled, 12.0);
-    EXPECT_EQ(at.filled, 1);
-    EXPECT_EQ(at.facetsAdded, 10);
-    EXPECT_EQ(FindEdges(filled.triangles, filled.points.size(), Pace::None()).open, 0);
-    FlatMesh left = OpenCone(12);
-    HoleCounts const below = Fill(left, std::nextafter(12.0, 0.0));
-    EXPECT_EQ(below.filled, 0);
-    EXPECT_EQ(below.tooLong, 1);
-    EXPECT_EQ(left.triangles.size(), 12u);
-}
-
-TEST(FillHoles, ARimOf400EdgesIsFilledAndOneOf404IsNot) {
-    static_assert(kMostRimEdges == 400);
-    FlatMesh filled = OpenCone(400);
-    EXPECT_EQ(Fill(filled, 1e9).facetsAdded, 398);
-    FlatMesh left = OpenCone(404);
-    HoleCounts const counts = Fill(left, 1e9);
-    EXPECT_EQ(counts.filled, 0);
-    EXPECT_EQ(counts.tooMany, 1);
 }
 
 }  // namespace

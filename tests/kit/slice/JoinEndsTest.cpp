@@ -105,6 +105,22 @@ TEST(JoinEnds, GapsAreClosedUpToTheDistanceAndCountedFromAMicronOn) {
     EXPECT_EQ(joined.figures.closed, 0);
 }
 
+TEST(JoinEnds, WhatOpenPathsWouldEncloseIsMeasuredOverAllGaps) {
+    // Three sides of a square of 10 mm, from either end; two such that face each other, over gaps of 2 mm.
+    EXPECT_EQ(Join({{{0, 0}, {10, 0}, {10, 10}, {0, 10}}}, 1.0).figures.openArea, 100.0);
+    EXPECT_EQ(Join({{{0, 10}, {10, 10}, {10, 0}, {0, 0}}}, 1.0).figures.openArea, -100.0);
+    std::vector<Path> const halves{{{4, 0}, {0, 0}, {0, 10}, {4, 10}}, {{6, 10}, {10, 10}, {10, 0}, {6, 0}}};
+    EXPECT_EQ(Join(halves, 1.0).figures.openArea, -100.0);
+    EXPECT_EQ(Join(halves, 2.0).figures.openArea, 0.0);
+    EXPECT_EQ(Join(halves, 2.0).closed.size(), 1u);
+    // Where paths run against each other, the longer ones tell.
+    EXPECT_EQ(Join({{{4, 0}, {0, 0}, {0, 10}, {4, 10}}, {{6, 0}, {12, 0}}}, 1.0).figures.openArea, -80.0);
+    // What is closed by itself has no share: a square, and a path without area.
+    Joined const mixed = Join({{{0, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 0}}, {{20, 0}, {30, 0}}}, 1.0);
+    EXPECT_EQ(mixed.closed.size(), 1u);
+    EXPECT_EQ(mixed.figures.openArea, 0.0);
+}
+
 TEST(JoinEnds, ClosedPathsPassThrough) {
     Paths cut;
     cut.Add(Path{{0, 0}, {1, 0}, {0, 1}}, true);
