@@ -61,8 +61,7 @@ void AddRepair(CLI::App& app) {
         "Join what belongs together, turn facets that contradict their shell, and write binary STL");
     command->add_option("IN", options->input, "Mesh file to read")->required();
     command->add_option("OUT", options->output, "STL file to write, - for standard output")->required();
-    command
-        ->add_option("--fill-holes", options->fillHoles, "Close holes whose rim is up to this long, mm")
+    command->add_option("--fill-holes", options->fillHoles, "Close holes whose rim is up to this long, mm")
         ->check(WhyNotFinite)
         ->check(CLI::Range(0.0, 1e9));
     command->add_flag("--outward", options->outward, "Turn whole bodies that are inside out");

@@ -61,10 +61,39 @@ void RunStreamed(SliceOptions const& options) {
     WarnOfSmall(options.inputs.front(), slicer.Box());
     Written const written = Write(options, slicer, nullptr);
     Report report = ReportOf(options);
+    report.AddJson("holes_filled", 0);
     AddStream(report, slicer.Stream());
     Print(options, slicer.Report(), written, 0, std::move(report));
     Judge(options, slicer.Stream());
     Judge(options, slicer.Report(), written);
+}
+
+// Reads a part, closes its holes where that is asked for, and warns where it is sliced as what it is not.
+varnet::Part PartToSlice(std::string const& input, SliceOptions const& options, long long& holesFilled) {
+    varnet::Part part = ReadPart(input, options.read);
+    if (options.fillHoles > 0.0) {
+        varnet::RepairSettings settings;
+        settings.fillHoles = options.fillHoles;
+        settings.progress = Bar("Closing holes");
+        varnet::RepairReport const repaired = part.Repair(settings);
+        holesFilled += repaired.holesFilled;
+        if (repaired.turned > 0) {
+            Warn(input + ": " + Count(repaired.turned) +
+                 " facets contradict their shell, and are sliced as if they were turned");
+        }
+    }
+    varnet::Part const& sliced = part.AsSliced();
+    if (&sliced != &part) {
+        Warn(input +
+             ": facets contradict their shell, and are sliced as if they were turned: varnet repair "
+             "turns them");
+    }
+    for (varnet::Body const& body : sliced.Bodies()) {
+        if (!body.IsInsideOut() || options.settings.rule == varnet::SolidRule::kOdd) continue;
+        Warn(input + ": a body is inside out, and is sliced as if it were turned");
+        break;
+    }
+    return part;
 }
 
 void Run(SliceOptions options) {
@@ -73,19 +102,9 @@ void Run(SliceOptions options) {
     std::vector<varnet::Part> parts;
     std::vector<varnet::Supports> supports;
     std::size_t solids = 0;
+    long long holesFilled = 0;
     for (std::string const& input : options.inputs) {
-        parts.push_back(ReadPart(input, options.read));
-        varnet::Part const& sliced = parts.back().AsSliced();
-        if (&sliced != &parts.back()) {
-            Warn(input +
-                 ": facets contradict their shell, and are sliced as if they were turned: varnet repair "
-                 "turns them");
-        }
-        for (varnet::Body const& body : sliced.Bodies()) {
-            if (!body.IsInsideOut() || options.settings.rule == varnet::SolidRule::kOdd) continue;
-            Warn(input + ": a body is inside out, and is sliced as if it were turned");
-            break;
-        }
+        parts.push_back(PartToSlice(input, options, holesFilled));
         if (!options.support) continue;
         varnet::SupportSettings settings;
         settings.progress = Bar("Building support");
@@ -105,7 +124,13 @@ void Run(SliceOptions options) {
     }
     Written const written = Write(options, slicer, hasPage ? &page : nullptr);
     if (hasPage) page.Write(PathOf(options.page));
-    Print(options, slicer.Report(), written, solids, ReportOf(options));
+    Report report = ReportOf(options);
+    if (options.fillHoles > 0.0) {
+        report.Add("holes closed", "holes_filled", holesFilled);
+    } else {
+        report.AddJson("holes_filled", 0);
+    }
+    Print(options, slicer.Report(), written, solids, std::move(report));
     Judge(options, slicer.Report(), written);
 }
 

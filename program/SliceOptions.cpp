@@ -60,6 +60,12 @@ void SliceOptions::AddTo(CLI::App& command) {
     number("--angle", settings.angle, -360.0, 360.0,
            "Of the fill lines; each layer is at right angles to the last");
     number("--close", settings.close, 0.0, 1e6, "Close gaps in contours up to this, mm; 0 for never");
+    CLI::Option* const holesOption =
+        command
+            .add_option("--fill-holes", fillHoles,
+                        "Close holes of the parts whose rim is up to this long, mm, before they are sliced")
+            ->check(WhyNotFinite)
+            ->check(CLI::Range(0.0, 1e9));
     command.add_option("--rule", rule, "What is solid: where bodies wind round, or where an odd number does")
         ->check(CLI::IsMember({"winding", "odd"}))
         ->capture_default_str();
@@ -93,6 +99,7 @@ void SliceOptions::AddTo(CLI::App& command) {
                       "Cut one binary STL of any size from disk, unhealed, without taking it into memory")
             ->excludes(supportOption)
             ->excludes(pageOption)
+            ->excludes(holesOption)
             ->excludes(command.get_option("--weld"));
     command
         .add_option("--temp", temp,

@@ -25,6 +25,7 @@ struct SliceOptions {
     bool stream = false;
     std::string temp;                 // a folder; the system's when empty
     std::vector<std::uint64_t> seed;  // empty: not given
+    double fillHoles = 0.0;           // mm of rim; 0 for none
     varnet::SliceSettings settings;
     ReadOptions read;
 

@@ -55,7 +55,7 @@ void Judge(SliceOptions const& options, varnet::SliceReport const& sliced, Writt
                              Count(sliced.layers) + " layers, the longest gap " +
                              Rounded(sliced.longestGap, 4) + " mm, about " +
                              Rounded(sliced.missingVolume, 4) +
-                             " mm3 missing: varnet repair --fill-holes closes the part, --close MM the gaps";
+                             " mm3 missing: --fill-holes MM closes the part, --close MM the gaps";
     if (options.strict) throw varnet::Error(varnet::ErrorKind::kContent, text);
     Warn(text);
 }

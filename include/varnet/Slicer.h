@@ -60,8 +60,8 @@ struct SliceReport {
     std::int64_t layersWithOpenPaths = 0;
     /// The longest way over which an end that stayed open would have had to be joined with the next one.
     double longestGap = 0.0;
-    /// Cubic millimetres that the paths which stayed open would enclose, joined over all such ways: about what
-    /// the layers lack.
+    /// Cubic millimetres that the paths which stayed open would enclose, joined over all such ways: about
+    /// what the layers lack.
     double missingVolume = 0.0;
     std::int64_t gapsClosed = 0;    ///< longer than a micron
     double gapsClosedLength = 0.0;  ///< of all of them

@@ -249,6 +249,6 @@ for command in info convert split surfaces whole view; do reading | taken $comma
     '--edges-down FLOAT:FLOAT in [0 - 90]=45' '--edge-length FLOAT:FLOAT in [0 - 1e+09]=1'; } | taken support
 { reading && printf '%s\n' '--layer FLOAT:FLOAT in [1e-06 - 1e+06]=0.2' '--hatch FLOAT:FLOAT in [0 - 1e+06]=0.5' \
     '--angle FLOAT:FLOAT in [-360 - 360]=45' '--close FLOAT:FLOAT in [0 - 1e+06]=0.05' \
-    '--threads INT:INT in [1 - 1024]=1'; } | taken slice
+    '--fill-holes FLOAT:FLOAT in [0 - 1e+09]' '--threads INT:INT in [1 - 1024]=1'; } | taken slice
 echo '--layer INT:INT in [1 - 2147483647]' | taken layers
 printf '%s\n' '--width FLOAT:FLOAT in [1e-09 - 1e+09]' '--cut FLOAT:FLOAT in [0 - 1e+09]' | taken order

@@ -38,6 +38,21 @@ row '^  layers with open paths +10$'
 row '^  gaps closed +0$'
 row '^  volume of the layers, mm3 +0$'
 
+# The holes are closed where that is asked for, up to the length of their rims.
+expect 0 "$varnet" slice two.stl -o two.cli --layer 1 --fill-holes 40
+row '^  holes closed +2$'
+row '^  contours +12$'
+row '^  open paths +0$'
+row '^  volume of the layers, mm3 +1008$'
+[ ! -s err ] || fail "a warning for holes that were closed: $(cat err)"
+expect 0 "$varnet" slice two.stl -o two.cli --layer 1 --fill-holes 39
+row '^  holes closed +1$'
+row '^  open paths +10$'
+says 'the longest gap 10 mm, about 1000 mm3 missing: --fill-holes MM closes the part, --close MM the gaps'
+expect 2 "$varnet" slice two.stl -o two.cli --layer 1 --fill-holes 40 --stream
+says 'excludes'
+expect 2 "$varnet" slice two.stl -o two.cli --fill-holes -1
+
 # Two open paths in one layer of three.
 cube low.stl 0 0 0 3
 open_cubes one.stl 20 0 0 1 30 0 0 1
@@ -76,6 +91,9 @@ awk '/^outer/ && ++n > 4 && n < 11 { turn = 1 } /^vertex/ && turn && ++k == 1 { 
 [ "$(wc -l <contradicting.stl)" -eq "$(wc -l <lid.stl)" ] || fail "the facets that were to be turned"
 expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1
 says 'contradicting.stl: facets contradict their shell, and are sliced as if they were turned: varnet repair turns them'
+row '^  volume of the layers, mm3 +1000$'
+expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1 --fill-holes 1
+says 'contradicting.stl: 6 facets contradict their shell, and are sliced as if they were turned$'
 row '^  volume of the layers, mm3 +1000$'
 expect 0 "$varnet" repair contradicting.stl agreeing.stl
 row '^  facets turned to agree +6$'

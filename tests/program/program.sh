@@ -26,7 +26,7 @@ keys() {
 intake_keys="type facets_in_file open_edges_in_file facets_lost not_finite degenerate doubled collinear_turned split
     welded weld_tolerance many_facet_edges notes"
 measure_keys="facets vertices open_edges box area volume"
-layer_keys="layers contours open_paths layers_with_open_paths gaps_closed longest_gap_closed longest_gap missing_volume points
+layer_keys="layers contours open_paths layers_with_open_paths gaps_closed longest_gap_closed longest_gap missing_volume holes_filled points
     contour_length mesh_volume layer_volume cut_volume strokes support_strokes support_solids travel starts bytes"
 # says PATTERN: the message of the last command
 says() { grep -qE -- "$1" err || { cat err; fail "no message $1"; }; }

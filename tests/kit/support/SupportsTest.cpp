@@ -294,6 +294,30 @@ TEST(SlicerInputs, AnOpenBodyFarFromTheOriginIsSolid) {
     }
 }
 
+// Walls alone, as a tool writes them that has the floors in other files: the inner ones bound a hollow.
+TEST(SlicerInputs, AHollowWithoutFloorAndLidStaysHollow) {
+    auto const walls = [](shapes::Mesh box) {
+        box.erase(box.begin(), box.begin() + 4);
+        return box;
+    };
+    for (bool const turned : {false, true}) {
+        shapes::Mesh mesh = walls(shapes::Box({-20, 0, 5}, {10, 30, 35}));
+        shapes::Append(mesh, shapes::InsideOut(walls(shapes::Box({-10, 10, 5}, {0, 20, 35}))));
+        shapes::Append(mesh, shapes::InsideOut(walls(shapes::Box({2, 2, 5}, {4, 28, 35}))));
+        Part const part = PartOf(turned ? shapes::InsideOut(mesh) : mesh);
+        ASSERT_EQ(3u, part.Bodies().size());
+        EXPECT_EQ(8, part.Bodies()[1].Measures().openEdges);
+        EXPECT_FALSE(part.Bodies()[0].IsCavity());
+        EXPECT_TRUE(part.Bodies()[1].IsCavity() && part.Bodies()[2].IsCavity());
+        SliceSettings settings;
+        settings.layer = 5.0;
+        settings.hatch = 0.0;
+        Slicer slicer(SlicerInputs(part), settings);
+        slicer.ForEachLayer([](Layer const& layer) { EXPECT_NEAR(layer.Area(), 900.0 - 100 - 52, 1e-9); });
+        EXPECT_EQ(6, slicer.Report().layers);
+    }
+}
+
 // Whichever facets of a cube are turned, some or all: its layers are full.
 TEST(SlicerInputs, FacetsThatContradictTheirShellAreSlicedAsIfTheyWereTurned) {
     for (unsigned turned = 0; turned < 4096; turned += 1 + turned % 7) {
