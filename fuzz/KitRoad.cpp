@@ -45,6 +45,13 @@ void TakePart(std::filesystem::path const& path) {
     Require(part.Measures().openEdges <= before);
     varnet::RepairReport const repaired = part.Repair();
     Require(repaired.openEdgesAfter <= repaired.openEdgesBefore);
+    varnet::Part filled = part;
+    varnet::RepairSettings filling;
+    filling.fillHoles = 1e300;
+    filling.outward = true;
+    varnet::RepairReport const closed = filled.Repair(filling);
+    Require(closed.openEdgesAfter <= closed.openEdgesBefore);
+    Require(closed.facetsAdded >= closed.holesFilled);
     for (varnet::Body const& body : part.Bodies()) Require(!body.Triangles().empty());
     varnet::Box3 const& box = part.Measures().box;
     double const size = std::max(box.max.x - box.min.x, box.max.y - box.min.y);
