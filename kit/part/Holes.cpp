@@ -25,9 +25,10 @@ public:
         }
         for (std::int32_t const edge : m_Open) ++m_First[Start(edge) + 1];
         for (std::size_t i = 1; i < m_First.size(); ++i) m_First[i] += m_First[i - 1];
-        std::vector<std::size_t> next(m_First.begin(), m_First.end() - 1);
+        m_Begin.assign(m_First.begin(), m_First.end() - 1);
         m_Leaving.resize(m_Open.size());
-        for (std::int32_t const edge : m_Open) m_Leaving[next[Start(edge)]++] = edge;
+        for (std::int32_t const edge : m_Open) m_Leaving[m_Begin[Start(edge)]++] = edge;
+        m_Begin.assign(m_First.begin(), m_First.end() - 1);
         m_Walked.resize(edges.across.size());
     }
 
@@ -57,6 +58,7 @@ public:
 private:
     static constexpr std::int32_t kNowhere = -1;
     static constexpr double kOverlap = 4.0;  // how much more a turn counts that goes the other way
+    static constexpr std::size_t kMostTurns = 64;
 
     std::size_t Start(std::int32_t edge) const {
         return static_cast<std::size_t>(StartOf(m_Mesh.triangles, edge));
@@ -73,12 +75,15 @@ private:
 
     // Of the edges that leave the end of one, the first that a turn about that corner comes to, away from the
     // facet: what is between the two is the hole. -1 where all have been walked. In a crack whose sides
-    // overlap a little, the turn goes the other way.
-    std::int32_t FirstAfter(std::int32_t edge) const {
+    // overlap a little, the turn goes the other way. Where very many leave, some of them are looked at.
+    std::int32_t FirstAfter(std::int32_t edge) {
         std::size_t const corner = End(edge);
+        std::size_t& begin = m_Begin[corner];
+        std::size_t const end = m_First[corner + 1];
+        while (begin < end && m_Walked[static_cast<std::size_t>(m_Leaving[begin])]) ++begin;
         std::int32_t first = -1;
         double least = 0.0;
-        for (std::size_t i = m_First[corner]; i < m_First[corner + 1]; ++i) {
+        for (std::size_t i = begin; i < std::min(end, begin + kMostTurns); ++i) {
             std::int32_t const next = m_Leaving[i];
             if (m_Walked[static_cast<std::size_t>(next)]) continue;
             double const away = Turn(edge, next);
@@ -117,6 +122,7 @@ private:
     FlatMesh const& m_Mesh;
     std::vector<std::int32_t> m_Open;
     std::vector<std::size_t> m_First;     // of the edges that leave a point, in m_Leaving
+    std::vector<std::size_t> m_Begin;     // the same, of those that may not have been walked
     std::vector<std::int32_t> m_Leaving;  // open edges by the points where they start
     std::vector<std::int32_t> m_Place;    // of the edge that leaves a point, on the way; kNowhere
     std::vector<bool> m_Walked;

@@ -325,6 +325,25 @@ TEST(FillHoles, AnyFacetsMayBeMissing) {
     }
 }
 
+// Fans of two facets around one point, which touch there alone: each is closed, however many there are.
+TEST(FillHoles, VeryManyRimsMayMeetAtAPoint) {
+    FlatMesh mesh;
+    mesh.points.push_back({0, 0, 0});
+    constexpr std::int32_t kFans = 30000;
+    for (std::int32_t i = 0; i < kFans; ++i) {
+        double const a = 2.0 * 3.14159265358979 * i / kFans;
+        double const z = i % 7;
+        mesh.points.push_back({std::cos(a), std::sin(a), z});
+        mesh.points.push_back({2 * std::cos(a), 2 * std::sin(a), z + 1});
+        mesh.points.push_back({std::cos(a), std::sin(a), z + 2});
+        mesh.triangles.push_back({0, 3 * i + 1, 3 * i + 2});
+        mesh.triangles.push_back({0, 3 * i + 2, 3 * i + 3});
+    }
+    HoleCounts const counts = Fill(mesh, 1e9);
+    EXPECT_EQ(counts.facetsAdded, 4 * kFans - 2 * counts.filled);
+    EXPECT_EQ(FindEdges(mesh.triangles, mesh.points.size(), Pace::None()).open, 0);
+}
+
 // A rim at which facets contradict each other has no way around; the one beside it has.
 TEST(FillHoles, EdgesOfFacetsThatContradictEachOtherAreInNoRim) {
     FlatMesh mesh = OpenCone(4);
