@@ -81,12 +81,14 @@ private:
         std::size_t& begin = m_Begin[corner];
         std::size_t const end = m_First[corner + 1];
         while (begin < end && m_Walked[static_cast<std::size_t>(m_Leaving[begin])]) ++begin;
+        Point3 const outside = Outside(edge);
+        Point3 const back = m_Mesh.points[Start(edge)] - m_Mesh.points[corner];
         std::int32_t first = -1;
         double least = 0.0;
         for (std::size_t i = begin; i < std::min(end, begin + kMostTurns); ++i) {
             std::int32_t const next = m_Leaving[i];
             if (m_Walked[static_cast<std::size_t>(next)]) continue;
-            double const away = Turn(edge, next);
+            double const away = Turn(outside, back, m_Mesh.points[End(next)] - m_Mesh.points[corner]);
             double const turn = std::min(away, kOverlap * (4.0 - away));
             if (first >= 0 && !(turn < least)) continue;
             first = next;
@@ -95,15 +97,10 @@ private:
         return first;
     }
 
-    // From the way back along an edge to the next one, counter-clockwise, seen from outside; 4 for a full
-    // turn.
-    double Turn(std::int32_t edge, std::int32_t next) const {
-        Point3 const outside = Outside(edge) + Outside(next);
-        Point3 const back = m_Mesh.points[Start(edge)] - m_Mesh.points[End(edge)];
-        Point3 const way = m_Mesh.points[End(next)] - m_Mesh.points[Start(next)];
-        double const square = Dot(outside, outside);
-        double const x = square * Dot(way, back) - Dot(way, outside) * Dot(back, outside);
-        double const y = std::sqrt(square) * Dot(way, Cross(outside, back));
+    // From one direction to another, counter-clockwise about an axis of length 1; 4 for a full turn.
+    static double Turn(Point3 const& axis, Point3 const& from, Point3 const& to) {
+        double const x = Dot(to, from) - Dot(to, axis) * Dot(from, axis);
+        double const y = Dot(to, Cross(axis, from));
         double const sum = std::fabs(x) + std::fabs(y);
         if (!(sum > 0.0)) return 0.0;
         return y >= 0.0 ? 1.0 - x / sum : 3.0 + x / sum;

@@ -155,6 +155,20 @@ row '^  points +112, read back 112$'
 row '^  strokes of fill +0, read back 0$'
 row '^  largest difference, mm +0$'
 
+# Of the differences of all layers the largest is told, wherever it stands.
+differing() {
+    printf '%s\n' '$$HEADERSTART' '$$ASCII' '$$UNITS/1' '$$LAYERS/3' '$$HEADEREND' '$$GEOMETRYSTART'
+    local z=0 step
+    for step in "$@"; do printf '$$LAYER/%d\n$$POLYLINE/1,1,4,0,0,%s,0,4,4,0,0\n' $((++z)) "8$step"; done
+    echo '$$GEOMETRYEND'
+}
+for steps in '.00025 .000125 .0' '.0 .000125 .00025' '.000125 .00025 .0'; do
+    # shellcheck disable=SC2086
+    differing $steps >differing.cli
+    expect 0 "$varnet" convert differing.cli rounded.cli --mode ascii
+    row '^  largest difference, mm +0\.00025$'
+done
+
 # One path whose line some readers would take for two.
 { printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$LAYERS/1\n$$HEADEREND\n$$GEOMETRYSTART\n$$LAYER/1\n$$POLYLINE/1,1,2001'
   awk 'BEGIN { for (i = 0; i < 2000; ++i) printf ",%d,%d", i, i % 2; print ",0,0" }' && echo '$$GEOMETRYEND'; } >long.cli

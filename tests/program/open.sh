@@ -49,6 +49,10 @@ expect 0 "$varnet" slice two.stl -o two.cli --layer 1 --fill-holes 39
 row '^  holes closed +1$'
 row '^  open paths +10$'
 says 'the longest gap 10 mm, about 1000 mm3 missing: --fill-holes MM closes the part, --close MM the gaps'
+open_cubes third.stl 40 0 0 3
+expect 0 "$varnet" slice two.stl third.stl -o two.cli --layer 1 --fill-holes 40
+row '^  holes closed +3$'
+row '^  volume of the layers, mm3 +1035$'
 expect 2 "$varnet" slice two.stl -o two.cli --layer 1 --fill-holes 40 --stream
 says 'excludes'
 expect 2 "$varnet" slice two.stl -o two.cli --fill-holes -1
@@ -95,6 +99,10 @@ row '^  volume of the layers, mm3 +1000$'
 expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1 --fill-holes 1
 says 'contradicting.stl: 6 facets contradict their shell, and are sliced as if they were turned$'
 row '^  volume of the layers, mm3 +1000$'
+awk '/^outer/ && ++n == 3 { turn = 1 } /^vertex/ && turn && ++k == 1 { first = $0; next }
+    { print } turn && k == 2 { print first; k = 0; turn = 0 }' lid.stl >one_turned.stl
+expect 0 "$varnet" slice one_turned.stl -o contradicting.cli --layer 1 --fill-holes 1
+says 'one_turned.stl: 1 facets contradict their shell'
 expect 0 "$varnet" repair contradicting.stl agreeing.stl
 row '^  facets turned to agree +6$'
 expect 0 "$varnet" slice agreeing.stl -o agreeing.cli --layer 1

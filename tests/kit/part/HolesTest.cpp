@@ -325,6 +325,32 @@ TEST(FillHoles, AnyFacetsMayBeMissing) {
     }
 }
 
+// Two cones, one of which has twice as many corners at the rim: between them are cracks of three edges, all
+// around. The corners between the others lie a little above the rim of the lower cone, or a little below it,
+// where the cones overlap.
+TEST(FillHoles, CracksAroundARimAreFilledEachByItself) {
+    for (double const offset : {0.3, -0.3}) {
+        constexpr std::int32_t kCorners = 6;
+        FlatMesh mesh;
+        for (std::int32_t i = 0; i < kCorners; ++i) {
+            double const a = 2.0 * 3.14159265358979 * i / kCorners;
+            double const b = 2.0 * 3.14159265358979 * (i + 1) / kCorners;
+            mesh.points.push_back({5 * std::cos(a), 5 * std::sin(a), 0});
+            mesh.points.push_back(
+                {2.5 * (std::cos(a) + std::cos(b)), 2.5 * (std::sin(a) + std::sin(b)), offset});
+        }
+        mesh.points.push_back({0, 0, 50});
+        mesh.points.push_back({0, 0, -50});
+        constexpr std::int32_t kRim = 2 * kCorners;
+        for (std::int32_t i = 0; i < kRim; ++i) mesh.triangles.push_back({i, (i + 1) % kRim, kRim});
+        for (std::int32_t i = 0; i < kRim; i += 2) mesh.triangles.push_back({(i + 2) % kRim, i, kRim + 1});
+        HoleCounts const counts = Fill(mesh, 1e9);
+        EXPECT_EQ(counts.filled, kCorners) << offset;
+        EXPECT_EQ(counts.facetsAdded, kCorners) << offset;
+        EXPECT_EQ(FindEdges(mesh.triangles, mesh.points.size(), Pace::None()).open, 0) << offset;
+    }
+}
+
 // Fans of two facets around one point, which touch there alone: each is closed, however many there are.
 TEST(FillHoles, VeryManyRimsMayMeetAtAPoint) {
     FlatMesh mesh;

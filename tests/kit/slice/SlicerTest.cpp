@@ -91,6 +91,25 @@ TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
     EXPECT_DOUBLE_EQ(layer.Area(), 91.0);
 }
 
+// A hollow of which a side is missing, and a box: their contours run against each other, and both are
+// missing.
+TEST(Slicer, WhatOpenPathsLackIsMeasuredWhicheverWayTheyRun) {
+    FlatShape box = FlatBox(0, 0, 0, 10, 10, 2);
+    auto const isRight = [&box](Triangle const& t) {
+        return std::all_of(t.begin(), t.end(), [&box](std::int32_t corner) {
+            return box.points[static_cast<std::size_t>(corner)].x == 10.0;
+        });
+    };
+    std::erase_if(box.triangles, isRight);
+    for (bool const turned : {false, true}) {
+        SliceReport report;
+        AllLayers({box.Input(turned)}, ContoursOnly(), &report);
+        EXPECT_EQ(report.openPaths, 2);
+        EXPECT_NEAR(report.missingVolume, 200.0, 1e-9) << turned;
+        EXPECT_EQ(report.volume, 0.0);
+    }
+}
+
 TEST(Slicer, OverlapsAreFilledByWindingAndHollowByOddCount) {
     FlatShape const a = FlatBox(0, 0, 0, 10, 10, 2);
     FlatShape const b = FlatBox(5, 5, 0, 15, 15, 2);

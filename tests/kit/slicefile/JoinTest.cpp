@@ -305,6 +305,24 @@ TEST_F(JoinRefusals, AlignedFilesAreNamed) {
     EXPECT_NE(std::string::npos, RefusalOf({aligned}).find("aligned.cli: is aligned"));
 }
 
+// So many files are kept open; those behind are opened again when their turn comes.
+TEST_F(JoinRefusals, AFileThatHasOtherLayersWhenItsTurnComesIsNamed) {
+    constexpr int kFiles = 70;
+    for (int const layers : {1, 3}) {
+        std::vector<fs::path> inputs;
+        for (int i = 0; i < kFiles; ++i) {
+            inputs.push_back(Shard("s" + std::to_string(i) + ".cli", 2 * i + 1, 2 * i + 2, std::nullopt));
+        }
+        bool isChanged = false;
+        std::string const refusal = RefusalOf(inputs, ErrorKind::kContent, [&](double) {
+            if (!isChanged) Shard("s69.cli", 139, 138 + layers, std::nullopt);
+            isChanged = true;
+            return true;
+        });
+        EXPECT_NE(std::string::npos, refusal.find("s69.cli: was changed while it was read")) << refusal;
+    }
+}
+
 // The bytes of the layers are copied in one block, which is all there is to do.
 TEST_F(JoinRefusals, CopyingTellsSharesOfTheLayersAlone) {
     SliceFile const file(Shard("a.cli", 1, 4, std::nullopt));
