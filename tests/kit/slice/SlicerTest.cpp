@@ -91,8 +91,7 @@ TEST(Slicer, AHoleRunsClockwiseBelowItsContour) {
     EXPECT_DOUBLE_EQ(layer.Area(), 91.0);
 }
 
-// A hollow of which a side is missing, and a box: their contours run against each other, and both are
-// missing.
+// The contours of a hollow run the other way.
 TEST(Slicer, WhatOpenPathsLackIsMeasuredWhicheverWayTheyRun) {
     FlatShape box = FlatBox(0, 0, 0, 10, 10, 2);
     auto const isRight = [&box](Triangle const& t) {
