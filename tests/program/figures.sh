@@ -252,6 +252,39 @@ expect 0 "$varnet" manual zsh
 row "'--json\[[^]]*\]'"
 row "'--weld\[[^]]*\]:value:_files'"
 
+# Facets that do not come back are counted, and the size is held against that of all facets.
+cube touching.stl 0 0 0 10 10 0 0 10
+expect 0 "$varnet" convert touching.stl touching.csm
+row '^  facets +24, read back 20$'
+says 'touching\.csm: 4 facets did not come back$'
+row "^  size, of binary STL +$(awk -v n="$(stat -c %s touching.csm)" 'BEGIN { printf "%.10g", n / (84 + 50 * 24) }')$"
+echo 'a header' >header.txt
+expect 2 "$varnet" convert touching.stl touching.csm --plain --header header.txt
+expect 2 "$varnet" convert touching.stl touching.csm --ring --header header.txt
+# The larger surfaces stand first.
+cube rising.stl 0 0 0 2 20 0 0 10 40 0 0 5
+expect 0 "$varnet" surfaces rising.stl --judge winding
+row '^  surface 1 +12 facets, area 600, rim 0$'
+row '^  surface 2 +12 facets, area 150, rim 0$'
+row '^  surface 3 +12 facets, area 24, rim 0$'
+# The sides of a cube: six normals; the four upright ones are one to those who count octants; one shell.
+cube rising.stl 0 0 0 2
+for rule in normal:6 eight:3 winding:1; do
+    expect 0 "$varnet" surfaces rising.stl --judge "${rule%:*}"
+    row "^  surfaces +${rule#*:}$"
+done
+# A file that cannot be read has its place among those that can, and nothing is overwritten where one name is taken.
+expect 1 "$varnet" info missing.stl rising.stl --json
+row '"file": "missing.stl"'
+row '"error": "missing.stl: '
+row '"file": "rising.stl"'
+mkdir taken_names
+cube rising.stl 0 0 0 2 20 0 0 10 40 0 0 5
+touch taken_names/rising_3.STL
+expect 1 "$varnet" split rising.stl -o taken_names
+says 'rising_3.STL: is there already: --force overwrites it'
+[ "$(ls taken_names)" = rising_3.STL ] || fail "bodies beside one that is there"
+
 # What the options take, and what they are where nobody says.
 limits() { "$varnet" "$1" --help | grep -oE -- '--[a-z-]+ (FLOAT|INT):[A-Z]+ in \[[^]]*\](=[0-9.]+)?' | tr -s ' ' | sort; }
 taken() { sort | diff - <(limits "$1") || fail "the limits of $1"; }

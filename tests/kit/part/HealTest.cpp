@@ -286,5 +286,18 @@ TEST(Heal, NoInputMakesMoreOpenEdges) {
     }
 }
 
+// A corner half a micron beside the edge of its neighbour divides that, and nothing is joined.
+TEST(Heal, WhereNothingIsJoinedThereIsNoToleranceToTell) {
+    std::vector<Point3> const points = {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 10}, {5, 0.0005, 0}};
+    // The edge from the origin along x is divided in the base alone.
+    std::vector<Triangle> const triangles = {{0, 2, 4}, {4, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}};
+    Part const part(points, triangles);
+    EXPECT_EQ(part.Report().openEdgesExact, 3);
+    EXPECT_EQ(part.Report().openEdges, 0);
+    EXPECT_EQ(part.Report().split, 1);
+    EXPECT_EQ(part.Report().welded, 0);
+    EXPECT_EQ(part.Report().weldTolerance, 0.0);
+}
+
 }  // namespace
 }  // namespace varnet

@@ -90,6 +90,17 @@ TEST(Layer, StrokesOfSupportsAreThoseOfChainsWithAnIdOfAThousandOrMore) {
 }
 
 // Whatever the nodes say of their levels; one that is in nothing has its own, if it is closed.
+// An open path that comes back to its start has both ends; of a contour the head stands there once.
+TEST(ClassicLayer, AnOpenPathThatReturnsKeepsItsEnd) {
+    Layer layer;
+    Contour path;
+    path.closed = false;
+    layer.AddContour(std::vector<Point2>{{0, 0}, {5, 0}, {5, 5}, {0, 0}}, path);
+    layer.AddContour(std::vector<Point2>{{10, 0}, {15, 0}, {15, 5}}, {});
+    std::unique_ptr<CLayer> const classic = ToClassic(layer);
+    EXPECT_EQ(FromClassic(*classic), layer);
+}
+
 TEST(ClassicLayer, TheLevelOfAContourIsOneMoreThanThatOfItsParent) {
     auto const loop = [](int level, char closed, double x) {
         auto* const node = new tagLoopTreeNode(0);
