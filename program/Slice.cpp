@@ -78,8 +78,7 @@ varnet::Part PartToSlice(std::string const& input, SliceOptions const& options, 
         varnet::RepairReport const repaired = part.Repair(settings);
         holesFilled += repaired.holesFilled;
         if (repaired.turned > 0) {
-            Warn(input + ": " + Count(repaired.turned) +
-                 " facets contradict their shell, and are sliced as if they were turned");
+            Warn(input + ": facets contradict their shell, and are sliced as if they were turned");
         }
     }
     varnet::Part const& sliced = part.AsSliced();
