@@ -15,12 +15,6 @@
 namespace varnet {
 namespace {
 
-RepairSettings Filling(double length) {
-    RepairSettings settings;
-    settings.fillHoles = length;
-    return settings;
-}
-
 TEST(Repair, HolesUpToALengthAreFilledWithTheLeastArea) {
     // The lid of a box: two facets, in whichever diagonal, of the same area.
     shapes::Mesh const mesh = shapes::Without(shapes::Cube(10.0f), 0, 2);

@@ -36,6 +36,13 @@ inline Part PartOf(shapes::Mesh const& mesh, IntakeSettings const& settings = {}
     return Part(soup.points, soup.triangles, settings);
 }
 
+// A repair that fills holes with rims up to the length.
+inline RepairSettings Filling(double length) {
+    RepairSettings settings;
+    settings.fillHoles = length;
+    return settings;
+}
+
 using Corners = std::array<std::array<double, 3>, 3>;
 
 // The facets as corners, with the least in front.

@@ -12,12 +12,6 @@
 namespace varnet {
 namespace {
 
-RepairSettings Filling(double length) {
-    RepairSettings settings;
-    settings.fillHoles = length;
-    return settings;
-}
-
 TEST(Repair, AClosedPartWhoseFacetsAgreeIsNotChanged) {
     for (shapes::Mesh const& mesh :
          {shapes::Bracket(), shapes::CubesAtFace(), shapes::CubesAtEdge(), shapes::CubeInCube(true),
