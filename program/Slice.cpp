@@ -71,18 +71,17 @@ void RunStreamed(SliceOptions const& options) {
 // Reads a part, closes its holes where that is asked for, and warns where it is sliced as what it is not.
 varnet::Part PartToSlice(std::string const& input, SliceOptions const& options, long long& holesFilled) {
     varnet::Part part = ReadPart(input, options.read);
+    bool isTurned = false;
     if (options.fillHoles > 0.0) {
         varnet::RepairSettings settings;
         settings.fillHoles = options.fillHoles;
         settings.progress = Bar("Closing holes");
         varnet::RepairReport const repaired = part.Repair(settings);
         holesFilled += repaired.holesFilled;
-        if (repaired.turned > 0) {
-            Warn(input + ": facets contradict their shell, and are sliced as if they were turned");
-        }
+        isTurned = repaired.turned > 0;
     }
     varnet::Part const& sliced = part.AsSliced();
-    if (&sliced != &part) {
+    if (isTurned || &sliced != &part) {
         Warn(input +
              ": facets contradict their shell, and are sliced as if they were turned: varnet repair "
              "turns them");

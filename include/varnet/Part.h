@@ -80,6 +80,7 @@ struct RepairReport {
     std::vector<std::string> notes;  ///< a line each for a person
 };
 
+/// A hole whose rim has more edges than this is filled in parts.
 inline constexpr std::size_t kMostRimEdges = 400;
 
 struct RepairSettings {

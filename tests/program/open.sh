@@ -97,7 +97,7 @@ expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1
 says 'contradicting.stl: facets contradict their shell, and are sliced as if they were turned: varnet repair turns them'
 row '^  volume of the layers, mm3 +1000$'
 expect 0 "$varnet" slice contradicting.stl -o contradicting.cli --layer 1 --fill-holes 1
-says 'contradicting.stl: facets contradict their shell, and are sliced as if they were turned$'
+says 'contradicting.stl: facets contradict their shell, and are sliced as if they were turned: varnet repair turns them'
 row '^  volume of the layers, mm3 +1000$'
 awk '/^outer/ && ++n == 3 { turn = 1 } /^vertex/ && turn && ++k == 1 { first = $0; next }
     { print } turn && k == 2 { print first; k = 0; turn = 0 }' lid.stl >one_turned.stl

@@ -258,13 +258,14 @@ TEST(FillHoles, HolesThatTouchAtCornersAreFilledEachByItself) {
     for (shapes::Mesh const& whole :
          {shapes::Cube(10.0f), shapes::IcoSphere(10.0, 2), shapes::Torus(10.0, 3.0, 20, 12)}) {
         Part const closed = PartOf(whole);
+        int checked = 0;
         for (int round = 0; round < 20; ++round) {
             std::vector<std::size_t> order(whole.size());
             std::iota(order.begin(), order.end(), 0u);
             std::shuffle(order.begin(), order.end(), random);
             std::set<std::pair<std::int32_t, std::int32_t>> rims;
             shapes::Mesh damaged;
-            std::size_t const most = whole.size() / (2 + random() % 4);
+            std::size_t const most = std::max<std::size_t>(1, whole.size() / (2 + random() % 30));
             std::size_t holes = 0;
             for (std::size_t const i : order) {
                 Triangle const& t = closed.Triangles()[i];
@@ -282,15 +283,17 @@ TEST(FillHoles, HolesThatTouchAtCornersAreFilledEachByItself) {
             Part part = PartOf(damaged);
             std::int64_t const open = part.Report().openEdges;
             EXPECT_EQ(open, static_cast<std::int64_t>(3 * holes));
+            // Facets that hang together with no other get no back.
+            bool const hasLoose = std::ranges::any_of(
+                part.Bodies(), [](Body const& body) { return body.Triangles().size() == 1; });
+            if (hasLoose) continue;
+            ++checked;
             RepairReport const report = part.Repair(Filling(1000.0));
-            if (report.facetsAdded != static_cast<std::int64_t>(holes)) {
-                // Facets that hang together with no other get no back.
-                EXPECT_LT(report.facetsAdded, static_cast<std::int64_t>(holes));
-                continue;
-            }
+            EXPECT_EQ(report.facetsAdded, static_cast<std::int64_t>(holes));
             EXPECT_EQ(report.openEdgesAfter, 0);
             EXPECT_EQ(Sorted(FacetsOf(part)), Sorted(FacetsOf(whole)));
         }
+        EXPECT_GE(checked, 5) << whole.size();
     }
 }
 

@@ -42,11 +42,12 @@ void ExpectSays(std::string const& bytes, std::string const& words, std::string 
 }
 
 TEST(Recognise, BinaryStlMayHaveUpTo49StrayBytes) {
-    for (std::size_t stray = 0; stray < 50; ++stray)
+    for (std::size_t stray = 0; stray < 50; ++stray) {
         for (unsigned const facets : {1u, 2u}) {
             EXPECT_EQ(Look(Binary(84 + facets * 50 + stray, 80, facets)).format, MeshFormat::kBinaryStl)
                 << stray;
         }
+    }
     ExpectSays(Binary(84 + 2 * 50 + 50, 80, 2), "announces 2 facets, and is long enough for 3");
     ExpectSays(Binary(84 + 2 * 50 - 1, 80, 2), "announces 2 facets, and holds 1: it is cut short");
     ExpectSays(Binary(84 + 2 * 50, 80, 0xFFFFFFFFu), "announces 4294967295 facets, and holds 2");

@@ -89,7 +89,6 @@ TEST(Layer, StrokesOfSupportsAreThoseOfChainsWithAnIdOfAThousandOrMore) {
     EXPECT_EQ(Layer().SupportStrokeCount(), 0u);
 }
 
-// Whatever the nodes say of their levels; one that is in nothing has its own, if it is closed.
 // An open path that comes back to its start has both ends; of a contour the head stands there once.
 TEST(ClassicLayer, AnOpenPathThatReturnsKeepsItsEnd) {
     Layer layer;
@@ -101,6 +100,7 @@ TEST(ClassicLayer, AnOpenPathThatReturnsKeepsItsEnd) {
     EXPECT_EQ(FromClassic(*classic), layer);
 }
 
+// Whatever the nodes say of their levels; one that is in nothing has its own, if it is closed.
 TEST(ClassicLayer, TheLevelOfAContourIsOneMoreThanThatOfItsParent) {
     auto const loop = [](int level, char closed, double x) {
         auto* const node = new tagLoopTreeNode(0);
