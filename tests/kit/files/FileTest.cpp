@@ -85,12 +85,15 @@ TEST_F(OutputFileTest, RefusesAFolderAndAPlaceThatIsNot) {
 TEST_F(OutputFileTest, KeepsTheModeOfTheFileItReplaces) {
     fs::path const target = folder / "private.bin";
     WriteWhole(target, "old");
-    chmod(target.c_str(), 0600);
-    WriteWhole(target, "new");
-    struct stat status {};
-    ASSERT_EQ(stat(target.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
-    EXPECT_EQ(BytesOf(target), "new");
+    // The second with the group's right that a folder hands on: one that a file has is kept, too.
+    for (mode_t const mode : {0600u, 02640u}) {
+        ASSERT_EQ(chmod(target.c_str(), mode), 0);
+        WriteWhole(target, "new");
+        struct stat status {};
+        ASSERT_EQ(stat(target.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, mode);
+        EXPECT_EQ(BytesOf(target), "new");
+    }
 }
 
 TEST_F(OutputFileTest, KeepsLinksPointing) {

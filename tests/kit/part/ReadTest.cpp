@@ -453,10 +453,14 @@ TEST(SplitPart, EachPieceCountsItsOwnOpenEdges) {
     shapes::Mesh mesh = shapes::Without(shapes::Cube(1.0f), 0, 1);
     shapes::Append(mesh, shapes::Moved(shapes::Without(shapes::Cube(2.0f), 0, 2), 9, 0, 0));
     shapes::Append(mesh, shapes::Moved(shapes::Cube(1.0f), 20, 0, 0));
+    // A body and its cavity are one piece: four open edges of the one, three of the other.
+    shapes::Append(mesh, shapes::Moved(shapes::Without(shapes::Cube(9.0f), 0, 2), 40, 0, 0));
+    shapes::Append(mesh,
+                   shapes::Moved(shapes::Without(shapes::InsideOut(shapes::Cube(1.0f)), 3, 1), 44, 4, 4));
     std::vector<Part> const pieces = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh))).Split();
-    ASSERT_EQ(pieces.size(), 3u);
-    for (std::size_t i = 0; i < 3; ++i) {
-        std::int64_t const open = std::array{3, 4, 0}[i];
+    ASSERT_EQ(pieces.size(), 4u);
+    for (std::size_t i = 0; i < 4; ++i) {
+        std::int64_t const open = std::array{3, 4, 0, 7}[i];
         EXPECT_EQ(pieces[i].Report().openEdges, open);
         EXPECT_EQ(pieces[i].Report().openEdgesExact, open);
         EXPECT_EQ(pieces[i].Measures().openEdges, open);

@@ -346,6 +346,31 @@ TEST(Repair, SignsOfZerosStayWhileNothingIsChanged) {
     EXPECT_EQ(written(true, true), written(false, true));
 }
 
+// Turning a whole body puts its corners into another order, for which the signs of the file do not hold.
+TEST(Repair, SignsOfZerosGoWhereABodyIsTurnedAsAWhole) {
+    TestFolder const folder;
+    auto const written = [&](bool isNegative, bool outward) {
+        shapes::Mesh mesh = shapes::InsideOut(shapes::Cube(10.0f));
+        int zeros = 0;
+        for (shapes::Corner& p : mesh[11]) {
+            for (float* const value : {&p.x, &p.y, &p.z}) {
+                if (*value != 0.0f) continue;
+                ++zeros;
+                if (isNegative) *value = -0.0f;
+            }
+        }
+        EXPECT_GT(zeros, 0);
+        Part part = Part::Read(folder.Write("a.stl", shapes::ToBinaryStl(mesh, "a")));
+        RepairSettings settings;
+        settings.outward = outward;
+        EXPECT_EQ(part.Repair(settings).bodiesTurned, outward ? 1 : 0);
+        part.Write(folder / "b.stl");
+        return ReadBytes(folder / "b.stl");
+    };
+    EXPECT_NE(written(true, false), written(false, false));
+    EXPECT_EQ(written(true, true), written(false, true));
+}
+
 // At the edge where bodies touch, a facet that is turned may find its partner in the other body.
 TEST(Repair, AFacetThatIsTurnedWhereBodiesTouchIsTheOnlyOneThatTurns) {
     shapes::Mesh atEdge = shapes::Cube(10.0f);

@@ -88,6 +88,21 @@ TEST(BinaryLayer, EachCommandIsReadInItsLongAndItsShortForm) {
     EXPECT_EQ(second.chainIds, std::vector<std::int32_t>{6});
 }
 
+// A disguised coordinate is taken times the units first, and what it was raised by is taken off behind.
+TEST(BinaryLayer, UnitsCountAheadOfTheOffsetOfADisguisedCommand) {
+    Bytes bytes;
+    bytes.Short(245 * 4 + 1).Real(9.0f).Text("....");
+    bytes.Short(245 * 3 + 2).Long(7).Long(1).Long(1).Real(11.0f).Real(-2.0f);
+    bytes.Short(245 * 2 + 3).Long(1).Long(1).Real(5).Real(6).Real(7).Real(8);
+    BinaryForm form;
+    form.isDisguised = true;
+    form.units = 0.5;
+    Layer const layer = ParseBinaryLayer(bytes.Get(), form, "a.cli", 0);
+    EXPECT_EQ(layer.z, 0.5);                                                // 4.5 - 4
+    EXPECT_EQ(layer.points, (std::vector<Point2>{{2.5, -4}}));              // 5.5 - 3, -1 - 3
+    EXPECT_EQ(layer.strokes, (std::vector<Stroke>{{{0.5, 1}, {1.5, 2}}}));  // 2.5 - 2 and so on
+}
+
 TEST(BinaryLayer, AFileCutAnywhereIsKnownUpToTheLastWholeCommand) {
     std::string const bytes = TwoLayers();
     std::vector<std::size_t> const ends = {0, 6, 28, 54, 58, 74, 88};

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -45,6 +46,26 @@ TEST_F(StreamLimits, AnOpenPartIsJudgedAlikeWhereverItStands) {
             shapes::Mesh const cup = shapes::Moved(OpenCube(2, last), far, -far, 3.0f + far);
             EXPECT_FALSE(IsTurned(cup)) << far;
             EXPECT_TRUE(IsTurned(InsideOut(cup))) << far;
+        }
+    }
+}
+
+// The first corner, from which volumes are measured, is the tip of a tent without a floor. About the middle
+// of its box the tent has half its volume; from as far above its tip as that lies below, less than nothing.
+TEST_F(StreamLimits, ATentWithoutAFloorIsJudgedFromItsMiddleWhicheverCornerComesFirst) {
+    shapes::Corner const tip{0, 0, 1};
+    std::array<shapes::Corner, 4> const floor{{{-9, -9, 0}, {9, -9, 0}, {9, 9, 0}, {-9, 9, 0}}};
+    for (bool const tipFirst : {true, false}) {
+        shapes::Mesh tent;
+        for (std::size_t i = 0; i < 4; ++i) {
+            shapes::Corner const& a = floor[i];
+            shapes::Corner const& b = floor[(i + 1) % 4];
+            tent.push_back(tipFirst ? shapes::Triangle{tip, a, b} : shapes::Triangle{a, b, tip});
+        }
+        for (float const far : {0.0f, 500.0f, -500.0f}) {
+            shapes::Mesh const moved = shapes::Moved(tent, far, 2 * far, -far);
+            EXPECT_FALSE(IsTurned(moved)) << tipFirst << far;
+            EXPECT_TRUE(IsTurned(InsideOut(moved))) << tipFirst << far;
         }
     }
 }
