@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -187,6 +188,35 @@ TEST_F(OutputFileTest, StandardOutputThatTakesNothingIsAnError) {
     close(before);
     close(full);
     EXPECT_TRUE(failed);
+}
+
+// A writer that opens by name gets a file in the temporary folder, whose bytes go to standard output at the
+// end.
+TEST_F(OutputFileTest, WhatWaitsForStandardOutputIsGoneAfterwards) {
+    char const* const old = std::getenv("TMPDIR");
+    std::string const before = old == nullptr ? "" : old;
+    fs::path const scratch = own.Path() / "scratch";
+    fs::create_directory(scratch);
+    setenv("TMPDIR", scratch.c_str(), 1);
+    int const sink = open((folder / "sink").c_str(), O_WRONLY | O_CREAT, 0600);
+    ASSERT_GE(sink, 0);
+    std::fflush(stdout);
+    int const output = dup(STDOUT_FILENO);
+    dup2(sink, STDOUT_FILENO);
+    fs::path waiting;
+    for (bool const isWhole : {false, true}) {
+        OutputFile file("-");
+        waiting = file.PathForWriter();
+        std::ofstream(waiting, std::ios::binary) << (isWhole ? "written elsewhere" : "half of");
+        if (isWhole) file.Commit();
+    }
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    close(sink);
+    old == nullptr ? unsetenv("TMPDIR") : setenv("TMPDIR", before.c_str(), 1);
+    EXPECT_EQ(waiting.parent_path(), scratch);
+    EXPECT_EQ(BytesOf(folder / "sink"), "written elsewhere");
+    EXPECT_TRUE(fs::is_empty(scratch));
 }
 
 // Somebody who reads from a pipe sees no end before the writer that opens it by its name has come and gone.
