@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 #include "part/LargeVector.h"
@@ -254,6 +255,7 @@ void CutSweep::SettleCrowds() {
     std::sort(m_Crowd.begin(), m_Crowd.end(), [](Crowded const& a, Crowded const& b) {
         return std::pair(a.edge, a.end) < std::pair(b.edge, b.end);
     });
+    FindNeeded();
     for (std::size_t i = 0; i < m_Crowd.size();) {
         CollectEnds(i);
         DropDoubled();
@@ -273,31 +275,72 @@ void CutSweep::CollectEnds(std::size_t& next) {
     }
 }
 
-// Of segments between the same two edges, which are those of facets with the same corners, one stays where
-// more run one way than the other, and none where as many run each way.
-void CutSweep::DropDoubled() {
+// The ends around an edge, those together whose segments run to the same other edge: these are of facets with
+// the same corners. Calls visit(ends, balance), how many more of them begin here than end here.
+template <class Visit>
+void CutSweep::VisitDoubled(Visit const& visit) {
     auto const other = [this](std::int32_t end) { return m_EdgeOfEnd[Index(OtherEnd(end))]; };
     std::sort(m_Around.begin(), m_Around.end(), [&](std::int32_t a, std::int32_t b) {
         return std::pair(other(a), a) < std::pair(other(b), b);
     });
     for (std::size_t i = 0; i < m_Around.size();) {
-        std::size_t next = i;
+        std::size_t const first = i;
         int balance = 0;
-        for (; next < m_Around.size() && other(m_Around[next]) == other(m_Around[i]); ++next) {
-            balance += IsBeginning(m_Around[next]) ? 1 : -1;
+        for (; i < m_Around.size() && other(m_Around[i]) == other(m_Around[first]); ++i) {
+            balance += IsBeginning(m_Around[i]) ? 1 : -1;
         }
-        bool kept = balance == 0;
-        for (; i < next; ++i) {
-            std::int32_t const end = m_Around[i];
-            bool const keep = !kept && IsBeginning(end) == (balance > 0);
-            kept = kept || keep;
-            if (keep) continue;
-            m_Used[SegmentOf(end)] = 1;
-            // At the other edge its partner, if it has one yet, is alone then.
+        visit(std::span<std::int32_t const>(m_Around).subspan(first, i - first), balance);
+    }
+}
+
+// Where facets with the same corners, each counted once, leave an edge with an end too many, and all of them
+// leave none, all are needed: solids that lie in each other have a wall in common. The same is asked of the
+// edges at the other ends of those then.
+void CutSweep::FindNeeded() {
+    m_Needed.assign(m_Active.size(), 0);
+    m_Asked.clear();
+    for (std::size_t i = 0; i < m_Crowd.size(); ++i) {
+        if (i == 0 || m_Crowd[i - 1].edge != m_Crowd[i].edge) m_Asked.push_back(m_Crowd[i].edge);
+    }
+    while (!m_Asked.empty()) {
+        std::int32_t const edge = m_Asked.back();
+        m_Asked.pop_back();
+        auto const place = std::ranges::lower_bound(m_Crowd, edge, {}, &Crowded::edge);
+        if (place == m_Crowd.end() || place->edge != edge) continue;
+        auto next = static_cast<std::size_t>(place - m_Crowd.begin());
+        CollectEnds(next);
+        int once = 0;
+        int all = 0;
+        VisitDoubled([&](std::span<std::int32_t const> ends, int balance) {
+            all += balance;
+            once += m_Needed[SegmentOf(ends[0])] != 0 ? balance : (balance > 0) - (balance < 0);
+        });
+        if (once == 0 || all != 0) continue;
+        VisitDoubled([&](std::span<std::int32_t const> ends, int balance) {
+            if (std::abs(balance) < 2 || m_Needed[SegmentOf(ends[0])] != 0) return;
+            for (std::int32_t const end : ends) m_Needed[SegmentOf(end)] = 1;
+            m_Asked.push_back(m_EdgeOfEnd[Index(OtherEnd(ends[0]))]);
+        });
+    }
+}
+
+// Of segments of facets with the same corners one stays where more run one way than the other, or as many as
+// run that way beyond the others, if they are needed; and none where as many run each way.
+void CutSweep::DropDoubled() {
+    VisitDoubled([this](std::span<std::int32_t const> ends, int balance) {
+        bool const needed = m_Needed[SegmentOf(ends[0])] != 0;
+        int wanted = needed ? std::abs(balance) : std::min(std::abs(balance), 1);
+        for (std::int32_t const end : ends) {
+            bool const keep = wanted > 0 && IsBeginning(end) == (balance > 0);
+            if (!keep) m_Used[SegmentOf(end)] = 1;
+            wanted -= keep ? 1 : 0;
+            // At the other edge the partner of what goes, if it has one yet, is alone then. Two that are
+            // needed there are no partners: they run the same way.
+            if (keep && !needed) continue;
             std::int32_t const partner = std::exchange(m_Partner[Index(OtherEnd(end))], kNone);
             if (partner != kNone) m_Partner[Index(partner)] = kNone;
         }
-    }
+    });
 }
 
 // By the direction in which the segments leave the edge, counter-clockwise.
@@ -313,9 +356,10 @@ void CutSweep::SortAround() {
 }
 
 // The solid lies from a segment that begins here on, counter-clockwise, up to one that ends here. Ends are
-// matched like brackets on a circle; those of one kind that are left over are joined in their order.
+// matched like brackets on a circle; those of one kind that are left over are joined in their order, but for
+// those of facets with the same corners, along which a path would turn back.
 void CutSweep::PairAround() {
-    if (m_Around.size() == 2) {
+    if (m_Around.size() == 2 && m_Needed[SegmentOf(m_Around[0])] == 0) {
         Pair(m_Around[0], m_Around[1]);
         return;
     }
@@ -334,7 +378,7 @@ void CutSweep::PairAround() {
     }
     std::int32_t alone = kNone;
     for (std::int32_t const end : m_Around) {
-        if (m_Partner[Index(end)] != kNone) continue;
+        if (m_Partner[Index(end)] != kNone || m_Needed[SegmentOf(end)] != 0) continue;
         if (alone == kNone) {
             alone = end;
         } else {

@@ -24,7 +24,8 @@ namespace varnet {
 /// that touch along an edge come apart; an end left over ends a path.
 ///
 /// Facets with the same three corners count once, or not at all where as many are of one winding as of the
-/// other.
+/// other. Where that would leave a path open that is closed by all of them, as where solids that lie in each
+/// other have a wall in common, each counts.
 class CutSweep {
 public:
     /// The index must live as long.
@@ -80,6 +81,9 @@ private:
     Point2 const& PlaceOf(std::int32_t end) const;
     void SettleCrowds();
     void CollectEnds(std::size_t& next);
+    template <class Visit>
+    void VisitDoubled(Visit const& visit);
+    void FindNeeded();
     void DropDoubled();
     void PairAround();
     void SortAround();
@@ -101,7 +105,9 @@ private:
     std::vector<std::int32_t> m_Partner;
     std::vector<char> m_Used;  // by segment
     std::vector<Crowded> m_Crowd;
-    std::size_t m_Lonely = 0;  // edges with one end
+    std::size_t m_Lonely = 0;           // edges with one end
+    std::vector<char> m_Needed;         // by segment
+    std::vector<std::int32_t> m_Asked;  // edges that FindNeeded has to look at
     std::vector<std::int32_t> m_Around;
     std::vector<std::int32_t> m_Open;
     std::vector<std::int32_t> m_NewNumbers;

@@ -143,6 +143,113 @@ TEST(CutSweep, FacetsOnTheSameCornersCountByWhatIsLeftOfThem) {
     EXPECT_EQ(many.Cut(), (Found{{{-1, 0}, {0, 0}, {0, 1}}}));
 }
 
+// Where each of them is needed to go on, all stay: no path ends where they begin, and none turns back where
+// they end.
+TEST(CutSweep, FacetsOnTheSameCornersAllCountWhereThatLeavesNoEndAtTheirEdge) {
+    for (int const copies : {2, 3, 7}) {
+        Sheaf leaving;
+        Sheaf arriving;
+        leaving.Leaving({1, 0});
+        arriving.Arriving({1, 0});
+        for (int i = 1; i < copies; ++i) leaving.AgainLeaving();
+        for (int i = 1; i < copies; ++i) arriving.AgainArriving();
+        // Two that make up for each other change nothing.
+        leaving.AgainArriving();
+        leaving.AgainLeaving();
+        arriving.AgainLeaving();
+        arriving.AgainArriving();
+        Found in;
+        Found out;
+        for (int i = 1; i <= copies; ++i) {
+            leaving.Arriving({-1, static_cast<double>(i)});
+            arriving.Leaving({-1, static_cast<double>(i)});
+            in.push_back({{-1, static_cast<double>(i)}, {0, 0}, {1, 0}});
+            out.push_back({{1, 0}, {0, 0}, {-1, static_cast<double>(i)}});
+        }
+        Found found = leaving.Cut();
+        std::ranges::sort(found, {}, [](auto const& path) { return path.front().y; });
+        EXPECT_EQ(found, in) << copies;
+        found = arriving.Cut();
+        std::ranges::sort(found, {}, [](auto const& path) { return path.back().y; });
+        EXPECT_EQ(found, out) << copies;
+    }
+}
+
+// Upright walls over ways in the plan, which have the solid on their left, from z = 0 to z = 1.
+struct Walls {
+    explicit Walls(std::vector<Point2> const& plan) {
+        for (Point2 const& p : plan) {
+            points.push_back({p.x, p.y, 0});
+            points.push_back({p.x, p.y, 1});
+        }
+    }
+    void Round(std::vector<int> const& way) {
+        for (std::size_t i = 0; i < way.size(); ++i) {
+            std::int32_t const a = 2 * way[i];
+            std::int32_t const b = 2 * way[(i + 1) % way.size()];
+            triangles.push_back({a, b, b + 1});
+            triangles.push_back({a, b + 1, a + 1});
+        }
+    }
+    // The area of the cut half way up; no path is to be open.
+    double Area() const {
+        Pulse pulse;
+        FacetIndex const index({points, triangles, false, false}, {0.0, 1.0, 1, 1.0}, true, 1, pulse);
+        Paths paths;
+        CutSweep(index).Cut(1, paths, pulse);
+        double area = 0.0;
+        for (std::size_t i = 0; i < paths.Count(); ++i) {
+            EXPECT_EQ(paths.closed[i], 1);
+            area += SignedArea(paths.At(i));
+        }
+        return area;
+    }
+    std::vector<Point3> points;
+    std::vector<Triangle> triangles;
+};
+
+// Boxes of 10, 9, 8 and so on by 10, whose left wall, of three parts, is the same.
+TEST(CutSweep, SolidsInEachOtherMayHaveAWallInCommon) {
+    std::mt19937 random(3);
+    for (int const boxes : {1, 2, 3, 5}) {
+        std::vector<Point2> plan{{0, 10}, {0, 7}, {0, 4}, {0, 0}};
+        double area = 0.0;
+        for (int i = 0; i < boxes; ++i) {
+            plan.push_back({10.0 - i, 0});
+            plan.push_back({10.0 - i, 10});
+            area += 10.0 * (10.0 - i);
+        }
+        Walls walls(plan);
+        for (int i = 0; i < boxes; ++i) walls.Round({0, 1, 2, 3, 4 + 2 * i, 5 + 2 * i});
+        for (int order = 0; order < 20; ++order) {
+            std::shuffle(walls.triangles.begin(), walls.triangles.end(), random);
+            EXPECT_DOUBLE_EQ(walls.Area(), area) << boxes;
+        }
+        // A mesh that stands there twice as a whole counts once where nothing asks for more.
+        std::vector<Triangle> const once = walls.triangles;
+        walls.triangles.insert(walls.triangles.end(), once.begin(), once.end());
+        EXPECT_DOUBLE_EQ(walls.Area(), boxes == 1 ? area : 2.0 * area) << boxes;
+    }
+}
+
+// Whatever goes round and comes back, along the walls of others or against them, leaves no path open.
+TEST(CutSweep, WallsThatAllGoRoundLeaveNoPathOpen) {
+    std::mt19937 random(4);
+    std::vector<Point2> const plan{{0, 0}, {9, 1}, {12, 8}, {5, 11}, {-3, 6}, {4, 5}};
+    for (int round = 0; round < 2000; ++round) {
+        Walls walls(plan);
+        for (auto ways = 1 + random() % 6; ways > 0; --ways) {
+            std::vector<int> way{0, 1, 2, 3, 4, 5};
+            std::shuffle(way.begin(), way.end(), random);
+            way.resize(3 + random() % 4);
+            walls.Round(way);
+        }
+        std::shuffle(walls.triangles.begin(), walls.triangles.end(), random);
+        walls.Area();
+        ASSERT_FALSE(HasFailure()) << round;
+    }
+}
+
 // Those that find none to end at are joined in their order around the edge, from the left side of it on.
 TEST(CutSweep, SegmentsOfOneKindThatAreLeftOverAreJoinedTwoByTwo) {
     Sheaf three;
