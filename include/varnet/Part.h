@@ -178,9 +178,10 @@ class VARNET_KIT_API Part {
 public:
     /// Without facets.
     Part();
-    /// Reads a file of any format; its content says which. Throws an Error of kind kFile where the system
-    /// refuses, of kind kContent where the file is no model or holds no facets that can be used, of kind
-    /// kArgument where a setting makes no sense, of kind kCancelled.
+    /// Reads a file of any format; its content says which. Several solids in one STL file are one part.
+    /// Throws an Error of kind kFile where the system refuses, of kind kContent where the file is no model or
+    /// holds no facets that can be used, of kind kArgument where a setting makes no sense, of kind
+    /// kCancelled.
     ///
     /// Takes about one and a half times the bytes of a binary file whose facets meet, up to twelve times
     /// those of one where no two do, and no more for what a file announces.

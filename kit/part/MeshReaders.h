@@ -27,7 +27,8 @@ MeshFormat Recognise(InputFile& file);
 // The readers of the formats. Each throws an Error of kind kContent where the bytes are not what they should
 // be; what is read is complete otherwise. Memory grows with what the file holds, whatever it announces.
 
-/// Binary STL and the format that differs from it in the length of its header only, 80 and 256 bytes.
+/// Binary STL, also models of it one behind the other, and the format that differs from it in the length of
+/// its header only, 80 and 256 bytes.
 RawMesh ReadBinaryStl(Reading& reading, std::size_t headerSize);
 /// ASCII STL, by its words: `vertex` and three numbers are a corner, `endloop` or `endfacet` behind three
 /// corners end a facet. Lines that begin with another word than those of the format, and what stands behind

@@ -9,6 +9,7 @@
 
 #include "part/Bytes.h"
 #include "part/MeshReaders.h"
+#include "part/StlRecords.h"
 
 namespace varnet {
 
@@ -17,7 +18,7 @@ namespace {
 constexpr std::size_t kLookedAt = std::size_t{1} << 16;
 constexpr std::uint64_t kStlHeader = 80;
 constexpr std::uint64_t kOltpHeader = 256;
-constexpr std::uint64_t kRecord = 50;
+constexpr std::uint64_t kRecord = StlRecords::kRecord;
 
 std::string InSmallLetters(std::string_view text) {
     std::string small(text);
@@ -105,6 +106,12 @@ std::optional<char const*> OtherKind(std::string_view start) {
         file, announced + "and holds " + std::to_string(held) + ": it is cut short, or no binary STL file");
 }
 
+bool AreModelsInARow(InputFile& file) {
+    StlModels const found = FindModels(file, kStlHeader);
+    file.Seek(0);
+    return found.models > 1 && file.Size() - found.bytes < kRecord;
+}
+
 MeshFormat RecogniseText(InputFile& file, std::string_view start) {
     std::string const small = InSmallLetters(start);
     if (Holds(small, "vertices") && !Holds(small, "facet")) return MeshFormat::kThreeDmf;
@@ -141,6 +148,7 @@ MeshFormat Recognise(InputFile& file) {
     if (IsText(start)) return RecogniseText(file, start);
     // Text is not taken for a number of facets that small: its bytes are 9 at least.
     if (stl.stray && *stl.stray < kRecord && stl.announced != 0) return MeshFormat::kBinaryStl;
+    if (AreModelsInARow(file)) return MeshFormat::kBinaryStl;
     if (file.Size() < kStlHeader + 4) ThrowContent(file, "is too short for a model");
     if (stl.stray && stl.announced == 0 && *stl.stray < kRecord) ThrowContent(file, "holds no facets");
     std::string_view text(start);

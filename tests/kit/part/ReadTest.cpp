@@ -168,7 +168,7 @@ TEST(ReadPart, FilesThatAreNoModelSaySo) {
         Holds(message(shapes::ToBinaryStl({{a, b, c}, {c, b, a}})), "none of its facets can be used"));
     std::string const cube = shapes::ToBinaryStl(shapes::Cube(1.0f));
     EXPECT_TRUE(Holds(message(cube.substr(0, cube.size() - 1)), "announces 12 facets, and holds 11"));
-    EXPECT_TRUE(Holds(message(cube + cube), "announces 12 facets"));
+    EXPECT_TRUE(Holds(message(cube + cube.substr(0, cube.size() - 1)), "announces 12 facets"));
     EXPECT_TRUE(Holds(message("$$HEADERSTART\n$$ASCII\n$$HEADEREND\n"), "slices"));
     EXPECT_EQ(MessageOf(folder / "none.stl"), (folder / "none.stl").string() + ": no such file");
     EXPECT_TRUE(Holds(MessageOf(folder.Path()), "folder"));

@@ -53,6 +53,21 @@ TEST(Recognise, BinaryStlMayHaveUpTo49StrayBytes) {
     ExpectSays(Binary(84 + 2 * 50, 80, 0xFFFFFFFFu), "announces 4294967295 facets, and holds 2");
 }
 
+// Behind the last one there may be as few stray bytes as behind a single one.
+TEST(Recognise, BinaryStlMayBeSeveralModelsOneBehindTheOther) {
+    auto const model = [](unsigned facets) { return Binary(84 + std::size_t{50} * facets, 80, facets); };
+    for (std::size_t stray = 0; stray < 50; ++stray) {
+        std::string const end(stray, '\x01');
+        EXPECT_EQ(Look(model(1) + model(1) + end).format, MeshFormat::kBinaryStl) << stray;
+        EXPECT_EQ(Look(model(3) + model(2) + model(7) + end).format, MeshFormat::kBinaryStl) << stray;
+    }
+    ExpectSays(model(3) + model(2) + std::string(50, '\x01'), "announces 3 facets, and is long enough for 7");
+    ExpectSays(model(3) + model(2) + model(0), "announces 3 facets, and is long enough for 8");
+    ExpectSays(model(3) + Binary(84 + 99, 80, 2), "announces 3 facets, and is long enough for 6");
+    // What follows a file of another kind makes it no model.
+    ExpectSays(model(0) + model(2), "announces 0 facets, and is long enough for 3");
+}
+
 TEST(Recognise, WithoutAnnouncedFacetsThereAreNoneOrTooManyBytes) {
     ExpectSays(Binary(84, 80, 0), "holds no facets");
     ExpectSays(Binary(84 + 49, 80, 0), "holds no facets");

@@ -261,6 +261,18 @@ TEST(StreamSlicer, ScaleAndLongHeadersAreThoseOfAPart) {
     ExpectSame(Streamed(oltp, streaming), Ordinary(oltp, settings, intake));
 }
 
+TEST(StreamSlicer, ModelsOneBehindTheOtherAreOnePart) {
+    TestFolder const folder;
+    std::filesystem::path const file =
+        folder.Write("part.stl", shapes::ToBinaryStl(shapes::Torus(5, 2, 30, 20)) +
+                                     shapes::ToBinaryStl(shapes::Moved(shapes::Cube(3), 20, 0, 0)));
+    SliceSettings settings;
+    settings.layer = 0.5;
+    StreamSlicer slicer(file, Streaming(settings, folder));
+    ExpectSame(All(slicer), Ordinary(file, settings));
+    EXPECT_EQ(slicer.Stream().facetsInFile, 1212);
+}
+
 TEST(StreamSlicer, LayersCanBeHadAgain) {
     TestFolder const folder;
     std::filesystem::path const file =
