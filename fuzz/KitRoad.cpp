@@ -66,6 +66,8 @@ void TakePart(std::filesystem::path const& path) {
         writer.Write(layer);
     });
     writer.Finish();
+    // A closed part has closed layers.
+    if (part.AsSliced().Measures().openEdges == 0) Require(slicer.Report().openPaths == 0);
 }
 
 }  // namespace
