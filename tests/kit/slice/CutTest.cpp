@@ -167,10 +167,12 @@ TEST(CutSweep, FacetsOnTheSameCornersAllCountWhereThatLeavesNoEndAtTheirEdge) {
             out.push_back({{1, 0}, {0, 0}, {-1, static_cast<double>(i)}});
         }
         Found found = leaving.Cut();
-        std::ranges::sort(found, {}, [](auto const& path) { return path.front().y; });
+        std::sort(found.begin(), found.end(),
+                  [](auto const& a, auto const& b) { return a.front().y < b.front().y; });
         EXPECT_EQ(found, in) << copies;
         found = arriving.Cut();
-        std::ranges::sort(found, {}, [](auto const& path) { return path.back().y; });
+        std::sort(found.begin(), found.end(),
+                  [](auto const& a, auto const& b) { return a.back().y < b.back().y; });
         EXPECT_EQ(found, out) << copies;
     }
 }

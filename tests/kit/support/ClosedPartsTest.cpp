@@ -63,7 +63,7 @@ public:
             for (Solid const& solid : m_Solids) {
                 if (auto const span = SpanOf(solid, first + (line + 0.5) * width, z)) spans.push_back(*span);
             }
-            std::ranges::sort(spans);
+            std::sort(spans.begin(), spans.end());
             double end = -10.0;
             for (auto const& [from, to] : spans) {
                 area += std::max(0.0, to - std::max(from, end)) * width;
