@@ -28,6 +28,31 @@ intake_keys="type facets_in_file open_edges_in_file facets_lost not_finite degen
 measure_keys="facets vertices open_edges box area volume"
 layer_keys="layers contours open_paths layers_with_open_paths gaps_closed longest_gap_closed longest_gap missing_volume holes_filled points
     contour_length mesh_volume layer_volume cut_volume strokes support_strokes support_solids travel starts bytes"
+# table COMMAND...: what it prints is what stands on standard input, line for line, but for blanks
+table() {
+    expect 0 "$@"
+    shown
+}
+# shown [FILE]: so for what the last command has printed
+shown() {
+    tr -s ' ' <"${1:-out}" >found
+    sed -E 's/^  (\S)/ \1/' | diff - found || fail "not the table that was wanted"
+}
+# json COMMAND...: what it prints is the JSON that stands on standard input, every name and value, but for blanks
+json() {
+    expect 0 "$@"
+    document
+}
+# document [FILE]: so for what the last command has printed
+document() {
+    packed <"${1:-out}" >found
+    packed | diff - found || fail "not the JSON that was wanted"
+}
+packed() { sed 's/^ *//' | tr -d '\n' | sed -E 's/([][{},:]) +/\1/g; s/ +([]}])/\1/g; s/,/,\n/g; s/$/\n/'; }
+# messages: those of the last command are the lines on standard input, and no others
+messages() { diff - err || fail "not the messages that were wanted"; }
+# quiet: the last command had nothing to say
+quiet() { [ ! -s err ] || fail "a message: $(cat err)"; }
 # says PATTERN: the message of the last command
 says() { grep -qE -- "$1" err || { cat err; fail "no message $1"; }; }
 # nothing_left: no half-written file stands anywhere in the folder
@@ -53,6 +78,20 @@ cube() {
     done
     printf 'endsolid cubes\n' >>"$file"
 }
+# facets POINTS...: facets of an ASCII STL, three points each
+facets() { printf 'facet normal 0 0 0\nouter loop\nvertex %s\nvertex %s\nvertex %s\nendloop\nendfacet\n' "$@"; }
+# add FILE POINTS...: facets at the end of an ASCII STL
+add() {
+    sed -i '$d' "$1"
+    facets "${@:2}" >>"$1"
+    echo 'endsolid' >>"$1"
+}
+# turned FILE...: each facet with its second and third corner first
+turned() {
+    awk '/^vertex/ { v[++n] = $0; if (n == 3) { print v[2]; print v[1]; print v[3]; n = 0 }; next } { print }' "$@"
+}
+# binary FILE OUT: the facets of an ASCII STL as binary STL
+binary() { expect 0 "$varnet" convert "$1" "$2"; }
 # wait_for COMMAND...: until it succeeds, a minute at most
 wait_for() {
     local n
