@@ -113,8 +113,8 @@ apart_cube() {
 } >sick.stl
 # Facets: 3 cubes of 13 and one without area; 3 with a doubled one, 4 whole ones, 10 in pairs; 6 + 7 + 8. Those of 13 become 14.
 # Open: 3 edges of a long facet beside two short ones, twice; 3 of each doubled facet; 4 around each corner that is apart.
-# Edges of more than two facets: one for each pair of cubes, three of each doubled facet. Lines: 7 a facet, with the name before
-# them, so that the last corner but one of facet 261 stands in line 1 + 260 * 7 + 4.
+# Edges of more than two facets: one for each pair of cubes, three of each doubled facet. Lines: one, and 7 for
+# each of the 260 facets before the first that could not be read.
 facts() {
     cat <<TABLE
   type ASCII STL

@@ -14,7 +14,7 @@ expect() {
     [ "$code" -eq "$wanted" ] || { cat out err; fail "exit code $code, wanted $wanted: $*"; }
 }
 # row PATTERN: a row of the table that the last command printed
-row() { grep -qE "$1" out || { cat out; fail "no row $1"; }; }
+row() { grep -qE -- "$1" out || { cat out; fail "no row $1"; }; }
 # keys NAMES...: the names in the JSON that the last command printed, at any depth, are these and no others
 keys() {
     local found wanted
