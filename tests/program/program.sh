@@ -2,6 +2,7 @@
 # For the tests of the varnet program, which source it: a folder of their own to work in, and what to expect.
 set -euo pipefail
 varnet=$1
+tests=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -92,6 +93,22 @@ turned() {
 }
 # binary FILE OUT: the facets of an ASCII STL as binary STL
 binary() { expect 0 "$varnet" convert "$1" "$2"; }
+# interposed: makes a library that is loaded ahead of the C library, or leaves the test where that cannot be done
+interposed() {
+    if [ "$(uname)" != Linux ] || ! command -v c++ >/dev/null; then
+        echo "skipped: no clock can be put in the place of the system's"
+        exit 77
+    fi
+    c++ -std=c++17 -O1 -shared -fPIC "$tests/Interposed.cpp" -o "$work/interposed.so" -ldl
+}
+# with SETTING... -- COMMAND...: a command with that library, of which the settings are told there
+with() {
+    local settings=()
+    while [ "$1" != -- ]; do settings+=("$1") && shift; done
+    shift
+    env LD_PRELOAD="$work/interposed.so" ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}verify_asan_link_order=0" \
+        "${settings[@]}" "$@"
+}
 # wait_for COMMAND...: until it succeeds, a minute at most
 wait_for() {
     local n
