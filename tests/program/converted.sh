@@ -212,6 +212,21 @@ TABLE
 JSON
     fi
 done
+# A path without points is none in text: the table says so, and so does the exit code.
+cp slices.cli empty.cli
+sed -i 's|^..LAYER/6|&\n$$POLYLINE/1,1,0\n$$POLYLINE/1,2,0\n$$POLYLINE/1,1,1,5,5|' empty.cli
+expect 0 "$varnet" convert empty.cli binary_paths.cli --mode binary
+row '^  contours and paths +5, read back 5$'
+expect 1 "$varnet" convert empty.cli text_paths.cli
+row '^  contours and paths +5, read back 3$'
+row '^  points +7, read back 7$'
+messages <<<'varnet: text_paths.cli: less can be read back than was written: --mode binary holds it all'
+expect 1 "$varnet" convert empty.cli text_paths.cli --json
+document <<JSON
+{ "bytes": [$(bytes empty.cli), $(bytes text_paths.cli)], "format": "CLI slices, text", "largest_difference": 0.0,
+  "layers": [4, 4], "notes": ["the header announces 5 layers, and there are 4", "1 comments were passed over"], "paths": [5, 3],
+  "points": [7, 7], "schema": 1, "strokes": [3, 3] }
+JSON
 # What is broken is not taken for whole.
 head -c $(($(bytes binary.cli) - 3)) binary.cli >cut.cli
 expect 1 "$varnet" convert cut.cli never.cli
