@@ -20,6 +20,9 @@ namespace {
 std::atomic<int> g_stopped = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
 
+// Whether a bar stands on the line. Work may draw it from another thread than the one that prints.
+std::atomic<bool> g_BarStands = false;
+
 #if defined(_WIN32)
 
 BOOL WINAPI OnSignal(DWORD event) {
@@ -44,9 +47,7 @@ public:
     explicit DrawnBar(std::string title) : m_Title(std::move(title)), m_Shown(IsTerminal()) {}
     DrawnBar(DrawnBar const&) = delete;
     DrawnBar& operator=(DrawnBar const&) = delete;
-    ~DrawnBar() {
-        if (m_Drawn) std::fputs("\r\033[K", stderr);
-    }
+    ~DrawnBar() { ClearBar(); }
 
     void Draw(double share) {
         using namespace std::chrono_literals;
@@ -60,13 +61,12 @@ public:
                                 std::string(static_cast<std::size_t>(kWidth - filled), '.');
         std::fprintf(stderr, "\r%s [%s] %3.0f%%", m_Title.c_str(), bar.c_str(), clamped * 100.0);
         std::fflush(stderr);
-        m_Drawn = true;
+        g_BarStands = true;
     }
 
 private:
     std::string m_Title;
     bool m_Shown;
-    bool m_Drawn = false;
     std::chrono::steady_clock::time_point m_Start = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point m_Last = m_Start;
 };
@@ -123,4 +123,11 @@ varnet::Progress Bar(std::string const& title) {
     };
 }
 
-void Warn(std::string const& text) { std::fprintf(stderr, "varnet: warning: %s\n", text.c_str()); }
+void ClearBar() {
+    if (g_BarStands.exchange(false)) std::fputs("\r\033[K", stderr);
+}
+
+void Warn(std::string const& text) {
+    ClearBar();
+    std::fprintf(stderr, "varnet: warning: %s\n", text.c_str());
+}

@@ -20,6 +20,10 @@ void ThrowIfStopped();
 /// work when IsStopped.
 varnet::Progress Bar(std::string const& title);
 
+/// Takes away a bar that stands on the line, where work holds one that goes on. To be called before anything
+/// is printed.
+void ClearBar();
+
 /// A line on standard error: "varnet: warning: ...".
 void Warn(std::string const& text);
 

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "Console.h"
+
 void Report::Add(std::string const& label, char const* key, long long count) {
     Add(label, key, count, Count(count));
 }
@@ -28,6 +30,7 @@ void Report::Print(bool asJson, bool toError) const {
         PrintJson(m_Json, toError);
         return;
     }
+    ClearBar();
     std::FILE* const stream = toError ? stderr : stdout;
     std::size_t width = 0;
     for (auto const& [label, text] : m_Rows) width = std::max(width, label.size());
@@ -38,6 +41,7 @@ void Report::Print(bool asJson, bool toError) const {
 }
 
 void PrintJson(nlohmann::json json, bool toError) {
+    ClearBar();
     json["schema"] = 1;
     std::fprintf(toError ? stderr : stdout, "%s\n",
                  json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());

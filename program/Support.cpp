@@ -138,6 +138,7 @@ void AddSupport(CLI::App& app) {
     options->read.AddTo(*command);
     command->callback([options] {
         KeepInputs({options->input}, options->output);
+        KeepInputs({options->input}, options->ply);
         Run(*options);
     });
 }

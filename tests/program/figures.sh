@@ -3,21 +3,6 @@
 # usage: figures.sh VARNET
 . "$(dirname "$(readlink -f "$0")")/program.sh"
 
-# table COMMAND...: what it prints is what stands on standard input, line for line, but for blanks
-table() {
-    local code=0
-    "$@" >out 2>err || code=$?
-    [ "$code" -eq 0 ] || { cat out err; fail "exit code $code: $*"; }
-    shown
-}
-# shown: so for the last command
-shown() {
-    tr -s ' ' <out >found
-    sed -E 's/^  (\S)/ \1/' | diff - found || fail "not the table that was wanted"
-}
-# facets POINTS...: facets of an ASCII STL, three points each
-facets() { printf 'facet normal 0 0 0\nouter loop\nvertex %s\nvertex %s\nvertex %s\nendloop\nendfacet\n' "$@"; }
-
 # Cubes of 10 and of 4 side by side: 600 + 96 of area, 1000 + 64 of volume, rims of 12 sides of 40 and of 16.
 cube two.stl 1 2 3 10 20 2 3 4
 table "$varnet" info two.stl <<'TABLE'

@@ -42,6 +42,9 @@ expect 0 "$varnet" info one.stl
 cube less.stl 0 0 0 0.999
 expect 0 "$varnet" info less.stl
 says 'less.stl: the part is 0\.999 mm long'
+cube less.stl 0 0 0 0.9998
+expect 0 "$varnet" info less.stl
+messages <<<'varnet: warning: less.stl: the part is 1 mm long: if the file is in metres or inches, say --units m or --units in'
 
 # Of more than twenty bodies the first twenty are listed; JSON lists them all.
 bodies=''

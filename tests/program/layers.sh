@@ -34,6 +34,10 @@ expect 0 "$varnet" layers part.cli --svg pictures
 [ "$(ls pictures | tr '\n' ' ')" = "layer_00001.svg layer_00002.svg layer_00003.svg " ] || fail "the names of pictures"
 grep -q 'layer 1, z = 0.25 mm' pictures/layer_00001.svg && grep -q '>5 mm<' pictures/layer_00001.svg || fail "height and scale"
 [ "$(grep -c 'stroke="hsl' pictures/layer_00001.svg)" -eq 3 ] || fail "the paths of a picture"
+# 3 and 4 of 10 mm, which are 640 wide.
+grep -q '<path d="M0 0L192 -256M0 0L0 -640"' pictures/layer_00002.svg || fail "the strokes of the second picture"
+! grep -q 'stroke="hsl' pictures/layer_00003.svg || fail "something on a picture of nothing"
+grep -q 'layer 2, z = 0.5 mm' pictures/layer_00002.svg || fail "the title of the second picture"
 if command -v xmllint >/dev/null; then xmllint --noout pictures/*.svg || fail "pictures are XML"; fi
 expect 0 "$varnet" layers part.cli --svg one --layer 3
 [ "$(ls one)" = layer_00003.svg ] || fail "one picture"
@@ -45,9 +49,26 @@ expect 0 "$varnet" layers part.cli --svg one --layer 3
 } >twenty.cli
 expect 0 "$varnet" layers twenty.cli
 [ "$(grep -cE '^ +[0-9]+ +[0-9]+ +0' out)" -eq 20 ] && ! grep -q '\.\.\.' out || fail "twenty layers"
-printf '$$LAYER/21\n$$LAYER/22\n' >>twenty.cli
+printf '$$LAYER/21\n' >>twenty.cli
+expect 0 "$varnet" layers twenty.cli
+[ "$(grep -oE '^ +([0-9]+|\.\.\.)' out | tr -d ' \n')" = "12345678910...12131415161718192021" ] || fail "one layer between"
+expect 0 "$varnet" layers twenty.cli --json
+[ "$(grep -c '"number"' out)" -eq 21 ] || fail "all layers in JSON"
+printf '$$LAYER/22\n' >>twenty.cli
 expect 0 "$varnet" layers twenty.cli
 [ "$(grep -oE '^ +([0-9]+|\.\.\.)' out | tr -d ' \n')" = "12345678910...13141516171819202122" ] || fail "the layers between"
+
+# Areas and lengths are rounded to thousandths where they stand in rows: 1 by 0.03125.
+{
+    printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$HEADEREND\n$$GEOMETRYSTART\n$$LAYER/1\n'
+    printf '$$POLYLINE/1,1,5,0,0,1,0,1,0.03125,0,0.03125,0,0\n$$GEOMETRYEND\n'
+} >fine.cli
+expect 0 "$varnet" layers fine.cli
+row '^  area of all layers, mm2 +0\.03125$'
+row '^  layers +1$'
+row '^ +1 +1 +1 +0 +0 +4 +0\.031 +2\.063  0  0  to  1  0\.03125$'
+expect 0 "$varnet" layers fine.cli --json
+row '^  "announced": null,$'
 
 for mode in binary coc ascii; do
     expect 0 "$varnet" convert part.cli "to_$mode.cli" --mode "$mode"
@@ -87,6 +108,10 @@ head -c $(($(stat -c %s to_binary.cli) - 3)) to_binary.cli >cut.cli
 expect 1 "$varnet" layers cut.cli
 says 'cut.cli, byte [0-9]+: '
 row 'layers +2 of 3 announced$'
+# What is there is drawn all the same.
+expect 1 "$varnet" layers cut.cli --svg cut --json
+[ "$(ls cut | tr '\n' ' ')" = 'layer_00001.svg layer_00002.svg ' ] || fail "the pictures of a broken file: $(ls cut)"
+row '^  "layers": 2,$'
 expect 1 "$varnet" convert cut.cli never.cli
 expect 1 "$varnet" layers part.cli --layer 4
 says 'there is no layer 4: it has 3'
