@@ -305,8 +305,9 @@ void CutSweep::FindNeeded() {
     while (!m_Asked.empty()) {
         std::int32_t const edge = m_Asked.back();
         m_Asked.pop_back();
-        auto const place = std::lower_bound(m_Crowd.begin(), m_Crowd.end(), edge,
-                                            [](Crowded const& end, std::int32_t of) { return end.edge < of; });
+        auto const place =
+            std::lower_bound(m_Crowd.begin(), m_Crowd.end(), edge,
+                             [](Crowded const& end, std::int32_t of) { return end.edge < of; });
         if (place == m_Crowd.end() || place->edge != edge) continue;
         auto next = static_cast<std::size_t>(place - m_Crowd.begin());
         CollectEnds(next);
