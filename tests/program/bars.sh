@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# The bars that show how far long work is: when they are drawn, what stands on them, and that they go. The clock goes as the test
-# says, so that nothing depends on the speed of the machine.
+# The bars that show how far long work is: when they are drawn, what stands on them, and that they go. The clock
+# goes as the test says, so that nothing depends on the speed of the machine.
 # usage: bars.sh VARNET
 . "$(dirname "$(readlink -f "$0")")/program.sh"
 command -v script >/dev/null || { echo "skipped: there is no terminal"; exit 77; }
 interposed
 
-# drawn STEP ARGUMENTS...: what the program writes to a terminal, where the clock goes on by so many milliseconds at each look
+# drawn STEP ARGUMENTS...: what the program writes to a terminal, where the clock goes on by so many milliseconds
+# at each look
 drawn() {
-    printf '%s\n' '#!/usr/bin/env bash' "varnet=$varnet; set --" >run
     {
         declare -p work && declare -f with
         printf 'with CLOCK_STEP=%s -- ' "$1"
@@ -29,12 +29,16 @@ bar() {
     done
 }
 gone=$(printf '\r\033[K')
+# slices N: text slices of that many empty layers
 slices() {
     printf '$$HEADERSTART\n$$ASCII\n$$UNITS/1\n$$HEADEREND\n$$GEOMETRYSTART\n'
     for z in $(seq "$1"); do printf '$$LAYER/%s\n' "$z"; done
 }
-told() { printf '%s -> out.cli\r\n  layers                            %s\r\n  travel with the material off, mm  0 -> 0\r\n' "$1" "$2"
-    printf '  starts and stops                  0 -> 0\r\n'; }
+# told FILE LAYERS: the table of an ordering, as a terminal shows it
+told() {
+    printf '%s -> out.cli\r\n  layers                            %s\r\n' "$1" "$2"
+    printf '  travel with the material off, mm  0 -> 0\r\n  starts and stops                  0 -> 0\r\n'
+}
 
 # Nothing is drawn in the first three tenths of a second, and then no more than each twentieth. Each layer is one look.
 slices 10 >ten.cli

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Ctrl-C at each step: the line that says so, exit code 1, and nothing half done. It comes when a file is opened, or at a look at
-# the clock, which is when the share of the work is told.
+# Ctrl-C at each step: the line that says so, exit code 1, and nothing half done. It comes when a file is opened,
+# or at a look at the clock, which is when the share of the work is told.
 # usage: stopped.sh VARNET
 . "$(dirname "$(readlink -f "$0")")/program.sh"
 interposed
@@ -30,18 +30,16 @@ expect 0 "$varnet" slice two.stl -o in.cli --layer 1
     for z in 1 2 3; do printf '$$LAYER/%s\n$$HATCHES/1,1,0,0,1,1\n' "$z"; done
 } >three.cli
 
-# While a part is read, and while what was made of it is written.
-for job in 'info two.stl' 'info in.cli' 'convert two.stl no.csm' 'convert in.cli no.cli' 'repair two.stl no.stl' 'split two.stl -o no' \
-    'surfaces two.stl -o no.ply' 'support two.stl -o no.stl' 'slice two.stl -o no.cli' 'view two.stl -o no.html' \
-    'layers in.cli --svg no' 'order in.cli no.cli --svg no'; do
-    input=$(cut -d ' ' -f 2 <<<"$job")
+# While a part is read.
+for job in 'info' 'convert no.csm' 'repair no.stl' 'split -o no' 'surfaces -o no.ply' 'support -o no.stl' 'slice -o no.cli' \
+    'view -o no.html'; do
+    read -r name rest <<<"$job"
     # shellcheck disable=SC2086
-    if [ "${input#*.}" = stl ]; then
-        stopped STOP_AT_FILE=/$input -- ${job/ / $work/}
-        empty
-    fi
+    stopped STOP_AT_FILE=/two.stl -- $name "$work/two.stl" $rest
+    empty
 done
-# While the result is written: it does not come to its name. Pictures of surfaces and solids of supports are written at the very end.
+# While the result is written: it does not come to its name. Pictures of surfaces and solids of supports are
+# written at the very end.
 for job in 'convert two.stl no.csm' 'convert in.cli no.cli' 'repair two.stl no.stl' 'slice two.stl -o no.cli' \
     'slice binary.stl --stream -o no.cli' 'slice two.stl -o no.cli --page no.html' 'view two.stl -o no.html' 'order in.cli no.cli' \
     'join in.cli -o no.cli'; do
