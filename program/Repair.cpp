@@ -31,6 +31,8 @@ void Run(RepairOptions const& options) {
     AddIntake(report, part);
     report.Add("facets turned to agree", "turned", static_cast<long long>(repaired.turned));
     report.Add("facets once too often, left out", "repair_doubled", static_cast<long long>(repaired.doubled));
+    report.Add("facets divided at a vertex on their edge", "repair_split",
+               static_cast<long long>(repaired.split));
     report.Add("bodies turned outward", "bodies_turned", static_cast<long long>(repaired.bodiesTurned));
     report.Add("holes closed", "holes_filled", static_cast<long long>(repaired.holesFilled));
     report.Add("facets added", "facets_added", static_cast<long long>(repaired.facetsAdded));

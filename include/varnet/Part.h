@@ -71,6 +71,7 @@ struct MeshMeasures {
 struct RepairReport {
     std::int64_t turned = 0;           ///< facets that contradicted their shell
     std::int64_t doubled = 0;          ///< facets left out that stood there once too often
+    std::int64_t split = 0;            ///< facets divided at a vertex on their edge, once others were turned
     std::int64_t openEdgesBefore = 0;  ///< by equal corners, as in the file
     std::int64_t openEdgesAfter = 0;
     std::int64_t holesFilled = 0;

@@ -83,21 +83,28 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
                              Pace const& pace) {
     ClosingCounts counts;
     for (int round = 0; round < kRounds && edges.open > 0; ++round) {
-        Rim const rim(mesh, edges, pace.Between(0.0, 0.0));
+        Rim const gaps(mesh, edges, Rim::Of::kGaps, pace.Between(0.0, 0.0));
+        std::int64_t const twins = edges.open - gaps.Count();
+        std::int64_t fewest = edges.open;
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
-        bool gaveUp = false;
-        auto const consider = [&](double with) {
+        bool isDone = false;
+        // Those that the rim leaves out stay open.
+        auto const consider = [&](Rim const& rim, double with) {
             Rim::Plan plan = rim.Try(with, pace);
-            gaveUp |= plan.gaveUp;
-            if (plan.open >= (best ? best->open : rim.Count())) return;
+            isDone |= plan.gaveUp || plan.open == 0;
+            plan.open += edges.open - rim.Count();
+            if (plan.open >= fewest) return;
+            fewest = plan.open;
             best = std::move(plan);
             tolerance = with;
         };
-        consider(0.0);
+        consider(gaps, 0.0);
+        // Twins are divided, but not joined with others that are near: one of them may have to be turned.
+        if (twins > 0) consider(Rim(mesh, edges, Rim::Of::kGapsAndCrossedTwins, pace.Between(0.0, 0.0)), 0.0);
         for (double const with : tolerances) {
-            if (gaveUp || (best && best->open == 0)) break;
-            consider(with);
+            if (isDone) break;
+            consider(gaps, with);
         }
         if (!best) break;
         FlatMesh changed = mesh;

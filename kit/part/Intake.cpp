@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <optional>
 #include <string>
 
 #include "part/Bodies.h"
@@ -70,6 +71,25 @@ void Close(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
     report.weldTolerance = std::max(report.weldTolerance, counts.tolerance);
 }
 
+// Facets that stand there once too often go first. Where edges stay open then, they may have been needed: by
+// solids in each other with a wall in common, whose other facets there stop midway on its edges.
+void LeaveOutAndClose(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
+                      IntakeReport& report, Pace const& pace) {
+    std::optional<FlatMesh> all;
+    if (MayHaveCopies(edges)) all = mesh;
+    IntakeReport const before = report;
+    report.doubled += LeaveOutCopies(mesh, edges, pace.Between(0.0, 0.2));
+    if (edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.2, 0.9));
+    if (edges.open == 0 || report.doubled == before.doubled) return;
+    EdgeTable table = FindEdges(all->triangles, all->points.size(), pace.Between(0.9, 0.9));
+    IntakeReport with = before;
+    Close(*all, table, tolerances, with, pace.Between(0.9, 1.0));
+    if (table.open >= edges.open) return;
+    mesh = std::move(*all);
+    edges = std::move(table);
+    report = std::move(with);
+}
+
 void NoteSlivers(SliverCounts const& counts, IntakeReport& report) {
     report.collinearTurned = counts.turned;
     report.collinearLeft = counts.stuck;
@@ -120,11 +140,10 @@ void DropUnused(FlatMesh& mesh) {
 void Heal(FlatMesh& mesh, EdgeTable& edges, bool hasCollinear, IntakeSettings const& settings,
           IntakeReport& report, Pace const& pace) {
     if (settings.weld) WeldAll(mesh, edges, *settings.weld, report, pace.Between(0.0, 0.2));
-    if (edges.open > 0) report.doubled += LeaveOutCopies(mesh, edges, pace.Between(0.2, 0.3));
     if (edges.open > 0) {
         std::span<double const> tolerances = kWeldTolerances;
         if (settings.weld) tolerances = std::span(&*settings.weld, 1);
-        Close(mesh, edges, tolerances, report, pace.Between(0.3, 0.6));
+        LeaveOutAndClose(mesh, edges, tolerances, report, pace.Between(0.2, 0.6));
     }
     if (hasCollinear || report.welded > 0 || report.split > 0) {
         NoteSlivers(TakeOutSlivers(mesh, edges, pace.Between(0.6, 1.0)), report);

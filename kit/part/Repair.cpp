@@ -211,10 +211,12 @@ RepairReport Part::Repair(RepairSettings const& settings) {
         if (turned == 0) break;
     }
     if (report.turned > 0) {
-        // A facet that stands there twice is told from a turned one only now.
+        // A facet that stands there twice is told from a turned one only now, and a facet beside a vertex in
+        // the middle of its edge only now runs the other way than those that it meets there.
         EdgeTable table = FindEdges(mesh.triangles, mesh.points.size(), pace.Between(0.45, 0.45));
         report.doubled = LeaveOutCopies(mesh, table, pace.Between(0.45, 0.45));
-        if (report.doubled > 0) edges = Edges(mesh, pace.Between(0.45, 0.45));
+        report.split = CloseOpenEdges(mesh, table, {}, pace.Between(0.45, 0.45)).split;
+        if (report.doubled + report.split > 0) edges = Edges(mesh, pace.Between(0.45, 0.45));
     }
     if (settings.fillHoles > 0.0 && edges.open > 0)
         Fill(mesh, edges, settings.fillHoles, report, pace.Between(0.45, 0.9));
@@ -230,7 +232,8 @@ RepairReport Part::Repair(RepairSettings const& settings) {
     state->report = m_State->report;
     state->openEdgesBefore = edges.open;
     if (report.turned + report.facetsAdded + report.bodiesTurned == 0) state->zeros = m_State->zeros;
-    if (report.doubled + report.facetsAdded == 0) state->mayHaveCopies = m_State->mayHaveCopies;
+    if (report.doubled + report.split + report.facetsAdded == 0)
+        state->mayHaveCopies = m_State->mayHaveCopies;
     SetMeasures(*state, edges.open);
     state->edges = std::move(edges);
     pace.At(1.0);

@@ -62,9 +62,51 @@ void Meet(std::vector<Piece>& pieces) {
 
 double LargestOf(Point3 const& p) { return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}); }
 
+// Whether the shorter of two ways from a point lies on the longer one.
+bool LieOnEachOther(Point3 const& from, Point3 const& a, Point3 const& b) {
+    Point3 shorter = a - from;
+    Point3 longer = b - from;
+    if (Dot(shorter, shorter) > Dot(longer, longer)) std::swap(shorter, longer);
+    double const share = Dot(shorter, longer) / Dot(longer, longer);
+    double const near = kRounding * std::max({LargestOf(from), LargestOf(a), LargestOf(b)});
+    return share > 0.0 && Length(shorter - share * longer) <= near;
+}
+
+// Of edges that are left out, those of which another open edge runs back along them are left in.
+void LeaveInCrossed(FlatMesh const& mesh, EdgeTable const& edges, std::vector<bool>& leftOut) {
+    auto const point = [&](std::int32_t i) { return mesh.points[static_cast<std::size_t>(i)]; };
+    std::vector<std::int32_t> open;
+    // The last open edge from each point, and for each the one before it from the same point, as places in
+    // open.
+    std::vector<std::int32_t> last(mesh.points.size(), -1);
+    std::vector<std::int32_t> before;
+    for (std::size_t i = 0; i < edges.across.size(); ++i) {
+        if (edges.across[i] >= 0) continue;
+        auto const edge = static_cast<std::int32_t>(i);
+        std::int32_t& from = last[static_cast<std::size_t>(StartOf(mesh.triangles, edge))];
+        before.push_back(from);
+        from = static_cast<std::int32_t>(open.size());
+        open.push_back(edge);
+    }
+    for (std::int32_t const edge : open) {
+        Point3 const start = point(StartOf(mesh.triangles, edge));
+        std::int32_t const end = EndOf(mesh.triangles, edge);
+        std::size_t looked = 0;
+        for (std::int32_t i = last[static_cast<std::size_t>(end)]; i >= 0 && looked < kLooksPerEdge;
+             ++looked) {
+            std::int32_t const back = open[static_cast<std::size_t>(i)];
+            i = before[static_cast<std::size_t>(i)];
+            if (!leftOut[static_cast<std::size_t>(edge)] && !leftOut[static_cast<std::size_t>(back)])
+                continue;
+            if (!LieOnEachOther(point(end), start, point(EndOf(mesh.triangles, back)))) continue;
+            leftOut[static_cast<std::size_t>(edge)] = leftOut[static_cast<std::size_t>(back)] = false;
+        }
+    }
+}
+
 }  // namespace
 
-Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace) : m_Mesh(mesh) {
+Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pace) : m_Mesh(mesh) {
     std::vector<std::int32_t> local(mesh.points.size(), -1);
     auto const number = [&](std::int32_t point) {
         std::int32_t& n = local[static_cast<std::size_t>(point)];
@@ -74,11 +116,11 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace) : m_Mes
         }
         return n;
     };
-    // Two facets that run the same way are no gap: one of them is to be turned.
-    std::vector<bool> conflicts(edges.twins.empty() ? 0 : edges.across.size());
-    for (std::int32_t const edge : edges.twins) conflicts[static_cast<std::size_t>(edge)] = true;
+    std::vector<bool> leftOut(edges.twins.empty() ? 0 : edges.across.size());
+    for (std::int32_t const edge : edges.twins) leftOut[static_cast<std::size_t>(edge)] = true;
+    if (which == Of::kGapsAndCrossedTwins) LeaveInCrossed(mesh, edges, leftOut);
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
-        if (edges.across[i] >= 0 || (!conflicts.empty() && conflicts[i])) continue;
+        if (edges.across[i] >= 0 || (!leftOut.empty() && leftOut[i])) continue;
         auto const edge = static_cast<std::int32_t>(i);
         std::int32_t const start = number(StartOf(mesh.triangles, edge));
         m_Open.push_back({start, number(EndOf(mesh.triangles, edge)), edge});

@@ -11,11 +11,14 @@
 
 namespace varnet {
 
-/// The open edges of a mesh, but for those of two facets that run the same way, and the facets at their
-/// corners.
+/// Open edges of a mesh, and the facets at their corners.
 class Rim {
 public:
-    Rim(FlatMesh const& mesh, EdgeTable const& edges, Pace const& pace);
+    /// Which open edges. Two facets that run the same way along an edge, twins, are no gap where one of them
+    /// is to be turned. But they may be of two solids that touch there, each with facets on its other side
+    /// that stop midway: open edges run back along such twins, from the same corner.
+    enum class Of { kGaps, kGapsAndCrossedTwins };
+    Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pace);
 
     /// An edge of a facet that is divided, and the points on it from its start to its end.
     struct Division {

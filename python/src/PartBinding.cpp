@@ -178,6 +178,8 @@ void AddReports(py::module_& module) {
         .Add("notes", &IntakeReport::notes);
     RecordClass<RepairReport>(module, "RepairReport")
         .Add("turned", &RepairReport::turned)
+        .Add("doubled", &RepairReport::doubled)
+        .Add("split", &RepairReport::split)
         .Add("open_edges_before", &RepairReport::openEdgesBefore)
         .Add("open_edges_after", &RepairReport::openEdgesAfter)
         .Add("holes_filled", &RepairReport::holesFilled)

@@ -127,6 +127,12 @@ class RepairReport:
     def turned(self) -> int:
         """Facets that contradicted their shell."""
     @property
+    def doubled(self) -> int:
+        """Facets left out that stood there once too often."""
+    @property
+    def split(self) -> int:
+        """Facets divided at a vertex on their edge, once others were turned."""
+    @property
     def open_edges_before(self) -> int:
         """By equal corners, as in the file."""
     @property

@@ -160,7 +160,8 @@ expect 0 "$varnet" repair sick.stl out.stl --weld 0.002
 {
     echo 'sick.stl -> out.stl'
     facts 0.002
-    printf '  %s 0\n' 'facets turned to agree' 'facets once too often, left out' 'bodies turned outward' 'holes closed' 'facets added'
+    printf '  %s 0\n' 'facets turned to agree' 'facets once too often, left out' \
+        'facets divided at a vertex on their edge' 'bodies turned outward' 'holes closed' 'facets added'
     echo '  open edges, before and after 31 -> 0'
     measures
 } | shown

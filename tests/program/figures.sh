@@ -45,6 +45,7 @@ two.stl -> repaired.stl
   open edges in the file 0
   facets turned to agree 0
   facets once too often, left out 0
+  facets divided at a vertex on their edge 0
   bodies turned outward 0
   holes closed 0
   facets added 0

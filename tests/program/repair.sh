@@ -34,9 +34,26 @@ row 'volume, mm3 +-1000$'
 expect 0 "$varnet" repair inside.stl turned.stl --outward --json
 row '"bodies_turned": 1'
 # shellcheck disable=SC2086
-keys $intake_keys $measure_keys bodies body_list kind turned repair_doubled bodies_turned holes_filled facets_added \
+keys $intake_keys $measure_keys bodies body_list kind turned repair_doubled repair_split bodies_turned holes_filled facets_added \
     open_edges_before open_edges_after
 row '"volume": 1000.0'
+
+# A facet that is turned, beside two that have a part of its edge each: once turned back, it is divided.
+{
+    echo 'solid tetrahedron'
+    facets '0 0 0' '0 6 0' '3 0 0' '3 0 0' '0 6 0' '6 0 0' '0 0 0' '0 0 6' '6 0 0' '6 0 0' '0 6 0' '0 0 6' \
+        '0 0 0' '0 0 6' '0 6 0'
+    echo endsolid
+} >touching.stl
+expect 0 "$varnet" repair touching.stl whole.stl
+row 'facets turned to agree +1$'
+row 'facets divided at a vertex on their edge +1$'
+row 'open edges, before and after +7 -> 0$'
+row 'volume, mm3 +36$'
+[ ! -s err ] || fail "a message for a closed part"
+# So it is sliced.
+expect 0 "$varnet" slice touching.stl -o touching.cli --layer 1
+row 'layers with open paths +0$'
 
 # What cannot be written leaves no file, and leaves an older one as it was.
 expect 1 "$varnet" repair fixed.stl nofolder/out.stl

@@ -1,6 +1,7 @@
 #include <Varnet64.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "PartChecks.h"
@@ -111,6 +112,51 @@ TEST(Heal, ManyTJunctionsOnOneEdgeAreAllMet) {
     }
 }
 
+// Two solids touch along a line. On each side one facet has the whole line, and two have a part of it each.
+TEST(Heal, TJunctionsWhereSolidsTouchAreMet) {
+    std::vector<Point3> const points = {{0, 0, 0},  {8, 0, 0},   {2, 6, 0}, {1, 2, 5},
+                                        {2, -6, 0}, {1, -2, -5}, {2, 0, 0}, {6, 0, 0}};
+    for (std::int32_t const first : {6, 7}) {
+        for (std::int32_t const second : {6, 7}) {
+            std::vector<Triangle> triangles = {{0, 2, first}, {first, 2, 1},  {0, 1, 3},      {1, 2, 3},
+                                               {0, 3, 2},     {0, 4, second}, {second, 4, 1}, {0, 1, 5},
+                                               {1, 4, 5},     {0, 5, 4}};
+            for (int round = 0; round < 20; ++round) {
+                Part const part(points, triangles);
+                EXPECT_EQ(part.Report().openEdgesExact, 6);
+                // All that is open on the line is divided at all points on it.
+                EXPECT_EQ(part.Report().split, first == second ? 2 : 4);
+                EXPECT_EQ(part.Triangles().size(), first == second ? 12u : 16u);
+                ExpectWhole(part, 80.0);
+                EXPECT_EQ(part.Bodies().size(), 2u);
+                EXPECT_EQ(FacetsOf(part.AsSliced()), FacetsOf(part));
+                std::shuffle(triangles.begin(), triangles.end(), std::mt19937(static_cast<unsigned>(round)));
+            }
+        }
+    }
+}
+
+// Facets that are turned are no solids that touch: they come back by a repair, which divides what stops
+// midway beside them.
+TEST(Heal, TurnedFacetsBesideTJunctionsAreMet) {
+    for (Shape const& shape : Shapes()) {
+        for (std::size_t const every : {2u, 5u}) {
+            SCOPED_TRACE(shape.name);
+            shapes::Mesh mesh = shapes::WithTJunctions(shape.mesh, every);
+            Part const whole = PartOf(mesh);
+            for (std::size_t i = 3; i < mesh.size(); i += 40) std::swap(mesh[i][1], mesh[i][2]);
+            Part part = PartOf(mesh);
+            EXPECT_GT(part.Report().openEdges, 0);
+            RepairReport const report = part.Repair();
+            EXPECT_EQ(report.openEdgesAfter, 0);
+            EXPECT_EQ(report.doubled, 0);
+            EXPECT_EQ(part.Measures().openEdges, 0);
+            EXPECT_EQ(Sorted(FacetsOf(part)), Sorted(FacetsOf(whole)));
+            EXPECT_EQ(part.Report().split + report.split, whole.Report().split);
+        }
+    }
+}
+
 TEST(Heal, CornersARoundingApartAreJoinedByTheSmallestToleranceThatHelps) {
     struct Case {
         float distance;
@@ -177,6 +223,23 @@ TEST(Heal, AFacetOnceTooOftenIsLeftOut) {
     EXPECT_EQ(FacetsOf(part), facets);
     // A whole copy is a shell of its own.
     EXPECT_EQ(PartOf(shapes::Doubled(shapes::Cube(1.0f))).Report().doubled, 0);
+}
+
+// Two solids, one in the other, with a facet in common. The other facets on its three sides have two parts of
+// a side each in one solid, and a whole side in the other.
+TEST(Heal, AFacetThatTwoSolidsNeedIsKept) {
+    std::vector<Point3> const points = {{0, 0, 0}, {6, 0, 0}, {0, 6, 0}, {0, 0, 2},
+                                        {0, 0, 6}, {3, 0, 0}, {3, 3, 0}, {0, 3, 0}};
+    std::vector<Triangle> triangles = {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}, {0, 2, 1}, {0, 5, 4},
+                                       {5, 1, 4}, {1, 6, 4}, {6, 2, 4}, {2, 7, 4}, {7, 0, 4}};
+    for (int round = 0; round < 20; ++round) {
+        Part const part(points, triangles);
+        EXPECT_EQ(part.Report().openEdgesExact, 9);
+        EXPECT_EQ(part.Report().doubled, 0);
+        EXPECT_EQ(part.Report().split, 1);
+        ExpectWhole(part, 12.0 + 36.0);
+        std::shuffle(triangles.begin(), triangles.end(), std::mt19937(static_cast<unsigned>(round)));
+    }
 }
 
 TEST(Heal, SmallFacetsOfAPartInMetresAreLeftAloneAndTold) {

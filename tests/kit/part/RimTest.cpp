@@ -14,10 +14,11 @@ namespace {
 
 class RimTest : public ::testing::Test {
 protected:
-    Rim::Plan Try(double tolerance) {
+    Rim RimOf(Rim::Of which) {
         edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
-        return Rim(mesh, edges, pace).Try(tolerance, pace);
+        return Rim(mesh, edges, which, pace);
     }
+    Rim::Plan Try(double tolerance) { return RimOf(Rim::Of::kGaps).Try(tolerance, pace); }
     Progress const none;
     Watch watch{none};
     Pace const pace{watch};
@@ -126,11 +127,42 @@ TEST_F(RimTest, PointsOnAnEdgeDivideItInTheirOrder) {
 TEST_F(RimTest, FacetsThatRunTheSameWayLeaveNoGap) {
     mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {5, -10, 0}};
     mesh.triangles = {{0, 1, 2}, {0, 1, 3}};
-    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
-    EXPECT_EQ(Rim(mesh, edges, pace).Count(), 4);
+    EXPECT_EQ(RimOf(Rim::Of::kGaps).Count(), 4);
+    EXPECT_EQ(RimOf(Rim::Of::kGapsAndCrossedTwins).Count(), 4);
     mesh.triangles = {{0, 1, 2}, {1, 0, 3}};
-    edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
-    EXPECT_EQ(Rim(mesh, edges, pace).Count(), 4);
+    EXPECT_EQ(RimOf(Rim::Of::kGaps).Count(), 4);
+    EXPECT_EQ(RimOf(Rim::Of::kGapsAndCrossedTwins).Count(), 4);
+}
+
+// Two facets run along the line from 0 to 10, and a third one back along a stretch of it.
+TEST_F(RimTest, TwinsAreCrossedByAnEdgeThatRunsBackFromTheSameCorner) {
+    auto const count = [this](Point3 const& from, Point3 const& to) {
+        mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {5, -10, 0}, from, to, {5, 0, 10}};
+        auto const place = [this](std::int32_t i) {
+            for (std::int32_t end : {0, 1}) {
+                Point3 const& a = mesh.points[static_cast<std::size_t>(end)];
+                if (a == mesh.points[static_cast<std::size_t>(i)]) return end;
+            }
+            return i;
+        };
+        mesh.triangles = {{0, 1, 2}, {0, 1, 3}, {place(4), place(5), 6}};
+        EXPECT_EQ(RimOf(Rim::Of::kGaps).Count(), 7);
+        return RimOf(Rim::Of::kGapsAndCrossedTwins).Count();
+    };
+    EXPECT_EQ(count({10, 0, 0}, {4, 0, 0}), 9);
+    EXPECT_EQ(count({4, 0, 0}, {0, 0, 0}), 9);
+    // Beyond the line, too: the longer one is divided, whichever it is.
+    EXPECT_EQ(count({10, 0, 0}, {-20, 0, 0}), 9);
+    EXPECT_EQ(count({30, 0, 0}, {0, 0, 0}), 9);
+    // Within the rounding of coordinates of 10, about 5e-6.
+    EXPECT_EQ(count({10, 0, 0}, {4, 0, 3e-6}), 9);
+    EXPECT_EQ(count({10, 0, 0}, {4, 0, 3e-5}), 7);
+    // From no corner of theirs; away from them; the same way.
+    EXPECT_EQ(count({8, 0, 0}, {4, 0, 0}), 7);
+    EXPECT_EQ(count({10, 0, 0}, {14, 0, 0}), 7);
+    EXPECT_EQ(count({14, 0, 0}, {10, 0, 0}), 7);
+    EXPECT_EQ(count({0, 0, 0}, {4, 0, 0}), 7);
+    EXPECT_EQ(count({4, 0, 0}, {10, 0, 0}), 7);
 }
 
 // Facets whose edges come to lie on each other when their corners are joined: each one that goes up meets one
