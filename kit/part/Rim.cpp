@@ -116,9 +116,12 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pac
         }
         return n;
     };
-    std::vector<bool> leftOut(edges.twins.empty() ? 0 : edges.across.size());
-    for (std::int32_t const edge : edges.twins) leftOut[static_cast<std::size_t>(edge)] = true;
-    if (which == Of::kGapsAndCrossedTwins) LeaveInCrossed(mesh, edges, leftOut);
+    std::vector<bool> leftOut;
+    if (!edges.twins.empty()) {
+        leftOut.resize(edges.across.size());
+        for (std::int32_t const edge : edges.twins) leftOut[static_cast<std::size_t>(edge)] = true;
+        if (which == Of::kGapsAndCrossedTwins) LeaveInCrossed(mesh, edges, leftOut);
+    }
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
         if (edges.across[i] >= 0 || (!leftOut.empty() && leftOut[i])) continue;
         auto const edge = static_cast<std::int32_t>(i);
