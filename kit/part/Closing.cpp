@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "part/Rim.h"
+#include "part/Slivers.h"
 
 namespace varnet {
 
@@ -12,6 +14,11 @@ namespace {
 
 // Dividing edges can lay others open to be met.
 constexpr int kRounds = 4;
+
+// Facets may be lost where points are joined within this share of the mesh's extent.
+constexpr double kMostOfExtent = 1e-3;
+
+constexpr Triangle kDropped = {-1, -1, -1};
 
 using Divisions = std::map<std::int32_t, std::vector<std::int32_t>>;
 
@@ -48,6 +55,27 @@ std::vector<Triangle> Pieces(std::size_t facet, Triangle const& t, Divisions con
     return pieces;
 }
 
+void Divide(std::vector<Rim::Division> const& planned, FlatMesh& mesh, ClosingCounts& counts) {
+    if (planned.empty()) return;
+    Divisions divisions;
+    for (Rim::Division const& division : planned) divisions[division.edge] = division.points;
+    LargeVector<Triangle> triangles;
+    triangles.reserve(mesh.triangles.size() + divisions.size());
+    auto next = divisions.begin();
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        if (next == divisions.end() || static_cast<std::size_t>(next->first / 3) != i) {
+            triangles.push_back(mesh.triangles[i]);
+            continue;
+        }
+        std::vector<Triangle> const pieces =
+            mesh.triangles[i] == kDropped ? std::vector<Triangle>() : Pieces(i, mesh.triangles[i], divisions);
+        if (pieces.size() > 1) ++counts.split;
+        triangles.insert(triangles.end(), pieces.begin(), pieces.end());
+        while (next != divisions.end() && static_cast<std::size_t>(next->first / 3) == i) ++next;
+    }
+    mesh.triangles = std::move(triangles);
+}
+
 void Apply(Rim::Plan const& plan, FlatMesh& mesh, ClosingCounts& counts) {
     if (!plan.joined.empty()) {
         std::vector<std::int32_t> becomes(mesh.points.size());
@@ -57,24 +85,14 @@ void Apply(Rim::Plan const& plan, FlatMesh& mesh, ClosingCounts& counts) {
             for (std::int32_t& corner : t) corner = becomes[static_cast<std::size_t>(corner)];
         }
         counts.welded += static_cast<std::int64_t>(plan.joined.size());
-    }
-    if (plan.divisions.empty()) return;
-    Divisions divisions;
-    for (Rim::Division const& division : plan.divisions) divisions[division.edge] = division.points;
-    LargeVector<Triangle> triangles;
-    triangles.reserve(mesh.triangles.size() + divisions.size());
-    auto next = divisions.begin();
-    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        if (next == divisions.end() || static_cast<std::size_t>(next->first / 3) != i) {
-            triangles.push_back(mesh.triangles[i]);
-            continue;
+        for (Triangle& t : mesh.triangles) {
+            if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0]) continue;
+            t = kDropped;
+            ++counts.dropped;
         }
-        std::vector<Triangle> const pieces = Pieces(i, mesh.triangles[i], divisions);
-        if (pieces.size() > 1) ++counts.split;
-        triangles.insert(triangles.end(), pieces.begin(), pieces.end());
-        while (next != divisions.end() && static_cast<std::size_t>(next->first / 3) == i) ++next;
     }
-    mesh.triangles = std::move(triangles);
+    Divide(plan.divisions, mesh, counts);
+    if (counts.dropped > 0) DropMarked(mesh.triangles);
 }
 
 }  // namespace
@@ -82,6 +100,9 @@ void Apply(Rim::Plan const& plan, FlatMesh& mesh, ClosingCounts& counts) {
 ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
                              Pace const& pace) {
     ClosingCounts counts;
+    Box3 box;
+    for (Point3 const& p : mesh.points) box.Add(p);
+    double const most = kMostOfExtent * Length(box.max - box.min);
     for (int round = 0; round < kRounds && edges.open > 0; ++round) {
         Rim const gaps(mesh, edges, Rim::Of::kGaps, pace.Between(0.0, 0.0));
         std::int64_t const twins = edges.open - gaps.Count();
@@ -89,22 +110,29 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
         std::optional<Rim::Plan> best;
         double tolerance = 0.0;
         bool isDone = false;
-        // Those that the rim leaves out stay open.
-        auto const consider = [&](Rim const& rim, double with) {
-            Rim::Plan plan = rim.Try(with, pace);
-            isDone |= plan.gaveUp || plan.open == 0;
-            plan.open += edges.open - rim.Count();
+        std::vector<double> keptSmall;
+        auto const consider = [&](Rim const& rim, double with, Rim::Small small) {
+            Rim::Plan plan = rim.Try(with, small, pace);
+            isDone |= plan.gaveUp || plan.open + plan.vanished == 0;
+            if (plan.keptSmall && with <= most) keptSmall.push_back(with);
+            // That a rim loses edges closes nothing. Those that it leaves out stay open.
+            plan.open += plan.vanished + edges.open - rim.Count();
             if (plan.open >= fewest) return;
             fewest = plan.open;
             best = std::move(plan);
             tolerance = with;
         };
-        consider(gaps, 0.0);
+        consider(gaps, 0.0, Rim::Small::kStay);
         // Twins are divided, but not joined with others that are near: one of them may have to be turned.
-        if (twins > 0) consider(Rim(mesh, edges, Rim::Of::kGapsAndCrossedTwins, pace.Between(0.0, 0.0)), 0.0);
+        if (twins > 0) {
+            consider(Rim(mesh, edges, Rim::Of::kGapsAndCrossedTwins, pace.Between(0.0, 0.0)), 0.0,
+                     Rim::Small::kStay);
+        }
         for (double const with : tolerances) {
-            if (isDone) break;
-            consider(gaps, with);
+            if (!isDone) consider(gaps, with, Rim::Small::kStay);
+        }
+        for (double const with : std::exchange(keptSmall, {})) {
+            if (!isDone) consider(gaps, with, Rim::Small::kMayGo);
         }
         if (!best) break;
         FlatMesh changed = mesh;

@@ -13,12 +13,15 @@ namespace varnet {
 struct ClosingCounts {
     std::int64_t welded = 0;
     std::int64_t split = 0;
+    std::int64_t dropped = 0;  ///< facets that lost a corner
     double tolerance = 0.0;
 };
 
 /// Closes open edges where that can be done by joining the corners on them with near ones, and by dividing
 /// facets at a corner that lies on their open edge: with the smallest of the tolerances, or none, that leaves
-/// the fewest open. Corners are not joined where a facet would lose one or fold over. The table fits the mesh
+/// the fewest open. Corners are not joined where a facet would fold over or lose a corner, but where more
+/// is closed by that: then facets that are no higher than the tolerance may, if that is below a thousandth of
+/// the mesh's extent. Those that lose a corner go. The table fits the mesh
 /// afterwards, and has no more open edges than before.
 ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
                              Pace const& pace);

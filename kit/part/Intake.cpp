@@ -68,6 +68,7 @@ void Close(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
     ClosingCounts const counts = CloseOpenEdges(mesh, edges, tolerances, pace);
     report.welded += counts.welded;
     report.split += counts.split;
+    report.degenerate += counts.dropped;
     report.weldTolerance = std::max(report.weldTolerance, counts.tolerance);
 }
 
@@ -78,9 +79,16 @@ void LeaveOutAndClose(FlatMesh& mesh, EdgeTable& edges, std::span<double const> 
     std::optional<FlatMesh> all;
     if (MayHaveCopies(edges)) all = mesh;
     IntakeReport const before = report;
-    report.doubled += LeaveOutCopies(mesh, edges, pace.Between(0.0, 0.2));
-    if (edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.2, 0.9));
-    if (edges.open == 0 || report.doubled == before.doubled) return;
+    report.doubled += LeaveOutCopies(mesh, edges, pace.Between(0.0, 0.1));
+    bool const leftOut = report.doubled > before.doubled;
+    if (edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.1, 0.8));
+    if (edges.open > 0 && report.welded > before.welded) {
+        // Facets with corners that lay apart are copies only now.
+        std::int64_t const more = LeaveOutCopies(mesh, edges, pace.Between(0.8, 0.85));
+        report.doubled += more;
+        if (more > 0 && edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.85, 0.9));
+    }
+    if (edges.open == 0 || !leftOut) return;
     EdgeTable table = FindEdges(all->triangles, all->points.size(), pace.Between(0.9, 0.9));
     IntakeReport with = before;
     Close(*all, table, tolerances, with, pace.Between(0.9, 1.0));

@@ -119,7 +119,13 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pac
     std::vector<bool> leftOut;
     if (!edges.twins.empty()) {
         leftOut.resize(edges.across.size());
-        for (std::int32_t const edge : edges.twins) leftOut[static_cast<std::size_t>(edge)] = true;
+        for (std::size_t i = 0; i + 1 < edges.twins.size(); i += 2) {
+            std::int32_t const a = edges.twins[i];
+            std::int32_t const b = edges.twins[i + 1];
+            // Copies of one facet contradict nothing.
+            bool const isLeftOut = ApexOf(mesh.triangles, a) != ApexOf(mesh.triangles, b);
+            leftOut[static_cast<std::size_t>(a)] = leftOut[static_cast<std::size_t>(b)] = isLeftOut;
+        }
         if (which == Of::kGapsAndCrossedTwins) LeaveInCrossed(mesh, edges, leftOut);
     }
     for (std::size_t i = 0; i < edges.across.size(); ++i) {
@@ -143,19 +149,20 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pac
     }
 }
 
-Rim::Plan Rim::Try(double tolerance, Pace const& pace) const {
+Rim::Plan Rim::Try(double tolerance, Small small, Pace const& pace) const {
     Plan plan;
-    std::vector<std::int32_t> const becomes = Join(tolerance, pace);
+    std::vector<std::int32_t> const becomes = Join(tolerance, small, plan, pace);
     for (std::size_t i = 0; i < becomes.size(); ++i) {
         if (becomes[i] == static_cast<std::int32_t>(i)) continue;
         plan.joined.emplace_back(m_Numbers[i], m_Numbers[static_cast<std::size_t>(becomes[i])]);
     }
-    Divide(OpenAfter(becomes), tolerance, plan, pace);
+    Divide(OpenAfter(becomes, plan), tolerance, plan, pace);
     return plan;
 }
 
-// Points that would harm a facet stay as they are, with all that would become the same point.
-std::vector<std::int32_t> Rim::Join(double tolerance, Pace const& pace) const {
+// Points that a facet would lose, or be folded over by, stay as they are, with all that would become the same
+// point.
+std::vector<std::int32_t> Rim::Join(double tolerance, Small small, Plan& plan, Pace const& pace) const {
     std::vector<std::int32_t> becomes = JoinNear(m_Points, tolerance, pace);
     if (tolerance <= 0.0) return becomes;
     std::vector<char> spoilt(m_Points.size());
@@ -169,7 +176,9 @@ std::vector<std::int32_t> Rim::Join(double tolerance, Pace const& pace) const {
         }
         again = false;
         for (Triangle const& corners : m_Facets) {
-            if (!Harms(corners, becomes)) continue;
+            Harm const harm = HarmTo(corners, becomes, tolerance);
+            if (harm == Harm::kNone || (harm == Harm::kOfSmall && small == Small::kMayGo)) continue;
+            plan.keptSmall |= harm == Harm::kOfSmall;
             for (std::int32_t const corner : corners) {
                 if (corner < 0) continue;
                 spoilt[static_cast<std::size_t>(becomes[static_cast<std::size_t>(corner)])] = 1;
@@ -184,8 +193,9 @@ std::vector<std::int32_t> Rim::Join(double tolerance, Pace const& pace) const {
     return becomes;
 }
 
-// Whether the facet would lose a corner, or look the other way.
-bool Rim::Harms(Triangle const& corners, std::vector<std::int32_t> const& becomes) const {
+// Whether the facet would lose a corner or look the other way, and whether it is small.
+Rim::Harm Rim::HarmTo(Triangle const& corners, std::vector<std::int32_t> const& becomes,
+                      double tolerance) const {
     std::array<Point3, 3> before;
     std::array<Point3, 3> after;
     Triangle now;
@@ -203,14 +213,20 @@ bool Rim::Harms(Triangle const& corners, std::vector<std::int32_t> const& become
         before[k] = m_Points[static_cast<std::size_t>(corner)];
         after[k] = m_Points[static_cast<std::size_t>(now[k])];
     }
-    if (!moved) return false;
-    if (now[0] == now[1] || now[1] == now[2] || now[2] == now[0]) return true;
-    if (DoubledArea(before[0], before[1], before[2]) <= kCollinear) return false;
-    return Dot(Cross(before[1] - before[0], before[2] - before[0]),
-               Cross(after[1] - after[0], after[2] - after[0])) <= 0.0;
+    if (!moved) return Harm::kNone;
+    if (now[0] == now[1] || now[1] == now[2] || now[2] == now[0]) return Harm::kOfSmall;
+    double const area2 = DoubledArea(before[0], before[1], before[2]);
+    if (area2 <= kCollinear) return Harm::kNone;
+    if (Dot(Cross(before[1] - before[0], before[2] - before[0]),
+            Cross(after[1] - after[0], after[2] - after[0])) > 0.0) {
+        return Harm::kNone;
+    }
+    double const longest = std::max(
+        {Length(before[1] - before[0]), Length(before[2] - before[1]), Length(before[0] - before[2])});
+    return area2 <= tolerance * longest ? Harm::kOfSmall : Harm::kFolded;
 }
 
-std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes) const {
+std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes, Plan& plan) const {
     std::vector<Piece> pieces;
     for (std::size_t i = 0; i < m_Open.size(); ++i) {
         pieces.push_back({becomes[static_cast<std::size_t>(m_Open[i].start)],
@@ -219,7 +235,11 @@ std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes) 
     Meet(pieces);
     std::vector<Open> open;
     for (Piece const& piece : pieces) {
-        if (!piece.met) open.push_back({piece.start, piece.end, m_Open[piece.edge].edge});
+        if (piece.start == piece.end) {
+            ++plan.vanished;
+        } else if (!piece.met) {
+            open.push_back({piece.start, piece.end, m_Open[piece.edge].edge});
+        }
     }
     return open;
 }

@@ -15,8 +15,8 @@ namespace varnet {
 class Rim {
 public:
     /// Which open edges. Two facets that run the same way along an edge, twins, are no gap where one of them
-    /// is to be turned. But they may be of two solids that touch there, each with facets on its other side
-    /// that stop midway: open edges run back along such twins, from the same corner.
+    /// is to be turned; copies of one facet are. But they may be of two solids that touch there, each with
+    /// facets on its other side that stop midway: open edges run back along such twins, from the same corner.
     enum class Of { kGaps, kGapsAndCrossedTwins };
     Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pace);
 
@@ -30,14 +30,19 @@ public:
         std::vector<std::pair<std::int32_t, std::int32_t>> joined;  ///< a point, and the one that it becomes
         std::vector<Division> divisions;                            ///< by the points as they are then
         std::int64_t open = 0;                                      ///< edges that stay open
-        bool gaveUp = false;  ///< too many points lie near too many edges to look at all
+        std::int64_t vanished = 0;                                  ///< edges whose ends are joined
+        bool keptSmall = false;  ///< whether points were not joined for facets that are small
+        bool gaveUp = false;     ///< too many points lie near too many edges to look at all
     };
 
     /// How many edges there are.
     std::int64_t Count() const { return static_cast<std::int64_t>(m_Open.size()); }
+    /// Whether points are joined by which facets lose a corner, or fold over that are no higher than the
+    /// tolerance.
+    enum class Small { kStay, kMayGo };
     /// A plan that joins points within the tolerance, and divides edges at points within it, or within the
-    /// rounding of coordinates.
-    Plan Try(double tolerance, Pace const& pace) const;
+    /// rounding of coordinates. No other facet folds over.
+    Plan Try(double tolerance, Small small, Pace const& pace) const;
 
 private:
     struct Open {
@@ -46,9 +51,10 @@ private:
         std::int32_t edge;
     };
 
-    std::vector<std::int32_t> Join(double tolerance, Pace const& pace) const;
-    bool Harms(Triangle const& corners, std::vector<std::int32_t> const& becomes) const;
-    std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes) const;
+    std::vector<std::int32_t> Join(double tolerance, Small small, Plan& plan, Pace const& pace) const;
+    enum class Harm { kNone, kOfSmall, kFolded };
+    Harm HarmTo(Triangle const& corners, std::vector<std::int32_t> const& becomes, double tolerance) const;
+    std::vector<Open> OpenAfter(std::vector<std::int32_t> const& becomes, Plan& plan) const;
     void Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pace const& pace) const;
     std::vector<std::int32_t> PointsOn(Open const& edge, double tolerance, class PointTree const& tree,
                                        std::vector<std::int32_t> const& candidates, std::size_t most,

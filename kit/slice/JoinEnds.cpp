@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <tuple>
 #include <utility>
 
@@ -214,7 +215,52 @@ private:
         }
         if (isClosed && m_Points.size() < 3) return;
         if (m_Along < 0.0) std::reverse(m_Points.begin(), m_Points.end());
-        (isClosed ? closed : open).Add(m_Points, isClosed);
+        if (isClosed) {
+            closed.Add(m_Points, true);
+        } else {
+            AddOpen(closed, open);
+        }
+    }
+
+    // A path that comes back to a point of its own goes round there: with a facet too many beside it, a whole
+    // contour is part of an open path. What goes round is closed by itself.
+    void AddOpen(Paths& closed, Paths& open) {
+        NumberPlaces();
+        m_Way.clear();
+        m_WayAt.assign(m_Points.size(), kNone);
+        for (std::size_t i = 0; i < m_Points.size(); ++i) {
+            int& at = m_WayAt[Index(m_PlaceOf[i])];
+            if (at == kNone) {
+                at = static_cast<int>(m_Way.size());
+                m_Way.push_back(static_cast<int>(i));
+                continue;
+            }
+            m_Loop.clear();
+            for (std::size_t k = Index(at); k < m_Way.size(); ++k)
+                m_Loop.push_back(m_Points[Index(m_Way[k])]);
+            while (m_Way.size() > Index(at) + 1) {
+                m_WayAt[Index(m_PlaceOf[Index(m_Way.back())])] = kNone;
+                m_Way.pop_back();
+            }
+            if (m_Loop.size() >= 3) closed.Add(m_Loop, true);
+        }
+        if (m_Way.size() < 2) return;
+        for (int const i : m_Way) open.points.push_back(m_Points[Index(i)]);
+        open.Finish(false);
+    }
+
+    // Points at one place have one number.
+    void NumberPlaces() {
+        m_Order.resize(m_Points.size());
+        std::iota(m_Order.begin(), m_Order.end(), 0);
+        auto const key = [this](int i) { return std::pair(m_Points[Index(i)].x, m_Points[Index(i)].y); };
+        std::sort(m_Order.begin(), m_Order.end(), [&](int a, int b) { return key(a) < key(b); });
+        m_PlaceOf.resize(m_Points.size());
+        int number = 0;
+        for (std::size_t i = 0; i < m_Order.size(); ++i) {
+            if (i > 0 && key(m_Order[i - 1]) < key(m_Order[i])) ++number;
+            m_PlaceOf[Index(m_Order[i])] = number;
+        }
     }
 
     // The path, from this end of it to the other.
@@ -235,6 +281,11 @@ private:
     std::vector<char> m_Used;
     std::vector<Point2> m_Points;
     double m_Along = 0.0;
+    std::vector<int> m_Order;    // of points, by place
+    std::vector<int> m_PlaceOf;  // by point
+    std::vector<int> m_Way;      // the points up to here, without what goes round
+    std::vector<int> m_WayAt;    // by place: where in the way it is
+    std::vector<Point2> m_Loop;
 };
 
 double AreaOf(Paths const& paths, std::size_t from) {

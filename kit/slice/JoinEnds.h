@@ -24,6 +24,9 @@ struct JoinFigures {
 /// of paths that run the same way. A path is not closed over a third of its own length or more. Where paths
 /// that run against each other are joined, all run as the longer part of them did.
 ///
+/// Where a path that stays open comes back to a point of its own, what goes round in between is closed by
+/// itself.
+///
 /// What is closed, and was, goes to the one list, what stays open to the other; both are added to. The cut is
 /// empty afterwards.
 JoinFigures JoinEnds(Paths& cut, double close, Paths& closed, Paths& open, Pulse& pulse);

@@ -18,7 +18,7 @@ protected:
         edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
         return Rim(mesh, edges, which, pace);
     }
-    Rim::Plan Try(double tolerance) { return RimOf(Rim::Of::kGaps).Try(tolerance, pace); }
+    Rim::Plan Try(double tolerance) { return RimOf(Rim::Of::kGaps).Try(tolerance, Rim::Small::kStay, pace); }
     Progress const none;
     Watch watch{none};
     Pace const pace{watch};

@@ -311,7 +311,24 @@ private:
             points.pop_back();
         if (round && points.size() < 3) return;
         if (along < 0.0) std::reverse(points.begin(), points.end());
-        (round ? closed : open).push_back(points);
+        if (round) {
+            closed.push_back(points);
+        } else {
+            TakeOutLoops(points);
+        }
+    }
+
+    // From the first point that was there before, what lies between goes.
+    void TakeOutLoops(Path points) {
+        for (std::size_t i = 1; i < points.size(); ++i) {
+            auto const at = points.begin() + static_cast<std::ptrdiff_t>(i);
+            auto const before = std::find(points.begin(), at, *at);
+            if (before == at) continue;
+            if (at - before >= 3) closed.emplace_back(before, at);
+            i = static_cast<std::size_t>(before - points.begin());
+            points.erase(before, at);
+        }
+        if (points.size() >= 2) open.push_back(points);
     }
 
     std::vector<Path> const& m_Paths;

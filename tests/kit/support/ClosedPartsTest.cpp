@@ -7,6 +7,8 @@
 #include <cmath>
 #include <optional>
 #include <random>
+#include <set>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -138,6 +140,39 @@ TEST(ClosedParts, SolidsOnALatticeAreWhole) {
         ExpectLayersOf(part, lattice);
         ASSERT_FALSE(::testing::Test::HasFailure());
     }
+}
+
+// Whether facets stand on the same three corners.
+bool HasWallsInCommon(shapes::Mesh const& mesh) {
+    std::set<std::set<std::tuple<float, float, float>>> seen;
+    for (shapes::Triangle const& facet : mesh) {
+        std::set<std::tuple<float, float, float>> corners;
+        for (shapes::Corner const& c : facet) corners.emplace(c.x, c.y, c.z);
+        if (!seen.insert(corners).second) return true;
+    }
+    return false;
+}
+
+// A facet that is turned is turned back, and nothing else, but for walls in common: one of two that face each
+// other may be a copy that is turned.
+TEST(ClosedParts, OfSolidsOnALatticeAFacetIsTurnedBack) {
+    std::mt19937 random(3);
+    int checked = 0;
+    for (int round = 0; round < 1500; ++round) {
+        SCOPED_TRACE(round);
+        Lattice const lattice(random, 2 + random() % 9, round % 2 != 0);
+        shapes::Mesh mesh = lattice.Facets();
+        if (HasWallsInCommon(mesh)) continue;
+        std::shuffle(mesh.begin(), mesh.end(), random);
+        std::vector<Corners> const whole = Sorted(FacetsOf(mesh));
+        shapes::Triangle& facet = mesh[random() % mesh.size()];
+        std::swap(facet[0], facet[1]);
+        Part part = PartOf(mesh);
+        EXPECT_EQ(part.Repair().turned, 1);
+        EXPECT_EQ(Sorted(FacetsOf(part)), whole);
+        ++checked;
+    }
+    EXPECT_GT(checked, 500);
 }
 
 // Neither do they where vertices lie on edges: one facet in five is two.
