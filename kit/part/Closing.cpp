@@ -15,9 +15,6 @@ namespace {
 // Dividing edges can lay others open to be met.
 constexpr int kRounds = 4;
 
-// Facets may be lost where points are joined within this share of the mesh's extent.
-constexpr double kMostOfExtent = 1e-3;
-
 constexpr Triangle kDropped = {-1, -1, -1};
 
 using Divisions = std::map<std::int32_t, std::vector<std::int32_t>>;
@@ -103,6 +100,10 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
     Box3 box;
     for (Point3 const& p : mesh.points) box.Add(p);
     double const most = kMostOfExtent * Length(box.max - box.min);
+    // Plans are made one after the other until they have looked at as much as so many that give up.
+    constexpr std::size_t kPlans = 3;
+    std::size_t const mostLooks = kPlans * Rim::MostLooks(static_cast<std::size_t>(edges.open));
+    std::size_t looks = 0;
     for (int round = 0; round < kRounds && edges.open > 0; ++round) {
         Rim const gaps(mesh, edges, Rim::Of::kGaps, pace.Between(0.0, 0.0));
         std::int64_t const twins = edges.open - gaps.Count();
@@ -113,7 +114,8 @@ ClosingCounts CloseOpenEdges(FlatMesh& mesh, EdgeTable& edges, std::span<double 
         std::vector<double> keptSmall;
         auto const consider = [&](Rim const& rim, double with, Rim::Small small) {
             Rim::Plan plan = rim.Try(with, small, pace);
-            isDone |= plan.gaveUp || plan.open + plan.vanished == 0;
+            looks += plan.looks;
+            isDone |= looks > mostLooks || plan.gaveUp || plan.open + plan.vanished == 0;
             if (plan.keptSmall && with <= most) keptSmall.push_back(with);
             // That a rim loses edges closes nothing. Those that it leaves out stay open.
             plan.open += plan.vanished + edges.open - rim.Count();

@@ -9,6 +9,9 @@
 
 namespace varnet {
 
+/// Facets may be lost where points are joined within this share of the mesh's extent.
+inline constexpr double kMostOfExtent = 1e-3;
+
 /// What was done to close open edges.
 struct ClosingCounts {
     std::int64_t welded = 0;

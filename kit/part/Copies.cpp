@@ -107,6 +107,92 @@ bool IsTooMuch(std::vector<std::size_t> const& group, FlatMesh const& mesh, std:
     return gains;
 }
 
+// Leaves out one copy after the other: first one with an edge that is open, then one at each edge that is
+// open for that, until all of their edges are closed. Where that does not come to an end, they stay.
+class Peeling {
+public:
+    Peeling(FlatMesh const& mesh, std::vector<Copy> const& copies, std::map<Pair, std::int64_t>& balances,
+            std::vector<bool>& isLeftOut)
+        : m_Mesh(mesh), m_Copies(copies), m_Balances(balances), m_IsLeftOut(isLeftOut) {
+        for (std::size_t i = 0; i < copies.size(); ++i) {
+            for (std::size_t k = 0; k < 3; ++k) m_At[EdgeAt(i, k).first].push_back(i);
+        }
+    }
+
+    void Peel() {
+        // Each attempt may look at all; together they may not look at many times as much.
+        std::size_t const most = 1000 + 50 * m_Copies.size();
+        std::size_t looked = 0;
+        for (std::size_t i = 0; i < m_Copies.size() && looked < most; ++i) {
+            if (m_IsLeftOut[i] || !HasOpenEdge(i)) continue;
+            m_Gone.clear();
+            LeaveOut(i);
+            if (!Follow()) PutBack();
+            looked += m_Gone.size();
+        }
+    }
+
+private:
+    std::pair<Pair, int> EdgeAt(std::size_t copy, std::size_t k) const {
+        return EdgeOf(m_Mesh.triangles[m_Copies[copy].facet], k);
+    }
+    bool HasOpenEdge(std::size_t copy) const {
+        for (std::size_t k = 0; k < 3; ++k) {
+            auto const [pair, way] = EdgeAt(copy, k);
+            if (m_Balances[pair] * way > 0) return true;
+        }
+        return false;
+    }
+    void LeaveOut(std::size_t copy) {
+        m_IsLeftOut[copy] = true;
+        m_Gone.push_back(copy);
+        for (std::size_t k = 0; k < 3; ++k) {
+            auto const [pair, way] = EdgeAt(copy, k);
+            m_Balances[pair] -= way;
+        }
+    }
+    void PutBack() {
+        for (std::size_t const copy : m_Gone) {
+            m_IsLeftOut[copy] = false;
+            for (std::size_t k = 0; k < 3; ++k) {
+                auto const [pair, way] = EdgeAt(copy, k);
+                m_Balances[pair] += way;
+            }
+        }
+    }
+    // Whether all edges of what is left out come to be closed.
+    bool Follow() {
+        for (std::size_t i = 0; i < m_Gone.size(); ++i) {
+            for (std::size_t k = 0; k < 3; ++k) {
+                Pair const pair = EdgeAt(m_Gone[i], k).first;
+                for (std::int64_t open = m_Balances[pair]; open != 0; open = m_Balances[pair]) {
+                    std::vector<std::size_t> const& at = m_At[pair];
+                    auto const next = std::find_if(at.begin(), at.end(), [&](std::size_t copy) {
+                        return !m_IsLeftOut[copy] && WayAt(copy, pair) * open > 0;
+                    });
+                    if (next == at.end()) return false;
+                    LeaveOut(*next);
+                }
+            }
+        }
+        return true;
+    }
+    int WayAt(std::size_t copy, Pair const& pair) const {
+        for (std::size_t k = 0; k < 3; ++k) {
+            auto const [other, way] = EdgeAt(copy, k);
+            if (other == pair) return way;
+        }
+        return 0;
+    }
+
+    FlatMesh const& m_Mesh;
+    std::vector<Copy> const& m_Copies;
+    std::map<Pair, std::int64_t>& m_Balances;
+    std::vector<bool>& m_IsLeftOut;
+    std::map<Pair, std::vector<std::size_t>> m_At;
+    std::vector<std::size_t> m_Gone;
+};
+
 }  // namespace
 
 std::int64_t LeaveOutCopies(FlatMesh& mesh, EdgeTable& edges, Pace const& pace) {
@@ -114,7 +200,7 @@ std::int64_t LeaveOutCopies(FlatMesh& mesh, EdgeTable& edges, Pace const& pace) 
     if (copies.empty()) return 0;
     std::map<Pair, std::int64_t> balances = Balances(mesh, edges);
     std::vector<bool> seen(copies.size());
-    std::vector<std::size_t> left;
+    std::vector<bool> isLeftOut(copies.size());
     for (std::size_t begin = 0; begin < copies.size();) {
         // Second copies hang together among themselves, third ones too.
         std::map<Pair, std::vector<std::size_t>> at;
@@ -127,15 +213,19 @@ std::int64_t LeaveOutCopies(FlatMesh& mesh, EdgeTable& edges, Pace const& pace) 
             if (seen[i]) continue;
             std::vector<std::size_t> const group = GroupOf(i, mesh, copies, at, seen);
             if (!IsTooMuch(group, mesh, copies, balances)) continue;
-            for (std::size_t const member : group) left.push_back(copies[member].facet);
+            for (std::size_t const member : group) isLeftOut[member] = true;
         }
         begin = end;
     }
-    if (left.empty()) return 0;
-    for (std::size_t const facet : left) mesh.triangles[facet] = {-1, -1, -1};
+    Peeling(mesh, copies, balances, isLeftOut).Peel();
+    auto const count = std::count(isLeftOut.begin(), isLeftOut.end(), true);
+    if (count == 0) return 0;
+    for (std::size_t i = 0; i < copies.size(); ++i) {
+        if (isLeftOut[i]) mesh.triangles[copies[i].facet] = {-1, -1, -1};
+    }
     DropMarked(mesh.triangles);
     edges = FindEdges(mesh.triangles, mesh.points.size(), pace);
-    return static_cast<std::int64_t>(left.size());
+    return static_cast<std::int64_t>(count);
 }
 
 }  // namespace varnet

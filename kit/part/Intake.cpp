@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <optional>
 #include <string>
 
+#include "part/Attempts.h"
 #include "part/Bodies.h"
-#include "part/Closing.h"
 #include "part/Edges.h"
 #include "part/FacetSink.h"
 #include "part/NearPoints.h"
@@ -61,41 +60,6 @@ void WeldAll(FlatMesh& mesh, EdgeTable& edges, double tolerance, IntakeReport& r
     report.welded += welded;
     report.weldTolerance = tolerance;
     edges = FindEdges(mesh.triangles, mesh.points.size(), pace.Between(0.5, 1.0));
-}
-
-void Close(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances, IntakeReport& report,
-           Pace const& pace) {
-    ClosingCounts const counts = CloseOpenEdges(mesh, edges, tolerances, pace);
-    report.welded += counts.welded;
-    report.split += counts.split;
-    report.degenerate += counts.dropped;
-    report.weldTolerance = std::max(report.weldTolerance, counts.tolerance);
-}
-
-// Facets that stand there once too often go first. Where edges stay open then, they may have been needed: by
-// solids in each other with a wall in common, whose other facets there stop midway on its edges.
-void LeaveOutAndClose(FlatMesh& mesh, EdgeTable& edges, std::span<double const> tolerances,
-                      IntakeReport& report, Pace const& pace) {
-    std::optional<FlatMesh> all;
-    if (MayHaveCopies(edges)) all = mesh;
-    IntakeReport const before = report;
-    report.doubled += LeaveOutCopies(mesh, edges, pace.Between(0.0, 0.1));
-    bool const leftOut = report.doubled > before.doubled;
-    if (edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.1, 0.8));
-    if (edges.open > 0 && report.welded > before.welded) {
-        // Facets with corners that lay apart are copies only now.
-        std::int64_t const more = LeaveOutCopies(mesh, edges, pace.Between(0.8, 0.85));
-        report.doubled += more;
-        if (more > 0 && edges.open > 0) Close(mesh, edges, tolerances, report, pace.Between(0.85, 0.9));
-    }
-    if (edges.open == 0 || !leftOut) return;
-    EdgeTable table = FindEdges(all->triangles, all->points.size(), pace.Between(0.9, 0.9));
-    IntakeReport with = before;
-    Close(*all, table, tolerances, with, pace.Between(0.9, 1.0));
-    if (table.open >= edges.open) return;
-    mesh = std::move(*all);
-    edges = std::move(table);
-    report = std::move(with);
 }
 
 void NoteSlivers(SliverCounts const& counts, IntakeReport& report) {
@@ -151,7 +115,7 @@ void Heal(FlatMesh& mesh, EdgeTable& edges, bool hasCollinear, IntakeSettings co
     if (edges.open > 0) {
         std::span<double const> tolerances = kWeldTolerances;
         if (settings.weld) tolerances = std::span(&*settings.weld, 1);
-        LeaveOutAndClose(mesh, edges, tolerances, report, pace.Between(0.2, 0.6));
+        CloseByBest(mesh, edges, tolerances, report, pace.Between(0.2, 0.6));
     }
     if (hasCollinear || report.welded > 0 || report.split > 0) {
         NoteSlivers(TakeOutSlivers(mesh, edges, pace.Between(0.6, 1.0)), report);

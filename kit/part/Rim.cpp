@@ -106,6 +106,8 @@ void LeaveInCrossed(FlatMesh const& mesh, EdgeTable const& edges, std::vector<bo
 
 }  // namespace
 
+std::size_t Rim::MostLooks(std::size_t edges) { return kLooksAtLeast + kLooksPerEdge * edges; }
+
 Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pace) : m_Mesh(mesh) {
     std::vector<std::int32_t> local(mesh.points.size(), -1);
     auto const number = [&](std::int32_t point) {
@@ -132,8 +134,9 @@ Rim::Rim(FlatMesh const& mesh, EdgeTable const& edges, Of which, Pace const& pac
         if (edges.across[i] >= 0 || (!leftOut.empty() && leftOut[i])) continue;
         auto const edge = static_cast<std::int32_t>(i);
         std::int32_t const start = number(StartOf(mesh.triangles, edge));
-        m_Open.push_back({start, number(EndOf(mesh.triangles, edge)), edge});
+        m_Open.push_back({start, number(EndOf(mesh.triangles, edge)), edge, -1});
     }
+    for (Open& open : m_Open) open.apex = local[static_cast<std::size_t>(ApexOf(mesh.triangles, open.edge))];
     for (std::int32_t const point : m_Numbers)
         m_Points.push_back(mesh.points[static_cast<std::size_t>(point)]);
 
@@ -229,17 +232,20 @@ Rim::Harm Rim::HarmTo(Triangle const& corners, std::vector<std::int32_t> const& 
 std::vector<Rim::Open> Rim::OpenAfter(std::vector<std::int32_t> const& becomes, Plan& plan) const {
     std::vector<Piece> pieces;
     for (std::size_t i = 0; i < m_Open.size(); ++i) {
-        pieces.push_back({becomes[static_cast<std::size_t>(m_Open[i].start)],
-                          becomes[static_cast<std::size_t>(m_Open[i].end)], i, 0});
+        std::int32_t const start = becomes[static_cast<std::size_t>(m_Open[i].start)];
+        std::int32_t const end = becomes[static_cast<std::size_t>(m_Open[i].end)];
+        std::int32_t const apex = m_Open[i].apex < 0 ? -1 : becomes[static_cast<std::size_t>(m_Open[i].apex)];
+        if (start == end || start == apex || end == apex) {
+            ++plan.vanished;
+        } else {
+            pieces.push_back({start, end, i, 0});
+        }
     }
     Meet(pieces);
     std::vector<Open> open;
     for (Piece const& piece : pieces) {
-        if (piece.start == piece.end) {
-            ++plan.vanished;
-        } else if (!piece.met) {
-            open.push_back({piece.start, piece.end, m_Open[piece.edge].edge});
-        }
+        Open const& was = m_Open[piece.edge];
+        if (!piece.met) open.push_back({piece.start, piece.end, was.edge, was.apex});
     }
     return open;
 }
@@ -303,6 +309,7 @@ void Rim::Divide(std::vector<Open> const& open, double tolerance, Plan& plan, Pa
         pieces.push_back({start, open[i].end, i, place});
     }
     plan.gaveUp = looked >= most;
+    plan.looks = looked;
     pace.At(1.0);
     Meet(pieces);
     for (std::size_t i = 0; i < pieces.size();) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -30,10 +31,13 @@ public:
         std::vector<std::pair<std::int32_t, std::int32_t>> joined;  ///< a point, and the one that it becomes
         std::vector<Division> divisions;                            ///< by the points as they are then
         std::int64_t open = 0;                                      ///< edges that stay open
-        std::int64_t vanished = 0;                                  ///< edges whose ends are joined
+        std::int64_t vanished = 0;                                  ///< edges of facets that lose a corner
         bool keptSmall = false;  ///< whether points were not joined for facets that are small
         bool gaveUp = false;     ///< too many points lie near too many edges to look at all
+        std::size_t looks = 0;   ///< how many boxes and points were looked at for that
     };
+    /// A plan of so many edges looks at no more than these, or a few beyond.
+    static std::size_t MostLooks(std::size_t edges);
 
     /// How many edges there are.
     std::int64_t Count() const { return static_cast<std::int64_t>(m_Open.size()); }
@@ -49,6 +53,7 @@ private:
         std::int32_t start;  // numbers in m_Points
         std::int32_t end;
         std::int32_t edge;
+        std::int32_t apex;  // of the facet, -1 where it is not on an open edge
     };
 
     std::vector<std::int32_t> Join(double tolerance, Small small, Plan& plan, Pace const& pace) const;
