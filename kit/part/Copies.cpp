@@ -162,18 +162,22 @@ private:
     }
     // Whether all edges of what is left out come to be closed.
     bool Follow() {
-        for (std::size_t i = 0; i < m_Gone.size(); ++i) {
+        for (std::size_t next = 0; next < m_Gone.size();) {
+            std::size_t const gone = m_Gone[next++];
             for (std::size_t k = 0; k < 3; ++k) {
-                Pair const pair = EdgeAt(m_Gone[i], k).first;
-                for (std::int64_t open = m_Balances[pair]; open != 0; open = m_Balances[pair]) {
-                    std::vector<std::size_t> const& at = m_At[pair];
-                    auto const next = std::find_if(at.begin(), at.end(), [&](std::size_t copy) {
-                        return !m_IsLeftOut[copy] && WayAt(copy, pair) * open > 0;
-                    });
-                    if (next == at.end()) return false;
-                    LeaveOut(*next);
-                }
+                if (!CloseAt(EdgeAt(gone, k).first)) return false;
             }
+        }
+        return true;
+    }
+    bool CloseAt(Pair const& pair) {
+        for (std::int64_t open = m_Balances[pair]; open != 0; open = m_Balances[pair]) {
+            std::vector<std::size_t> const& at = m_At[pair];
+            auto const next = std::find_if(at.begin(), at.end(), [&](std::size_t copy) {
+                return !m_IsLeftOut[copy] && WayAt(copy, pair) * open > 0;
+            });
+            if (next == at.end()) return false;
+            LeaveOut(*next);
         }
         return true;
     }

@@ -117,6 +117,21 @@ TEST(Copies, ACopyStaysWhereAnEdgeWouldStayOpenWithoutIt) {
     EXPECT_EQ(LeaveOut(closed).count, 0);
 }
 
+// Neither the second nor the third goes by itself: the edges stay open for the other one.
+TEST(Copies, OfThreeOfWhichTwoAreTooManyBothGo) {
+    Triangles const whole = Tetrahedron(3);
+    for (Triangle const& facet : whole) {
+        Left const left = LeaveOut(whole + Triangles{facet, facet});
+        EXPECT_EQ(left.count, 2);
+        EXPECT_EQ(left.triangles, whole);
+        EXPECT_EQ(left.edges.open, 0);
+    }
+    // Two facets beside each other, one of them once and one twice too often.
+    Left const left = LeaveOut(whole + Triangles{whole[0], whole[1], whole[1]});
+    EXPECT_EQ(left.count, 3);
+    EXPECT_EQ(left.triangles, whole);
+}
+
 TEST(Copies, WithoutCopiesNothingIsTouched) {
     Triangles const open = {{0, 1, 2}, {1, 0, 3}};
     Left const left = LeaveOut(open);

@@ -242,6 +242,83 @@ TEST(Heal, AFacetThatTwoSolidsNeedIsKept) {
     }
 }
 
+// Half of a cube is a little beside the other half, and copies of facets lie on either.
+TEST(Heal, CopiesOnBothSidesOfACrackAreLeftOut) {
+    for (std::size_t first = 0; first < 12; ++first) {
+        shapes::Mesh mesh = shapes::Cube(10.0f);
+        for (std::size_t i : {4u, 10u, 3u}) mesh.push_back(mesh[i]);
+        for (std::size_t i = first; i < mesh.size(); ++i) {
+            for (shapes::Corner& corner : mesh[i]) corner.y += 0.002f;
+        }
+        Part const part = PartOf(mesh);
+        EXPECT_EQ(part.Report().doubled, 3) << first;
+        EXPECT_EQ(part.Triangles().size(), 12u) << first;
+        EXPECT_EQ(part.Report().openEdges, 0);
+        EXPECT_NEAR(part.Measures().volume, 1000.0, 0.3) << first;
+    }
+}
+
+// All facets have corners of their own, and one in three stands there twice.
+TEST(Heal, CopiesOfFacetsWithCornersOfTheirOwnAreLeftOut) {
+    std::mt19937 random(4);
+    shapes::Mesh mesh = shapes::Bracket();
+    double const volume = PartOf(mesh).Measures().volume;
+    std::size_t const count = mesh.size();
+    for (shapes::Triangle& facet : mesh) {
+        for (shapes::Corner& corner : facet) corner.x += 1e-5f * static_cast<float>(random() % 7);
+    }
+    for (std::size_t i = 0; i < count; i += 3) mesh.push_back(mesh[i]);
+    Part const part = PartOf(mesh);
+    EXPECT_EQ(part.Report().doubled, static_cast<std::int64_t>((count + 2) / 3));
+    ExpectWhole(part, volume);
+}
+
+// A corner is cut off by a facet of micrometres; then each facet has corners of its own, as far apart.
+TEST(Heal, AFacetSmallerThanItsCornersLieApartGoes) {
+    std::mt19937 random(9);
+    for (int round = 0; round < 50; ++round) {
+        double const e = 4e-4;
+        std::vector<Point3> const corners = {{e, 0, 0},  {0, e, 0},  {0, 0, e},
+                                             {10, 0, 0}, {0, 10, 0}, {0, 0, 10}};
+        std::vector<Triangle> const solid = {{0, 1, 2}, {3, 5, 4}, {0, 4, 1}, {0, 3, 4},
+                                             {1, 5, 2}, {1, 4, 5}, {2, 3, 0}, {2, 5, 3}};
+        Soup soup;
+        for (Triangle const& t : solid) {
+            auto const n = static_cast<std::int32_t>(soup.points.size());
+            for (std::int32_t const corner : t) {
+                auto const off = [&random] { return 1e-4 * (static_cast<double>(random() % 5) - 2.0); };
+                Point3 const& p = corners[static_cast<std::size_t>(corner)];
+                soup.points.push_back({p.x + off(), p.y + off(), p.z + off()});
+            }
+            soup.triangles.push_back({n, n + 2, n + 1});
+        }
+        Part const part(soup.points, soup.triangles);
+        EXPECT_EQ(part.Report().openEdges, 0) << round;
+        EXPECT_NEAR(std::fabs(part.Measures().volume), 1000.0 / 6.0, 0.1) << round;
+    }
+}
+
+// Loose facets of micrometres, and a rim of short edges, are not joined into nothing.
+TEST(Heal, SmallFacetsStayWhereNothingIsClosedWithoutThem) {
+    Soup soup;
+    for (std::int32_t i = 0; i < 30; ++i) {
+        double const x = 3.0 * i;
+        soup.points.insert(soup.points.end(), {{x, 0, 0}, {x + 2e-3, 0, 0}, {x, 3e-3, 0}});
+        soup.triangles.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+    }
+    Part const loose(soup.points, soup.triangles);
+    EXPECT_EQ(loose.Triangles().size(), 30u);
+    EXPECT_EQ(loose.Report().welded, 0);
+    // A fan around a middle point, its rim in steps of 5 micrometres.
+    Soup fan;
+    fan.points.push_back({0, 0, 0});
+    for (std::int32_t i = 0; i < 200; ++i) fan.points.push_back({10, 5e-3 * i, 0});
+    for (std::int32_t i = 1; i < 200; ++i) fan.triangles.push_back({0, i, i + 1});
+    Part const open(fan.points, fan.triangles);
+    EXPECT_EQ(open.Triangles().size(), 199u);
+    EXPECT_EQ(open.Report().welded, 0);
+}
+
 TEST(Heal, SmallFacetsOfAPartInMetresAreLeftAloneAndTold) {
     shapes::Mesh const mesh = shapes::Scaled(shapes::IcoSphere(10.0, 5), 1e-5f);
     Part const part = PartOf(mesh);

@@ -372,6 +372,50 @@ TEST(Repair, SignsOfZerosGoWhereABodyIsTurnedAsAWhole) {
 }
 
 // At the edge where bodies touch, a facet that is turned may find its partner in the other body.
+// A prism over a triangle between two directions from a common axis; at one height the wall at its second
+// side lacks the facets on the axis.
+void AddPrism(Soup& soup, double first, double second, int levels, int lacking) {
+    auto const point = [&soup](double x, double y, double z) {
+        soup.points.push_back({x, y, z});
+        return static_cast<std::int32_t>(soup.points.size() - 1);
+    };
+    std::array<std::vector<std::int32_t>, 3> at;
+    for (int z = 0; z <= levels; ++z) {
+        at[0].push_back(z);
+        at[1].push_back(point(10 * std::cos(first), 10 * std::sin(first), z));
+        at[2].push_back(point(10 * std::cos(second), 10 * std::sin(second), z));
+    }
+    for (std::size_t side = 0; side < 3; ++side) {
+        auto const& a = at[side];
+        auto const& b = at[(side + 1) % 3];
+        for (std::size_t z = 0; z < static_cast<std::size_t>(levels); ++z) {
+            bool const isLacking = side == 2 && z == static_cast<std::size_t>(lacking);
+            soup.triangles.push_back({a[z], b[z], a[z + 1]});
+            if (!isLacking) soup.triangles.push_back({b[z], b[z + 1], a[z + 1]});
+        }
+    }
+    std::size_t const top = at[0].size() - 1;
+    soup.triangles.push_back({at[0][0], at[2][0], at[1][0]});
+    soup.triangles.push_back({at[0][top], at[1][top], at[2][top]});
+}
+
+// Two solids that overlap share an axis. At one height each lacks a facet there, and those that are left run
+// the same way; everywhere else on the axis the two agree.
+TEST(Repair, SolidsThatOverlapAreNotTurnedForOneEdge) {
+    Soup soup;
+    int const levels = 12;
+    for (int z = 0; z <= levels; ++z) soup.points.push_back({0, 0, 1.0 * z});
+    AddPrism(soup, 0.0, 1.4, levels, 5);
+    AddPrism(soup, 0.7, 2.1, levels, 5);
+    Part part(soup.points, soup.triangles);
+    std::vector<Corners> const before = FacetsOf(part);
+    EXPECT_GT(part.Report().openEdges, 0);
+    RepairReport const report = part.Repair();
+    EXPECT_EQ(report.turned, 0);
+    EXPECT_EQ(FacetsOf(part), before);
+    EXPECT_NEAR(part.Measures().volume, 2.0 * 12.0 * 50.0 * std::sin(1.4), 200.0);
+}
+
 TEST(Repair, AFacetThatIsTurnedWhereBodiesTouchIsTheOnlyOneThatTurns) {
     shapes::Mesh atEdge = shapes::Cube(10.0f);
     shapes::Append(atEdge, shapes::Moved(shapes::Cube(10.0f), 10, 10, 0));

@@ -99,6 +99,47 @@ TEST_F(RimTest, APointThatWouldTurnAFacetOverIsNotJoined) {
     EXPECT_EQ(joined(0.005), (std::vector<std::pair<std::int32_t, std::int32_t>>{{5, 0}}));
 }
 
+// A facet as narrow as the tolerance, between two others with corners of their own.
+TEST_F(RimTest, AFacetMayGoWhoseCornersAreJoined) {
+    mesh.points = {{0, 0, 0},    {5e-4, 0, 0},   {5, 10, 0}, {5e-4, 0, 2e-4}, {5, 10, 2e-4},
+                   {0, 0, 2e-4}, {5, 10, -2e-4}, {10, 0, 0}, {-10, 0, 0}};
+    mesh.triangles = {{0, 1, 2}, {4, 3, 7}, {5, 6, 8}};
+    Rim const rim = RimOf(Rim::Of::kGaps);
+    Rim::Plan const stays = rim.Try(1e-3, Rim::Small::kStay, pace);
+    EXPECT_TRUE(stays.joined.empty());
+    EXPECT_TRUE(stays.keptSmall);
+    EXPECT_EQ(stays.open, 9);
+    EXPECT_EQ(stays.vanished, 0);
+    Rim::Plan const goes = rim.Try(1e-3, Rim::Small::kMayGo, pace);
+    std::vector<std::pair<std::int32_t, std::int32_t>> joined = goes.joined;
+    std::sort(joined.begin(), joined.end());
+    EXPECT_EQ(joined,
+              (std::vector<std::pair<std::int32_t, std::int32_t>>{{1, 0}, {3, 0}, {4, 2}, {5, 0}, {6, 2}}));
+    EXPECT_EQ(goes.open, 4);
+    EXPECT_EQ(goes.vanished, 3);
+    EXPECT_FALSE(goes.keptSmall);
+    // Where no corner would be lost there is nothing to keep.
+    EXPECT_FALSE(rim.Try(3e-4, Rim::Small::kStay, pace).keptSmall);
+}
+
+TEST_F(RimTest, AFacetNoHigherThanTheToleranceMayFoldOver) {
+    mesh.points = {{5, -3e-4, 0}, {0, -10, 0}, {10, -10, 0}, {0, 0, 0}, {10, 0, 0}, {5, 3e-4, 0}};
+    mesh.triangles = {{0, 1, 2}, {3, 4, 5}};
+    Rim const rim = RimOf(Rim::Of::kGaps);
+    Rim::Plan const stays = rim.Try(1e-3, Rim::Small::kStay, pace);
+    EXPECT_TRUE(stays.joined.empty());
+    EXPECT_TRUE(stays.keptSmall);
+    EXPECT_EQ(rim.Try(1e-3, Rim::Small::kMayGo, pace).joined.size(), 1u);
+}
+
+TEST_F(RimTest, CopiesOfAFacetAreAGapAndOtherTwinsAreNot) {
+    mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {5, -10, 0}};
+    mesh.triangles = {{0, 1, 2}, {1, 2, 0}};
+    EXPECT_EQ(RimOf(Rim::Of::kGaps).Count(), 6);
+    mesh.triangles = {{0, 1, 2}, {0, 1, 3}};
+    EXPECT_EQ(RimOf(Rim::Of::kGaps).Count(), 4);
+}
+
 TEST_F(RimTest, PointsOnAnEdgeDivideItInTheirOrder) {
     mesh.points = {{0, 0, 0}, {10, 0, 0}, {5, 10, 0}, {7, 0, 0}, {2, 0, 0}, {5, -10, 0}};
     mesh.triangles = {{0, 1, 2}, {1, 3, 5}, {3, 4, 5}, {4, 0, 5}};

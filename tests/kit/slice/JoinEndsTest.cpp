@@ -121,6 +121,30 @@ TEST(JoinEnds, WhatOpenPathsWouldEncloseIsMeasuredOverAllGaps) {
     EXPECT_EQ(mixed.figures.openArea, 0.0);
 }
 
+// A contour, with a facet too many at one of its sides.
+TEST(JoinEnds, WhatGoesRoundInAnOpenPathIsClosedByItself) {
+    Joined const wall = Join({{{0, 0}, {4, 0}, {4, 3}, {0, 3}, {0, 0}, {4, 0}}}, 0.0);
+    EXPECT_EQ(wall.closed, (std::vector<Path>{{{0, 0}, {4, 0}, {4, 3}, {0, 3}}}));
+    EXPECT_EQ(wall.open, (std::vector<Path>{{{0, 0}, {4, 0}}}));
+    // With a way in, and with a way out.
+    Joined const in = Join({{{-9, 0}, {0, 0}, {4, 0}, {4, 3}, {0, 0}}}, 0.0);
+    EXPECT_EQ(in.closed, (std::vector<Path>{{{0, 0}, {4, 0}, {4, 3}}}));
+    EXPECT_EQ(in.open, (std::vector<Path>{{{-9, 0}, {0, 0}}}));
+    Joined const out = Join({{{0, 0}, {4, 0}, {4, 3}, {0, 0}, {-9, 0}}}, 0.0);
+    EXPECT_EQ(out.closed, in.closed);
+    EXPECT_EQ(out.open, (std::vector<Path>{{{0, 0}, {-9, 0}}}));
+    // One within the other.
+    Joined const two = Join({{{-9, 0}, {0, 0}, {4, 0}, {5, 1}, {6, 0}, {4, 0}, {4, 3}, {0, 0}, {0, 9}}}, 0.0);
+    EXPECT_EQ(two.closed, (std::vector<Path>{{{4, 0}, {5, 1}, {6, 0}}, {{0, 0}, {4, 0}, {4, 3}}}));
+    EXPECT_EQ(two.open, (std::vector<Path>{{{-9, 0}, {0, 0}, {0, 9}}}));
+    // There and back is no way round.
+    Joined const back = Join({{{-9, 0}, {0, 0}, {0, 5}, {0, 0}, {3, 0}}}, 0.0);
+    EXPECT_TRUE(back.closed.empty());
+    EXPECT_EQ(back.open, (std::vector<Path>{{{-9, 0}, {0, 0}, {3, 0}}}));
+    // What is next to a point is not at it.
+    EXPECT_EQ(Join({{{-9, 0}, {0, 0}, {4, 0}, {4, 3}, {1e-9, 0}}}, 0.0).closed.size(), 0u);
+}
+
 TEST(JoinEnds, ClosedPathsPassThrough) {
     Paths cut;
     cut.Add(Path{{0, 0}, {1, 0}, {0, 1}}, true);

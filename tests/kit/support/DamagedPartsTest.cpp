@@ -7,6 +7,7 @@
 #include <cmath>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "Shapes.h"
@@ -111,14 +112,17 @@ TEST_F(DamagedParts, InsideOutWithAFacetThatIsNot) {
 
 // What is wrong with files comes together: each kind with each other one, in either order.
 using Damage = void (*)(shapes::Mesh&, std::mt19937&);
-constexpr std::pair<char const*, Damage> kDamages[] = {
+constexpr std::string_view kTwice = "facets that stand there twice";
+constexpr std::string_view kOnEdges = "vertices on edges";
+constexpr std::string_view kSlivers = "facets without area";
+constexpr std::pair<std::string_view, Damage> kDamages[] = {
     {"facets that are turned",
      [](shapes::Mesh& mesh, std::mt19937& random) {
          for (shapes::Triangle& facet : mesh) {
              if (random() % 12 == 0) Turn(facet);
          }
      }},
-    {"facets that stand there twice",
+    {kTwice,
      [](shapes::Mesh& mesh, std::mt19937& random) {
          for (int n = 0; n < 3; ++n) mesh.push_back(mesh[random() % mesh.size()]);
      }},
@@ -131,7 +135,7 @@ constexpr std::pair<char const*, Damage> kDamages[] = {
              Turn(mesh.back());
          }
      }},
-    {"vertices on edges",
+    {kOnEdges,
      [](shapes::Mesh& mesh, std::mt19937& random) {
          mesh = shapes::WithTJunctions(shapes::Shuffled(mesh, static_cast<std::uint32_t>(random())), 7);
      }},
@@ -151,7 +155,7 @@ constexpr std::pair<char const*, Damage> kDamages[] = {
              for (shapes::Corner& corner : mesh[i]) corner.y += 0.002f;
          }
      }},
-    {"facets without area",
+    {kSlivers,
      [](shapes::Mesh& mesh, std::mt19937& random) {
          mesh = shapes::WithSlivers(shapes::Shuffled(mesh, static_cast<std::uint32_t>(random())), 9);
      }},
@@ -161,15 +165,19 @@ constexpr std::pair<char const*, Damage> kDamages[] = {
 TEST_F(DamagedParts, InTwoWaysAtOnce) {
     for (auto const& [first, damage] : kDamages) {
         for (auto const& [second, more] : kDamages) {
-            if (damage == more) continue;
-            SCOPED_TRACE(std::string(first) + ", then " + second);
+            // Copies that are divided otherwise are none any more.
+            bool const isDivided =
+                first == kOnEdges || second == kOnEdges || first == kSlivers || second == kSlivers;
+            bool const isTwice = first == kTwice || second == kTwice;
+            if (damage == more || (isDivided && isTwice)) continue;
+            SCOPED_TRACE(std::string(first) + ", then " + std::string(second));
             ExpectWholeLayers(
                 [&damage = damage, &more = more](shapes::Mesh& mesh, shapes::Mesh const&,
                                                  std::mt19937& random) {
                     damage(mesh, random);
                     more(mesh, random);
                 },
-                2, 2e-3);
+                12, 2e-3);
         }
     }
 }
