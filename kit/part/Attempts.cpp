@@ -1,7 +1,6 @@
 #include "part/Attempts.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +9,7 @@
 
 #include "part/Closing.h"
 #include "part/NearPoints.h"
+#include "part/PointHash.h"
 #include "part/Slivers.h"
 
 namespace varnet {
@@ -69,14 +69,7 @@ std::vector<std::int32_t> PointsOnOpenEdges(FlatMesh const& mesh, EdgeTable cons
     return points;
 }
 
-// A number of a cell of a grid; others may have the same.
-std::uint64_t CellKey(double x, double y, double z) {
-    std::uint64_t key = std::bit_cast<std::uint64_t>(x + 0.0) * 0x9E3779B97F4A7C15u;
-    key = (key ^ key >> 32 ^ std::bit_cast<std::uint64_t>(y + 0.0)) * 0xBF58476D1CE4E5B9u;
-    return (key ^ key >> 29 ^ std::bit_cast<std::uint64_t>(z + 0.0)) * 0x94D049BB133111EBu;
-}
-
-// Points on open edges, all points within the reach of one of them, and a few others.
+// Points on open edges, all points within the reach of one of them, and a few others, by hashes of cells.
 std::vector<std::int32_t> PointsNearOpenEdges(FlatMesh const& mesh, EdgeTable const& edges, double reach) {
     auto const cell = [reach](double value) { return std::floor(value / reach); };
     std::vector<std::uint64_t> keys;
@@ -85,7 +78,7 @@ std::vector<std::int32_t> PointsNearOpenEdges(FlatMesh const& mesh, EdgeTable co
         for (double const x : {-1.0, 0.0, 1.0}) {
             for (double const y : {-1.0, 0.0, 1.0}) {
                 for (double const z : {-1.0, 0.0, 1.0})
-                    keys.push_back(CellKey(cell(p.x) + x, cell(p.y) + y, cell(p.z) + z));
+                    keys.push_back(HashOf({cell(p.x) + x, cell(p.y) + y, cell(p.z) + z}));
             }
         }
     }
@@ -94,7 +87,7 @@ std::vector<std::int32_t> PointsNearOpenEdges(FlatMesh const& mesh, EdgeTable co
     std::vector<std::int32_t> points;
     for (std::size_t i = 0; i < mesh.points.size(); ++i) {
         Point3 const& p = mesh.points[i];
-        if (std::binary_search(keys.begin(), keys.end(), CellKey(cell(p.x), cell(p.y), cell(p.z))))
+        if (std::binary_search(keys.begin(), keys.end(), HashOf({cell(p.x), cell(p.y), cell(p.z)})))
             points.push_back(static_cast<std::int32_t>(i));
     }
     return points;

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "part/PointHash.h"
+
 namespace varnet {
 
 namespace {
@@ -48,10 +50,7 @@ private:
     // A whole number.
     double Cell(double value) const { return std::floor(value / (kCell * m_Tolerance)); }
     std::size_t Slot(double x, double y, double z) const {
-        std::uint64_t hash = std::bit_cast<std::uint64_t>(x + 0.0) * 0x9E3779B97F4A7C15u;
-        hash = (hash ^ hash >> 32 ^ std::bit_cast<std::uint64_t>(y + 0.0)) * 0xBF58476D1CE4E5B9u;
-        hash = (hash ^ hash >> 29 ^ std::bit_cast<std::uint64_t>(z + 0.0)) * 0x94D049BB133111EBu;
-        return static_cast<std::size_t>(hash ^ hash >> 32) & (m_First.size() - 1);
+        return static_cast<std::size_t>(HashOf({x, y, z})) & (m_First.size() - 1);
     }
     void LookAt(Point3 const& p, std::size_t slot, std::int32_t& nearest, double& least) const {
         for (std::int32_t i = m_First[slot]; i >= 0; i = m_Next[static_cast<std::size_t>(i)]) {
